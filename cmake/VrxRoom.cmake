@@ -1,0 +1,34 @@
+# What all targets share: language level, warnings, hidden symbols, sanitizers.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+
+find_program(VRX_CCACHE ccache)
+if(VRX_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${VRX_CCACHE})
+endif()
+
+add_library(vrx_options INTERFACE)
+target_compile_options(vrx_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor)
+if(VRX_WERROR)
+  target_compile_options(vrx_options INTERFACE -Werror)
+endif()
+if(VRX_SANITIZE)
+  target_compile_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE} -fno-omit-frame-pointer
+                                               -fno-sanitize-recover=all)
+  target_link_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE})
+endif()
+
+# vrx_room(NAME SOURCES file... LINKS target...): one folder's static library vrx_NAME. Headers are included by
+# their path from the top of the tree.
+function(vrx_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(vrx_${name} STATIC ${ROOM_SOURCES})
+  target_include_directories(vrx_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(vrx_${name} PUBLIC ${ROOM_LINKS} PRIVATE vrx_options)
+endfunction()
