@@ -1,0 +1,43 @@
+// The sound of the movie before encoding: the audio clips one behind the other, decoded, resampled and cut or
+// padded to the length of the picture. The sequence pulls it block by block.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/EngineResult.h"
+
+namespace vrx::engine {
+
+/// A clip on the audio track. Times are on the source's clock in units of 1 / `scale` seconds; an `end` not
+/// behind `start` means the whole source, a negative `start` counts as 0.
+struct AudioClip {
+  std::string path;  // native bytes
+  std::int64_t start;
+  std::int64_t end;
+  std::uint64_t scale;
+};
+
+struct AudioFormat {
+  int sampleRate;  // Hz
+  int channels;    // 1, 2 or 6 in the order of libav's default layouts
+};
+
+/// Belongs to one thread.
+class AudioTrack {
+ public:
+  virtual ~AudioTrack() = default;
+
+  /// Opens every clip once, so that a missing or unusable source fails before anything is written.
+  /// `totalSamples` is the movie's length in samples at the output rate.
+  static Result Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
+                     std::unique_ptr<AudioTrack>& track);
+
+  /// Writes the next `count` samples of each channel as planar floats; `got` is less than `count` only at the
+  /// end of the movie and 0 behind it. Samples without a source are silence.
+  virtual Result Read(float* const* planes, int count, int& got) = 0;
+};
+
+}  // namespace vrx::engine
