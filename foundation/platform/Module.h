@@ -1,0 +1,22 @@
+// Loading a library at run time by the name that the system uses for it, and where the running program lies.
+#pragma once
+
+#include "vrx/XpString.h"
+
+namespace vrx::platform {
+
+using ModuleHandle = void*;
+
+/// Loads the module of this path; an ending ".dll" stands for ".so". Null when it cannot be loaded.
+ModuleHandle LoadModule(const XpString& path);
+void UnloadModule(ModuleHandle module);
+/// Null when there is no such symbol.
+void* FindSymbol(ModuleHandle module, const char* name);
+
+/// Path of the running executable; empty when the system does not tell.
+XpString ExecutablePath();
+
+/// The calling thread's last system error number.
+int LastError();
+
+}  // namespace vrx::platform

@@ -1,0 +1,93 @@
+// printf-like formatting for XpString and XpNarrowString, without printf's dangers: every argument is packed
+// with its type, so a conversion never reads an argument of another type. Include this to use Format and
+// AppendFormat.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <type_traits>
+
+#include "vrx/XpString.h"
+
+namespace vrx::text {
+
+/// One packed argument. Text is borrowed for the duration of the call.
+struct FormatArgument {
+  enum class Kind { Signed, Unsigned, Real, Character, Text, NarrowText, Pointer };
+
+  Kind kind;
+  int width = 0;  // bytes of an integer argument
+  union {
+    std::int64_t asSigned;
+    std::uint64_t asUnsigned;
+    double asReal;
+    char32_t asCharacter;
+    const void* asPointer;
+  };
+  std::u16string_view text = {};
+  std::string_view narrowText = {};
+};
+
+template <class T>
+FormatArgument PackArgument(const T& value) {
+  using Kind = FormatArgument::Kind;
+  using Plain = std::decay_t<T>;
+  if constexpr (std::is_same_v<Plain, XpString>) {
+    return {.kind = Kind::Text, .asPointer = nullptr, .text = value.AsView()};
+  } else if constexpr (std::is_same_v<Plain, XpNarrowString>) {
+    return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = value.AsView()};
+  } else if constexpr (std::is_convertible_v<const T&, std::u16string_view>) {
+    if constexpr (std::is_pointer_v<Plain>) {
+      if (value == nullptr) return {.kind = Kind::Text, .asPointer = nullptr, .text = u"(null)"};
+    }
+    return {.kind = Kind::Text, .asPointer = nullptr, .text = value};
+  } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
+    if constexpr (std::is_pointer_v<Plain>) {
+      if (value == nullptr) return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = "(null)"};
+    }
+    return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = value};
+  } else if constexpr (std::is_same_v<Plain, char> || std::is_same_v<Plain, char16_t>) {
+    return {.kind = Kind::Character, .asCharacter = static_cast<char32_t>(value)};
+  } else if constexpr (std::is_pointer_v<Plain>) {
+    return {.kind = Kind::Pointer, .asPointer = value};
+  } else if constexpr (std::is_floating_point_v<Plain>) {
+    return {.kind = Kind::Real, .asReal = static_cast<double>(value)};
+  } else if constexpr (std::is_enum_v<Plain>) {
+    return PackArgument(static_cast<std::underlying_type_t<Plain>>(value));
+  } else if constexpr (std::is_signed_v<Plain>) {
+    return {.kind = Kind::Signed, .width = sizeof(value), .asSigned = value};
+  } else {
+    static_assert(std::is_unsigned_v<Plain>, "no conversion takes an argument of this type");
+    return {.kind = Kind::Unsigned, .width = sizeof(value), .asUnsigned = value};
+  }
+}
+
+/// Appends the formatted text to `result`. Conversions: d i u x X (32-bit integers), the same with l, ll or I64
+/// (up to 64 bits), f lf e g (reals, with a decimal point in every locale), s (text of either width), c, p
+/// (upper-case hexadecimal of the machine word) and %%; with the flags - 0 + blank #, width and precision up to
+/// 512. A conversion that does not fit its argument, has none or is unknown prints a marker such as "<%d?>" and
+/// asserts in debug builds. When memory fails, `result` stays as it was.
+void AppendFormatted(XpString& result, std::u16string_view format, std::span<const FormatArgument> arguments);
+void AppendFormatted(XpNarrowString& result, std::string_view format, std::span<const FormatArgument> arguments);
+
+}  // namespace vrx::text
+
+template <class Ch>
+template <class... Args>
+void XpBasicString<Ch>::AppendFormat(const Ch* format, const Args&... args) {
+  // One more than needed, since an array cannot be empty.
+  const vrx::text::FormatArgument packed[] = {vrx::text::PackArgument(args)..., {}};
+  vrx::text::AppendFormatted(*this, format, std::span(packed, sizeof...(args)));
+}
+
+template <class Ch>
+template <class... Args>
+void XpBasicString<Ch>::Format(const Ch* format, const Args&... args) {
+  const XpBasicString kept = *this;  // arguments may point into it
+  const vrx::text::FormatArgument packed[] = {vrx::text::PackArgument(args)..., {}};
+  XpBasicString result;
+  vrx::text::AppendFormatted(result, format, std::span(packed, sizeof...(args)));
+  *this = result;
+}

@@ -1,0 +1,51 @@
+// Paths as text: joining, splitting and comparing without touching the disk. A path that begins with '/' is
+// native and keeps '/' as its only separator; every other path (C:\a\b, \\server\share\x, or relative) has the
+// separators '\' and '/' and is joined with '\'.
+#pragma once
+
+#include <cstdint>
+
+#include "vrx/XpString.h"
+
+/// A path together with a kind that this class only stores and hands on.
+class XpPath {
+ public:
+  explicit XpPath(const XpString& text = XpString(), std::int32_t kind = 0) : m_text(text), m_kind(kind) {}
+  XpPath(const XpPath&) = default;
+  XpPath& operator=(const XpPath&) = default;
+  virtual ~XpPath() = default;
+
+  const XpString& GetText() const { return m_text; }
+  std::int32_t GetKind() const { return m_kind; }
+
+ private:
+  XpString m_text;
+  std::int32_t m_kind;
+};
+
+/// Results of XpPathCompare.
+enum : std::int32_t { XpPathEqual = 2, XpPathDifferent = 3 };
+
+bool XpPathIsNative(const XpString& path);
+/// True for a native path and for one with a drive or a server; false for a path that needs a folder.
+bool XpPathIsAbsolute(const XpString& path);
+
+/// The directory, a separator unless it already ends in one, then the name without a leading separator.
+XpString XpPathJoin(const XpString& dir, const XpString& name);
+
+/// Splits at the last separator; one trailing separator is removed first. `dir` keeps its separator, `ext` its
+/// dot. Outputs may be null.
+void XpPathSplit(const XpString& path, XpString* dir, XpString* stem, XpString* ext);
+XpString XpPathDirectory(const XpString& path);
+XpString XpPathStem(const XpString& path);
+XpString XpPathExtension(const XpString& path);
+
+/// XpPathEqual or XpPathDifferent, without regard to case and to one trailing separator.
+std::int32_t XpPathCompare(const XpString& a, const XpString& b);
+
+XpString XpPathStripTrailingSlash(const XpString& path);
+/// The empty path stays empty.
+XpString XpPathAddTrailingSlash(const XpString& path);
+
+/// Ordering of text without regard to case, by Unicode case folding: below, equal to or above 0.
+int XpCompareNoCase(const XpString& a, const XpString& b);
