@@ -1,14 +1,17 @@
 // Loading a library at run time by the name that the system uses for it, and where the running program lies.
 #pragma once
 
+#include <string>
+
 #include "vrx/XpString.h"
 
 namespace vrx::platform {
 
 using ModuleHandle = void*;
 
-/// Loads the module of this path; an ending ".dll" stands for ".so". Null when it cannot be loaded.
-ModuleHandle LoadModule(const XpString& path);
+/// Loads the module of this path; an ending ".dll" stands for ".so". Null when it cannot be loaded, with the
+/// system's words for the cause in `cause` (may be null).
+ModuleHandle LoadModule(const XpString& path, std::string* cause = nullptr);
 void UnloadModule(ModuleHandle module);
 /// Null when there is no such symbol.
 void* FindSymbol(ModuleHandle module, const char* name);

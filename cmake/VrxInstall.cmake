@@ -1,0 +1,22 @@
+# What `cmake --install` gives a host: the library, its headers, the engine and the program beside each other,
+# a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS VRXWrapper EXPORT vrx-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS vrx_api EXPORT vrx-targets)
+install(TARGETS vrx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# The library looks for the engine beside the host's executable.
+install(TARGETS VRXEngine LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY include/vrx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(FILES docs/vrx.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+target_include_directories(vrx_api INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+install(EXPORT vrx-targets NAMESPACE vrx:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrx)
+configure_package_config_file(cmake/vrx-config.cmake.in ${PROJECT_BINARY_DIR}/vrx-config.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrx
+  PATH_VARS CMAKE_INSTALL_BINDIR)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrx-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/vrx-config.cmake ${PROJECT_BINARY_DIR}/vrx-config-version.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrx)
+configure_file(cmake/vrx.pc.in ${PROJECT_BINARY_DIR}/vrx.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vrx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,90 @@
+#include "content/plist/PlistNumbers.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "foundation/text/XpFormat.h"
+
+namespace vrx::plist {
+namespace {
+
+bool IsBlank(char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r'); }
+bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+
+std::u16string_view SkipBlanks(std::u16string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  return text;
+}
+
+bool TakeSign(std::u16string_view& text) {
+  if (text.empty() || (text.front() != u'-' && text.front() != u'+')) return false;
+  const bool negative = text.front() == u'-';
+  text.remove_prefix(1);
+  return negative;
+}
+
+}  // namespace
+
+std::int64_t ParseInteger(std::u16string_view text) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  text = SkipBlanks(text);
+  const bool negative = TakeSign(text);
+  std::int64_t value = 0;  // counted downwards, since the negative range is the larger one
+  for (; !text.empty() && IsDigit(text.front()); text.remove_prefix(1)) {
+    const int digit = text.front() - u'0';
+    if (value < (Limits::min() + digit) / 10) return negative ? Limits::min() : Limits::max();
+    value = value * 10 - digit;
+  }
+  if (negative) return value;
+  return value == Limits::min() ? Limits::max() : -value;
+}
+
+double ParseReal(std::u16string_view text) {
+  text = SkipBlanks(text);
+  const bool negative = TakeSign(text);
+  if (text.empty() || !(IsDigit(text.front()) || text.front() == u'.' || text.front() == u',')) return 0.0;
+  std::string digits;
+  for (const char16_t c : text) {
+    if (c >= 0x80) break;
+    digits.push_back(c == u',' ? '.' : static_cast<char>(c));
+  }
+  double value = 0.0;
+  if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec != std::errc()) return 0.0;
+  return negative ? -value : value;
+}
+
+XpDateTime ParseDate(std::u16string_view text) {
+  constexpr std::int64_t kFieldLimit = 99'999;
+  std::array<std::int32_t, 6> fields{};
+  text = SkipBlanks(text);
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (i > 0 && !text.empty()) text.remove_prefix(1);
+    if (text.empty() || !IsDigit(text.front())) return XpDateTime();
+    std::int64_t value = 0;
+    for (; !text.empty() && IsDigit(text.front()); text.remove_prefix(1)) {
+      value = std::min(value * 10 + (text.front() - u'0'), kFieldLimit);
+    }
+    fields[i] = static_cast<std::int32_t>(value);
+  }
+  XpDateTime date;
+  date.SetDateTime(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
+  return date;
+}
+
+std::string FormatReal(double value) {
+  XpNarrowString text;
+  text.Format("%.15f", std::isfinite(value) ? value : 0.0);
+  return text.c_str();
+}
+
+std::string FormatDate(const XpDateTime& date) {
+  std::int32_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, weekday = 0;
+  date.GetDateTimeFields(year, month, day, hour, minute, second, weekday);
+  XpNarrowString text;
+  text.Format("%04ld:%02ld:%02ldT%02ld:%02ld:%02ldZ", year, month, day, hour, minute, second);
+  return text.c_str();
+}
+
+}  // namespace vrx::plist

@@ -1,0 +1,27 @@
+// Numbers as property-list documents write and read them, the same in every locale. A text that is no number
+// reads as 0, and so does what follows a number.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "foundation/time/XpDateTime.h"
+
+namespace vrx::plist {
+
+/// Leading blanks, a sign, digits. Beyond 64 bits the value stays at the limit.
+std::int64_t ParseInteger(std::u16string_view text);
+
+/// Leading blanks, a sign, digits with a decimal point or comma, an exponent. Beyond the range of a double the
+/// value is 0; neither infinities nor NaN can be read.
+double ParseReal(std::u16string_view text);
+
+/// "2018:01:01T12:00:05Z": six runs of digits, divided by exactly one character of any kind. Fewer runs, or a
+/// year below 100, give an invalid date.
+XpDateTime ParseDate(std::u16string_view text);
+
+std::string FormatReal(double value);  // "%.15f"; what is not finite is written as 0
+std::string FormatDate(const XpDateTime& date);
+
+}  // namespace vrx::plist

@@ -1,0 +1,43 @@
+// The dictionary of a property-list document, and as the outermost element the document itself, which it loads
+// and saves.
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "content/plist/XpIniElement.h"
+
+/// Keys are ordered by their 16-bit character values; case counts. A key cannot hold a '/', which divides paths.
+class XpIniDict : public XpIniElement {
+ public:
+  XpIniType GetType() const override { return XpIniType::Dict; }
+  std::uint32_t GetCount() const override { return static_cast<std::uint32_t>(m_elements.size()); }
+  XpIniElement* Get(const XpString& key) const override;
+  XpResult Remove(const XpString& key) override;
+  XpResult Add(const XpString& key, XpIniType type, const XpIniValue& value) override;
+  XpResult GetKeyAt(std::uint32_t index, XpString& key) const override;
+
+  /// Reads the document at `path`. On failure the dict is empty: the file layer's code for a file that cannot be
+  /// read, XpErrNoDocument for one that is no document, XpErrWrongRoot for one of another kind.
+  XpResult Load(const XpString& path) override;
+  /// Writes the document in place of `path` only once it is complete. The file layer's code when it cannot be
+  /// written.
+  XpResult Save(const XpString& path) const override;
+
+  /// This system has no clipboard, so both answer XpErrFailed and change nothing.
+  virtual XpResult LoadClipboard(std::uint32_t format);
+  virtual XpResult SaveClipboard(std::uint32_t format) const;
+  /// As Load and Save, with the document in memory.
+  virtual XpResult LoadText(const XpString& text);
+  virtual XpResult SaveText(XpString& text) const;
+  /// In key order; null past the end.
+  virtual XpIniElement* GetValueAt(std::uint32_t index) const;
+
+  void Clear() { m_elements.clear(); }
+
+  using Elements = std::map<XpString, std::unique_ptr<XpIniElement>>;
+  const Elements& GetElements() const { return m_elements; }
+
+ private:
+  Elements m_elements;
+};

@@ -1,0 +1,18 @@
+// The way of a key path "a/b/c" through nested containers, shared by dicts and arrays.
+#pragma once
+
+#include "content/plist/XpIniElement.h"
+
+struct XpIniKeyPath {
+  XpString first;  // up to the first '/'
+  XpString rest;   // behind it
+  bool isPath;     // whether there was one
+
+  explicit XpIniKeyPath(const XpString& key)
+      : first(key), isPath(key.Find(u'/') >= 0) {
+    if (!isPath) return;
+    const std::int32_t slash = key.Find(u'/');
+    first = key.Left(slash);
+    rest = key.Right(key.Length() - slash - 1);
+  }
+};

@@ -1,0 +1,33 @@
+// How a command line program hears that it shall stop, without work inside a signal handler.
+#pragma once
+
+#include <cstdint>
+
+namespace vrx::platform {
+
+/// Takes over the interrupt signals (Ctrl-C, termination, hang-up) for the process and lets a thread wait for
+/// them. Make one in main() before any other thread starts; threads made later inherit the set-up. Also makes a
+/// write past the file size limit fail with an error instead of killing the process.
+class InterruptWaiter {
+ public:
+  enum class Event { Interrupt, Wake, Timeout };
+
+  InterruptWaiter();
+  InterruptWaiter(const InterruptWaiter&) = delete;
+  InterruptWaiter& operator=(const InterruptWaiter&) = delete;
+  ~InterruptWaiter();
+
+  /// Waits for an interrupt or a Wake; an interrupt goes first.
+  Event Wait(std::int32_t milliseconds);
+  /// Ends the current or the next Wait; from any thread.
+  void Wake();
+
+ private:
+  int m_signals = -1;
+  int m_wake = -1;
+};
+
+/// Ends the process at once, as a second interrupt asks for.
+[[noreturn]] void ExitNow(int status);
+
+}  // namespace vrx::platform

@@ -1,0 +1,57 @@
+// Parses XML from memory into a DOM tree with everything switched off that foreign bytes could abuse: document
+// types, external entities and boundless nesting or size. Used by the property-list documents.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include <xercesc/util/XercesDefs.hpp>
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMDocument;
+class DOMNode;
+XERCES_CPP_NAMESPACE_END
+
+namespace vrx::xml {
+
+/// What real documents never reach.
+struct XmlLimits {
+  std::size_t bytes = std::size_t{64} << 20;
+  int depth = 64;  // elements inside each other
+  std::size_t elements = 2'000'000;
+};
+
+/// Why a document was refused, for people. `line` and `column` count from 1; 0 means unknown.
+struct XmlProblem {
+  std::string message;
+  std::uint64_t line = 0;
+  std::uint64_t column = 0;
+};
+
+/// A parsed document; owns its DOM tree.
+class XmlDocument {
+ public:
+  XmlDocument();
+  XmlDocument(XmlDocument&&) noexcept;
+  XmlDocument& operator=(XmlDocument&&) noexcept;
+  ~XmlDocument();
+
+  /// Reads `bytes`, whose encoding is `encoding` or, when that is null, the one they declare. False with the
+  /// cause in `problem` (may be null) when they are not a well-formed document within the limits.
+  bool Parse(std::span<const char> bytes, const char* encoding, const XmlLimits& limits, XmlProblem* problem);
+
+  /// Null without a parsed document.
+  xercesc::DOMDocument* Get() const;
+
+ private:
+  class Parser;
+  std::unique_ptr<Parser> m_parser;
+};
+
+/// Text of the first text or CDATA node met when walking down from `node`; empty when there is none.
+std::u16string FirstText(const xercesc::DOMNode* node);
+
+}  // namespace vrx::xml

@@ -1,0 +1,157 @@
+#include "host/CheckCommand.h"
+
+#include <cstdio>
+
+#include <nlohmann/json.hpp>
+
+#include "foundation/platform/Paths.h"
+#include "host/Console.h"
+#include "host/EngineModule.h"
+#include "src/check/ProjectReport.h"
+#include "src/manager/VRXWrapperManager.h"
+
+namespace vrx::host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Lets the engine open the whole job, so that what only it can know is found as well.
+void TryJob(const XpString& project, EngineModule& engine, check::ProjectReport& report) {
+  // Builds the same records as a render. It is never started, so it needs no engine of its own.
+  VRXWrapperManager manager;
+  manager.SetProjectFile(project);
+  if (manager.GetTimeline() == nullptr || manager.GetSystemOutput()->video == nullptr) return;
+  engine.Listen({});
+  engine.TakeLines();
+  const std::int32_t result = engine.Try(*manager.GetTimeline(), *manager.GetSystemOutput());
+  bool told = false;
+  for (const EngineLine& line : engine.TakeLines()) {
+    if (line.severity == VRXLogInfo) continue;
+    const bool isError = line.severity == VRXLogError;
+    told = told || isError;
+    report.problems.push_back({isError ? check::Severity::Error : check::Severity::Warning, project, XpString(),
+                               0, XpString(), XpNarrowString(line.text).ToWide()});
+  }
+  if (result == VRXEngineOk || told) return;
+  report.problems.push_back({check::Severity::Error, project, XpString(), 0, XpString(),
+                             u"the conversion engine refuses the project"});
+}
+
+check::ProjectReport Inspect(const CheckOptions& options) {
+  const XpString project = platform::AbsolutePath(platform::PathFromNative(options.project));
+  EngineModule engine;
+  std::string cause;
+  if (!engine.Load(cause)) {
+    check::ProjectReport report = check::CheckProject(project, {});
+    report.problems.push_back(
+        {check::Severity::Error, project, XpString(), 0, XpString(), XpNarrowString(cause).ToWide()});
+    return report;
+  }
+  check::ProjectReport report =
+      check::CheckProject(project, [&](const XpString& path) { return engine.Probe(path); });
+  if (!report.HasErrors()) TryJob(project, engine, report);
+  return report;
+}
+
+void PrintOutput(const check::ProjectReport& report) {
+  if (report.videoSettings) {
+    const VRXVideoOutputSetting& video = *report.videoSettings;
+    const auto value = static_cast<double>(video.frameDuration.value);
+    const double rate = value > 0.0 ? static_cast<double>(video.frameDuration.scale) / value : 0.0;
+    std::printf("Picture  %d x %d, %.3f fps, %s", video.width, video.height, rate,
+                video.codecType == 1 ? "MPEG-2" : "H.264");
+    if (video.averageBitrate > 0) std::printf(", %.1f Mbit/s", video.averageBitrate / 1e6);
+    std::printf("%s\n", video.interlace ? ", interlaced" : "");
+  }
+  if (report.audioSettings) {
+    std::printf("Sound    %u Hz, %u channels\n", report.audioSettings->samplingRate,
+                report.audioSettings->channels);
+  } else {
+    std::puts("Sound    none");
+  }
+  std::printf("Movie    %lld frames, %.3f s, to %s\n", static_cast<long long>(report.totalFrames),
+              report.totalSeconds, Utf8(report.outputPath).c_str());
+}
+
+void PrintTimeline(const check::ProjectReport& report) {
+  std::printf("\n%-10s %5s %10s %9s %10s %10s  %s\n", "Track", "Clip", "Frame", "Frames", "Movie s", "Source s",
+              "Source");
+  for (const check::ClipRow& clip : report.clips) {
+    std::printf("%-10s %5u %10lld %9lld %10.3f %10.3f  %s%s\n", Utf8(clip.track).c_str(), clip.clip,
+                static_cast<long long>(clip.firstFrame), static_cast<long long>(clip.frames), clip.movieStart,
+                clip.sourceStart, Utf8(clip.source).c_str(), clip.wholeSource ? " (whole)" : "");
+  }
+}
+
+void PrintText(const check::ProjectReport& report) {
+  if (report.videoSettings) PrintOutput(report);
+  if (!report.clips.empty()) PrintTimeline(report);
+  if (report.problems.empty()) {
+    std::puts("\nNo problems found.");
+    return;
+  }
+  std::puts(report.clips.empty() ? "Problems" : "\nProblems");
+  for (const check::Problem& problem : report.problems) std::printf("  %s\n", ProblemLine(problem).c_str());
+}
+
+Json OutputJson(const check::ProjectReport& report) {
+  Json output{{"path", Utf8(report.outputPath)}, {"frames", report.totalFrames}, {"seconds", report.totalSeconds}};
+  if (report.videoSettings) {
+    output["video"] = {{"width", report.videoSettings->width},
+                       {"height", report.videoSettings->height},
+                       {"timeValue", report.videoSettings->frameDuration.value},
+                       {"timeScale", report.videoSettings->frameDuration.scale},
+                       {"averageBitrate", report.videoSettings->averageBitrate},
+                       {"codecType", report.videoSettings->codecType},
+                       {"specificationType", report.videoSettings->specificationType},
+                       {"interlace", report.videoSettings->interlace}};
+  }
+  if (report.audioSettings) {
+    output["audio"] = {{"codecType", report.audioSettings->codecType},
+                       {"channels", report.audioSettings->channels},
+                       {"bitsPerSample", report.audioSettings->bitsPerSample},
+                       {"samplingRate", report.audioSettings->samplingRate}};
+  }
+  return output;
+}
+
+Json ReportJson(const std::string& project, const check::ProjectReport& report) {
+  Json document{{"project", project}, {"renderable", !report.HasErrors()}, {"output", OutputJson(report)}};
+  document["timeline"] = Json::array();
+  for (const check::ClipRow& clip : report.clips) {
+    document["timeline"].push_back({{"track", Utf8(clip.track)},
+                                    {"clip", clip.clip},
+                                    {"source", Utf8(clip.source)},
+                                    {"wholeSource", clip.wholeSource},
+                                    {"firstFrame", clip.firstFrame},
+                                    {"frames", clip.frames},
+                                    {"movieStart", clip.movieStart},
+                                    {"seconds", clip.seconds},
+                                    {"sourceStart", clip.sourceStart}});
+  }
+  document["problems"] = Json::array();
+  for (const check::Problem& problem : report.problems) {
+    Json entry{{"severity", SeverityName(problem.severity)}, {"file", Utf8(problem.file)}};
+    if (!problem.track.IsEmpty()) entry["track"] = Utf8(problem.track);
+    if (problem.clip != 0) entry["clip"] = problem.clip;
+    if (!problem.key.IsEmpty()) entry["key"] = Utf8(problem.key);
+    entry["message"] = Utf8(problem.message);
+    document["problems"].push_back(entry);
+  }
+  return document;
+}
+
+}  // namespace
+
+int RunCheck(const CheckOptions& options) {
+  const check::ProjectReport report = Inspect(options);
+  if (options.json) {
+    // File names may hold bytes that are no text; JSON may not.
+    std::puts(ReportJson(options.project, report).dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+  } else {
+    PrintText(report);
+  }
+  return report.HasErrors() ? kFailed : kDone;
+}
+
+}  // namespace vrx::host

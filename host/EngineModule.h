@@ -1,0 +1,55 @@
+// The engine module beside this program, as the inspection commands use it: its readable log lines, a look into
+// a source, and a trial of a whole job without rendering it.
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "foundation/platform/Module.h"
+#include "src/check/ProjectReport.h"
+#include "vrx/VRXEngine.h"
+
+namespace vrx::host {
+
+struct EngineLine {
+  VRXLogSeverity severity;
+  std::string text;
+};
+
+class EngineModule {
+ public:
+  EngineModule() = default;
+  EngineModule(const EngineModule&) = delete;
+  EngineModule& operator=(const EngineModule&) = delete;
+  ~EngineModule();
+
+  /// False, with the cause for people, when the module is missing or lacks a function.
+  bool Load(std::string& cause);
+
+  /// From now on the engine's lines are kept here and passed to `listener` (may be empty), which is called on
+  /// the engine's threads. Without a loaded module, or with one that has no lines to give, nothing happens.
+  void Listen(std::function<void(const EngineLine&)> listener);
+  std::vector<EngineLine> TakeLines();
+
+  check::SourceFacts Probe(const XpString& path) const;
+
+  /// Has the engine open everything that the job needs and lets go of it again. Its result; the lines tell why.
+  std::int32_t Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const;
+
+ private:
+  static void OnLine(void* context, std::int32_t severity, const char* line);
+
+  template <class Function>
+  Function Find(const char* name) const {
+    return reinterpret_cast<Function>(platform::FindSymbol(m_module, name));
+  }
+
+  platform::ModuleHandle m_module = nullptr;
+  mutable std::mutex m_mutex;  // guards the lines
+  std::vector<EngineLine> m_lines;
+  std::function<void(const EngineLine&)> m_listener;
+};
+
+}  // namespace vrx::host

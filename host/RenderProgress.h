@@ -1,0 +1,65 @@
+// What a user sees of a running render: a bar on a terminal, or one JSON object a line.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace vrx::host {
+
+enum class ProgressStyle { Auto, Bar, Json, None };
+
+struct RenderSummary {
+  std::string outputPath;
+  std::int64_t frames = 0;  // of the whole movie
+  double movieSeconds = 0.0;
+};
+
+/// All calls come on one thread.
+class RenderProgress {
+ public:
+  virtual ~RenderProgress() = default;
+  virtual void OnStart(const RenderSummary& summary) = 0;
+  virtual void OnPercent(std::uint32_t percent) = 0;
+  virtual void OnEnd() = 0;
+  virtual void OnCancelled() = 0;
+  virtual void OnError(std::uint32_t code, const std::string& cause) = 0;
+
+  /// Auto is the bar on a terminal and silence elsewhere. `quiet` drops everything but errors and JSON.
+  static std::unique_ptr<RenderProgress> Make(ProgressStyle style, bool quiet);
+};
+
+/// Frames per second and seconds left, from the percentage alone.
+class RenderPace {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  void Start(std::int64_t totalFrames) {
+    m_totalFrames = totalFrames;
+    m_start = m_last = Clock::now();
+  }
+  void Update(std::uint32_t percent) {
+    m_percent = percent;
+    m_last = Clock::now();
+  }
+  double GetElapsed() const { return std::chrono::duration<double>(Clock::now() - m_start).count(); }
+  /// Mean up to the last update; 0 while unknown.
+  double GetFramesPerSecond() const {
+    const double seconds = std::chrono::duration<double>(m_last - m_start).count();
+    return seconds > 0.0 ? static_cast<double>(m_totalFrames) * m_percent / 100.0 / seconds : 0.0;
+  }
+  /// Below 0 while unknown.
+  double GetSecondsLeft() const {
+    const double seconds = std::chrono::duration<double>(m_last - m_start).count();
+    return m_percent == 0 ? -1.0 : seconds / m_percent * (100.0 - m_percent);
+  }
+
+ private:
+  std::int64_t m_totalFrames = 0;
+  std::uint32_t m_percent = 0;
+  Clock::time_point m_start;
+  Clock::time_point m_last;
+};
+
+}  // namespace vrx::host

@@ -1,0 +1,88 @@
+// The command line program `vrx`: renders projects through the library and inspects them.
+#include <cstdio>
+#include <exception>
+#include <map>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "host/CheckCommand.h"
+#include "host/Console.h"
+#include "host/RenderCommand.h"
+
+namespace {
+
+using namespace vrx::host;
+
+struct Commands {
+  RenderOptions render;
+  CheckOptions check;
+  std::string helpTopic;
+  CLI::App* renderCommand = nullptr;
+  CLI::App* checkCommand = nullptr;
+  CLI::App* helpCommand = nullptr;
+};
+
+void AddRender(CLI::App& app, Commands& commands) {
+  CLI::App* command = app.add_subcommand("render", "Render a project document to its movie");
+  command->add_option("PROJECT", commands.render.project, "The project document")->required();
+  const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
+                                                    {"bar", ProgressStyle::Bar},
+                                                    {"json", ProgressStyle::Json},
+                                                    {"none", ProgressStyle::None}};
+  command
+      ->add_option("--progress", commands.render.progress,
+                   "auto (a bar on a terminal), bar, json (one object a line) or none")
+      ->transform(CLI::CheckedTransformer(styles))
+      ->type_name("STYLE")
+      ->option_text("STYLE  auto (a bar on a terminal), bar, json (one object a line), none");
+  command->add_flag("--quiet", commands.render.quiet, "Print errors only");
+  command->footer("Exit status: 0 done, 1 the render failed, 2 wrong use, 130 cancelled.");
+  commands.renderCommand = command;
+}
+
+void AddCheck(CLI::App& app, Commands& commands) {
+  CLI::App* command = app.add_subcommand("check", "Show a project's timeline and everything wrong with it");
+  command->add_option("PROJECT", commands.check.project, "The project document")->required();
+  command->add_flag("--json", commands.check.json, "Print one JSON document");
+  command->footer("Exit status: 0 the project can be rendered, 1 it cannot, 2 wrong use.");
+  commands.checkCommand = command;
+}
+
+int Run(CLI::App& app, const Commands& commands) {
+  if (commands.renderCommand->parsed()) return RunRender(commands.render);
+  if (commands.checkCommand->parsed()) return RunCheck(commands.check);
+  if (!commands.helpTopic.empty()) {
+    const CLI::App* topic = app.get_subcommand_no_throw(commands.helpTopic);
+    if (topic == nullptr) {
+      Say("there is no command " + commands.helpTopic);
+      return kWrongUse;
+    }
+    std::fputs(topic->help("vrx").c_str(), stdout);
+    return kDone;
+  }
+  std::fputs(app.help().c_str(), stdout);
+  return kDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  CLI::App app("Renders project documents to movies.", "vrx");
+  app.set_version_flag("--version", std::string("vrx ") + VRX_VERSION);
+  app.require_subcommand(1);
+  Commands commands;
+  AddRender(app, commands);
+  AddCheck(app, commands);
+  commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
+  commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kWrongUse;
+  }
+  return Run(app, commands);
+} catch (const std::exception& error) {
+  Say(std::string("out of resources: ") + error.what());
+  return kFailed;
+}

@@ -1,0 +1,183 @@
+#include "src/check/ClipCheck.h"
+
+#include <cmath>
+#include <map>
+
+#include "foundation/file/XpFile.h"
+#include "foundation/file/XpPathQuery.h"
+#include "foundation/text/XpFormat.h"
+#include "src/project/ProjectKeys.h"
+#include "src/project/ProjectPath.h"
+#include "src/timeline/FrameClock.h"
+
+namespace vrx::check {
+namespace {
+
+using namespace vrx::project;
+
+constexpr double kMillisecondsPerSecond = 1000.0;
+
+/// Asks the file system and the probe about each path once.
+class SourceCache {
+ public:
+  explicit SourceCache(const SourceProbe& probe) : m_probe(probe) {}
+
+  const SourceFacts& Look(const XpString& path) {
+    const auto found = m_facts.find(path);
+    return found != m_facts.end() ? found->second : m_facts.emplace(path, Ask(path)).first->second;
+  }
+
+ private:
+  SourceFacts Ask(const XpString& path) const {
+    SourceFacts facts;
+    bool isDirectory = false;
+    if (!XpPathExists(path, &isDirectory)) {
+      facts.cause = "does not exist";
+    } else if (isDirectory) {
+      facts.cause = "is a folder";
+    } else if (XpFile file; file.OpenPath(path, XpFileRead, XpShareRead) != XpOk) {
+      facts.cause = "cannot be read: no permission";
+    } else if (m_probe) {
+      facts = m_probe(path);
+    } else {
+      facts.usable = facts.hasVideo = facts.hasAudio = true;
+    }
+    return facts;
+  }
+
+  const SourceProbe& m_probe;
+  std::map<XpString, SourceFacts> m_facts;
+};
+
+class ClipChecker {
+ public:
+  ClipChecker(const XpString& file, const SourceProbe& probe, ProjectReport& report)
+      : m_file(file),
+        m_sources(probe),
+        m_report(report),
+        m_clock(report.videoSettings ? report.videoSettings->frameDuration : VRXTimeInfo()) {}
+
+  void RunTrack(const Key& track, const TKLXOutputXml::Track& clips, bool isVideo) {
+    m_track = track.name;
+    m_isVideo = isVideo;
+    m_movieTime = 0;
+    m_clip = 0;
+    for (const auto& clip : clips) {
+      ++m_clip;
+      CheckClip(*clip);
+    }
+    if (isVideo && m_clock.IsUsable()) {
+      m_report.totalFrames = m_movieTime / m_clock.GetFrameValue();
+      m_report.totalSeconds = m_clock.ToSeconds(m_movieTime);
+    }
+  }
+
+ private:
+  void Report(Severity severity, const Key& key, const XpString& message) {
+    m_report.problems.push_back({severity, m_file, m_track, m_clip, key.name, message});
+  }
+
+  void CheckClip(const TKLXOutputXmlInfo& clip) {
+    ClipRow row;
+    row.track = m_track;
+    row.clip = m_clip;
+    row.source = ResolvePath(m_file, clip.sourceFile);
+    const bool isBaseband = m_isVideo && clip.sourceType == VRXSourceBaseband;
+    SourceFacts unknown;
+    const SourceFacts& facts = clip.sourceFile.IsEmpty() || isBaseband ? unknown : m_sources.Look(row.source);
+    CheckSource(clip, row, facts, isBaseband);
+    LayOut(clip, facts, isBaseband, row);
+    m_report.clips.push_back(row);
+  }
+
+  void CheckSource(const TKLXOutputXmlInfo& clip, const ClipRow& row, const SourceFacts& facts, bool isBaseband) {
+    if (clip.sourceFile.IsEmpty()) return Report(Severity::Error, kSourceFile, u"names no source");
+    if (isBaseband) {
+      if (!XpPathIsFile(row.source)) Report(Severity::Warning, kSourceFile, row.source + u" does not exist");
+      return;
+    }
+    if (!facts.usable) {
+      return Report(Severity::Error, kSourceFile, row.source + u" " + XpNarrowString(facts.cause).ToWide());
+    }
+    if (m_isVideo && !facts.hasVideo) return Report(Severity::Error, kSourceFile, row.source + u" has no picture");
+    if (!m_isVideo && !facts.hasAudio) {
+      Report(Severity::Warning, kSourceFile, row.source + u" has no sound: silence takes its place");
+    }
+  }
+
+  /// Works out the clip's place in the movie the way the engine does.
+  void LayOut(const TKLXOutputXmlInfo& clip, const SourceFacts& facts, bool isBaseband, ClipRow& row) {
+    row.firstFrame = m_clock.IsUsable() ? m_movieTime / m_clock.GetFrameValue() : 0;
+    row.movieStart = m_clock.ToSeconds(m_movieTime);
+    const std::int64_t in = std::max<std::int64_t>(m_clock.FloorToFrame(clip.startTime), 0);
+    const std::int64_t out = m_clock.FloorToFrame(clip.endTime);
+    std::int64_t length = out - in;
+    row.wholeSource = out <= in && !isBaseband;
+    const double sourceSeconds = m_isVideo ? facts.videoSeconds : facts.audioSeconds;
+    if (row.wholeSource) {
+      CheckWholeSource(clip);
+      const double frames = m_isVideo ? std::ceil(FramesIn(sourceSeconds) - kFrameTolerance) : FramesIn(sourceSeconds);
+      length = timeline::ToInt64(std::max(frames, 0.0)) * m_clock.GetFrameValue();
+    } else {
+      row.sourceStart = m_clock.ToSeconds(in);
+      if (isBaseband && length <= 0) Report(Severity::Error, kEndTime, u"must lie behind StartTime");
+      CheckEnd(out, sourceSeconds);
+      length = std::max<std::int64_t>(length, 0);
+    }
+    row.seconds = m_clock.ToSeconds(length);
+    row.frames = m_clock.IsUsable() ? length / m_clock.GetFrameValue() : 0;
+    m_movieTime += length;
+  }
+
+  void CheckWholeSource(const TKLXOutputXmlInfo& clip) {
+    const bool untold = clip.startTime < 0 && clip.endTime < 0;
+    if (untold) return;  // the plain way to ask for the whole source
+    Report(Severity::Warning, kEndTime,
+           clip.endTime > clip.startTime ? XpString(u"the clip is shorter than a frame: the whole source is used")
+                                         : XpString(u"does not lie behind StartTime: the whole source is used"));
+  }
+
+  void CheckEnd(std::int64_t out, double sourceSeconds) {
+    const double beyond = m_clock.ToSeconds(out) - sourceSeconds;
+    const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
+    if (sourceSeconds <= 0.0 || beyond < frameSeconds) return;
+    XpString message;
+    message.Format(u"lies %.3f s behind the source's end: %s", beyond,
+                   m_isVideo ? u"the last frame holds" : u"silence fills up");
+    Report(Severity::Warning, kEndTime, message);
+  }
+
+  double FramesIn(double seconds) const {
+    const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
+    return frameSeconds > 0.0 ? seconds / frameSeconds : 0.0;
+  }
+
+  static constexpr double kFrameTolerance = 0.01;  // frames; containers round their lengths
+
+  const XpString& m_file;
+  SourceCache m_sources;
+  ProjectReport& m_report;
+  timeline::FrameClock m_clock;
+  XpString m_track;
+  bool m_isVideo = false;
+  std::uint32_t m_clip = 0;
+  std::int64_t m_movieTime = 0;  // where the next clip of the track begins
+};
+
+}  // namespace
+
+void CheckClips(const XpString& file, const TKLXOutputXml& project, const SourceProbe& probe,
+                ProjectReport& report) {
+  ClipChecker checker(file, probe, report);
+  checker.RunTrack(kVideoTrack, project.videoTracks, true);
+  checker.RunTrack(kAudioTrack, project.audioTracks, false);
+  if (project.videoTracks.empty()) {
+    report.problems.push_back({Severity::Error, file, kVideoTrack.name, 0, XpString(), u"holds no clip"});
+  }
+  if (!project.audioTracks.empty() && !project.audioSettings) {
+    report.problems.push_back({Severity::Warning, file, kAudioTrack.name, 0, XpString(),
+                               u"has clips, but without AudioOutputSettings the movie has no sound"});
+  }
+}
+
+}  // namespace vrx::check

@@ -1,0 +1,112 @@
+#include "src/check/DocumentCheck.h"
+
+#include <array>
+
+#include "foundation/text/XpFormat.h"
+#include "foundation/text/XpPath.h"
+#include "src/project/ProjectKeys.h"
+
+namespace vrx::check {
+namespace {
+
+using namespace vrx::project;
+
+class DocumentChecker {
+ public:
+  DocumentChecker(const XpString& file, std::vector<Problem>& problems) : m_file(file), m_problems(problems) {}
+
+  void Run(const XpIniDict& document) {
+    const XpIniElement* wrapper = Require(document, kRoot, Severity::Error);
+    if (wrapper == nullptr) return;
+    CheckKeys(*wrapper, kWrapperKeys);
+    CheckTrack(*wrapper, kVideoTrack);
+    CheckTrack(*wrapper, kAudioTrack);
+    const XpIniElement* output = Require(*wrapper, kOutputSettings, Severity::Error);
+    if (output == nullptr) return;
+    CheckKeys(*output, kOutputKeys);
+    if (const XpIniElement* video = Require(*output, kVideoOutputSettings, Severity::Error)) {
+      CheckKeys(*video, kVideoKeys);
+    }
+    if (const XpIniElement* audio = Require(*output, kAudioOutputSettings, Severity::Note)) {
+      CheckKeys(*audio, kAudioKeys);
+    }
+  }
+
+ private:
+  void Report(Severity severity, const XpString& key, const XpString& message) {
+    m_problems.push_back({severity, m_file, m_track, m_clip, key, message});
+  }
+
+  /// The element under `key`, or null after reporting that it is not there. One of a wrong type is reported by
+  /// CheckKeys; the outermost key has no such check, so it is told here.
+  const XpIniElement* Require(const XpIniElement& dict, const Key& key, Severity severity) {
+    const XpIniElement* element = Find(&dict, key);
+    if (element != nullptr) return element;
+    const bool wrongType = dict.Get(key.name) != nullptr;
+    if (key.type == XpIniType::Dict && key.name == kAudioOutputSettings.name && !wrongType) {
+      Report(severity, key.name, u"not there: the movie will have no sound");
+    } else {
+      Report(severity, key.name, wrongType ? XpString(u"is not a dict, so it counts as missing")
+                                           : XpString(u"is missing"));
+    }
+    return nullptr;
+  }
+
+  void CheckTrack(const XpIniElement& wrapper, const Key& key) {
+    const XpIniElement* track = Find(&wrapper, key);
+    if (track == nullptr) return;
+    m_track = key.name;
+    for (std::uint32_t i = 0; i < track->GetCount(); ++i) {
+      m_clip = i + 1;
+      const XpIniElement& clip = *track->GetAt(i);
+      if (clip.GetType() == XpIniType::Dict) {
+        CheckKeys(clip, kClipKeys);
+      } else {
+        Report(Severity::Warning, XpString(), u"is a " + TypeName(clip.GetType()) + u", not a dict: left out");
+      }
+    }
+    m_track = XpString();
+    m_clip = 0;
+  }
+
+  void CheckKeys(const XpIniElement& dict, std::span<const Key> known) {
+    for (const auto& [name, element] : static_cast<const XpIniDict&>(dict).GetElements()) {
+      CheckKey(name, *element, known);
+    }
+  }
+
+  void CheckKey(const XpString& name, const XpIniElement& element, std::span<const Key> known) {
+    for (const Key& key : known) {
+      if (name == key.name) {
+        if (element.GetType() == key.type) return;
+        XpString message;
+        message.Format(u"is %s where %s is due: it is not read", TypeName(element.GetType()), TypeName(key.type));
+        return Report(Severity::Warning, name, message);
+      }
+    }
+    for (const Key& key : known) {
+      if (XpCompareNoCase(name, key.name) != 0) continue;
+      return Report(Severity::Warning, name, XpString(u"is an unknown key; did you mean ") + key.name + u"?");
+    }
+    Report(Severity::Note, name, u"is an unknown key and is not read");
+  }
+
+  const XpString& m_file;
+  std::vector<Problem>& m_problems;
+  XpString m_track;
+  std::uint32_t m_clip = 0;
+};
+
+}  // namespace
+
+XpString TypeName(XpIniType type) {
+  constexpr std::array<const char16_t*, 8> kNames{u"true or false", u"integer", u"real",  u"string",
+                                                  u"data",          u"date",    u"array", u"dict"};
+  return kNames[static_cast<std::size_t>(type)];
+}
+
+void CheckDocument(const XpIniDict& document, const XpString& file, std::vector<Problem>& problems) {
+  DocumentChecker(file, problems).Run(document);
+}
+
+}  // namespace vrx::check

@@ -1,0 +1,78 @@
+// What an inspection of a project found: its timeline, its output and every problem, each with the place in the
+// document that it comes from. The command line prints it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "src/project/TKLXOutputXml.h"
+#include "vrx/XpString.h"
+
+namespace vrx::check {
+
+/// Error: the render cannot succeed. Warning: it does, but not as the document seems to want. Note: worth knowing.
+enum class Severity { Note, Warning, Error };
+
+struct Problem {
+  Severity severity;
+  XpString file;           // the document, or the source that it names
+  XpString track;          // "VideoTrack", "AudioTrack" or empty
+  std::uint32_t clip = 0;  // counted from 1 within the track; 0 for none
+  XpString key;            // may be empty
+  XpString message;
+};
+
+/// What the engine knows of a source after a look into it.
+struct SourceFacts {
+  bool usable = false;  // it can be opened and holds picture or sound
+  std::string cause;    // why not, in the engine's words
+  bool hasVideo = false;
+  bool hasAudio = false;
+  double videoSeconds = 0.0;  // 0 when unknown
+  double audioSeconds = 0.0;
+  std::int32_t width = 0;  // pixels, as displayed
+  std::int32_t height = 0;
+  double framesPerSecond = 0.0;
+};
+
+/// Looks into the file at a native path.
+using SourceProbe = std::function<SourceFacts(const XpString& path)>;
+
+/// One clip on the movie's time axis. Lengths are 0 when the source's own length is needed and unknown.
+struct ClipRow {
+  XpString track;
+  std::uint32_t clip = 0;  // counted from 1
+  XpString source;         // native path
+  bool wholeSource = false;
+  double sourceStart = 0.0;   // s on the source's clock
+  double movieStart = 0.0;    // s on the movie's clock
+  double seconds = 0.0;       // length in the movie
+  std::int64_t firstFrame = 0;  // of the movie; video clips only
+  std::int64_t frames = 0;
+};
+
+struct ProjectReport {
+  std::vector<Problem> problems;
+  std::vector<ClipRow> clips;
+  XpString outputPath;                                   // native; empty when the document names none
+  std::unique_ptr<VRXVideoOutputSetting> videoSettings;  // null when absent
+  std::unique_ptr<VRXAudioOutputSetting> audioSettings;
+  std::int64_t totalFrames = 0;
+  double totalSeconds = 0.0;
+
+  bool HasErrors() const {
+    for (const Problem& problem : problems) {
+      if (problem.severity == Severity::Error) return true;
+    }
+    return false;
+  }
+};
+
+/// Reads the document at `path` and inspects it with everything that it names. Each source is probed once; an
+/// empty `probe` leaves it at what the file system tells.
+ProjectReport CheckProject(const XpString& path, const SourceProbe& probe);
+
+}  // namespace vrx::check

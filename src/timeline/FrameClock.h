@@ -1,0 +1,31 @@
+// Turns the milliseconds of documents into frame times: 64-bit counts of 1 / TimeScale seconds that are always
+// a multiple of TimeValue, the length of a frame.
+#pragma once
+
+#include <cstdint>
+
+#include "vrx/VRXTimeline.h"
+
+namespace vrx::timeline {
+
+/// Truncates toward zero; what is beyond 64 bits stays at the limit, and NaN is 0.
+std::int64_t ToInt64(double value);
+
+class FrameClock {
+ public:
+  explicit FrameClock(const VRXTimeInfo& frameDuration);
+
+  /// False for a frame without a length; every frame time is then 0.
+  bool IsUsable() const { return m_usable; }
+  /// The frame that begins at or before `milliseconds`.
+  std::int64_t FloorToFrame(double milliseconds) const;
+  VRXTimeInfo At(std::int64_t frameTime) const;
+  std::int64_t GetFrameValue() const { return static_cast<std::int64_t>(m_frame.value); }
+  double ToSeconds(std::int64_t frameTime) const;
+
+ private:
+  VRXTimeInfo m_frame;
+  bool m_usable;
+};
+
+}  // namespace vrx::timeline

@@ -1,0 +1,255 @@
+// Property-list documents: what is read, what is written, and what is refused.
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "content/plist/PlistNumbers.h"
+#include "content/plist/PlistReader.h"
+#include "content/plist/PlistWriter.h"
+#include "content/plist/XpIniArray.h"
+#include "content/plist/XpIniDict.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+using vrx::plist::ReadBytes;
+using vrx::plist::XmlProblem;
+
+XpResult Read(const std::string& content, XpIniDict& dict, XmlProblem* problem = nullptr) {
+  return ReadBytes(content, nullptr, dict, problem);
+}
+
+std::string InPlist(const std::string& dict) { return "<plist version=\"1.0\"><dict>" + dict + "</dict></plist>"; }
+
+template <class T>
+T Value(const XpIniDict& dict, const char16_t* key, XpResult (XpIniElement::*get)(T&) const) {
+  T value{};
+  const XpIniElement* element = dict.Get(key);
+  if (element == nullptr) {
+    ADD_FAILURE() << "no such key";
+  } else {
+    EXPECT_EQ((element->*get)(value), XpOk);
+  }
+  return value;
+}
+
+TEST(PlistReadTest, EveryTypeIsRead) {
+  XpIniDict dict;
+  ASSERT_EQ(Read(InPlist("<!-- hello --><key>i</key><!-- between --><integer> -12x</integer>"
+                         "<key>r</key><real>1,5</real><key>s</key><string>a&amp;b<![CDATA[c]]></string>"
+                         "<key>t</key><true/><key>f</key><false/>"
+                         "<key>d</key><data>AB 01\n0F</data><key>when</key><date>2018-01-02 03.04.05</date>"
+                         "<key>list</key><array><integer>1</integer><array/><string/></array>"
+                         "<key>sub</key><dict><key>x</key><integer>9</integer></dict>"),
+                 dict),
+            XpOk);
+  EXPECT_EQ(Value<std::int64_t>(dict, u"i", &XpIniElement::GetInt64), -12);
+  EXPECT_EQ(Value<double>(dict, u"r", &XpIniElement::GetReal), 1.5);
+  EXPECT_EQ(Value<XpString>(dict, u"s", &XpIniElement::GetString), u"a&b");
+  EXPECT_TRUE(Value<bool>(dict, u"t", &XpIniElement::GetBool));
+  EXPECT_FALSE(Value<bool>(dict, u"f", &XpIniElement::GetBool));
+  EXPECT_EQ(Value<std::int64_t>(dict, u"list/0", &XpIniElement::GetInt64), 1);
+  EXPECT_EQ(Value<XpString>(dict, u"list/2", &XpIniElement::GetString), XpString());
+  EXPECT_EQ(Value<std::int64_t>(dict, u"sub/x", &XpIniElement::GetInt64), 9);
+  EXPECT_EQ(dict.Get(u"list/3"), nullptr);
+  EXPECT_EQ(dict.Get(u"sub/none"), nullptr);
+  const std::byte* data = nullptr;
+  std::uint64_t size = 0;
+  ASSERT_EQ(dict.Get(u"d")->GetData(data, size), XpOk);
+  ASSERT_EQ(size, 3u);
+  EXPECT_EQ(data[0], std::byte{0xAB});
+  EXPECT_EQ(data[2], std::byte{0x0F});
+  const auto when = Value<XpDateTime>(dict, u"when", &XpIniElement::GetDate);
+  EXPECT_EQ(when.GetMonth(), 1);
+  EXPECT_EQ(when.GetSecond(), 5);
+}
+
+TEST(PlistReadTest, StructureRulesHold) {
+  struct Case {
+    const char* name;
+    std::string text;
+    XpResult result;
+    std::uint32_t count;
+  };
+  const std::string one = "<key>a</key><integer>1</integer>";
+  const Case cases[] = {
+      {"dict ends at what is no key", InPlist(one + "<integer>2</integer><key>b</key><true/>"), XpOk, 1},
+      {"dict ends at loose text", InPlist(one + "loose<key>b</key><true/>"), XpOk, 1},
+      {"dict ends at an empty key", InPlist(one + "<key/><true/><key>b</key><true/>"), XpOk, 1},
+      {"repeated key keeps its first value", InPlist(one + "<key>a</key><true/>"), XpOk, 1},
+      {"first dict of plist counts", "<plist><array/><dict>" + one + "</dict><dict/></plist>", XpOk, 1},
+      {"key without value", InPlist(one + "<key>b</key>"), XpErrWrongRoot, 0},
+      {"unknown value", InPlist(one + "<key>b</key><number>1</number>"), XpErrWrongRoot, 0},
+      {"unknown value in an array", InPlist("<key>b</key><array><key>x</key></array>"), XpErrWrongRoot, 0},
+      {"other document element", "<movie><dict/></movie>", XpErrWrongRoot, 0},
+      {"plist without dict", "<plist><array/></plist>", XpErrWrongRoot, 0},
+      {"empty", "", XpErrNoDocument, 0},
+      {"cut off", InPlist(one).substr(0, 40), XpErrNoDocument, 0},
+      {"not XML", "GIF89a", XpErrNoDocument, 0},
+      {"undeclared entity", InPlist("<key>a</key><string>&lol;</string>"), XpErrNoDocument, 0},
+  };
+  for (const Case& c : cases) {
+    XpIniDict dict;
+    dict.Add(u"old", XpIniType::Bool, true);
+    EXPECT_EQ(Read(c.text, dict), c.result) << c.name;
+    EXPECT_EQ(dict.GetCount(), c.count) << c.name;
+  }
+}
+
+std::string Repeat(const std::string& text, std::size_t times) {
+  std::string all;
+  for (std::size_t i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+TEST(PlistReadTest, HostileDocumentsAreRefusedWithAReason) {
+  struct Case {
+    std::string text;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {"<!DOCTYPE plist><plist><dict/></plist>", "document types are not allowed"},
+      {"<!DOCTYPE p [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]><plist><dict>&b;</dict></plist>",
+       "document types are not allowed"},
+      {"<!DOCTYPE p SYSTEM \"file:///etc/passwd\"><plist/>", "document types are not allowed"},
+      {"<plist>" + Repeat("<array>", 300'000), "elements are nested too deeply"},
+  };
+  for (const Case& c : cases) {
+    XpIniDict dict;
+    XmlProblem problem;
+    EXPECT_EQ(Read(c.text, dict, &problem), XpErrNoDocument);
+    EXPECT_EQ(problem.message, c.reason);
+  }
+  XpIniDict dict;
+  XmlProblem problem;
+  const std::string wide = InPlist("<key>a</key><array>" + Repeat("<true/>", 100) + "</array>");
+  EXPECT_EQ(ReadBytes(wide, nullptr, dict, &problem, {.elements = 50}), XpErrNoDocument);
+  EXPECT_EQ(problem.message, "the document has too many elements");
+}
+
+TEST(PlistReadTest, ParserTellsWhereItStopped) {
+  XpIniDict dict;
+  XmlProblem problem;
+  EXPECT_EQ(Read("<plist>\n<dict>\n<key>a</kye>", dict, &problem), XpErrNoDocument);
+  EXPECT_EQ(problem.line, 3u);
+  EXPECT_FALSE(problem.message.empty());
+}
+
+TEST(PlistReadTest, EveryCutOfADocumentIsAnErrorOrADocument) {
+  const std::string whole = InPlist("<key>a</key><array><integer>1</integer></array><key>b</key><data>ab</data>");
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    XpIniDict dict;
+    EXPECT_EQ(Read(whole.substr(0, length), dict), XpErrNoDocument) << length;
+    EXPECT_EQ(dict.GetCount(), 0u);
+  }
+}
+
+TEST(PlistNumbersTest, TextIsReadAsFarAsItIsANumber) {
+  using vrx::plist::ParseInteger;
+  using vrx::plist::ParseReal;
+  using Limits = std::numeric_limits<std::int64_t>;
+  EXPECT_EQ(ParseInteger(u"9223372036854775807"), Limits::max());
+  EXPECT_EQ(ParseInteger(u"9223372036854775808"), Limits::max());
+  EXPECT_EQ(ParseInteger(u"-9223372036854775808"), Limits::min());
+  EXPECT_EQ(ParseInteger(u"-99999999999999999999"), Limits::min());
+  EXPECT_EQ(ParseInteger(u"\n +7,5"), 7);
+  EXPECT_EQ(ParseInteger(u"x"), 0);
+  EXPECT_EQ(ParseReal(u" -.5e1 "), -5.0);
+  EXPECT_EQ(ParseReal(u"1e999"), 0.0);
+  EXPECT_EQ(ParseReal(u"inf"), 0.0);
+  EXPECT_EQ(ParseReal(u"nan"), 0.0);
+  EXPECT_FALSE(vrx::plist::ParseDate(u"99:01:01T00:00:00").IsValid());
+  EXPECT_FALSE(vrx::plist::ParseDate(u"2018:01:01T00:00").IsValid());
+  EXPECT_FALSE(vrx::plist::ParseDate(u"2018::01:01T00:00:00").IsValid());
+}
+
+TEST(PlistWriteTest, DocumentHasItsExactForm) {
+  XpIniDict dict;
+  XpDateTime date;
+  date.SetDateTime(2018, 1, 1, 12, 0, 5);
+  const std::byte bytes[] = {std::byte{0xAB}, std::byte{0x01}};
+  dict.Add(u"real", XpIniType::Real, 1.5);
+  dict.Add(u"Zero", XpIniType::Int, std::int64_t{-7});
+  dict.Add(u"date", XpIniType::Date, date);
+  dict.Add(u"data", XpIniType::MemChunk, std::span<const std::byte>(bytes));
+  dict.Add(u"text", XpIniType::String, XpString(u"<a> & \r\u0001"));
+  dict.Add(u"none", XpIniType::String, XpString());
+  dict.Add(u"yes", XpIniType::Bool, true);
+  dict.Add(u"sub", XpIniType::Dict, {});
+  dict.Add(u"list", XpIniType::Array, {});
+  dict.Add(u"list/-1", XpIniType::Bool, false);
+  EXPECT_EQ(vrx::plist::WriteDocument(dict),
+            "<?xml version=\"1.0\" encoding=\"utf-8\" ?><plist version=\"1.0\"><dict>"
+            "<key>Zero</key><integer>-7</integer>"
+            "<key>data</key><data>ab01</data>"
+            "<key>date</key><date>2018:01:01T12:00:05Z</date>"
+            "<key>list</key><array><false/></array>"
+            "<key>none</key><string/>"
+            "<key>real</key><real>1.500000000000000</real>"
+            "<key>sub</key><dict/>"
+            "<key>text</key><string>&lt;a&gt; &amp; &#13;\xEF\xBF\xBD</string>"
+            "<key>yes</key><true/>"
+            "</dict></plist>");
+  EXPECT_EQ(vrx::plist::WriteDocument(XpIniDict()),
+            "<?xml version=\"1.0\" encoding=\"utf-8\" ?><plist version=\"1.0\"><dict/></plist>");
+}
+
+TEST(PlistWriteTest, SavedDocumentLoadsAgainAndAFailedSaveKeepsTheOldOne) {
+  const TempFolder folder;
+  const XpString path = XpNarrowString((folder.Path() / "d.plist").string()).ToWide();
+  XpIniDict dict;
+  dict.Add(u"名前", XpIniType::String, XpString(u"\U0001F3BE café"));
+  ASSERT_EQ(dict.Save(path), XpOk);
+  XpIniDict loaded;
+  ASSERT_EQ(loaded.Load(path), XpOk);
+  EXPECT_EQ(Value<XpString>(loaded, u"名前", &XpIniElement::GetString), u"\U0001F3BE café");
+  EXPECT_EQ(folder.Count(), 1);
+  EXPECT_NE(dict.Save(XpNarrowString((folder.Path() / "none/d.plist").string()).ToWide()), XpOk);
+  XpIniDict missing;
+  EXPECT_EQ(missing.Load(u"/no/such.plist"), XpErrFileNotFound);
+  XpString text;
+  ASSERT_EQ(dict.SaveText(text), XpOk);
+  XpIniDict copy;
+  EXPECT_EQ(copy.LoadText(text), XpOk);
+  EXPECT_EQ(copy.GetCount(), 1u);
+  EXPECT_EQ(copy.LoadClipboard(0), XpErrFailed);
+  EXPECT_EQ(copy.GetCount(), 1u);
+}
+
+TEST(PlistTreeTest, OperationsAnswerByTypeAndPath) {
+  XpIniDict dict;
+  EXPECT_EQ(dict.Add(u"a/b", XpIniType::Bool, true), XpErrElementNotFound);
+  EXPECT_EQ(dict.GetCount(), 0u);
+  EXPECT_EQ(dict.Add(u"a", XpIniType::Int, std::int64_t{1} << 31), XpOk);
+  EXPECT_EQ(dict.Add(u"a", XpIniType::Bool, true), XpErrKeyExists);
+  EXPECT_EQ(dict.Add(u"x", static_cast<XpIniType>(8), {}), XpErrUnknownElementType);
+  EXPECT_EQ(dict.Add(u"x", XpIniType::Int, XpString(u"text")), XpErrWrongElementType);
+  EXPECT_EQ(dict.GetCount(), 1u);
+  std::int32_t low = 0;
+  EXPECT_EQ(dict.Get(u"a")->GetInt32(low), XpErrValueDoesNotFit);
+  EXPECT_EQ(low, std::numeric_limits<std::int32_t>::min());
+  XpString untouched = u"kept";
+  EXPECT_EQ(dict.Get(u"a")->GetString(untouched), XpErrWrongElementType);
+  EXPECT_EQ(untouched, u"kept");
+  EXPECT_EQ(dict.Get(u"a/b"), nullptr);
+  EXPECT_EQ(dict.Add(u"a/b", XpIniType::Bool, true), XpErrWrongElementType);
+
+  dict.Add(u"list", XpIniType::Array, {});
+  XpIniElement& list = *dict.Get(u"list");
+  EXPECT_EQ(list.InsertAt(1, XpIniType::Bool, true), XpErrElementNotFound);
+  EXPECT_EQ(list.InsertAt(XpIniElement::kAppendToo, XpIniType::Int, std::int64_t{2}), XpOk);
+  EXPECT_EQ(list.Add(u"0", XpIniType::Dict, {}), XpOk);
+  EXPECT_EQ(dict.Add(u"list/0/deep", XpIniType::Real, 2.5), XpOk);
+  EXPECT_EQ(list.GetCount(), 2u);
+  EXPECT_EQ(dict.Remove(u"list/0/none"), XpErrElementNotFound);
+  EXPECT_EQ(dict.Remove(u"list/0"), XpOk);
+  EXPECT_EQ(list.RemoveAt(7), XpErrElementNotFound);
+  EXPECT_EQ(dict.Remove(u"list"), XpOk);
+  XpString key;
+  EXPECT_EQ(dict.GetKeyAt(0, key), XpOk);
+  EXPECT_EQ(key, u"a");
+  EXPECT_EQ(dict.GetKeyAt(1, key), XpErrElementNotFound);
+  EXPECT_EQ(dict.GetValueAt(1), nullptr);
+}
+
+}  // namespace

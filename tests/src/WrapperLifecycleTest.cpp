@@ -1,0 +1,130 @@
+// How the wrapper behaves over its life: cancel, second calls, release at awkward moments.
+#include <atomic>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "tests/src/WrapperFixture.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+TEST_F(WrapperTest, FactoryGivesTheSameWrapperWithoutLosingTheEngine) {
+  IVRXWrapper* again = nullptr;
+  EXPECT_EQ(VRXWrapper::CreateVRXWrapper(false, &again), 0);
+  EXPECT_EQ(again, wrapper);
+  EXPECT_EQ(script->liveEngines, 1);
+}
+
+TEST_F(WrapperTest, NullCallbackKeepsTheEarlierOne) {
+  wrapper->SetCallback(nullptr);
+  LoadProject();
+  wrapper->StartRender();
+  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "100", "end"));
+}
+
+TEST_F(WrapperTest, CancelBeforeStartSkipsTheWorkButStillEnds) {
+  LoadProject();
+  wrapper->Cancel();
+  wrapper->StartRender();
+  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "end"));
+  EXPECT_THAT(script->calls, Contains("CreateSequence"));
+  EXPECT_THAT(script->calls, Contains("ReleaseSequence"));
+  EXPECT_THAT(script->calls, Not(Contains("Execute")));
+}
+
+TEST_F(WrapperTest, CancelFromAnotherThreadEndsARunningRender) {
+  script->slices = {{.processed = 10}};  // goes on for ever
+  std::atomic<bool> running = false;
+  script->onSlice = [&](std::size_t) { running = true; };
+  LoadProject();
+  wrapper->StartRender();
+  while (!running) std::this_thread::yield();
+  wrapper->Cancel();
+  EXPECT_EQ(callback.WaitForEnd().back(), "end");
+}
+
+TEST_F(WrapperTest, SecondStartAndNewProjectAreRefusedWhileARenderRuns) {
+  script->slices = {{.processed = 10}};
+  std::atomic<int> slices = 0;
+  script->onSlice = [&](std::size_t) { ++slices; };
+  LoadProject();
+  wrapper->StartRender();
+  while (slices == 0) std::this_thread::yield();
+  const VRXTimeline* timeline = script->timeline;
+  wrapper->StartRender();
+  wrapper->SetProjectFile(u"/nowhere/else.vrx");
+  EXPECT_EQ(timeline->video.count, 1u);
+  wrapper->Cancel();
+  callback.WaitForEnd();
+  wrapper->Release();
+  wrapper = nullptr;
+  EXPECT_EQ(std::count(script->calls.begin(), script->calls.end(), "CreateSequence"), 1);
+}
+
+TEST_F(WrapperTest, ReleaseWaitsForTheRender) {
+  script->slices = {{.processed = 50}, {.processed = 100, .ends = true}};
+  LoadProject();
+  wrapper->StartRender();
+  wrapper->Release();
+  wrapper = nullptr;
+  EXPECT_EQ(callback.Heard().back(), "end");
+}
+
+TEST_F(WrapperTest, ReleaseFromACallbackIsSafeAndSilencesTheRest) {
+  script->slices = {{.processed = 10}};
+  std::atomic<bool> released = false;
+  callback.onProgress = [&](std::uint32_t) {
+    wrapper->Release();
+    released = true;
+  };
+  LoadProject();
+  wrapper->StartRender();
+  while (!released) std::this_thread::yield();
+  wrapper = nullptr;
+  // The old manager goes on its own thread; a new one can be had at once.
+  while (script->liveSequences != 0 || script->liveEngines != 0) std::this_thread::yield();
+  EXPECT_THAT(callback.Heard(), ElementsAre("start", "10"));
+  ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
+}
+
+TEST_F(WrapperTest, SmartRenderingAsksTheEngineWithBothValues) {
+  EXPECT_TRUE(wrapper->IsSmartRenderingCapable(7, 9));
+  EXPECT_THAT(script->calls, Contains("IsSmartRenderingCapable 7 9"));
+  script->smartRendering = 1;
+  EXPECT_FALSE(wrapper->IsSmartRenderingCapable(7, 9));
+}
+
+TEST_F(WrapperTest, RecordsOfTheProjectReachTheEngine) {
+  ProjectText project;
+  project.videoTrack = ClipText("clips/a.mp4", "0", "1000") + ClipText("/b.mov", "500", "2500");
+  project.audioTrack = ClipText("c.wav", "0", "3000");
+  project.audio = "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>";
+  SetProject(project);
+  wrapper->StartRender();
+  // Cancelled wrappers keep their records until Release, so they can be looked at behind the end.
+  callback.WaitForEnd();
+  const VRXTimeline& timeline = *script->timeline;
+  ASSERT_EQ(timeline.video.count, 2u);
+  const auto& first = dynamic_cast<const VRXFileSourceStreamInfo&>(*timeline.video.items[0]);
+  EXPECT_EQ(vrx::textcodec::ToUtf8(first.path->Get()), (folder.Path() / "clips/a.mp4").string());
+  EXPECT_EQ(first.endTime.value, 29029u);
+  EXPECT_EQ(first.endTime.scale, 30000u);
+  ASSERT_EQ(timeline.audio.count, 1u);
+  const VRXSystemOutputSetting& output = *script->output;
+  EXPECT_EQ(output.systemType, VRXSystemMp4);
+  ASSERT_NE(output.metaData, nullptr);
+  ASSERT_EQ(output.metaData->count, 1u);
+  EXPECT_EQ(output.metaData->items[0]->kind, VRXMetaData::kTimeZone);
+  EXPECT_EQ(output.metaData->items[0]->size, 2u);
+  EXPECT_EQ(output.metaData->items[0]->data[1], 0);
+  EXPECT_EQ(vrx::textcodec::ToUtf8(output.outputFilePath->Get()), (folder.Path() / "out.mp4").string());
+  ASSERT_NE(output.audio, nullptr);
+  EXPECT_EQ(output.audio->samplingRate, 48000u);
+  EXPECT_EQ(output.rawOutput, nullptr);
+}
+
+}  // namespace
