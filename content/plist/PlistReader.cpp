@@ -151,16 +151,16 @@ XpResult ReadDocument(const xercesc::DOMDocument* document, XpIniDict& dict, Xml
 
 XpResult ReadWholeFile(const XpString& path, std::vector<char>& bytes, XmlProblem& problem) {
   XpFile file;
-  if (const XpResult result = file.OpenPath(path, XpFileRead, XpShareRead); result != XpOk) return result;
+  if (const XpResult result = file.OpenPath(path, XpOpenRead, XpShareRead); result != XpOk) return result;
   const std::int64_t size = file.GetSize();
   const XmlLimits limits;
   if (size < 0) return XpErrNotAFile;
   // One byte above the limit is enough for the XML layer to refuse it.
   bytes.resize(std::min(static_cast<std::size_t>(size), limits.bytes + 1));
   if (bytes.empty()) return XpOk;
-  std::int64_t read = 0;
-  const XpResult result = file.Read(bytes.data(), static_cast<std::int64_t>(bytes.size()), &read);
-  bytes.resize(static_cast<std::size_t>(std::max<std::int64_t>(read, 0)));
+  std::uint64_t read = 0;
+  const XpResult result = file.Read(bytes.data(), bytes.size(), &read);
+  bytes.resize(read);
   if (result == XpOk || result == XpErrEndOfFile) return XpOk;
   problem = {"the file cannot be read"};
   return result;

@@ -114,9 +114,9 @@ void AppendDict(std::string& out, const XpIniDict& dict) {
 
 XpResult WriteBytes(const XpString& path, std::string_view bytes) {
   XpFile file;
-  if (const XpResult result = file.OpenPath(path, XpFileWrite, 0); result != XpOk) return result;
-  std::int64_t written = 0;
-  XpResult result = file.Write(bytes.data(), static_cast<std::int64_t>(bytes.size()), &written);
+  if (const XpResult result = file.OpenPath(path, XpOpenWrite, XpShareNone); result != XpOk) return result;
+  std::uint64_t written = 0;
+  const XpResult result = file.Write(bytes.data(), bytes.size(), &written);
   const XpResult closed = file.Close();
   return result != XpOk ? result : closed;
 }

@@ -35,7 +35,7 @@ class SourceCache {
       facts.cause = "does not exist";
     } else if (isDirectory) {
       facts.cause = "is a folder";
-    } else if (XpFile file; file.OpenPath(path, XpFileRead, XpShareRead) != XpOk) {
+    } else if (XpFile file; file.OpenPath(path, XpOpenRead, XpShareRead) != XpOk) {
       facts.cause = "cannot be read: no permission";
     } else if (m_probe) {
       facts = m_probe(path);
