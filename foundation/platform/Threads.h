@@ -15,6 +15,5 @@ bool StartThread(ThreadBody body, void* argument, std::size_t stackSize, ThreadH
 void JoinThread(ThreadHandle handle);
 /// Frees the handle; the thread goes on.
 void DetachThread(ThreadHandle handle);
-bool IsCurrentThread(ThreadHandle handle);
 
 }  // namespace vrx::platform

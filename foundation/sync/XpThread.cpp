@@ -39,9 +39,13 @@ struct XpThread::State {
 
 namespace {
 
+// The system gives the handle of a joined thread to a new one, so the handle does not tell who is running.
+thread_local const XpThread::State* currentThread = nullptr;
+
 void RunEntry(void* pointer) {
   const std::unique_ptr<std::shared_ptr<XpThread::State>> state(
       static_cast<std::shared_ptr<XpThread::State>*>(pointer));
+  currentThread = state->get();
   (*state)->exitCode = (*state)->entry((*state)->argument);
 }
 
@@ -103,10 +107,12 @@ std::uint32_t XpThreadJoinShared(XpThread** field) {
 }
 
 bool XpThreadIsCurrent(const XpThread* thread) {
-  return thread != nullptr && vrx::platform::IsCurrentThread(thread->GetState()->handle);
+  return thread != nullptr && currentThread == thread->GetState().get();
 }
 
-void XpSleep(std::uint32_t milliseconds) { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); }
+void XpSleep(std::uint32_t milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
 
 std::uint32_t XpTickCount() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();

@@ -32,8 +32,8 @@ bool StartThread(ThreadBody body, void* argument, std::size_t stackSize, ThreadH
   pthread_t thread{};
   bool started = true;
   if (stackSize != 0) {
-    started = pthread_attr_setstacksize(&attributes,
-                                        std::max<std::size_t>(stackSize, PTHREAD_STACK_MIN)) == 0;
+    started =
+        pthread_attr_setstacksize(&attributes, std::max<std::size_t>(stackSize, PTHREAD_STACK_MIN)) == 0;
   }
   started = started && pthread_create(&thread, &attributes, Trampoline, start.get()) == 0;
   pthread_attr_destroy(&attributes);
@@ -45,8 +45,5 @@ bool StartThread(ThreadBody body, void* argument, std::size_t stackSize, ThreadH
 
 void JoinThread(ThreadHandle handle) { pthread_join(static_cast<pthread_t>(handle), nullptr); }
 void DetachThread(ThreadHandle handle) { pthread_detach(static_cast<pthread_t>(handle)); }
-bool IsCurrentThread(ThreadHandle handle) {
-  return pthread_equal(static_cast<pthread_t>(handle), pthread_self()) != 0;
-}
 
 }  // namespace vrx::platform

@@ -1,0 +1,37 @@
+// Deleting, renaming, moving and copying files as wholes.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <span>
+
+#include "vrx/XpResult.h"
+#include "vrx/XpString.h"
+
+/// How far a long operation is; another thread may read it meanwhile.
+struct XpFileProgress {
+  std::atomic<std::int64_t> total = 0;
+  std::atomic<std::int64_t> done = 0;
+};
+
+/// Deletes a file, also a read-only one. XpErrDeleteFailed when there is no finer code.
+XpResult XpFileDelete(const XpString& path);
+
+/// Moves a file or folder to the user's trash. XpErrDeleteFailed on failure.
+XpResult XpFileToRecycleBin(const XpString& path);
+/// With `useShell` moves all to the trash; otherwise deletes each. Stops at the first failure.
+XpResult XpFilesToRecycleBin(std::span<const XpString> paths, bool useShell);
+
+/// Moves files and folders into the folder `target`, which is made when it is missing. XpErrShellMoveFailed
+/// on the first failure; what was moved by then stays moved.
+XpResult XpFilesMove(std::span<const XpString> paths, const XpString& target);
+
+/// Takes the place of an older file. When another program holds one of the two, tries again for up to three
+/// seconds.
+XpResult XpFileRename(const XpString& from, const XpString& to);
+
+/// Moves a file, to another volume by copying it, and takes the place of an older one only when the copy is
+/// complete. A folder moves within its volume, and not onto something that is there. `progress`, which may be
+/// null, runs from 0 to 100.
+XpResult XpFileCopyOrMove(const XpString& from, const XpString& to, XpFileProgress* progress);
+XpResult XpFileMove(const XpString& from, const XpString& to, XpFileProgress* progress);

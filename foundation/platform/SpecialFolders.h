@@ -1,0 +1,29 @@
+// Where the system keeps the folders that programs share: the user's pictures, settings, the temporary
+// folder. All are native paths without a trailing slash; empty when the system names none.
+#pragma once
+
+#include <string>
+
+#include "vrx/XpString.h"
+
+namespace vrx::platform {
+
+/// The user's folders are those of the XDG user directories.
+enum class UserFolder { Home, Pictures, Videos, Music, Documents, Desktop, Public };
+XpString UserFolderPath(UserFolder folder);
+
+XpString TemporaryFolder();
+/// $XDG_CONFIG_HOME, and $XDG_DATA_HOME in the second.
+XpString ConfigurationFolder();
+XpString DataFolder();
+/// Data, program entries and add-on programs of all users.
+XpString SharedDataFolder();
+XpString ProgramEntriesFolder();
+XpString ProgramsFolder();
+/// Where the system's own libraries lie.
+XpString SystemLibraryFolder();
+
+/// DataFolder as the system's bytes.
+std::string UserDataFolder();
+
+}  // namespace vrx::platform
