@@ -49,17 +49,17 @@ void AddCheck(CLI::App& app, Commands& commands) {
   commands.checkCommand = command;
 }
 
-int Run(CLI::App& app, const Commands& commands) {
+int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
   if (!commands.helpTopic.empty()) {
-    const CLI::App* topic = app.get_subcommand_no_throw(commands.helpTopic);
-    if (topic == nullptr) {
-      Say("there is no command " + commands.helpTopic);
-      return kWrongUse;
+    for (const CLI::App* topic : app.get_subcommands(nullptr)) {
+      if (topic->get_name() != commands.helpTopic) continue;
+      std::fputs(topic->help("vrx").c_str(), stdout);
+      return kDone;
     }
-    std::fputs(topic->help("vrx").c_str(), stdout);
-    return kDone;
+    Say("there is no command " + commands.helpTopic);
+    return kWrongUse;
   }
   std::fputs(app.help().c_str(), stdout);
   return kDone;

@@ -45,7 +45,7 @@ bool VRXWrapperManager::Initialize(bool factoryFlag) {
 
 std::int32_t VRXWrapperManager::EnsureEngine() {
   const std::scoped_lock lock(m_engineMutex);
-  return m_bEngineCreated ? VRXEngineOk : CreateEngine();
+  return m_bEngineCreated ? std::int32_t{VRXEngineOk} : CreateEngine();
 }
 
 std::int32_t VRXWrapperManager::CreateEngine() {
