@@ -37,7 +37,9 @@ ProjectReport CheckProject(const XpString& path, const SourceProbe& probe) {
   TKLXOutputXml project;
   xml::XmlProblem problem;
   const XpResult result = project.LoadXmlFile(file, &problem);
-  if (project.document->GetCount() == 0 && (result != XpOk || !XpPathIsFile(file))) {
+  // A document that lacks a part was read all the same, and is told apart by what it lacks.
+  const bool wasRead = result == XpOk || result == XpErrNoObject || result == XpErrFileNotFound;
+  if (!wasRead || !XpPathIsFile(file)) {
     report.problems.push_back({Severity::Error, file, XpString(), 0, XpString(),
                                ReadFailure(file, result, problem)});
     return report;

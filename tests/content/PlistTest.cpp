@@ -206,7 +206,7 @@ TEST(PlistWriteTest, SavedDocumentLoadsAgainAndAFailedSaveKeepsTheOldOne) {
   EXPECT_EQ(folder.Count(), 1);
   EXPECT_NE(dict.Save(XpNarrowString((folder.Path() / "none/d.plist").string()).ToWide()), XpOk);
   XpIniDict missing;
-  EXPECT_EQ(missing.Load(u"/no/such.plist"), XpErrFileNotFound);
+  EXPECT_EQ(missing.Load(path + u".none"), XpErrFileNotFound);
   XpString text;
   ASSERT_EQ(dict.SaveText(text), XpOk);
   XpIniDict copy;
