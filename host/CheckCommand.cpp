@@ -29,8 +29,8 @@ void TryJob(const XpString& project, EngineModule& engine, check::ProjectReport&
     if (line.severity == VRXLogInfo) continue;
     const bool isError = line.severity == VRXLogError;
     told = told || isError;
-    report.problems.push_back({isError ? check::Severity::Error : check::Severity::Warning, project, XpString(),
-                               0, XpString(), XpNarrowString(line.text).ToWide()});
+    report.problems.push_back({isError ? check::Severity::Error : check::Severity::Warning, project,
+                               XpString(), 0, XpString(), XpNarrowString(line.text).ToWide()});
   }
   if (result == VRXEngineOk || told) return;
   report.problems.push_back({check::Severity::Error, project, XpString(), 0, XpString(),
@@ -74,8 +74,8 @@ void PrintOutput(const check::ProjectReport& report) {
 }
 
 void PrintTimeline(const check::ProjectReport& report) {
-  std::printf("\n%-10s %5s %10s %9s %10s %10s  %s\n", "Track", "Clip", "Frame", "Frames", "Movie s", "Source s",
-              "Source");
+  std::printf("\n%-10s %5s %10s %9s %10s %10s  %s\n", "Track", "Clip", "Frame", "Frames", "Movie s",
+              "Source s", "Source");
   for (const check::ClipRow& clip : report.clips) {
     std::printf("%-10s %5u %10lld %9lld %10.3f %10.3f  %s%s\n", Utf8(clip.track).c_str(), clip.clip,
                 static_cast<long long>(clip.firstFrame), static_cast<long long>(clip.frames), clip.movieStart,
@@ -95,7 +95,8 @@ void PrintText(const check::ProjectReport& report) {
 }
 
 Json OutputJson(const check::ProjectReport& report) {
-  Json output{{"path", Utf8(report.outputPath)}, {"frames", report.totalFrames}, {"seconds", report.totalSeconds}};
+  Json output{
+      {"path", Utf8(report.outputPath)}, {"frames", report.totalFrames}, {"seconds", report.totalSeconds}};
   if (report.videoSettings) {
     output["video"] = {{"width", report.videoSettings->width},
                        {"height", report.videoSettings->height},
@@ -147,7 +148,8 @@ int RunCheck(const CheckOptions& options) {
   const check::ProjectReport report = Inspect(options);
   if (options.json) {
     // File names may hold bytes that are no text; JSON may not.
-    std::puts(ReportJson(options.project, report).dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    std::puts(
+        ReportJson(options.project, report).dump(2, ' ', false, Json::error_handler_t::replace).c_str());
   } else {
     PrintText(report);
   }

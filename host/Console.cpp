@@ -9,9 +9,12 @@ std::string Utf8(const XpString& text) { return textcodec::ToUtf8(text.AsView())
 
 std::string_view SeverityName(check::Severity severity) {
   switch (severity) {
-    case check::Severity::Error: return "error";
-    case check::Severity::Warning: return "warning";
-    case check::Severity::Note: break;
+    case check::Severity::Error:
+      return "error";
+    case check::Severity::Warning:
+      return "warning";
+    case check::Severity::Note:
+      break;
   }
   return "note";
 }

@@ -13,9 +13,12 @@ EngineModule::~EngineModule() {
 }
 
 bool EngineModule::Load(std::string& cause) {
-  constexpr std::array kFunctions{"VRX_CreateVRX",      "VRX_ReleaseVRX",
-                                  "VRX_CreateSequence", "VRX_ReleaseSequence",
-                                  "VRX_IsSmartRenderingCapable", "VRX_SetSTPVSetting"};
+  constexpr std::array kFunctions{"VRX_CreateVRX",
+                                  "VRX_ReleaseVRX",
+                                  "VRX_CreateSequence",
+                                  "VRX_ReleaseSequence",
+                                  "VRX_IsSmartRenderingCapable",
+                                  "VRX_SetSTPVSetting"};
   const XpString path = XpPathJoin(XpPathDirectory(platform::ExecutablePath()), u"VRXEngine.dll");
   m_module = platform::LoadModule(path, &cause);
   if (m_module == nullptr) {

@@ -1,5 +1,5 @@
-// The engine module beside this program, as the inspection commands use it: its readable log lines, a look into
-// a source, and a trial of a whole job without rendering it.
+// The engine module beside this program, as the inspection commands use it: its readable log lines, a look
+// into a source, and a trial of a whole job without rendering it.
 #pragma once
 
 #include <functional>
@@ -35,7 +35,8 @@ class EngineModule {
 
   check::SourceFacts Probe(const XpString& path) const;
 
-  /// Has the engine open everything that the job needs and lets go of it again. Its result; the lines tell why.
+  /// Has the engine open everything that the job needs and lets go of it again. Its result; the lines tell
+  /// why.
   std::int32_t Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const;
 
  private:

@@ -74,13 +74,14 @@ class BarProgress : public SilentProgress {
   void Draw(std::uint32_t percent) {
     char numbers[64];
     const double left = m_pace.GetSecondsLeft();
-    std::snprintf(numbers, sizeof(numbers), " %3u %%  %6.1f fps  %s left", percent, m_pace.GetFramesPerSecond(),
-                  left < 0.0 ? "--:--" : ClockText(left).c_str());
+    std::snprintf(numbers, sizeof(numbers), " %3u %%  %6.1f fps  %s left", percent,
+                  m_pace.GetFramesPerSecond(), left < 0.0 ? "--:--" : ClockText(left).c_str());
     const int room = platform::TerminalWidth(platform::Stream::Error) - static_cast<int>(sizeof("[]")) - 36;
     const int width = std::clamp(room, 0, 60);
     const int filled = static_cast<int>(percent) * width / 100;
-    const std::string bar = width < 4 ? "" : "[" + std::string(static_cast<std::size_t>(filled), '#') +
-                                                 std::string(static_cast<std::size_t>(width - filled), '.') + "]";
+    const std::string bar = width < 4 ? ""
+                                      : "[" + std::string(static_cast<std::size_t>(filled), '#') +
+                                            std::string(static_cast<std::size_t>(width - filled), '.') + "]";
     std::fprintf(stderr, "\r%s%s\033[K", bar.c_str(), numbers);
     std::fflush(stderr);
   }
@@ -102,13 +103,12 @@ class JsonProgress : public RenderProgress {
   }
   void OnPercent(std::uint32_t percent) override {
     m_pace.Update(percent);
-    nlohmann::ordered_json line{{"event", "progress"}, {"percent", percent}, {"fps", m_pace.GetFramesPerSecond()}};
+    nlohmann::ordered_json line{
+        {"event", "progress"}, {"percent", percent}, {"fps", m_pace.GetFramesPerSecond()}};
     if (const double left = m_pace.GetSecondsLeft(); left >= 0.0) line["secondsLeft"] = left;
     Print(line);
   }
-  void OnEnd() override {
-    Print({{"event", "end"}, {"output", m_output}, {"elapsed", m_pace.GetElapsed()}});
-  }
+  void OnEnd() override { Print({{"event", "end"}, {"output", m_output}, {"elapsed", m_pace.GetElapsed()}}); }
   void OnCancelled() override { Print({{"event", "cancelled"}, {"output", m_output}}); }
   void OnError(std::uint32_t code, const std::string& cause) override {
     Print({{"event", "error"}, {"code", code}, {"cause", cause}});

@@ -13,8 +13,8 @@ namespace vrx::plist {
 /// Leading blanks, a sign, digits. Beyond 64 bits the value stays at the limit.
 std::int64_t ParseInteger(std::u16string_view text);
 
-/// Leading blanks, a sign, digits with a decimal point or comma, an exponent. Beyond the range of a double the
-/// value is 0; neither infinities nor NaN can be read.
+/// Leading blanks, a sign, digits with a decimal point or comma, an exponent. Beyond the range of a double
+/// the value is 0; neither infinities nor NaN can be read.
 double ParseReal(std::u16string_view text);
 
 /// "2018:01:01T12:00:05Z": six runs of digits, divided by exactly one character of any kind. Fewer runs, or a

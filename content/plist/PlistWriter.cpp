@@ -27,11 +27,20 @@ void AppendEscaped(std::string& out, std::u16string_view text) {
       c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - char32_t{0xDC00});
     }
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '\r': out += "&#13;"; break;  // a plain one would be read as a line feed
-      default: textcodec::AppendUtf8(out, IsXmlCharacter(c) ? c : kReplacement);
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '\r':
+        out += "&#13;";
+        break;  // a plain one would be read as a line feed
+      default:
+        textcodec::AppendUtf8(out, IsXmlCharacter(c) ? c : kReplacement);
     }
   }
 }
@@ -97,7 +106,8 @@ void AppendValue(std::string& out, const XpIniElement& element) {
       for (std::uint32_t i = 0; i < element.GetCount(); ++i) AppendValue(content, *element.GetAt(i));
       return AppendElement(out, "array", content);
     }
-    case XpIniType::Dict: return AppendDict(out, static_cast<const XpIniDict&>(element));
+    case XpIniType::Dict:
+      return AppendDict(out, static_cast<const XpIniDict&>(element));
   }
 }
 

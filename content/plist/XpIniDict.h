@@ -1,5 +1,5 @@
-// The dictionary of a property-list document, and as the outermost element the document itself, which it loads
-// and saves.
+// The dictionary of a property-list document, and as the outermost element the document itself, which it
+// loads and saves.
 #pragma once
 
 #include <map>
@@ -7,7 +7,8 @@
 
 #include "content/plist/XpIniElement.h"
 
-/// Keys are ordered by their 16-bit character values; case counts. A key cannot hold a '/', which divides paths.
+/// Keys are ordered by their 16-bit character values; case counts. A key cannot hold a '/', which divides
+/// paths.
 class XpIniDict : public XpIniElement {
  public:
   XpIniType GetType() const override { return XpIniType::Dict; }
@@ -17,8 +18,8 @@ class XpIniDict : public XpIniElement {
   XpResult Add(const XpString& key, XpIniType type, const XpIniValue& value) override;
   XpResult GetKeyAt(std::uint32_t index, XpString& key) const override;
 
-  /// Reads the document at `path`. On failure the dict is empty: the file layer's code for a file that cannot be
-  /// read, XpErrNoDocument for one that is no document, XpErrWrongRoot for one of another kind.
+  /// Reads the document at `path`. On failure the dict is empty: the file layer's code for a file that cannot
+  /// be read, XpErrNoDocument for one that is no document, XpErrWrongRoot for one of another kind.
   XpResult Load(const XpString& path) override;
   /// Writes the document in place of `path` only once it is complete. The file layer's code when it cannot be
   /// written.

@@ -23,11 +23,11 @@ enum class XpIniType : std::int32_t {
 };
 
 /// What Add and InsertAt give a new element; nothing for an empty one. Bytes are copied.
-using XpIniValue = std::variant<std::monostate, bool, std::int64_t, double, XpString, std::span<const std::byte>,
-                                XpDateTime>;
+using XpIniValue = std::variant<std::monostate, bool, std::int64_t, double, XpString,
+                                std::span<const std::byte>, XpDateTime>;
 
-/// No locks: a tree belongs to the thread that uses it. Elements are owned by their container. Keys are paths:
-/// "a/b/c" goes through nested dicts and arrays, an array taking its key as a decimal index.
+/// No locks: a tree belongs to the thread that uses it. Elements are owned by their container. Keys are
+/// paths: "a/b/c" goes through nested dicts and arrays, an array taking its key as a decimal index.
 class XpIniElement {
  public:
   /// Indices of InsertAt that append.
@@ -45,15 +45,17 @@ class XpIniElement {
   virtual XpResult Load(const XpString& /*path*/) { return XpErrWrongElementType; }
   virtual XpResult Save(const XpString& /*path*/) const { return XpErrWrongElementType; }
   /// XpErrKeyExists when the key is there, XpErrElementNotFound when its path leads nowhere,
-  /// XpErrUnknownElementType for a type outside the enumeration, XpErrWrongElementType for a value that is not
-  /// of that type.
+  /// XpErrUnknownElementType for a type outside the enumeration, XpErrWrongElementType for a value that is
+  /// not of that type.
   virtual XpResult Add(const XpString& /*key*/, XpIniType /*type*/, const XpIniValue& /*value*/) {
     return XpErrWrongElementType;
   }
   virtual XpResult InsertAt(std::uint32_t /*index*/, XpIniType /*type*/, const XpIniValue& /*value*/) {
     return XpErrWrongElementType;
   }
-  virtual XpResult GetKeyAt(std::uint32_t /*index*/, XpString& /*key*/) const { return XpErrWrongElementType; }
+  virtual XpResult GetKeyAt(std::uint32_t /*index*/, XpString& /*key*/) const {
+    return XpErrWrongElementType;
+  }
   virtual XpIniType GetType() const = 0;
 
   /// The getters leave their argument alone when they fail, GetInt32 on overflow excepted.
@@ -68,7 +70,9 @@ class XpIniElement {
   virtual XpResult GetInt32(std::int32_t& /*value*/) const { return XpErrWrongElementType; }
   virtual XpResult GetBool(bool& /*value*/) const { return XpErrWrongElementType; }
 
-  virtual XpResult SetData(const std::byte* /*data*/, std::uint64_t /*size*/) { return XpErrWrongElementType; }
+  virtual XpResult SetData(const std::byte* /*data*/, std::uint64_t /*size*/) {
+    return XpErrWrongElementType;
+  }
   virtual XpResult SetDate(const XpDateTime& /*date*/) { return XpErrWrongElementType; }
   virtual XpResult SetString(const XpString& /*text*/) { return XpErrWrongElementType; }
   virtual XpResult SetReal(double /*value*/) { return XpErrWrongElementType; }

@@ -8,8 +8,7 @@ struct XpIniKeyPath {
   XpString rest;   // behind it
   bool isPath;     // whether there was one
 
-  explicit XpIniKeyPath(const XpString& key)
-      : first(key), isPath(key.Find(u'/') >= 0) {
+  explicit XpIniKeyPath(const XpString& key) : first(key), isPath(key.Find(u'/') >= 0) {
     if (!isPath) return;
     const std::int32_t slash = key.Find(u'/');
     first = key.Left(slash);

@@ -76,14 +76,22 @@ namespace {
 
 std::unique_ptr<XpIniElement> MakeEmpty(XpIniType type) {
   switch (type) {
-    case XpIniType::Bool: return std::make_unique<XpIniBool>();
-    case XpIniType::Int: return std::make_unique<XpIniInt>();
-    case XpIniType::Real: return std::make_unique<XpIniReal>();
-    case XpIniType::String: return std::make_unique<XpIniString>();
-    case XpIniType::MemChunk: return std::make_unique<XpIniMemChunk>();
-    case XpIniType::Date: return std::make_unique<XpIniDate>();
-    case XpIniType::Array: return std::make_unique<XpIniArray>();
-    case XpIniType::Dict: return std::make_unique<XpIniDict>();
+    case XpIniType::Bool:
+      return std::make_unique<XpIniBool>();
+    case XpIniType::Int:
+      return std::make_unique<XpIniInt>();
+    case XpIniType::Real:
+      return std::make_unique<XpIniReal>();
+    case XpIniType::String:
+      return std::make_unique<XpIniString>();
+    case XpIniType::MemChunk:
+      return std::make_unique<XpIniMemChunk>();
+    case XpIniType::Date:
+      return std::make_unique<XpIniDate>();
+    case XpIniType::Array:
+      return std::make_unique<XpIniArray>();
+    case XpIniType::Dict:
+      return std::make_unique<XpIniDict>();
   }
   return nullptr;
 }

@@ -130,14 +130,20 @@ class Formatter {
       case 'i':
       case 'u':
       case 'x':
-      case 'X': return PutInteger(c, argument);
+      case 'X':
+        return PutInteger(c, argument);
       case 'f':
       case 'e':
-      case 'g': return PutReal(c, argument);
-      case 's': return PutText(c, argument);
-      case 'c': return PutCharacter(c, argument);
-      case 'p': return PutPointer(c, argument);
-      default: return false;
+      case 'g':
+        return PutReal(c, argument);
+      case 's':
+        return PutText(c, argument);
+      case 'c':
+        return PutCharacter(c, argument);
+      case 'p':
+        return PutPointer(c, argument);
+      default:
+        return false;
     }
   }
 
@@ -205,7 +211,8 @@ class Formatter {
 
   bool PutCharacter(const Conversion& c, const FormatArgument& argument) {
     using Kind = FormatArgument::Kind;
-    if (argument.kind != Kind::Character && argument.kind != Kind::Signed && argument.kind != Kind::Unsigned) {
+    if (argument.kind != Kind::Character && argument.kind != Kind::Signed &&
+        argument.kind != Kind::Unsigned) {
       return false;
     }
     const Ch character = argument.kind == Kind::Character ? static_cast<Ch>(argument.asCharacter)
@@ -276,7 +283,8 @@ void AppendTo(XpBasicString<Ch>& result, std::basic_string_view<Ch> format,
 
 }  // namespace
 
-void AppendFormatted(XpString& result, std::u16string_view format, std::span<const FormatArgument> arguments) {
+void AppendFormatted(XpString& result, std::u16string_view format,
+                     std::span<const FormatArgument> arguments) {
   AppendTo(result, format, arguments);
 }
 

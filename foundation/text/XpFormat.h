@@ -64,13 +64,14 @@ FormatArgument PackArgument(const T& value) {
   }
 }
 
-/// Appends the formatted text to `result`. Conversions: d i u x X (32-bit integers), the same with l, ll or I64
-/// (up to 64 bits), f lf e g (reals, with a decimal point in every locale), s (text of either width), c, p
-/// (upper-case hexadecimal of the machine word) and %%; with the flags - 0 + blank #, width and precision up to
-/// 512. A conversion that does not fit its argument, has none or is unknown prints a marker such as "<%d?>" and
-/// asserts in debug builds. When memory fails, `result` stays as it was.
+/// Appends the formatted text to `result`. Conversions: d i u x X (32-bit integers), the same with l, ll or
+/// I64 (up to 64 bits), f lf e g (reals, with a decimal point in every locale), s (text of either width), c,
+/// p (upper-case hexadecimal of the machine word) and %%; with the flags - 0 + blank #, width and precision
+/// up to 512. A conversion that does not fit its argument, has none or is unknown prints a marker such as
+/// "<%d?>" and asserts in debug builds. When memory fails, `result` stays as it was.
 void AppendFormatted(XpString& result, std::u16string_view format, std::span<const FormatArgument> arguments);
-void AppendFormatted(XpNarrowString& result, std::string_view format, std::span<const FormatArgument> arguments);
+void AppendFormatted(XpNarrowString& result, std::string_view format,
+                     std::span<const FormatArgument> arguments);
 
 }  // namespace vrx::text
 

@@ -1,6 +1,6 @@
 // Paths as text: joining, splitting and comparing without touching the disk. A path that begins with '/' is
-// native and keeps '/' as its only separator; every other path (C:\a\b, \\server\share\x, or relative) has the
-// separators '\' and '/' and is joined with '\'.
+// native and keeps '/' as its only separator; every other path (C:\a\b, \\server\share\x, or relative) has
+// the separators '\' and '/' and is joined with '\'.
 #pragma once
 
 #include <cstdint>
@@ -33,8 +33,8 @@ bool XpPathIsAbsolute(const XpString& path);
 /// The directory, a separator unless it already ends in one, then the name without a leading separator.
 XpString XpPathJoin(const XpString& dir, const XpString& name);
 
-/// Splits at the last separator; one trailing separator is removed first. `dir` keeps its separator, `ext` its
-/// dot. Outputs may be null.
+/// Splits at the last separator; one trailing separator is removed first. `dir` keeps its separator, `ext`
+/// its dot. Outputs may be null.
 void XpPathSplit(const XpString& path, XpString* dir, XpString* stem, XpString* ext);
 XpString XpPathDirectory(const XpString& path);
 XpString XpPathStem(const XpString& path);

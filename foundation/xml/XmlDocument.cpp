@@ -39,7 +39,9 @@ struct Refusal {
 class ThrowingErrorHandler : public xercesc::ErrorHandler {
  public:
   void warning(const xercesc::SAXParseException&) override {}
-  void error(const xercesc::SAXParseException& problem) override { throw xercesc::SAXParseException(problem); }
+  void error(const xercesc::SAXParseException& problem) override {
+    throw xercesc::SAXParseException(problem);
+  }
   void fatalError(const xercesc::SAXParseException& problem) override { error(problem); }
   void resetErrors() override {}
 };

@@ -1,5 +1,5 @@
-// Parses XML from memory into a DOM tree with everything switched off that foreign bytes could abuse: document
-// types, external entities and boundless nesting or size. Used by the property-list documents.
+// Parses XML from memory into a DOM tree with everything switched off that foreign bytes could abuse:
+// document types, external entities and boundless nesting or size. Used by the property-list documents.
 #pragma once
 
 #include <cstddef>

@@ -26,8 +26,8 @@ class VRXProgressInfo {
 };
 
 /// A render job. Execute does a slice of the work and writes `progress`; on every call that returns 0 the
-/// total is not 0. It sets `*endFlag` when the job is finished, and stops early when it finds it set. The flag
-/// is shared between threads: both sides access it through std::atomic_ref.
+/// total is not 0. It sets `*endFlag` when the job is finished, and stops early when it finds it set. The
+/// flag is shared between threads: both sides access it through std::atomic_ref.
 class IVRXSequence {
  public:
   virtual std::int32_t Execute(VRXProgressInfo* progress, bool* endFlag) = 0;
@@ -54,8 +54,9 @@ class IVRXRawInputCallback {
 class IVRXIntermediateRawOutputCallback {
  public:
   virtual ~IVRXIntermediateRawOutputCallback() = default;
-  /// `buffer` holds bottom-up rows without padding, blue first, `size` / (width * height) bytes a pixel, and is
-  /// changed in place. `frame` is the output frame's number. False when the callback could not do its work.
+  /// `buffer` holds bottom-up rows without padding, blue first, `size` / (width * height) bytes a pixel, and
+  /// is changed in place. `frame` is the output frame's number. False when the callback could not do its
+  /// work.
   virtual bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                             std::int32_t format) = 0;
 };
@@ -77,8 +78,8 @@ enum VRXLogSeverity : std::int32_t { VRXLogInfo = 0, VRXLogWarning = 1, VRXLogEr
 using VRXLogFunction = void (*)(void* context, std::int32_t severity, const char* line);
 using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
 
-/// Another extra: what the engine finds in a source. Seconds are 0 when the container does not tell; width and
-/// height are pixels as displayed, after rotation. On failure `cause` says why.
+/// Another extra: what the engine finds in a source. Seconds are 0 when the container does not tell; width
+/// and height are pixels as displayed, after rotation. On failure `cause` says why.
 struct VRXSourceProbe {
   bool hasVideo = false;
   bool hasAudio = false;

@@ -50,7 +50,7 @@ class VRXIntermediateRawOutputSetting {
 /// One metadata item of the output file.
 class VRXMetaData {
  public:
-  static constexpr std::uint32_t kTimeZone = 11;               // value of `kind`
+  static constexpr std::uint32_t kTimeZone = 11;                  // value of `kind`
   static constexpr std::uint16_t kUndeterminedLanguage = 0x55C4;  // "und" packed as ISO 14496-12 tells
 
   VRXMetaData() = default;

@@ -35,7 +35,8 @@ class IVRXWrapper {
   /// Waits for a running render, then destroys the wrapper. To end sooner, call Cancel first. Not to be
   /// called from a callback.
   virtual void Release() = 0;
-  /// True when the engine can copy the material without encoding it anew. Both values go to the engine unread.
+  /// True when the engine can copy the material without encoding it anew. Both values go to the engine
+  /// unread.
   virtual bool IsSmartRenderingCapable(std::uint32_t first, std::uint32_t second) = 0;
   /// Null keeps the callback that was set before.
   virtual void SetCallback(IVRXWrapperCallback* callback) = 0;
@@ -56,9 +57,10 @@ class IVRXWrapper {
 
 namespace VRXWrapper {
 
-/// Gives the process's wrapper, made on first use. Returns 0 and stores it through `wrapper`, or returns 1 and
-/// leaves `*wrapper` alone when the engine module is missing, incomplete or fails. The engine module
-/// VRXEngine.so is looked for beside the host's executable and nowhere else. `factoryFlag` is kept but unused.
+/// Gives the process's wrapper, made on first use. Returns 0 and stores it through `wrapper`, or returns 1
+/// and leaves `*wrapper` alone when the engine module is missing, incomplete or fails. The engine module
+/// VRXEngine.so is looked for beside the host's executable and nowhere else. `factoryFlag` is kept but
+/// unused.
 VRX_EXPORT std::int32_t CreateVRXWrapper(bool factoryFlag, IVRXWrapper** wrapper);
 
 }  // namespace VRXWrapper

@@ -51,7 +51,7 @@ enum : XpResult {
 
   XpErrOutOfMemory = 0x8401,
 
-  XpErrNoDocument = 0x8500,       // no document or no document element
+  XpErrNoDocument = 0x8500,        // no document or no document element
   XpErrWrongElementType = 0x8501,  // operation not valid on this element type
   XpErrElementNotFound = 0x8502,
   XpErrNotWellFormed = 0x8503,

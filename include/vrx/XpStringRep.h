@@ -60,8 +60,8 @@ struct XpStringRep {
     delete this;
   }
 
-  /// Makes the buffer of an unshared block fit `wantedLength`: it grows when too small and shrinks when a long
-  /// buffer is less than half used.
+  /// Makes the buffer of an unshared block fit `wantedLength`: it grows when too small and shrinks when a
+  /// long buffer is less than half used.
   void Fit(std::int64_t wantedLength) {
     const std::int32_t wanted = CapacityFor(wantedLength);
     const bool wasteful = wanted < capacity / 2 && capacity > 2 * kBlock;

@@ -90,7 +90,8 @@ class ClipChecker {
     m_report.clips.push_back(row);
   }
 
-  void CheckSource(const TKLXOutputXmlInfo& clip, const ClipRow& row, const SourceFacts& facts, bool isBaseband) {
+  void CheckSource(const TKLXOutputXmlInfo& clip, const ClipRow& row, const SourceFacts& facts,
+                   bool isBaseband) {
     if (clip.sourceFile.IsEmpty()) return Report(Severity::Error, kSourceFile, u"names no source");
     if (isBaseband) {
       if (!XpPathIsFile(row.source)) Report(Severity::Warning, kSourceFile, row.source + u" does not exist");
@@ -99,7 +100,8 @@ class ClipChecker {
     if (!facts.usable) {
       return Report(Severity::Error, kSourceFile, row.source + u" " + XpNarrowString(facts.cause).ToWide());
     }
-    if (m_isVideo && !facts.hasVideo) return Report(Severity::Error, kSourceFile, row.source + u" has no picture");
+    if (m_isVideo && !facts.hasVideo)
+      return Report(Severity::Error, kSourceFile, row.source + u" has no picture");
     if (!m_isVideo && !facts.hasAudio) {
       Report(Severity::Warning, kSourceFile, row.source + u" has no sound: silence takes its place");
     }
@@ -116,7 +118,8 @@ class ClipChecker {
     const double sourceSeconds = m_isVideo ? facts.videoSeconds : facts.audioSeconds;
     if (row.wholeSource) {
       CheckWholeSource(clip);
-      const double frames = m_isVideo ? std::ceil(FramesIn(sourceSeconds) - kFrameTolerance) : FramesIn(sourceSeconds);
+      const double frames =
+          m_isVideo ? std::ceil(FramesIn(sourceSeconds) - kFrameTolerance) : FramesIn(sourceSeconds);
       length = timeline::ToInt64(std::max(frames, 0.0)) * m_clock.GetFrameValue();
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
@@ -133,8 +136,9 @@ class ClipChecker {
     const bool untold = clip.startTime < 0 && clip.endTime < 0;
     if (untold) return;  // the plain way to ask for the whole source
     Report(Severity::Warning, kEndTime,
-           clip.endTime > clip.startTime ? XpString(u"the clip is shorter than a frame: the whole source is used")
-                                         : XpString(u"does not lie behind StartTime: the whole source is used"));
+           clip.endTime > clip.startTime
+               ? XpString(u"the clip is shorter than a frame: the whole source is used")
+               : XpString(u"does not lie behind StartTime: the whole source is used"));
   }
 
   void CheckEnd(std::int64_t out, double sourceSeconds) {

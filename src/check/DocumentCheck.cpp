@@ -13,7 +13,8 @@ using namespace vrx::project;
 
 class DocumentChecker {
  public:
-  DocumentChecker(const XpString& file, std::vector<Problem>& problems) : m_file(file), m_problems(problems) {}
+  DocumentChecker(const XpString& file, std::vector<Problem>& problems)
+      : m_file(file), m_problems(problems) {}
 
   void Run(const XpIniDict& document) {
     const XpIniElement* wrapper = Require(document, kRoot, Severity::Error);
@@ -37,8 +38,8 @@ class DocumentChecker {
     m_problems.push_back({severity, m_file, m_track, m_clip, key, message});
   }
 
-  /// The element under `key`, or null after reporting that it is not there. One of a wrong type is reported by
-  /// CheckKeys; the outermost key has no such check, so it is told here.
+  /// The element under `key`, or null after reporting that it is not there. One of a wrong type is reported
+  /// by CheckKeys; the outermost key has no such check, so it is told here.
   const XpIniElement* Require(const XpIniElement& dict, const Key& key, Severity severity) {
     const XpIniElement* element = Find(&dict, key);
     if (element != nullptr) return element;
@@ -46,8 +47,8 @@ class DocumentChecker {
     if (key.type == XpIniType::Dict && key.name == kAudioOutputSettings.name && !wrongType) {
       Report(severity, key.name, u"not there: the movie will have no sound");
     } else {
-      Report(severity, key.name, wrongType ? XpString(u"is not a dict, so it counts as missing")
-                                           : XpString(u"is missing"));
+      Report(severity, key.name,
+             wrongType ? XpString(u"is not a dict, so it counts as missing") : XpString(u"is missing"));
     }
     return nullptr;
   }
@@ -62,7 +63,8 @@ class DocumentChecker {
       if (clip.GetType() == XpIniType::Dict) {
         CheckKeys(clip, kClipKeys);
       } else {
-        Report(Severity::Warning, XpString(), u"is a " + TypeName(clip.GetType()) + u", not a dict: left out");
+        Report(Severity::Warning, XpString(),
+               u"is a " + TypeName(clip.GetType()) + u", not a dict: left out");
       }
     }
     m_track = XpString();
@@ -80,7 +82,8 @@ class DocumentChecker {
       if (name == key.name) {
         if (element.GetType() == key.type) return;
         XpString message;
-        message.Format(u"is %s where %s is due: it is not read", TypeName(element.GetType()), TypeName(key.type));
+        message.Format(u"is %s where %s is due: it is not read", TypeName(element.GetType()),
+                       TypeName(key.type));
         return Report(Severity::Warning, name, message);
       }
     }

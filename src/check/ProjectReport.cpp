@@ -40,8 +40,8 @@ ProjectReport CheckProject(const XpString& path, const SourceProbe& probe) {
   // A document that lacks a part was read all the same, and is told apart by what it lacks.
   const bool wasRead = result == XpOk || result == XpErrNoObject || result == XpErrFileNotFound;
   if (!wasRead || !XpPathIsFile(file)) {
-    report.problems.push_back({Severity::Error, file, XpString(), 0, XpString(),
-                               ReadFailure(file, result, problem)});
+    report.problems.push_back(
+        {Severity::Error, file, XpString(), 0, XpString(), ReadFailure(file, result, problem)});
     return report;
   }
   CheckDocument(*project.document, file, report.problems);
@@ -50,7 +50,8 @@ ProjectReport CheckProject(const XpString& path, const SourceProbe& probe) {
   report.audioSettings = std::move(project.audioSettings);
   report.outputPath = project::ResolvePath(file, project.outputFilePath);
   // The clips are checked with the settings at hand, which the project has handed over.
-  if (report.audioSettings) project.audioSettings = std::make_unique<VRXAudioOutputSetting>(*report.audioSettings);
+  if (report.audioSettings)
+    project.audioSettings = std::make_unique<VRXAudioOutputSetting>(*report.audioSettings);
   CheckClips(file, project, probe, report);
   CheckOutput(file, report);
   const XpString painter = project::ResolvePath(file, project.painterEffect);

@@ -1,5 +1,5 @@
-// What an inspection of a project found: its timeline, its output and every problem, each with the place in the
-// document that it comes from. The command line prints it.
+// What an inspection of a project found: its timeline, its output and every problem, each with the place in
+// the document that it comes from. The command line prints it.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,8 @@
 
 namespace vrx::check {
 
-/// Error: the render cannot succeed. Warning: it does, but not as the document seems to want. Note: worth knowing.
+/// Error: the render cannot succeed. Warning: it does, but not as the document seems to want. Note: worth
+/// knowing.
 enum class Severity { Note, Warning, Error };
 
 struct Problem {
@@ -47,9 +48,9 @@ struct ClipRow {
   std::uint32_t clip = 0;  // counted from 1
   XpString source;         // native path
   bool wholeSource = false;
-  double sourceStart = 0.0;   // s on the source's clock
-  double movieStart = 0.0;    // s on the movie's clock
-  double seconds = 0.0;       // length in the movie
+  double sourceStart = 0.0;     // s on the source's clock
+  double movieStart = 0.0;      // s on the movie's clock
+  double seconds = 0.0;         // length in the movie
   std::int64_t firstFrame = 0;  // of the movie; video clips only
   std::int64_t frames = 0;
 };

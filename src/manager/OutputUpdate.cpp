@@ -38,10 +38,13 @@ struct SystemKind {
 
 SystemKind SystemKindOf(std::int32_t specificationType) {
   switch (specificationType) {
-    case 1: return {VRXSystemMp4, true};
+    case 1:
+      return {VRXSystemMp4, true};
     case 3:
-    case 4: return {VRXSystemMp4Broadcast, true};
-    default: return {VRXSystemByExtension, false};
+    case 4:
+      return {VRXSystemMp4Broadcast, true};
+    default:
+      return {VRXSystemByExtension, false};
   }
 }
 

@@ -1,5 +1,5 @@
-// The one place through which render control writes its log lines. A sink can be set; without one the lines are
-// dropped.
+// The one place through which render control writes its log lines. A sink can be set; without one the lines
+// are dropped.
 #pragma once
 
 #include "vrx/XpString.h"

@@ -13,9 +13,12 @@ using vrx::render::LogLine;
 /// The code that the host hears for a result of the engine.
 std::uint32_t HostCode(std::int32_t engineResult) {
   switch (static_cast<std::uint32_t>(engineResult)) {
-    case VRXEngineDiskFull: return XpErrDiskFull;
-    case VRXEngineSourceMissing: return XpErrNoSuchFile;
-    default: return XpErrNoObject;
+    case VRXEngineDiskFull:
+      return XpErrDiskFull;
+    case VRXEngineSourceMissing:
+      return XpErrNoSuchFile;
+    default:
+      return XpErrNoObject;
   }
 }
 

@@ -118,7 +118,9 @@ bool VRXWrapperManager::IsEnded() const {
   return std::atomic_ref<bool>(const_cast<bool&>(m_bEndFlag)).load(std::memory_order_acquire);
 }
 
-void VRXWrapperManager::SetEnded() { std::atomic_ref<bool>(m_bEndFlag).store(true, std::memory_order_release); }
+void VRXWrapperManager::SetEnded() {
+  std::atomic_ref<bool>(m_bEndFlag).store(true, std::memory_order_release);
+}
 
 std::uint32_t VRXWrapperManager::RenderThreadEntry(void* argument) {
   auto* manager = static_cast<VRXWrapperManager*>(argument);

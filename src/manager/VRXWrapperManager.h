@@ -27,7 +27,8 @@ class VRXWrapperManager final : public IVRXWrapper {
   void StartRender() override;
   void Cancel() override;
 
-  /// The records that the last SetProjectFile built; null before it. They must not be looked at during a render.
+  /// The records that the last SetProjectFile built; null before it. They must not be looked at during a
+  /// render.
   VRXTimeline* GetTimeline() const { return m_pTimeline.get(); }
   VRXSystemOutputSetting* GetSystemOutput() const { return m_pSystemOutput.get(); }
   const vrx::timeline::ClipSums& GetClipSums() const { return m_clipSums; }

@@ -52,13 +52,13 @@ inline constexpr std::array kOutputKeys{kOutputFilePath, kPainterEffect, kVideoO
                                         kAudioOutputSettings};
 inline constexpr std::array kClipKeys{kSourceFile, kSourceType,  kStartTime,    kEndTime,
                                       kInPosition, kOutPosition, kEnableOverlay};
-inline constexpr std::array kVideoKeys{kVideoCodecType, kVideoSpecificationType, kWidth,          kHeight,
-                                       kTimeValue,      kTimeScale,              kAverageBitrate, kInterlace,
-                                       kAvcEncoderMode, kForceRerendering};
+inline constexpr std::array kVideoKeys{
+    kVideoCodecType, kVideoSpecificationType, kWidth,     kHeight,         kTimeValue,
+    kTimeScale,      kAverageBitrate,         kInterlace, kAvcEncoderMode, kForceRerendering};
 inline constexpr std::array kAudioKeys{kAudioCodecType, kChannel, kBitPerSample, kSamplingRate};
 
-/// The element of `dict` under `key` when it is there and has the key's type, else null: an element of another
-/// type counts as absent, even one that could be converted.
+/// The element of `dict` under `key` when it is there and has the key's type, else null: an element of
+/// another type counts as absent, even one that could be converted.
 inline const XpIniElement* Find(const XpIniElement* dict, const Key& key) {
   const XpIniElement* element = dict == nullptr ? nullptr : dict->Get(key.name);
   return element != nullptr && element->GetType() == key.type ? element : nullptr;

@@ -1,5 +1,5 @@
-// Turns the milliseconds of documents into frame times: 64-bit counts of 1 / TimeScale seconds that are always
-// a multiple of TimeValue, the length of a frame.
+// Turns the milliseconds of documents into frame times: 64-bit counts of 1 / TimeScale seconds that are
+// always a multiple of TimeValue, the length of a frame.
 #pragma once
 
 #include <cstdint>

@@ -17,7 +17,8 @@ std::int64_t Add(std::int64_t a, std::int64_t b) {
 }
 
 std::int64_t Subtract(std::int64_t a, std::int64_t b) {
-  return Add(a, b == std::numeric_limits<std::int64_t>::min() ? std::numeric_limits<std::int64_t>::max() : -b);
+  return Add(a,
+             b == std::numeric_limits<std::int64_t>::min() ? std::numeric_limits<std::int64_t>::max() : -b);
 }
 
 VRXFileSourceStreamInfo MakeFileSource(const TKLXOutputXmlInfo& clip, const TimelineContext& context,

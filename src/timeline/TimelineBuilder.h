@@ -14,8 +14,8 @@ namespace vrx::timeline {
 
 /// Sums over the file clips of the video track, in frame times.
 struct ClipSums {
-  std::int64_t overlayDuration = 0;                             // of the clips with overlay
-  std::vector<std::int64_t> nonOverlayDurations;                // of each clip without, in order
+  std::int64_t overlayDuration = 0;                               // of the clips with overlay
+  std::vector<std::int64_t> nonOverlayDurations;                  // of each clip without, in order
   std::vector<std::pair<std::int64_t, std::int64_t>> clipRanges;  // one a clip
 };
 
@@ -33,8 +33,8 @@ struct TimelineContext {
   ClipReport reportAudio;
 };
 
-/// Appends the clips to the timeline's video array and adds them to `sums`. Returns true when one of them asks
-/// for the GPU capability block.
+/// Appends the clips to the timeline's video array and adds them to `sums`. Returns true when one of them
+/// asks for the GPU capability block.
 bool AddVideoTrack(const TKLXOutputXml::Track& track, const TimelineContext& context, VRXTimeline& timeline,
                    ClipSums& sums);
 

@@ -19,7 +19,9 @@ XpResult Read(const std::string& content, XpIniDict& dict, XmlProblem* problem =
   return ReadBytes(content, nullptr, dict, problem);
 }
 
-std::string InPlist(const std::string& dict) { return "<plist version=\"1.0\"><dict>" + dict + "</dict></plist>"; }
+std::string InPlist(const std::string& dict) {
+  return "<plist version=\"1.0\"><dict>" + dict + "</dict></plist>";
+}
 
 template <class T>
 T Value(const XpIniDict& dict, const char16_t* key, XpResult (XpIniElement::*get)(T&) const) {
@@ -136,7 +138,8 @@ TEST(PlistReadTest, ParserTellsWhereItStopped) {
 }
 
 TEST(PlistReadTest, EveryCutOfADocumentIsAnErrorOrADocument) {
-  const std::string whole = InPlist("<key>a</key><array><integer>1</integer></array><key>b</key><data>ab</data>");
+  const std::string whole =
+      InPlist("<key>a</key><array><integer>1</integer></array><key>b</key><data>ab</data>");
   for (std::size_t length = 0; length < whole.size(); ++length) {
     XpIniDict dict;
     EXPECT_EQ(Read(whole.substr(0, length), dict), XpErrNoDocument) << length;

@@ -22,7 +22,8 @@ class RenderTest : public testing::Test {
     return name;
   }
   void Render(const ProjectText& project) {
-    const VrxResult result = RunVrx({{"render", folder.Write("p.vrx", project.Text()), "--progress", "none"}});
+    const VrxResult result =
+        RunVrx({{"render", folder.Write("p.vrx", project.Text()), "--progress", "none"}});
     ASSERT_EQ(result.status, 0) << result.errors;
   }
   std::string Output() const { return (folder.Path() / "out.mp4").string(); }
@@ -59,16 +60,19 @@ TEST_F(RenderTest, EveryPlannedFrameIsTheRightOne) {
   const auto add = [&](const std::string& name, const PatternClip& clip, double start, int frames) {
     const double startMs = start * 1001.0 / 30.0;
     const double endMs = (start + frames) * 1001.0 / 30.0;
-    project.videoTrack += ClipText(Clip(name, clip), std::to_string(startMs + 0.01), std::to_string(endMs + 0.01));
+    project.videoTrack +=
+        ClipText(Clip(name, clip), std::to_string(startMs + 0.01), std::to_string(endMs + 0.01));
     const double rate = static_cast<double>(clip.rateNum) / clip.rateDen;
     Append(wanted, {start / kNtsc, frames, rate, clip.frames, static_cast<int>(clip.firstNumber)});
   };
   // Trims into the middle of long groups of pictures, in three containers.
-  add("same.mp4", {.width = 320, .height = 192, .rateNum = 30000, .rateDen = 1001, .frames = 200, .gop = 60}, 71, 40);
+  add("same.mp4", {.width = 320, .height = 192, .rateNum = 30000, .rateDen = 1001, .frames = 200, .gop = 60},
+      71, 40);
   add("pal.mkv", {.rateNum = 25, .frames = 100, .gop = 50, .firstNumber = 1000}, 30, 50);
   add("stream.ts", {.rateNum = 50, .frames = 150, .codec = "mpeg2video", .firstNumber = 2000}, 10, 30);
   // Held upright: stored turned by a quarter.
-  add("upright.mp4", {.rateNum = 24000, .rateDen = 1001, .frames = 80, .firstNumber = 3000, .rotation = 90}, 5, 30);
+  add("upright.mp4", {.rateNum = 24000, .rateDen = 1001, .frames = 80, .firstNumber = 3000, .rotation = 90},
+      5, 30);
   // Shorter than its range: the last frame stands.
   add("short.mp4", {.rateNum = 30000, .rateDen = 1001, .frames = 20, .firstNumber = 4000}, 0, 45);
   Render(project);
@@ -85,8 +89,9 @@ TEST_F(RenderTest, WholeClipsFollowEachOther) {
       "<key>Width</key><integer>160</integer><key>Height</key><integer>96</integer>"
       "<key>TimeValue</key><integer>1</integer><key>TimeScale</key><integer>25</integer>";
   const std::string name = Clip("a.mp4", {.frames = 30});
-  project.videoTrack = "<dict><key>SourceFile</key><string>" + name + "</string></dict>" +
-                       ClipText(Clip("b.mkv", {.frames = 20, .codec = "ffv1", .firstNumber = 100}), "-1", "-1");
+  project.videoTrack =
+      "<dict><key>SourceFile</key><string>" + name + "</string></dict>" +
+      ClipText(Clip("b.mkv", {.frames = 20, .codec = "ffv1", .firstNumber = 100}), "-1", "-1");
   Render(project);
   std::vector<int> wanted;
   for (int i = 0; i < 30; ++i) wanted.push_back(i);
@@ -96,7 +101,8 @@ TEST_F(RenderTest, WholeClipsFollowEachOther) {
 
 TEST_F(RenderTest, PortraitClipStandsUprightBetweenBars) {
   ProjectText project;
-  project.videoTrack = ClipText(Clip("upright.mp4", {.width = 192, .height = 96, .rotation = 90}), "0", "500");
+  project.videoTrack =
+      ClipText(Clip("upright.mp4", {.width = 192, .height = 96, .rotation = 90}), "0", "500");
   project.video =
       "<key>Width</key><integer>384</integer><key>Height</key><integer>192</integer>"
       "<key>TimeValue</key><integer>1</integer><key>TimeScale</key><integer>25</integer>";
@@ -117,9 +123,12 @@ TEST_F(RenderTest, PortraitClipStandsUprightBetweenBars) {
 
 TEST_F(RenderTest, ClicksStayWithThePictureOverFiveMinutes) {
   constexpr int kSeconds = 300;
-  const std::string name =
-      Clip("long.mp4", {.width = 64, .height = 48, .frames = kSeconds * 25, .gop = 250, .hasSound = true,
-                        .sound = {.rate = 44100, .channels = 2}});
+  const std::string name = Clip("long.mp4", {.width = 64,
+                                             .height = 48,
+                                             .frames = kSeconds * 25,
+                                             .gop = 250,
+                                             .hasSound = true,
+                                             .sound = {.rate = 44100, .channels = 2}});
   ProjectText project;
   project.video =
       "<key>Width</key><integer>64</integer><key>Height</key><integer>48</integer>"

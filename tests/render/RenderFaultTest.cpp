@@ -140,9 +140,9 @@ std::string Repeat(const std::string& text, std::size_t times) {
 }
 
 TEST_F(RenderFaultTest, UnreadableDocumentEndsInAClearLine) {
-  const std::string documents[] = {
-      "", "hello", "<?xml version=\"1.0\"?><movie/>", "<plist>" + Repeat("<array>", 300000),
-      "<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><dict/></plist>"};
+  const std::string documents[] = {"", "hello", "<?xml version=\"1.0\"?><movie/>",
+                                   "<plist>" + Repeat("<array>", 300000),
+                                   "<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><dict/></plist>"};
   for (const std::string& document : documents) {
     const std::string path = folder.Write("p.vrx", document);
     const VrxResult render = RunVrx({{"render", path}});
@@ -158,7 +158,8 @@ TEST_F(RenderFaultTest, UnreadableDocumentEndsInAClearLine) {
 TEST_F(RenderFaultTest, MissingEngineIsNamed) {
   const std::string program = (folder.Path() / "vrx").string();
   std::filesystem::copy_file(VRX_PROGRAM, program);
-  VrxResult result = RunVrx({.arguments = {"render", folder.Write("p.vrx", project.Text())}, .program = program});
+  VrxResult result =
+      RunVrx({.arguments = {"render", folder.Write("p.vrx", project.Text())}, .program = program});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, HasSubstr("VRXEngine.so cannot be loaded"));
   std::filesystem::copy_file(INCOMPLETE_ENGINE_PATH, folder.Path() / "VRXEngine.so");

@@ -55,7 +55,8 @@ VrxResult RunVrx(const VrxCall& call) {
     poll(streams.data(), streams.size(), -1);
     if (streams[0].revents != 0 && !Drain(output[0], result.output)) streams[0].fd = -1;
     if (streams[1].revents != 0 && !Drain(errors[0], result.errors)) streams[1].fd = -1;
-    for (auto end = result.output.find('\n', told); end != std::string::npos; end = result.output.find('\n', told)) {
+    for (auto end = result.output.find('\n', told); end != std::string::npos;
+         end = result.output.find('\n', told)) {
       if (call.onLine) call.onLine(result.output.substr(told, end - told), process);
       told = end + 1;
     }

@@ -80,8 +80,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Mistake{"WrongType",
                 [](ProjectText& p, SourceFacts&) {
-                  p.videoTrack += "<dict><key>SourceFile</key><string>a.mp4</string>"
-                                  "<key>StartTime</key><integer>5</integer></dict>";
+                  p.videoTrack +=
+                      "<dict><key>SourceFile</key><string>a.mp4</string>"
+                      "<key>StartTime</key><integer>5</integer></dict>";
                 },
                 "W VideoTrack/2 StartTime is integer where real is due", true},
         Mistake{"MissingSource",
@@ -93,7 +94,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"UnreadableSource",
                 [](ProjectText&, SourceFacts& f) { f = {.usable = false, .cause = "is no movie"}; },
                 "a.mp4 is no movie", false},
-        Mistake{"NoPicture", [](ProjectText&, SourceFacts& f) { f.hasVideo = false; }, "has no picture", false},
+        Mistake{"NoPicture", [](ProjectText&, SourceFacts& f) { f.hasVideo = false; }, "has no picture",
+                false},
         Mistake{"ClipWithoutLength",
                 [](ProjectText& p, SourceFacts&) { p.videoTrack += ClipText("a.mp4", "900", "900"); },
                 "W VideoTrack/2 EndTime does not lie behind StartTime: the whole source is used", true},
@@ -106,7 +108,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"EntryThatIsNoDict",
                 [](ProjectText& p, SourceFacts&) { p.videoTrack += "<string>a.mp4</string>"; },
                 "W VideoTrack/2  is a string, not a dict: left out", true},
-        Mistake{"NoClips", [](ProjectText& p, SourceFacts&) { p.videoTrack.clear(); }, "E  holds no clip", false},
+        Mistake{"NoClips", [](ProjectText& p, SourceFacts&) { p.videoTrack.clear(); }, "E  holds no clip",
+                false},
         Mistake{"NoVideoSettings", [](ProjectText& p, SourceFacts&) { p.video.clear(); },
                 "E VideoOutputSettings is missing", false},
         Mistake{"SoundWithoutSettings",
@@ -121,9 +124,7 @@ INSTANTIATE_TEST_SUITE_P(
                 },
                 "E TimeScale must be above 0", false},
         Mistake{"OddWidth",
-                [](ProjectText& p, SourceFacts&) {
-                  p.video.replace(p.video.find("640"), 3, "641");
-                },
+                [](ProjectText& p, SourceFacts&) { p.video.replace(p.video.find("640"), 3, "641"); },
                 "E Width must be even", false},
         Mistake{"MisspelledKey",
                 [](ProjectText& p, SourceFacts&) { p.video += "<key>interlace</key><true/>"; },

@@ -25,9 +25,14 @@ struct ProjectText {
   std::string Text() const {
     std::string text =
         "<?xml version=\"1.0\" encoding=\"utf-8\"?><plist version=\"1.0\"><dict><key>VRXWrapper</key><dict>"
-        "<key>VideoTrack</key><array>" + videoTrack + "</array>"
-        "<key>AudioTrack</key><array>" + audioTrack + "</array>"
-        "<key>OutputSettings</key><dict><key>OutputFilePath</key><string>" + output + "</string>" + moreOutput;
+        "<key>VideoTrack</key><array>" +
+        videoTrack +
+        "</array>"
+        "<key>AudioTrack</key><array>" +
+        audioTrack +
+        "</array>"
+        "<key>OutputSettings</key><dict><key>OutputFilePath</key><string>" +
+        output + "</string>" + moreOutput;
     if (!video.empty()) text += "<key>VideoOutputSettings</key><dict>" + video + "</dict>";
     if (!audio.empty()) text += "<key>AudioOutputSettings</key><dict>" + audio + "</dict>";
     return text + "</dict></dict></dict></plist>";

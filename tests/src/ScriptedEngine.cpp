@@ -68,14 +68,16 @@ __attribute__((visibility("default"))) std::int32_t VRX_ReleaseSequence(VRXHandl
   return g_script.releaseSequence;
 }
 
-__attribute__((visibility("default"))) std::int32_t VRX_IsSmartRenderingCapable(VRXHandle, std::uint32_t first,
+__attribute__((visibility("default"))) std::int32_t VRX_IsSmartRenderingCapable(VRXHandle,
+                                                                                std::uint32_t first,
                                                                                 std::uint32_t second) {
   g_script.Note("IsSmartRenderingCapable " + std::to_string(first) + " " + std::to_string(second));
   return g_script.smartRendering;
 }
 
 #ifndef SCRIPTED_ENGINE_LACKS_STPV
-__attribute__((visibility("default"))) std::int32_t VRX_SetSTPVSetting(VRXHandle, const void*, std::uint32_t) {
+__attribute__((visibility("default"))) std::int32_t VRX_SetSTPVSetting(VRXHandle, const void*,
+                                                                       std::uint32_t) {
   g_script.Note("SetSTPVSetting");
   return 0;
 }

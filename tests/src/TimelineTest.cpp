@@ -36,13 +36,12 @@ TEST(FrameClockTest, TimesFallOnTheFrameThatBeginsBeforeThem) {
     double milliseconds;
     std::int64_t frameTime;
   };
-  for (const Case& c : {Case{1001, 30000, 1000, 29 * 1001}, Case{1001, 30000, 1001, 30 * 1001},
-                        Case{1, 25, 999.999, 24}, Case{1, 25, 40, 1}, Case{1, 25, -1, -1},
-                        Case{1, 1000, 3600000, 3600000}, Case{0, 25, 40, 0}, Case{1, 0, 40, 0},
-                        Case{~0ull, 25, 40, 0},
-                        Case{1, 25, std::nan(""), 0},
-                        Case{1, 25, 1e300, std::numeric_limits<std::int64_t>::max()},
-                        Case{1, 25, -1e300, std::numeric_limits<std::int64_t>::min()}}) {
+  for (const Case& c :
+       {Case{1001, 30000, 1000, 29 * 1001}, Case{1001, 30000, 1001, 30 * 1001}, Case{1, 25, 999.999, 24},
+        Case{1, 25, 40, 1}, Case{1, 25, -1, -1}, Case{1, 1000, 3600000, 3600000}, Case{0, 25, 40, 0},
+        Case{1, 0, 40, 0}, Case{~0ull, 25, 40, 0}, Case{1, 25, std::nan(""), 0},
+        Case{1, 25, 1e300, std::numeric_limits<std::int64_t>::max()},
+        Case{1, 25, -1e300, std::numeric_limits<std::int64_t>::min()}}) {
     EXPECT_EQ(FrameClock({c.value, c.scale}).FloorToFrame(c.milliseconds), c.frameTime)
         << c.value << "/" << c.scale << " " << c.milliseconds;
   }
@@ -71,9 +70,10 @@ TEST(ProjectPathTest, PathsLeadFromTheDocument) {
     const char16_t* path;
     const char16_t* resolved;
   };
-  for (const Case& c : {Case{u"", u""}, Case{u"/a/b.mp4", u"/a/b.mp4"}, Case{u"clips/a.mp4", u"/p/clips/a.mp4"},
-                        Case{u"clips\\a.mp4", u"/p/clips/a.mp4"}, Case{u"Z:\\m\\a.mp4", u"/m/a.mp4"},
-                        Case{u"Q:\\a.mp4", u"Q:\\a.mp4"}, Case{u"/odd\\name", u"/odd\\name"}}) {
+  for (const Case& c :
+       {Case{u"", u""}, Case{u"/a/b.mp4", u"/a/b.mp4"}, Case{u"clips/a.mp4", u"/p/clips/a.mp4"},
+        Case{u"clips\\a.mp4", u"/p/clips/a.mp4"}, Case{u"Z:\\m\\a.mp4", u"/m/a.mp4"},
+        Case{u"Q:\\a.mp4", u"Q:\\a.mp4"}, Case{u"/odd\\name", u"/odd\\name"}}) {
     EXPECT_EQ(vrx::project::ResolvePath(u"/p/x.vrx", c.path), c.resolved);
   }
 }

@@ -14,7 +14,8 @@ namespace vrx::platform {
 ModuleHandle LoadModule(const XpString& path, std::string* cause) {
   constexpr std::string_view kForeignEnding = ".dll";
   std::string native = NativePath(path);
-  if (native.ends_with(kForeignEnding)) native.replace(native.size() - kForeignEnding.size(), native.npos, ".so");
+  if (native.ends_with(kForeignEnding))
+    native.replace(native.size() - kForeignEnding.size(), native.npos, ".so");
   ModuleHandle module = native.empty() ? nullptr : dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr && cause != nullptr) {
     const char* words = native.empty() ? nullptr : dlerror();
