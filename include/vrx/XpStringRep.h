@@ -53,12 +53,16 @@ struct XpStringRep {
     return this;
   }
 
+#pragma GCC diagnostic push
+// The compiler cannot see that the immortal block never gets as far as the delete.
+#pragma GCC diagnostic ignored "-Wfree-nonheap-object"
   void Release() noexcept {
     if (references.load(std::memory_order_relaxed) == kImmortal) return;
     if (references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     std::free(buffer);
     delete this;
   }
+#pragma GCC diagnostic pop
 
   /// Makes the buffer of an unshared block fit `wantedLength`: it grows when too small and shrinks when a
   /// long buffer is less than half used.

@@ -31,8 +31,8 @@ struct EngineScript {
   std::vector<std::string> calls;
   const VRXTimeline* timeline = nullptr;
   const VRXSystemOutputSetting* output = nullptr;
-  int liveEngines = 0;
-  int liveSequences = 0;
+  std::atomic<int> liveEngines = 0;
+  std::atomic<int> liveSequences = 0;
 
   void Note(const std::string& call) {
     const std::scoped_lock lock(mutex);
