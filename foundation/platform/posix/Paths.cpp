@@ -40,7 +40,9 @@ std::string NativePath(const XpString& path) {
   const std::string& folder = table.folders[static_cast<std::size_t>(drive)];
   if (folder.empty()) return {};
   const std::size_t rest = std::min(bytes.find_first_not_of('/', 2), bytes.size());
-  return folder + (folder.back() == '/' ? "" : "/") + bytes.substr(rest);
+  std::string native = folder;
+  if (native.back() != '/') native.push_back('/');
+  return native.append(bytes, rest);
 }
 
 XpString PathFromNative(std::string_view bytes) { return XpString(textcodec::ToUtf16(bytes)); }
