@@ -130,14 +130,20 @@ class Formatter {
       case 'i':
       case 'u':
       case 'x':
-      case 'X': return PutInteger(c, argument);
+      case 'X':
+        return PutInteger(c, argument);
       case 'f':
       case 'e':
-      case 'g': return PutReal(c, argument);
-      case 's': return PutText(c, argument);
-      case 'c': return PutCharacter(c, argument);
-      case 'p': return PutPointer(c, argument);
-      default: return false;
+      case 'g':
+        return PutReal(c, argument);
+      case 's':
+        return PutText(c, argument);
+      case 'c':
+        return PutCharacter(c, argument);
+      case 'p':
+        return PutPointer(c, argument);
+      default:
+        return false;
     }
   }
 
@@ -205,13 +211,23 @@ class Formatter {
 
   bool PutCharacter(const Conversion& c, const FormatArgument& argument) {
     using Kind = FormatArgument::Kind;
-    if (argument.kind != Kind::Character && argument.kind != Kind::Signed && argument.kind != Kind::Unsigned) {
+    if (argument.kind != Kind::Character && argument.kind != Kind::Signed &&
+        argument.kind != Kind::Unsigned) {
       return false;
     }
-    const Ch character = argument.kind == Kind::Character ? static_cast<Ch>(argument.asCharacter)
-                                                          : static_cast<Ch>(argument.asUnsigned);
     Conversion padded = c;
     padded.precision.reset();
+    const auto code =
+        argument.kind == Kind::Character ? argument.asCharacter : static_cast<char32_t>(argument.asUnsigned);
+    const auto character = static_cast<Ch>(code);
+    if constexpr (std::is_same_v<Ch, char>) {
+      // A 16-bit character takes several bytes; a single byte goes out as it is.
+      if (argument.kind == Kind::Character && argument.width > 1) {
+        const auto unit = static_cast<char16_t>(code);
+        PutPadded(padded, std::string_view(textcodec::ToUtf8({&unit, 1})));
+        return true;
+      }
+    }
     PutPadded(padded, std::basic_string_view<Ch>(&character, 1));
     return true;
   }
@@ -276,7 +292,8 @@ void AppendTo(XpBasicString<Ch>& result, std::basic_string_view<Ch> format,
 
 }  // namespace
 
-void AppendFormatted(XpString& result, std::u16string_view format, std::span<const FormatArgument> arguments) {
+void AppendFormatted(XpString& result, std::u16string_view format,
+                     std::span<const FormatArgument> arguments) {
   AppendTo(result, format, arguments);
 }
 
