@@ -215,10 +215,19 @@ class Formatter {
         argument.kind != Kind::Unsigned) {
       return false;
     }
-    const Ch character = argument.kind == Kind::Character ? static_cast<Ch>(argument.asCharacter)
-                                                          : static_cast<Ch>(argument.asUnsigned);
     Conversion padded = c;
     padded.precision.reset();
+    const auto code =
+        argument.kind == Kind::Character ? argument.asCharacter : static_cast<char32_t>(argument.asUnsigned);
+    const auto character = static_cast<Ch>(code);
+    if constexpr (std::is_same_v<Ch, char>) {
+      // A 16-bit character takes several bytes; a single byte goes out as it is.
+      if (argument.kind == Kind::Character && argument.width > 1) {
+        const auto unit = static_cast<char16_t>(code);
+        PutPadded(padded, std::string_view(textcodec::ToUtf8({&unit, 1})));
+        return true;
+      }
+    }
     PutPadded(padded, std::basic_string_view<Ch>(&character, 1));
     return true;
   }

@@ -18,7 +18,7 @@ struct FormatArgument {
   enum class Kind { Signed, Unsigned, Real, Character, Text, NarrowText, Pointer };
 
   Kind kind;
-  int width = 0;  // bytes of an integer argument
+  int width = 0;  // bytes of an integer or character argument
   union {
     std::int64_t asSigned;
     std::uint64_t asUnsigned;
@@ -39,17 +39,17 @@ FormatArgument PackArgument(const T& value) {
   } else if constexpr (std::is_same_v<Plain, XpNarrowString>) {
     return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = value.AsView()};
   } else if constexpr (std::is_convertible_v<const T&, std::u16string_view>) {
-    if constexpr (std::is_pointer_v<Plain>) {
+    if constexpr (std::is_pointer_v<T>) {
       if (value == nullptr) return {.kind = Kind::Text, .asPointer = nullptr, .text = u"(null)"};
     }
     return {.kind = Kind::Text, .asPointer = nullptr, .text = value};
   } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
-    if constexpr (std::is_pointer_v<Plain>) {
+    if constexpr (std::is_pointer_v<T>) {
       if (value == nullptr) return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = "(null)"};
     }
     return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = value};
   } else if constexpr (std::is_same_v<Plain, char> || std::is_same_v<Plain, char16_t>) {
-    return {.kind = Kind::Character, .asCharacter = static_cast<char32_t>(value)};
+    return {.kind = Kind::Character, .width = sizeof(value), .asCharacter = static_cast<char32_t>(value)};
   } else if constexpr (std::is_pointer_v<Plain>) {
     return {.kind = Kind::Pointer, .asPointer = value};
   } else if constexpr (std::is_floating_point_v<Plain>) {

@@ -1,0 +1,199 @@
+#include "foundation/file/XpFileOperations.h"
+
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "foundation/file/XpFile.h"
+#include "foundation/file/XpPathOperations.h"
+#include "foundation/file/XpPathQuery.h"
+#include "tests/foundation/TempFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using FileOperationsTest = TempFolder;
+
+TEST_F(FileOperationsTest, ExistenceTellsFilesFoldersAndDanglingLinksApart) {
+  Put("folder/file");
+  fs::create_symlink("nowhere", Native("dangling"));
+  const struct {
+    const char* name;
+    bool exists;
+    bool isDirectory;
+  } cases[] = {{"folder", true, true}, {"folder/", true, true},    {"folder/file", true, false},
+               {"none", false, false}, {"dangling", false, false}, {"folder/file/x", false, false}};
+  for (const auto& c : cases) {
+    bool isDirectory = !c.isDirectory;
+    EXPECT_EQ(XpPathExists(Path(c.name), &isDirectory), c.exists) << c.name;
+    EXPECT_EQ(isDirectory, c.isDirectory) << c.name;
+    EXPECT_EQ(XpPathIsDirectory(Path(c.name)), c.isDirectory) << c.name;
+    EXPECT_EQ(XpPathIsFile(Path(c.name)), c.exists && !c.isDirectory) << c.name;
+  }
+}
+
+TEST_F(FileOperationsTest, ReadOnlyIsWhatTheModeSays) {
+  const XpString path = Put("a");
+  fs::permissions(Native("a"), fs::perms::owner_read);
+  EXPECT_TRUE(XpPathIsReadOnly(path));
+  EXPECT_EQ(XpPathClearReadOnly(path), XpOk);
+  EXPECT_FALSE(XpPathIsReadOnly(path));
+  EXPECT_FALSE(XpPathIsReadOnly(Path("none")));
+  EXPECT_EQ(XpPathClearReadOnly(Path("none")), XpErrFileNotFound);
+}
+
+TEST_F(FileOperationsTest, AHiddenFileKeepsItsName) {
+  const XpString path = Put("a.modd", "x");
+  EXPECT_EQ(XpPathSetHidden(Path("none")), XpErrAccessDenied);
+  if (XpPathSetHidden(path) != XpOk) GTEST_SKIP() << "this file system keeps no marks";
+  EXPECT_TRUE(XpFile(path).IsHidden());
+  EXPECT_EQ(Get("a.modd"), "x");
+}
+
+TEST_F(FileOperationsTest, DeletingTakesReadOnlyFilesAndLinksButNoFolders) {
+  Put("a");
+  fs::permissions(Native("a"), fs::perms::owner_read);
+  EXPECT_EQ(XpFileDelete(Path("a")), XpOk);
+  Put("target");
+  fs::create_symlink("target", Native("link"));
+  EXPECT_EQ(XpFileDelete(Path("link")), XpOk);
+  EXPECT_TRUE(Exists("target"));
+  fs::create_directory(Native("folder"));
+  EXPECT_EQ(XpFileDelete(Path("folder")), XpErrAccessDenied);
+  EXPECT_EQ(XpFileDelete(Path("none")), XpErrFileNotFound);
+  EXPECT_EQ(XpFileDelete(Path(std::string(300, 'n'))), XpErrDeleteFailed);
+  const std::vector<XpString> some = {Path("target"), Path("none"), Put("later")};
+  EXPECT_EQ(XpFilesToRecycleBin(some, false), XpErrFileNotFound);
+  EXPECT_FALSE(Exists("target"));
+  EXPECT_TRUE(Exists("later"));
+}
+
+TEST_F(FileOperationsTest, TheTrashKeepsWhatAndWhereFrom) {
+  const std::string data = Native("data").string();
+  ASSERT_EQ(setenv("XDG_DATA_HOME", data.c_str(), 1), 0);
+  const std::vector<XpString> both = {Put("one/100% \xC3\xA9", "first"), Put("two/100% \xC3\xA9", "second")};
+  EXPECT_EQ(XpFilesToRecycleBin(both, true), XpOk);
+  EXPECT_EQ(XpFileToRecycleBin(Path("none")), XpErrDeleteFailed);
+  unsetenv("XDG_DATA_HOME");
+  EXPECT_FALSE(Exists("one/100% \xC3\xA9"));
+  EXPECT_EQ(Get("data/Trash/files/100% \xC3\xA9"), "first");
+  EXPECT_EQ(Get("data/Trash/files/100% \xC3\xA9.2"), "second");
+  const std::string info = Get("data/Trash/info/100% \xC3\xA9.2.trashinfo");
+  EXPECT_NE(info.find("two/100%25%20%C3%A9\nDeletionDate="), std::string::npos) << info;
+}
+
+TEST_F(FileOperationsTest, RenamingReplacesAndReportsWhatFails) {
+  Put("from", "new");
+  Put("to", "old");
+  EXPECT_EQ(XpFileRename(Path("from"), Path("to")), XpOk);
+  EXPECT_EQ(Get("to"), "new");
+  EXPECT_EQ(XpFileRename(Path("none"), Path("to")), XpErrFileNotFound);
+  fs::create_directory(Native("folder"));
+  EXPECT_EQ(XpFileRename(Path("to"), Path("folder")), XpErrAccessDenied);
+}
+
+TEST_F(FileOperationsTest, MovingAFolderDoesNotReplace) {
+  Put("a/x", "1");
+  fs::create_directory(Native("b"));
+  XpFileProgress progress;
+  EXPECT_EQ(XpFileCopyOrMove(Path("a"), Path("b"), &progress), XpErrAlreadyExists);
+  EXPECT_EQ(progress.done, 0);
+  EXPECT_EQ(XpFileCopyOrMove(Path("a"), Path("c"), &progress), XpOk);
+  EXPECT_EQ(Get("c/x"), "1");
+  EXPECT_EQ(progress.done, 100);
+  EXPECT_EQ(progress.total, 100);
+}
+
+TEST_F(FileOperationsTest, MovingToAnotherVolumeCopiesWholeAndThenDeletes) {
+  struct stat here {};
+  struct stat there {};
+  char other[] = "/dev/shm/vrx_test.XXXXXX";
+  if (mkdtemp(other) == nullptr) GTEST_SKIP() << "no second volume";
+  ASSERT_EQ(stat(Native("").c_str(), &here), 0);
+  ASSERT_EQ(stat(other, &there), 0);
+  if (here.st_dev != there.st_dev) {
+    const std::string bytes(3'000'000, 'v');
+    const XpString from = Put("from", bytes);
+    fs::permissions(Native("from"), fs::perms::owner_read);
+    XpDateTime written;
+    written.SetDateTime(2015, 6, 7, 8, 9, 10);
+    ASSERT_EQ(XpFile(from).SetTimes(nullptr, &written, nullptr), XpOk);
+    const XpString to = vrx::platform::PathFromNative(std::string(other) + "/to");
+    XpFileProgress progress;
+    EXPECT_EQ(XpFileMove(from, to, &progress), XpOk);
+    EXPECT_EQ(progress.done, 100);
+    EXPECT_FALSE(Exists("from"));
+    XpFile moved(to);
+    EXPECT_EQ(moved.GetSize(), 3'000'000);
+    EXPECT_TRUE(moved.IsReadOnly());
+    XpDateTime got;
+    EXPECT_EQ(moved.GetWriteTime(got), XpOk);
+    EXPECT_EQ(got.GetValue(), written.GetValue());
+    const XpString folder = vrx::platform::PathFromNative(std::string(other));
+    EXPECT_EQ(XpFileMove(Put("file", "x"), folder, nullptr), XpErrAccessDenied);
+    EXPECT_EQ(Get("file"), "x");
+    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "a partial copy was left";
+  }
+  fs::remove_all(other);
+}
+
+TEST_F(FileOperationsTest, SeveralFilesMoveIntoAFolderThatIsMade) {
+  const std::vector<XpString> paths = {Put("a.txt", "1"), Put("sub/b.txt", "2")};
+  EXPECT_EQ(XpFilesMove(paths, Path("new/target")), XpOk);
+  EXPECT_EQ(Get("new/target/a.txt") + Get("new/target/b.txt"), "12");
+  EXPECT_EQ(XpFilesMove(paths, Path("new/target")), XpErrShellMoveFailed);
+}
+
+TEST_F(FileOperationsTest, MakingAPathMakesItsParentsAndSaysWhyNot) {
+  EXPECT_EQ(XpPathMake(Path("a/b/c")), XpOk);
+  EXPECT_EQ(XpPathMake(Path("a/b/c/")), XpOk);
+  EXPECT_TRUE(fs::is_directory(Native("a/b/c")));
+  vrx::platform::SetDriveFolder('T', Native("").string());
+  EXPECT_EQ(XpPathMake(u"T:\\d\\e"), XpOk);
+  vrx::platform::SetDriveFolder('T', "");
+  EXPECT_TRUE(fs::is_directory(Native("d/e")));
+  Put("file");
+  EXPECT_EQ(XpPathMake(Path("file")), XpErrAlreadyExists);
+  EXPECT_EQ(XpPathMake(Path("file/x")), XpErrAlreadyExists);
+  EXPECT_EQ(XpPathMake(Path(std::string(300, 'n'))), XpErrPathForm);
+  for (const char16_t* form : {u"", u"relative\\x", u"\\rooted", u"\\\\server", u"\\\\server\\"}) {
+    EXPECT_EQ(XpPathMake(form), XpErrPathForm) << XpString(form);
+  }
+  EXPECT_EQ(XpPathMake(u"Q:\\x"), XpErrPathNotFound);
+}
+
+TEST_F(FileOperationsTest, RemovingATreeNeverLeavesItThroughLinks) {
+  Put("outside/precious", "kept");
+  Put("tree/file");
+  Put("tree/sub/odd\\name\xFF");
+  fs::create_directory_symlink(Native("outside"), Native("tree/out"));
+  fs::create_directory_symlink("..", Native("tree/sub/loop"));
+  fs::permissions(Native("tree/file"), fs::perms::owner_read);
+  EXPECT_EQ(XpPathRemove(Path("tree"), false, nullptr), XpErrDirectoryNotEmpty);
+  XpFileProgress progress;
+  EXPECT_EQ(XpPathRemove(Path("tree"), true, &progress), XpOk);
+  EXPECT_EQ(progress.total, 3);
+  EXPECT_EQ(progress.done, 3);
+  EXPECT_FALSE(Exists("tree"));
+  EXPECT_EQ(Get("outside/precious"), "kept");
+
+  fs::create_directory_symlink("outside", Native("link"));
+  EXPECT_EQ(XpPathRemove(Path("link/"), true, nullptr), XpOk);
+  EXPECT_FALSE(Exists("link"));
+  EXPECT_EQ(Get("outside/precious"), "kept");
+}
+
+TEST_F(FileOperationsTest, RemovingRefusesRootsFilesAndNothing) {
+  EXPECT_EQ(XpPathRemove(u"", true, nullptr), XpErrInvalidArgument);
+  for (const char16_t* root : {u"/", u"//", u"/.", u"/tmp/..", u"Z:", u"Z:\\", u"Z:\\tmp\\.."}) {
+    EXPECT_EQ(XpPathRemove(root, false, nullptr), XpErrInvalidArgument) << XpString(root);
+  }
+  EXPECT_EQ(XpPathRemove(Path("none"), true, nullptr), XpErrFileNotFound);
+  EXPECT_EQ(XpPathRemove(Put("file"), true, nullptr), XpErrPathNotFound);
+  EXPECT_TRUE(Exists("file"));
+}
+
+}  // namespace

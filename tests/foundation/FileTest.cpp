@@ -1,0 +1,192 @@
+#include "foundation/file/XpFile.h"
+
+#include <sys/stat.h>
+
+#include <array>
+#include <cstring>
+
+#include "tests/foundation/TempFolder.h"
+
+namespace {
+
+using FileTest = TempFolder;
+
+std::string ReadAll(XpFile& file, std::uint64_t count, XpResult expected) {
+  std::string bytes(count, '\0');
+  std::uint64_t read = 0;
+  EXPECT_EQ(file.Read(bytes.data(), count, &read), expected);
+  bytes.resize(read);
+  return bytes;
+}
+
+TEST_F(FileTest, AShortReadSaysSoAndHowMuchThereWas) {
+  XpFile file(Put("a", "0123456789ABCD"));
+  ASSERT_EQ(file.Open(XpOpenRead, XpShareRead), XpOk);
+  EXPECT_EQ(ReadAll(file, 10, XpOk), "0123456789");
+  EXPECT_EQ(ReadAll(file, 10, XpErrEndOfFile), "ABCD");
+  EXPECT_EQ(ReadAll(file, 10, XpErrEndOfFile), "");
+}
+
+TEST_F(FileTest, OpeningForWritingEmptiesAndForBothKeeps) {
+  Put("kept", "abc");
+  Put("emptied", "abc");
+  for (const auto& [name, flags, expected] :
+       {std::tuple{"kept", XpOpenReadWrite, "Xbc"}, std::tuple{"emptied", XpOpenWrite, "X"},
+        std::tuple{"new", XpOpenReadWrite, "X"}, std::tuple{"new2", XpOpenWrite, "X"}}) {
+    XpFile file;
+    ASSERT_EQ(file.OpenPath(Path(name), flags, XpShareNone), XpOk) << name;
+    std::uint64_t written = 0;
+    EXPECT_EQ(file.WriteAndFlush("X", 1, &written), XpOk);
+    EXPECT_EQ(written, 1u);
+    EXPECT_EQ(file.Close(), XpOk);
+    EXPECT_EQ(Get(name), expected);
+  }
+}
+
+TEST_F(FileTest, FailuresToOpenSayWhy) {
+  std::filesystem::create_directory(Native("folder"));
+  Put("plain");
+  const std::string longName(300, 'n');
+  const struct {
+    const char* what;
+    XpString path;
+    std::uint32_t flags;
+    XpResult expected;
+  } cases[] = {
+      {"no access", Path("plain"), 0, XpErrInvalidFileOperation},
+      {"missing", Path("none"), XpOpenRead, XpErrFileNotFound},
+      {"missing folder", Path("none/none"), XpOpenRead, XpErrPathNotFound},
+      {"file as folder", Path("plain/none"), XpOpenRead, XpErrPathNotFound},
+      {"folder", Path("folder"), XpOpenRead, XpErrAccessDenied},
+      {"unknown drive", u"Q:\\a", XpOpenRead, XpErrPathNotFound},
+      {"empty", u"", XpOpenRead, XpErrPathNotFound},
+      {"long", Path(longName), XpOpenRead, XpErrOpenFailed},
+      {"write into missing folder", Path("none/none"), XpOpenWrite, XpErrNoSuchFile},
+      {"write a folder", Path("folder"), XpOpenReadWrite, XpErrAccessDenied},
+      {"write long", Path(longName), XpOpenWrite, XpErrNotAFile},
+  };
+  for (const auto& c : cases) EXPECT_EQ(XpFile(c.path).Open(c.flags, XpShareRead), c.expected) << c.what;
+}
+
+TEST_F(FileTest, APipeIsRefusedInsteadOfWaitingForIt) {
+  ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(XpFile(Path("pipe")).Open(XpOpenRead, XpShareRead), XpErrOpenFailed);
+  EXPECT_EQ(XpFile(Path("pipe")).Open(XpOpenReadWrite, XpShareRead), XpErrNoSuchFile);
+}
+
+TEST_F(FileTest, AReadOnlyFileIsNotOpenedForWriting) {
+  XpFile file(Put("a", "abc"));
+  std::filesystem::permissions(Native("a"), std::filesystem::perms::owner_read);
+  EXPECT_TRUE(file.IsReadOnly());
+  EXPECT_EQ(file.Open(XpOpenWrite, XpShareNone), XpErrAccessDenied);
+  EXPECT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpErrAccessDenied);
+  EXPECT_EQ(Get("a"), "abc");
+}
+
+TEST_F(FileTest, MisuseIsAnErrorAndHarmless) {
+  XpFile file(Put("a", "abc"));
+  char byte = 0;
+  EXPECT_EQ(file.Close(), XpErrNotOpen);
+  EXPECT_EQ(file.Read(&byte, 1, nullptr), XpErrNotAFile);
+  EXPECT_EQ(file.Read(nullptr, 1, nullptr), XpErrInvalidFileOperation);
+  EXPECT_EQ(file.Write(&byte, 0, nullptr), XpErrInvalidFileOperation);
+  EXPECT_EQ(file.Seek(0, XpSeekStart), XpErrNotAFile);
+  EXPECT_EQ(file.SetSize(0), XpErrNotAFile);
+  EXPECT_EQ(file.Tell(), -1);
+  ASSERT_EQ(file.Open(XpOpenRead, XpShareRead), XpOk);
+  EXPECT_EQ(file.Open(XpOpenRead, XpShareRead), XpErrAlreadyOpen);
+  EXPECT_EQ(file.Write("x", 1, nullptr), XpErrAccessDenied);
+  EXPECT_EQ(file.Seek(-1, XpSeekStart), XpErrFailed);
+  EXPECT_EQ(file.Read(&byte, ~std::uint64_t{0}, nullptr), XpErrInvalidFileOperation);
+  EXPECT_EQ(file.Tell(), 0);
+}
+
+TEST_F(FileTest, PositionsAndSizesBeyondTwoGigabytesWork) {
+  constexpr std::int64_t kFar = std::int64_t{5} << 30;
+  XpFile file(Path("sparse"));
+  ASSERT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
+  EXPECT_EQ(file.Seek(kFar, XpSeekStart), XpOk);
+  EXPECT_EQ(file.Write("end", 3, nullptr), XpOk);
+  EXPECT_EQ(file.Tell(), kFar + 3);
+  EXPECT_EQ(file.GetSize(), kFar + 3);
+  EXPECT_EQ(file.Seek(-3, XpSeekEnd), XpOk);
+  EXPECT_EQ(ReadAll(file, 3, XpOk), "end");
+  EXPECT_EQ(file.SetSize(std::int64_t{1} << 62), XpErrDiskFull);
+  EXPECT_EQ(file.SetSize(-1), XpErrFailed);
+}
+
+TEST_F(FileTest, ResizingKeepsThePositionIfItLiesWithin) {
+  XpFile file(Put("a", "0123456789"));
+  ASSERT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
+  EXPECT_EQ(file.Seek(4, 77), XpOk);  // an unknown origin counts as the start
+  EXPECT_EQ(file.SetSize(6), XpOk);
+  EXPECT_EQ(file.Tell(), 4);
+  EXPECT_EQ(file.SetSize(2), XpOk);
+  EXPECT_EQ(file.Tell(), 2);
+  EXPECT_EQ(file.Close(), XpOk);
+  EXPECT_EQ(Get("a"), "01");
+}
+
+TEST(DeviceTest, AFullDiskIsToldAsSuch) {
+  XpFile file(u"/dev/full");
+  ASSERT_EQ(file.Open(XpOpenWrite, XpShareNone), XpOk);
+  EXPECT_EQ(file.Write("x", 1, nullptr), XpErrDiskFull);
+}
+
+TEST_F(FileTest, TimesCanBeSetClosedAtOnceAndOpenAtTheEnd) {
+  XpDateTime written;
+  ASSERT_TRUE(written.SetDateTime(2016, 2, 29, 12, 34, 56));
+  XpDateTime got;
+  XpFile file(Put("a", "abc"));
+  EXPECT_EQ(file.SetTimes(nullptr, &written, nullptr), XpOk);
+  EXPECT_EQ(file.GetWriteTime(got), XpOk);
+  EXPECT_EQ(got.GetValue(), written.GetValue());
+
+  written.AddMinutesSeconds(1, 1);
+  ASSERT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
+  EXPECT_EQ(file.SetTimes(&written, &written, &written), XpOk);
+  EXPECT_EQ(file.Write("x", 1, nullptr), XpOk);
+  EXPECT_EQ(file.Close(), XpOk);
+  EXPECT_EQ(file.GetTimes(nullptr, &got, nullptr), XpOk);
+  EXPECT_EQ(got.GetValue(), written.GetValue());
+  EXPECT_EQ(file.GetAccessTime(got), XpOk);
+  EXPECT_EQ(got.GetValue(), written.GetValue());
+
+  const XpDateTime invalid;
+  EXPECT_EQ(file.SetTimes(nullptr, &invalid, nullptr), XpErrInvalidFileOperation);
+}
+
+TEST_F(FileTest, NumbersFollowTheByteOrderAndTheOrderSticks) {
+  XpFile file(Path("numbers"));
+  ASSERT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
+  EXPECT_EQ(file.WriteUInt16(0x0102, XpKeepByteOrder), XpOk);  // a new file swaps
+  EXPECT_EQ(file.WriteInt32(0x03040506, XpLittleEndian), XpOk);
+  EXPECT_EQ(file.WriteInt16(0x0708, XpKeepByteOrder), XpOk);
+  EXPECT_EQ(file.WriteUInt64(0x1112131415161718, XpBigEndian), XpOk);
+  EXPECT_EQ(file.WriteInt8(-2), XpOk);
+  EXPECT_EQ(file.WriteInt16(1, 9), XpErrFailed);
+  EXPECT_EQ(Get("numbers"),
+            std::string("\x01\x02\x06\x05\x04\x03\x08\x07\x11\x12\x13\x14\x15\x16\x17\x18\xFE"));
+
+  std::uint16_t u16 = 0;
+  std::uint32_t u32 = 0;
+  std::int16_t i16 = 0;
+  std::int64_t i64 = 0;
+  std::int8_t i8 = 0;
+  ASSERT_EQ(file.Seek(0, XpSeekStart), XpOk);
+  EXPECT_EQ(file.ReadUInt16(&u16, XpBigEndian), XpOk);
+  EXPECT_EQ(file.ReadUInt32(&u32, XpLittleEndian), XpOk);
+  EXPECT_EQ(file.ReadInt16(&i16, XpKeepByteOrder), XpOk);
+  EXPECT_EQ(file.ReadInt64(&i64, XpBigEndian), XpOk);
+  EXPECT_EQ(file.ReadInt8(&i8), XpOk);
+  EXPECT_EQ(u16, 0x0102);
+  EXPECT_EQ(u32, 0x03040506u);
+  EXPECT_EQ(i16, 0x0708);
+  EXPECT_EQ(i64, 0x1112131415161718);
+  EXPECT_EQ(i8, -2);
+  ASSERT_EQ(file.Seek(-3, XpSeekEnd), XpOk);
+  EXPECT_EQ(file.ReadUInt32(&u32, XpKeepByteOrder), XpErrEndOfFile);
+  EXPECT_EQ(u32, 0x03040506u);
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include "foundation/platform/Paths.h"
+#include "foundation/text/XpPath.h"
+#include "tests/foundation/TempFolder.h"
+
+namespace {
+
+TEST(PathTest, JoiningPutsExactlyOneSeparatorOfTheFoldersKind) {
+  const struct {
+    const char16_t* dir;
+    const char16_t* name;
+    const char16_t* joined;
+  } cases[] = {
+      {u"C:\\a", u"b", u"C:\\a\\b"},   {u"C:\\a\\", u"b", u"C:\\a\\b"},
+      {u"C:\\a", u"\\b", u"C:\\a\\b"}, {u"C:/a/", u"b", u"C:/a/b"},
+      {u"/a", u"b", u"/a/b"},          {u"/a/", u"/b", u"/a/b"},
+      {u"/a\\", u"b", u"/a\\/b"},      {u"\\\\s\\h", u"x", u"\\\\s\\h\\x"},
+      {u"/a", u"\\b", u"/a/\\b"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(XpPathJoin(c.dir, c.name), XpString(c.joined));
+}
+
+TEST(PathTest, SplittingFindsFolderStemAndExtension) {
+  const struct {
+    const char16_t* path;
+    const char16_t* dir;
+    const char16_t* stem;
+    const char16_t* ext;
+  } cases[] = {
+      {u"C:\\a.b\\c", u"C:\\a.b\\", u"c", u""},
+      {u"C:\\a\\", u"C:\\", u"a", u""},
+      {u"C:\\a\\clip.tar.mp4", u"C:\\a\\", u"clip.tar", u".mp4"},
+      {u"clip.mp4", u"", u"clip", u".mp4"},
+      {u"/a.b/c\\d.e", u"/a.b/", u"c\\d", u".e"},
+      {u"/", u"/", u"", u""},
+      {u"\\\\server\\share\\x.y", u"\\\\server\\share\\", u"x", u".y"},
+      {u"", u"", u"", u""},
+  };
+  for (const auto& c : cases) {
+    XpString dir;
+    XpString stem;
+    XpString ext;
+    XpPathSplit(c.path, &dir, &stem, &ext);
+    EXPECT_EQ(dir, XpString(c.dir));
+    EXPECT_EQ(stem, XpString(c.stem));
+    EXPECT_EQ(ext, XpString(c.ext));
+  }
+}
+
+TEST(PathTest, ComparingIgnoresCaseAndOneTrailingSeparator) {
+  EXPECT_EQ(XpPathCompare(u"C:\\Videos", u"c:\\videos\\"), XpPathEqual);
+  EXPECT_EQ(XpPathCompare(u"/\u00C4", u"/\u00E4/"), XpPathEqual);
+  EXPECT_EQ(XpPathCompare(u"C:\\a", u"C:\\b"), XpPathDifferent);
+  EXPECT_EQ(XpPathStripTrailingSlash(u"C:\\a\\/\\"), XpString(u"C:\\a"));
+  EXPECT_EQ(XpPathAddTrailingSlash(u""), XpString());
+}
+
+TEST(PathTest, TheSystemGetsNativeBytes) {
+  using vrx::platform::NativePath;
+  vrx::platform::SetDriveFolder('Q', "/mnt/card");
+  EXPECT_EQ(NativePath(u"q:\\DCIM\\a.mp4"), "/mnt/card/DCIM/a.mp4");
+  EXPECT_EQ(NativePath(u"Q:"), "/mnt/card/");
+  EXPECT_EQ(NativePath(u"Z:\\tmp/x"), "/tmp/x");
+  EXPECT_EQ(NativePath(u"a\\b"), "a/b");
+  EXPECT_EQ(NativePath(u"/a\\b"), "/a\\b");
+  EXPECT_EQ(NativePath(u"/\xDCFF"), "/\xFF");
+  vrx::platform::SetDriveFolder('Q', "");
+  EXPECT_EQ(NativePath(u"Q:\\x"), "");
+  EXPECT_EQ(NativePath(XpString(std::u16string(u"/a\0b", 4))), "");
+  EXPECT_EQ(NativePath(u""), "");
+}
+
+}  // namespace

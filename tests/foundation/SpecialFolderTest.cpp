@@ -1,0 +1,65 @@
+#include "foundation/file/XpSpecialFolder.h"
+
+#include <stdlib.h>
+
+#include <string>
+
+#include "tests/foundation/TempFolder.h"
+
+namespace {
+
+class SpecialFolderTest : public TempFolder {
+ protected:
+  void SetUp() override {
+    setenv("HOME", Native("home").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", Native("config").c_str(), 1);
+    setenv("XDG_DATA_HOME", "relative/is/ignored", 1);
+    setenv("TMPDIR", (Native("").string() + "x/../tmp//").c_str(), 1);
+  }
+  void TearDown() override {
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "TMPDIR"}) unsetenv(name);
+    XpSetInstalledLocation(nullptr);
+  }
+};
+
+TEST_F(SpecialFolderTest, TheUsersOwnSettingsDecide) {
+  Put("config/user-dirs.dirs",
+      "# comment\nXDG_PICTURES_DIR=\"$HOME/My \\\"Pictures\\\"\"\n XDG_VIDEOS_DIR=\"" +
+          Native("films").string() + "/\"\nXDG_MUSIC_DIR=\"not/absolute\"\nXDG_DOCUMENTS_DIR=broken\n" +
+          std::string(20000, 'x'));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderPictures), Path("home/My \"Pictures\""));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderVideos), Path("films"));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderMusic), Path("home/Music"));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderDocuments), Path("home/Documents"));
+  EXPECT_TRUE(Exists("films"));
+  EXPECT_FALSE(Exists("home/Documents"));
+}
+
+TEST_F(SpecialFolderTest, EveryKindHasAnAnswer) {
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderTemporary), Path("tmp"));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderProfile), Path("home"));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderAppData), Path("config"));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderLocalAppData), Path("home/.local/share"));
+  EXPECT_EQ(XpGetSpecialFolder(XpFolderCommonVideos), XpString());
+  EXPECT_EQ(XpGetSpecialFolder(-1), XpString());
+  EXPECT_EQ(XpGetSpecialFolder(XpExecutablePath),
+            XpGetSpecialFolder(XpFolderExecutable) + u"/foundation_test");
+}
+
+TEST_F(SpecialFolderTest, ApplicationDataIsMadeWithoutItsEmptyParts) {
+  EXPECT_EQ(XpGetAppDataPath(u"Maker", u"Product", u""), Path("config/Maker/Product"));
+  EXPECT_TRUE(Exists("config/Maker/Product"));
+  EXPECT_EQ(XpGetAppDataPath(u"", u"Product", u"Part"), Path("config/Product/Part"));
+  EXPECT_TRUE(Exists("config/Product/Part"));
+}
+
+TEST_F(SpecialFolderTest, LibrariesAreFoundByTheirPlace) {
+  EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryInstalled), XpString(u"a.dll"));
+  XpSetInstalledLocation([] { return XpString(u"/opt/vrx"); });
+  EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryInstalled), XpString(u"/opt/vrx/a.dll"));
+  EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryAsGiven), XpString(u"a.dll"));
+  const XpString system = XpLibraryPath(u"libc.so.6", XpLibrarySystem);
+  EXPECT_TRUE(std::filesystem::exists(vrx::platform::NativePath(system))) << system;
+}
+
+}  // namespace
