@@ -12,7 +12,7 @@ enum class ClipStyle { kPattern, kScene };
 enum class ClipSoundStyle { kClick, kClickOverTone, kTone };
 
 /// From sample `at` on (counted on the sound's clock), the timestamps jump by `by` samples: forward leaves a
-/// hole, back repeats what was there. Only in containers that keep a time for each packet (.mkv, .ts).
+/// hole, back (by less than a packet, 1024) repeats what was there. Only in containers that keep a time for each packet (.mkv, .ts).
 struct SoundJump {
   std::int64_t at;
   std::int64_t by;
