@@ -1,0 +1,242 @@
+#include "engine/AudioDecoder.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "engine/EngineLog.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/avstring.h>
+#include <libavutil/mathematics.h>
+}
+
+namespace vrx::engine {
+namespace {
+
+// Containers of media. Playlists and other files that lead to more files are not among them: reading one can
+// wait for ever.
+constexpr const char* kContainers =
+    "mov,matroska,mpegts,mpeg,mpegvideo,avi,wav,w64,aiff,au,caf,aac,loas,ac3,eac3,dts,dtshd,truehd,mlp,mp3,"
+    "flac,"
+    "ogg,ape,wv,tta,amr,asf,flv,f4v,mxf,gxf,dv,rm,nut,ivf,m4v,h264,hevc";
+constexpr int kMaxChannels = 64;      // libswresample's limit
+constexpr int kFinerSteps = 64;       // of a sample, in which two clocks are subtracted before rounding
+constexpr int kMaxEmptyReads = 1000;  // reads in a row that give neither a packet nor the end
+
+Result ResultOf(int code) {
+  constexpr int kLargestErrno = 4095;  // libav's own codes lie beyond
+  switch (code) {
+    case AVERROR(ENOENT):
+    case AVERROR(ENOTDIR):
+      return kSourceMissing;
+    case AVERROR(ENOMEM):
+      return kOutOfMemory;
+    case AVERROR(EINVAL):  // how readers of formats call bytes that make no sense
+    case AVERROR(ENOSYS):
+      return kSourceNotMovie;
+    default:
+      return AVUNERROR(code) <= kLargestErrno ? kSourceUnreadable : kSourceNotMovie;
+  }
+}
+
+bool IsUsable(const AVCodecParameters& parameters) {
+  return parameters.sample_rate >= AudioDecoder::kMinRate &&
+         parameters.sample_rate <= AudioDecoder::kMaxRate && parameters.ch_layout.nb_channels > 0 &&
+         parameters.ch_layout.nb_channels <= kMaxChannels;
+}
+
+}  // namespace
+
+AudioDecoder::AudioDecoder(std::string path) : m_path(std::move(path)) {}
+
+AudioDecoder::~AudioDecoder() {
+  Close();
+  av_packet_free(&m_packet);
+  av_frame_free(&m_frame);
+}
+
+void AudioDecoder::Close() {
+  avcodec_free_context(&m_codec);
+  avformat_close_input(&m_demuxer);
+  m_stream = nullptr;
+}
+
+Result AudioDecoder::Open(const std::string& path, std::unique_ptr<AudioDecoder>& decoder) {
+  std::unique_ptr<AudioDecoder> opened(new AudioDecoder(path));
+  opened->m_packet = av_packet_alloc();
+  opened->m_frame = av_frame_alloc();
+  if (opened->m_packet == nullptr || opened->m_frame == nullptr) {
+    return opened->Refuse(kOutOfMemory, "out of memory");
+  }
+  const Result result = opened->OpenFile();
+  if (result == kOk) decoder = std::move(opened);
+  return result;
+}
+
+Result AudioDecoder::Refuse(Result result, const std::string& cause) const {
+  Log(VRXLogError, "cannot use \"" + m_path + "\" as sound: " + cause);
+  return result;
+}
+
+Result AudioDecoder::OpenFile() {
+  // A path is always a file here, never an address.
+  AVDictionary* options = nullptr;
+  av_dict_set(&options, "protocol_whitelist", "file", 0);
+  av_dict_set(&options, "format_whitelist", kContainers, 0);
+  int code = avformat_open_input(&m_demuxer, ("file:" + m_path).c_str(), nullptr, &options);
+  av_dict_free(&options);
+  if (code >= 0) code = avformat_find_stream_info(m_demuxer, nullptr);
+  if (code < 0) return Refuse(ResultOf(code), AvErrorText(code));
+
+  const AVCodec* codec = nullptr;
+  const int index = av_find_best_stream(m_demuxer, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
+  if (index < 0) {
+    if (index == AVERROR_DECODER_NOT_FOUND) return Refuse(kSourceNotMovie, "no decoder for its sound");
+    const bool picture = av_find_best_stream(m_demuxer, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0) >= 0;
+    return picture ? kOk : Refuse(kSourceNotMovie, "it has neither sound nor picture");
+  }
+  m_stream = m_demuxer->streams[index];
+  for (unsigned i = 0; i < m_demuxer->nb_streams; ++i) {
+    if (m_demuxer->streams[i] != m_stream) m_demuxer->streams[i]->discard = AVDISCARD_ALL;
+  }
+  m_untouched = true;
+  return OpenCodec();
+}
+
+Result AudioDecoder::OpenCodec() {
+  const AVCodecParameters& parameters = *m_stream->codecpar;
+  if (!IsUsable(parameters)) return Refuse(kSourceNotMovie, "no such sound format");
+  m_rate = parameters.sample_rate;
+  const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
+  m_codec = avcodec_alloc_context3(codec);
+  if (m_codec == nullptr) return Refuse(kOutOfMemory, "out of memory");
+  int code = avcodec_parameters_to_context(m_codec, &parameters);
+  m_codec->pkt_timebase = m_stream->time_base;
+  if (code >= 0) code = avcodec_open2(m_codec, codec, nullptr);
+  return code < 0 ? Refuse(kSourceNotMovie, AvErrorText(code)) : kOk;
+}
+
+std::int64_t AudioDecoder::FileMicroseconds() const {
+  return m_demuxer->duration == AV_NOPTS_VALUE || m_demuxer->duration < 0 ? 0 : m_demuxer->duration;
+}
+
+bool AudioDecoder::HasExactTimes() const {
+  return m_demuxer != nullptr && m_demuxer->duration != AV_NOPTS_VALUE &&
+         m_demuxer->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+}
+
+int AudioDecoder::TickSamples() const {
+  const std::int64_t tick = av_rescale_q_rnd(1, m_stream->time_base, {1, m_rate}, AV_ROUND_UP);
+  return tick < 1 || tick > m_rate ? 1 : static_cast<int>(tick);
+}
+
+std::int64_t AudioDecoder::FirstPlace() const {
+  return m_stream->start_time == AV_NOPTS_VALUE ? 0 : PlaceOf(m_stream->start_time);
+}
+
+std::int64_t AudioDecoder::PlaceOf(std::int64_t timestamp) const {
+  if (timestamp == AV_NOPTS_VALUE) return kNoPlace;
+  // Both clocks in steps much finer than a sample, so that rounding twice does not cost one.
+  const AVRational fine = {1, m_rate * kFinerSteps};
+  const std::int64_t limit = kMaxSeconds * m_rate * kFinerSteps;
+  const std::int64_t at = av_rescale_q(timestamp, m_stream->time_base, fine);
+  const std::int64_t zero =
+      m_demuxer->start_time == AV_NOPTS_VALUE ? 0 : av_rescale_q(m_demuxer->start_time, AV_TIME_BASE_Q, fine);
+  if (at < -limit || at > limit || zero < -limit || zero > limit) return kNoPlace;
+  return av_rescale_rnd(at - zero, 1, kFinerSteps, AV_ROUND_NEAR_INF);
+}
+
+std::int64_t AudioDecoder::EditedEnd() const {
+  if (m_stream->duration == AV_NOPTS_VALUE || m_stream->start_time == AV_NOPTS_VALUE) return kNoPlace;
+  std::int64_t end = 0;
+  if (av_match_name("mov", m_demuxer->iformat->name) == 0) return kNoPlace;
+  return __builtin_add_overflow(m_stream->start_time, m_stream->duration, &end) ? kNoPlace : PlaceOf(end);
+}
+
+void AudioDecoder::Restart() {
+  avcodec_flush_buffers(m_codec);
+  m_draining = false;
+  m_failed = false;
+}
+
+bool AudioDecoder::Seek(std::int64_t place) {
+  if (m_stream == nullptr) return false;
+  std::int64_t target = av_rescale_q(place, {1, m_rate}, m_stream->time_base);
+  if (m_demuxer->start_time != AV_NOPTS_VALUE) {
+    const std::int64_t zero = av_rescale_q(m_demuxer->start_time, AV_TIME_BASE_Q, m_stream->time_base);
+    if (__builtin_add_overflow(target, zero, &target)) return Rewind();
+  }
+  if (av_seek_frame(m_demuxer, m_stream->index, target, AVSEEK_FLAG_BACKWARD) < 0) return Rewind();
+  m_untouched = false;
+  Restart();
+  return true;
+}
+
+bool AudioDecoder::Rewind() {
+  if (m_stream == nullptr) return false;
+  // Not every format can seek back to its start; opening again always leads there.
+  if (!m_untouched) {
+    // A second early: the packets that only prime the codec lie before the stated start.
+    const std::int64_t second = av_rescale_q(1, {1, 1}, m_stream->time_base);
+    const std::int64_t start = (m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time) - second;
+    if (av_seek_frame(m_demuxer, m_stream->index, start, AVSEEK_FLAG_BACKWARD) < 0) {
+      Close();
+      if (OpenFile() != kOk || m_stream == nullptr) {
+        m_failed = true;
+        return false;
+      }
+    }
+  }
+  Restart();
+  return true;
+}
+
+bool AudioDecoder::ReadPacket() {
+  m_untouched = false;
+  for (int empty = 0; empty < kMaxEmptyReads;) {
+    av_packet_unref(m_packet);
+    const int code = av_read_frame(m_demuxer, m_packet);
+    if (code == AVERROR(EAGAIN)) {
+      ++empty;
+      continue;
+    }
+    if (code < 0) {
+      if (code != AVERROR_EOF) m_damaged = true;
+      return false;
+    }
+    if (m_packet->stream_index == m_stream->index) return true;
+  }
+  m_damaged = true;
+  return false;
+}
+
+const AVFrame* AudioDecoder::Next(std::int64_t& place) {
+  if (m_stream == nullptr || m_failed) return nullptr;
+  for (;;) {
+    const int code = avcodec_receive_frame(m_codec, m_frame);
+    if (code == 0) {
+      if (m_frame->decode_error_flags != 0 || (m_frame->flags & AV_FRAME_FLAG_CORRUPT) != 0) m_damaged = true;
+      place = PlaceOf(m_frame->best_effort_timestamp);
+      return m_frame;
+    }
+    if (code == AVERROR_EOF) return nullptr;
+    if (code != AVERROR(EAGAIN)) m_damaged = true;
+    if (m_draining) {
+      if (code == AVERROR(EAGAIN)) return nullptr;
+      continue;
+    }
+    m_draining = !ReadPacket();
+    if (!m_draining && (m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0) m_damaged = true;
+    if (avcodec_send_packet(m_codec, m_draining ? nullptr : m_packet) < 0) m_damaged = true;
+  }
+}
+
+bool AudioDecoder::TakeDamage() {
+  const bool damaged = m_damaged;
+  m_damaged = false;
+  return damaged;
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,93 @@
+// The sound stream of one media file: opens it, seeks, and gives the decoded frames with their places on the
+// file's clock. Used by AudioSource, which makes a continuous stream of them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "engine/EngineResult.h"
+
+struct AVCodecContext;
+struct AVFormatContext;
+struct AVFrame;
+struct AVPacket;
+struct AVStream;
+
+namespace vrx::engine {
+
+/// Time 0 is the file's start time, the same as for its picture; places are samples at Rate() from there.
+/// Belongs to one thread.
+class AudioDecoder {
+ public:
+  /// Places beyond this many seconds from time 0 are in no real file: they are neither believed nor sought.
+  static constexpr std::int64_t kMaxSeconds = 1'000'000'000;
+  /// Stands for a place that is not known.
+  static constexpr std::int64_t kNoPlace = INT64_MIN;
+  /// Rates outside these bounds, in Hz, are no sound but a broken header.
+  static constexpr int kMinRate = 1000;
+  static constexpr int kMaxRate = 768'000;
+
+  /// A file that has a picture but no sound opens too; see HasSound. On failure one line in the log names the
+  /// file and the cause.
+  static Result Open(const std::string& path, std::unique_ptr<AudioDecoder>& decoder);
+
+  AudioDecoder(const AudioDecoder&) = delete;
+  AudioDecoder& operator=(const AudioDecoder&) = delete;
+  ~AudioDecoder();
+
+  bool HasSound() const { return m_stream != nullptr; }
+  int Rate() const { return m_rate; }  // Hz; 0 without sound
+  const std::string& Path() const { return m_path; }
+
+  /// The stated length of the whole file in microseconds; 0 when it is not known.
+  std::int64_t FileMicroseconds() const;
+  /// Whether the stated length and the places after a seek come from timestamps rather than from a guess by
+  /// the bit rate.
+  bool HasExactTimes() const;
+  /// Length of one unit of the stream's timestamps in samples, rounded up; 1 when it is finer.
+  int TickSamples() const;
+  /// Place of the stream's first sample.
+  std::int64_t FirstPlace() const;
+
+  /// Where the container itself says that the last packet is to be cut; kNoPlace when it does not say.
+  std::int64_t EditedEnd() const;
+
+  /// Goes to a packet at or before `place`, as far as the container's index is right. False when the file
+  /// cannot be read any more; it then has no more frames.
+  bool Seek(std::int64_t place);
+  /// Goes back to the first packet. False as above.
+  bool Rewind();
+
+  /// The next frame, valid until the next call; null at the end. `place` is kNoPlace when the frame has no
+  /// usable timestamp.
+  const AVFrame* Next(std::int64_t& place);
+
+  /// Whether anything was damaged since the last call.
+  bool TakeDamage();
+
+ private:
+  explicit AudioDecoder(std::string path);
+
+  Result OpenFile();
+  Result OpenCodec();
+  void Close();
+  Result Refuse(Result result, const std::string& cause) const;
+  std::int64_t PlaceOf(std::int64_t timestamp) const;
+  bool ReadPacket();
+  void Restart();
+
+  std::string m_path;
+  AVFormatContext* m_demuxer = nullptr;
+  AVCodecContext* m_codec = nullptr;
+  AVStream* m_stream = nullptr;  // the demuxer's
+  AVPacket* m_packet = nullptr;
+  AVFrame* m_frame = nullptr;
+  int m_rate = 0;
+  bool m_untouched = true;  // no packet read since the file was opened
+  bool m_draining = false;
+  bool m_failed = false;
+  bool m_damaged = false;
+};
+
+}  // namespace vrx::engine

@@ -1,0 +1,208 @@
+#include "engine/AudioTrack.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "engine/AudioClipReader.h"
+#include "engine/AudioSource.h"
+#include "engine/EngineLog.h"
+
+extern "C" {
+#include <libavutil/mathematics.h>
+}
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kMaxChannels = 8;
+constexpr std::int64_t kMicroseconds = 1'000'000;
+
+bool IsWhole(const AudioClip& clip) { return clip.end <= clip.start; }
+
+/// Adds up lengths in any units without losing the fractions of samples between the clips.
+class SampleSum {
+ public:
+  SampleSum(int rate, std::int64_t limit) : m_rate(rate), m_limit(limit) {}
+
+  void Add(std::int64_t ticks, std::uint64_t scale) {
+    if (scale > INT64_MAX) {
+      scale /= 2;
+      ticks /= 2;
+    }
+    const auto signedScale = static_cast<std::int64_t>(scale);
+    const std::int64_t whole = av_rescale_rnd(ticks, m_rate, signedScale, AV_ROUND_DOWN);
+    if (whole < 0 || whole > m_limit - m_whole) {  // negative when it does not fit
+      m_whole = m_limit;
+      return;
+    }
+    m_whole += whole;
+    // The rest is below `scale`, so that it is right although the products are cut to 64 bits.
+    const std::uint64_t rest = static_cast<std::uint64_t>(ticks) * static_cast<std::uint64_t>(m_rate) -
+                               static_cast<std::uint64_t>(whole) * scale;
+    m_part += static_cast<long double>(rest) / static_cast<long double>(scale);
+    if (m_part >= 1) {
+      m_part -= 1;
+      m_whole = std::min(m_whole + 1, m_limit);
+    }
+  }
+
+  std::int64_t Rounded() const {
+    constexpr long double kHalf = 0.5L - 1e-9L;  // halves made of thirds and sixths count as halves
+    return m_part >= kHalf ? std::min(m_whole + 1, m_limit) : m_whole;
+  }
+
+ private:
+  const std::int64_t m_rate;
+  const std::int64_t m_limit;
+  std::int64_t m_whole = 0;
+  long double m_part = 0;  // below 1
+};
+
+/// What Open learns about a file.
+struct SourceFacts {
+  bool measured = false;
+  std::int64_t length = 0;  // of the whole source, in units of 1 / scale seconds
+  std::uint64_t scale = 1;
+};
+
+class ClipSequence : public AudioTrack {
+ public:
+  ClipSequence(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples)
+      : m_clips(std::move(clips)), m_format(format), m_total(totalSamples) {}
+
+  Result Prepare();
+  Result Read(float* const* planes, int count, int& got) override;
+
+ private:
+  Result CheckArguments() const;
+  Result CheckSource(const AudioClip& clip, SourceFacts& facts, bool first) const;
+  bool Continues(std::size_t index) const;
+  Result Play(float* const* planes, int count, int& played);
+
+  std::vector<AudioClip> m_clips;
+  const AudioFormat m_format;
+  const std::int64_t m_total;
+  std::vector<std::int64_t> m_ends;  // of the clips, in samples of the movie
+  std::size_t m_current = 0;
+  bool m_started = false;  // m_reader is in the current clip
+  std::int64_t m_position = 0;
+  std::optional<AudioClipReader> m_reader;  // there when Prepare found nothing wrong
+};
+
+Result ClipSequence::CheckArguments() const {
+  const bool channels = m_format.channels == 1 || m_format.channels == 2 || m_format.channels == 6;
+  if (!channels || m_format.sampleRate <= 0 || m_format.sampleRate > AudioDecoder::kMaxRate) {
+    Log(VRXLogError, "no sound with " + std::to_string(m_format.channels) + " channels at " +
+                         std::to_string(m_format.sampleRate) + " Hz");
+    return kUnusableSettings;
+  }
+  if (m_total < 0) return kInvalidArgument;
+  for (const AudioClip& clip : m_clips) {
+    if (clip.scale != 0) continue;
+    Log(VRXLogError, "the times of sound clip \"" + clip.path + "\" have a scale of 0");
+    return kInvalidArgument;
+  }
+  return kOk;
+}
+
+Result ClipSequence::Prepare() {
+  Result result = CheckArguments();
+  if (result != kOk) return result;
+  std::map<std::string, SourceFacts> sources;
+  SampleSum sum(m_format.sampleRate, m_total);
+  m_ends.reserve(m_clips.size());
+  for (AudioClip& clip : m_clips) {
+    clip.start = std::max<std::int64_t>(clip.start, 0);
+    const auto [source, first] = sources.try_emplace(clip.path);
+    SourceFacts& facts = source->second;
+    result = CheckSource(clip, facts, first);
+    if (result != kOk) return result;
+    if (IsWhole(clip)) {
+      clip.start = 0;
+      sum.Add(facts.length, facts.scale);
+    } else {
+      sum.Add(clip.end - clip.start, clip.scale);
+    }
+    m_ends.push_back(sum.Rounded());
+  }
+  m_reader.emplace(m_format);
+  return kOk;
+}
+
+// A file is opened for its first clip, and once more when a later one wants its length.
+Result ClipSequence::CheckSource(const AudioClip& clip, SourceFacts& facts, bool first) const {
+  const bool measure = IsWhole(clip) && !facts.measured;
+  if (!first && !measure) return kOk;
+  std::unique_ptr<AudioSource> source;
+  const Result result = AudioSource::Open(clip.path, m_format.channels, source);
+  if (result != kOk) return result;
+  if (!source->HasSound()) {
+    if (first)
+      Log(VRXLogWarning, "\"" + clip.path + "\" has no sound; its place on the audio track is silent");
+    facts = {true, source->FileMicroseconds(), kMicroseconds};
+  } else if (measure) {
+    facts = {true, source->MeasureEnd(), static_cast<std::uint64_t>(source->Rate())};
+  }
+  return kOk;
+}
+
+// Whether a clip goes on where the one before it stops, so that no cut is heard at all.
+bool ClipSequence::Continues(std::size_t index) const {
+  if (index == 0) return false;
+  const AudioClip& before = m_clips[index - 1];
+  const AudioClip& clip = m_clips[index];
+  return !IsWhole(before) && !IsWhole(clip) && before.path == clip.path && before.scale == clip.scale &&
+         before.end == clip.start;
+}
+
+Result ClipSequence::Play(float* const* planes, int count, int& played) {
+  while (m_current < m_clips.size() && m_position >= m_ends[m_current]) {
+    ++m_current;
+    m_started = m_started && m_current < m_clips.size() && Continues(m_current);
+  }
+  if (m_current == m_clips.size()) {
+    for (int c = 0; c < m_format.channels; ++c) std::fill_n(planes[c], count, 0.0F);
+    played = count;
+    return kOk;
+  }
+  if (!m_started) {
+    const AudioClip& clip = m_clips[m_current];
+    const Result result = m_reader->Start(clip.path, clip.start, clip.scale);
+    if (result != kOk) return result;
+    m_started = true;
+  }
+  played = static_cast<int>(std::min<std::int64_t>(count, m_ends[m_current] - m_position));
+  return m_reader->Read(planes, played);
+}
+
+Result ClipSequence::Read(float* const* planes, int count, int& got) {
+  got = 0;
+  if (planes == nullptr || count < 0) return kInvalidArgument;
+  count = static_cast<int>(std::min<std::int64_t>(count, m_total - m_position));
+  while (got < count) {
+    std::array<float*, kMaxChannels> out{};
+    for (int c = 0; c < m_format.channels; ++c) out[static_cast<std::size_t>(c)] = planes[c] + got;
+    int played = 0;
+    const Result result = Play(out.data(), count - got, played);
+    if (result != kOk) return result;
+    got += played;
+    m_position += played;
+  }
+  return kOk;
+}
+
+}  // namespace
+
+Result AudioTrack::Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
+                        std::unique_ptr<AudioTrack>& track) {
+  track.reset();
+  auto sequence = std::make_unique<ClipSequence>(std::move(clips), format, totalSamples);
+  const Result result = sequence->Prepare();
+  if (result == kOk) track = std::move(sequence);
+  return result;
+}
+
+}  // namespace vrx::engine
