@@ -1,0 +1,176 @@
+#include "engine/AudioEncoder.h"
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+}
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <limits>
+
+#include "engine/EngineLog.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kPcmBlockSize = 1024;  // samples; PCM codecs leave the size to us
+
+AVCodecID CodecId(AudioCodec codec) {
+  switch (codec) {
+    case AudioCodec::kAac:
+      return AV_CODEC_ID_AAC;
+    case AudioCodec::kAc3:
+      return AV_CODEC_ID_AC3;
+    case AudioCodec::kPcm16:
+      return AV_CODEC_ID_PCM_S16LE;
+    case AudioCodec::kPcm24:
+      return AV_CODEC_ID_PCM_S24LE;
+  }
+  return AV_CODEC_ID_NONE;
+}
+
+/// Bits per second that leave no audible loss: the usual figures of broadcast and disc.
+std::int64_t Bitrate(const AudioPlan& plan) {
+  constexpr std::int64_t kMono = 128'000;
+  constexpr std::int64_t kStereo = 192'000;
+  constexpr std::int64_t kSurround = 448'000;
+  return plan.channels == 1 ? kMono : plan.channels == 2 ? kStereo : kSurround;
+}
+
+template <typename Sample>
+Sample Quantise(float value) {
+  const double scaled = std::nearbyint(double{value} * -double{std::numeric_limits<Sample>::min()});
+  if (!(scaled > double{std::numeric_limits<Sample>::min()})) return std::numeric_limits<Sample>::min();
+  if (scaled >= double{std::numeric_limits<Sample>::max()}) return std::numeric_limits<Sample>::max();
+  return static_cast<Sample>(scaled);
+}
+
+template <typename Sample>
+void Interleave(const std::vector<std::vector<float>>& planes, int count, std::uint8_t* bytes) {
+  auto* out = reinterpret_cast<Sample*>(bytes);
+  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+    for (const auto& plane : planes) *out++ = Quantise<Sample>(plane[i]);
+  }
+}
+
+bool TakesRate(const AVCodec& encoder, int rate) {
+  if (encoder.supported_samplerates == nullptr) return true;
+  for (const int* known = encoder.supported_samplerates; *known != 0; ++known) {
+    if (*known == rate) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+Result AudioEncoder::Open(const AudioPlan& plan, bool globalHeader) {
+  const AVCodec* encoder = avcodec_find_encoder(CodecId(plan.codec));
+  if (encoder == nullptr) {
+    Log(VRXLogError, "no encoder for the sound in the installed libavcodec");
+    return kEncoderFailed;
+  }
+  if (!TakesRate(*encoder, plan.sampleRate)) {
+    Log(VRXLogError, "output setting not usable: samplingRate is " + std::to_string(plan.sampleRate) +
+                         " Hz, which " + encoder->name + " does not take");
+    return kUnusableSettings;
+  }
+  m_codec.reset(avcodec_alloc_context3(encoder));
+  m_packet.reset(av_packet_alloc());
+  m_frame.reset(av_frame_alloc());
+  if (!m_codec || !m_packet || !m_frame) return kOutOfMemory;
+  m_codec->sample_fmt = encoder->sample_fmts[0];
+  m_codec->sample_rate = plan.sampleRate;
+  m_codec->time_base = {1, plan.sampleRate};
+  av_channel_layout_default(&m_codec->ch_layout, plan.channels);
+  if (plan.codec == AudioCodec::kAac || plan.codec == AudioCodec::kAc3) m_codec->bit_rate = Bitrate(plan);
+  if (globalHeader) m_codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  if (const int error = avcodec_open2(m_codec.get(), encoder, nullptr); error < 0) {
+    Log(VRXLogError, std::string("the sound encoder ") + encoder->name + " does not take " +
+                         std::to_string(plan.channels) + " channels at " + std::to_string(plan.sampleRate) +
+                         " Hz: " + AvErrorText(error));
+    return error == AVERROR(ENOMEM) ? kOutOfMemory : kUnusableSettings;
+  }
+  m_channels = plan.channels;
+  m_blockSize = m_codec->frame_size > 0 ? m_codec->frame_size : kPcmBlockSize;
+  m_planes.assign(static_cast<std::size_t>(m_channels),
+                  std::vector<float>(static_cast<std::size_t>(m_blockSize)));
+  for (auto& plane : m_planes) m_planePointers.push_back(plane.data());
+  return kOk;
+}
+
+Result AudioEncoder::EncodeUpTo(std::int64_t samples, AudioTrack& track, MovieWriter& writer, int stream) {
+  bool ended = false;
+  while (!ended && m_samples < samples) {
+    if (const Result result = ReadBlock(track, ended); result != kOk) return result;
+    if (const Result result = WritePackets(writer, stream); result != kOk) return result;
+  }
+  return kOk;
+}
+
+Result AudioEncoder::Drain(AudioTrack& track, MovieWriter& writer, int stream) {
+  constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
+  if (const Result result = EncodeUpTo(kAll, track, writer, stream); result != kOk) return result;
+  if (const Result result = Send(nullptr); result != kOk) return result;
+  return WritePackets(writer, stream);
+}
+
+Result AudioEncoder::ReadBlock(AudioTrack& track, bool& ended) {
+  int got = 0;
+  if (const Result result = track.Read(m_planePointers.data(), m_blockSize, got); result != kOk)
+    return result;
+  ended = got < m_blockSize;
+  if (got <= 0) return kOk;
+  if (const Result result = StoreBlock(got); result != kOk) return result;
+  m_samples += got;
+  return Send(m_frame.get());
+}
+
+Result AudioEncoder::StoreBlock(int count) {
+  AVFrame& frame = *m_frame;
+  av_frame_unref(&frame);
+  frame.nb_samples = count;
+  frame.format = m_codec->sample_fmt;
+  frame.sample_rate = m_codec->sample_rate;
+  frame.pts = m_samples;
+  if (av_channel_layout_copy(&frame.ch_layout, &m_codec->ch_layout) < 0) return kOutOfMemory;
+  if (av_frame_get_buffer(&frame, 0) < 0) return kOutOfMemory;
+  switch (m_codec->sample_fmt) {
+    case AV_SAMPLE_FMT_FLTP:
+      for (std::size_t c = 0; c < m_planes.size(); ++c) {
+        std::copy_n(m_planes[c].data(), count, reinterpret_cast<float*>(frame.extended_data[c]));
+      }
+      return kOk;
+    case AV_SAMPLE_FMT_S16:
+      Interleave<std::int16_t>(m_planes, count, frame.data[0]);
+      return kOk;
+    case AV_SAMPLE_FMT_S32:
+      Interleave<std::int32_t>(m_planes, count, frame.data[0]);
+      return kOk;
+    default:
+      Log(VRXLogError, "the sound encoder wants an unknown sample format");
+      return kEncoderFailed;
+  }
+}
+
+Result AudioEncoder::Send(const AVFrame* frame) {
+  const int error = avcodec_send_frame(m_codec.get(), frame);
+  if (error >= 0) return kOk;
+  Log(VRXLogError, "the sound encoder failed: " + AvErrorText(error));
+  return error == AVERROR(ENOMEM) ? kOutOfMemory : kEncoderFailed;
+}
+
+Result AudioEncoder::WritePackets(MovieWriter& writer, int stream) {
+  for (;;) {
+    const int error = avcodec_receive_packet(m_codec.get(), m_packet.get());
+    if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return kOk;
+    if (error < 0) {
+      Log(VRXLogError, "the sound encoder failed: " + AvErrorText(error));
+      return kEncoderFailed;
+    }
+    if (const Result result = writer.Write(*m_packet, stream, m_codec->time_base); result != kOk)
+      return result;
+  }
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,19 @@
+// The functions that the module exports, declared for those who link the engine without loading it. Used by
+// the engine's tests.
+#pragma once
+
+#include "vrx/VRXEngine.h"
+
+#define VRX_ENGINE_EXPORT extern "C" __attribute__((visibility("default")))
+
+/// See vrx/VRXEngine.h for the types, and the README beside this file for the results.
+VRX_ENGINE_EXPORT std::int32_t VRX_CreateVRX(VRXHandle* engine);
+/// Releases the sequences that are left, too.
+VRX_ENGINE_EXPORT std::int32_t VRX_ReleaseVRX(VRXHandle* engine);
+VRX_ENGINE_EXPORT std::int32_t VRX_CreateSequence(VRXHandle engine, VRXTimeline* timeline,
+                                                  VRXSystemOutputSetting* output, IVRXSequence** sequence);
+VRX_ENGINE_EXPORT std::int32_t VRX_ReleaseSequence(VRXHandle engine, IVRXSequence** sequence);
+VRX_ENGINE_EXPORT std::int32_t VRX_IsSmartRenderingCapable(VRXHandle engine, std::uint32_t first,
+                                                           std::uint32_t second);
+VRX_ENGINE_EXPORT std::int32_t VRX_SetSTPVSetting(VRXHandle engine, const void* data, std::uint32_t size);
+VRX_ENGINE_EXPORT void VRX_SetLogCallback(VRXLogFunction log, void* context);

@@ -1,0 +1,238 @@
+#include "engine/FileVideoSource.h"
+
+extern "C" {
+#include <libavutil/mathematics.h>
+}
+
+#include <algorithm>
+#include <cerrno>
+
+#include "engine/EngineLog.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr std::int64_t kReadOnSeconds = 3;  // a gap up to here is decoded through rather than jumped over
+constexpr std::int64_t kMaxPixels = std::int64_t{16384} * 16384;
+constexpr int kMaxIdleErrors = 64;  // of the decoder in a row, without a frame between
+constexpr int kDamage =
+    FF_DECODE_ERROR_INVALID_BITSTREAM | FF_DECODE_ERROR_CONCEALMENT_ACTIVE | FF_DECODE_ERROR_DECODE_SLICES;
+
+std::int64_t TicksOfSeconds(std::int64_t seconds, AVRational base) {
+  return av_rescale_q(seconds, AVRational{1, 1}, base);
+}
+
+}  // namespace
+
+Result FileVideoSource::Open(const std::string& path, const std::atomic<bool>& stop,
+                             std::unique_ptr<FileVideoSource>& source) {
+  std::unique_ptr<FileVideoSource> opened(new FileVideoSource(path, stop));
+  opened->m_packet.reset(av_packet_alloc());
+  opened->m_current.reset(av_frame_alloc());
+  opened->m_next.reset(av_frame_alloc());
+  if (!opened->m_packet || !opened->m_current || !opened->m_next) return kOutOfMemory;
+  if (const Result result = opened->Reopen(); result != kOk) return result;
+  source = std::move(opened);
+  return kOk;
+}
+
+Result FileVideoSource::Reopen() {
+  m_codec.reset();
+  m_file.reset();
+  if (const Result result = SourceFile::Open(m_path, SourceFile::Purpose::kDecode, m_stop, m_file);
+      result != kOk) {
+    return result;
+  }
+  m_origin = m_file->OriginTicks();
+  m_frameTicks = m_file->FrameTicks();
+  const auto* matrix = reinterpret_cast<const std::int32_t*>(
+      av_stream_get_side_data(&m_file->stream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr));
+  m_orientation = matrix == nullptr ? Orientation{} : Orientation::OfDisplayMatrix(matrix);
+  ForgetPictures();
+  m_fresh = true;
+  return OpenDecoder();
+}
+
+Result FileVideoSource::OpenDecoder() {
+  const AVStream& stream = m_file->stream();
+  const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+  if (decoder == nullptr) {
+    Log(VRXLogError,
+        std::string("no decoder for ") + avcodec_get_name(stream.codecpar->codec_id) + ": " + m_path);
+    return kSourceNotMovie;
+  }
+  m_codec.reset(avcodec_alloc_context3(decoder));
+  if (!m_codec || avcodec_parameters_to_context(m_codec.get(), stream.codecpar) < 0) return kOutOfMemory;
+  m_codec->thread_count = 0;
+  m_codec->pkt_timebase = stream.time_base;
+  m_codec->max_pixels = kMaxPixels;
+  const int error = avcodec_open2(m_codec.get(), decoder, nullptr);
+  if (error >= 0) return kOk;
+  Log(VRXLogError, "the decoder does not start (" + AvErrorText(error) + "): " + m_path);
+  return error == AVERROR(ENOMEM) ? kOutOfMemory : kSourceNotMovie;
+}
+
+Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
+  const std::int64_t target = TargetTicks(time);
+  if (NeedsSeek(target)) {
+    if (const Result result = SeekTo(target); result != kOk) return result;
+  } else if (!m_hasCurrent) {
+    if (const Result result = StartFromBeginning(); result != kOk) return result;
+  }
+  for (;;) {
+    if (!m_hasNext && !m_ended) {
+      const Step step = DecodeNext(*m_next, m_nextTicks);
+      if (step == Step::kStopped) return kFailed;
+      m_hasNext = step == Step::kFrame;
+    }
+    if (!m_hasNext || m_nextTicks > target) break;
+    std::swap(m_current, m_next);
+    m_currentTicks = m_nextTicks;
+    m_hasNext = false;
+    m_atBeginning = false;
+    ++m_serial;
+  }
+  frame = m_current.get();
+  return kOk;
+}
+
+std::int64_t FileVideoSource::TargetTicks(const ExactTime& time) const {
+  const AVRational base = m_file->stream().time_base;
+  const Int128 ticks = RoundDivide(time.numerator * base.den, time.denominator * base.num) + m_origin;
+  constexpr Int128 kLimit = Int128{1} << 61;
+  return static_cast<std::int64_t>(std::clamp<Int128>(ticks, -kLimit, kLimit));
+}
+
+bool FileVideoSource::NeedsSeek(std::int64_t target) const {
+  const std::int64_t readOn = TicksOfSeconds(kReadOnSeconds, m_file->stream().time_base);
+  if (!m_hasCurrent) return !m_fresh || target - m_origin > readOn;
+  if (target < m_currentTicks) return !m_atBeginning;
+  const std::int64_t reached = m_hasNext ? m_nextTicks : m_currentTicks;
+  return !m_ended && target - reached > readOn;
+}
+
+/// Goes back in growing steps until decoding begins no later than at `target`.
+Result FileVideoSource::SeekTo(std::int64_t target) {
+  const std::int64_t second = TicksOfSeconds(1, m_file->stream().time_base);
+  std::int64_t step = 0;
+  do {
+    if (!Restart(target - step)) break;
+    const Step found = DecodeNext(*m_current, m_currentTicks);
+    if (found == Step::kStopped) return kFailed;
+    if (found == Step::kFrame && m_currentTicks <= target) {
+      m_hasCurrent = true;
+      ++m_serial;
+      return kOk;
+    }
+    step = step == 0 ? second : step * 2;
+  } while (target - step > m_origin);
+  return StartFromBeginning();
+}
+
+Result FileVideoSource::StartFromBeginning() {
+  if (!m_fresh) {
+    if (const Result result = Reopen(); result != kOk) return result;
+  }
+  Step step = DecodeNext(*m_current, m_currentTicks);
+  if (step == Step::kEnd && m_trustKeys) {
+    // Some streams mark no key frames at all, and some have none that decodes.
+    m_trustKeys = false;
+    if (const Result result = Reopen(); result != kOk) return result;
+    step = DecodeNext(*m_current, m_currentTicks);
+  }
+  if (step == Step::kStopped) return kFailed;
+  if (step == Step::kEnd) {
+    Log(VRXLogError, "source gives no picture: " + m_path);
+    return kSourceNotMovie;
+  }
+  m_hasCurrent = true;
+  m_atBeginning = true;
+  ++m_serial;
+  return kOk;
+}
+
+void FileVideoSource::Rest() {
+  avcodec_flush_buffers(m_codec.get());
+  ForgetPictures();
+  m_fresh = false;
+}
+
+void FileVideoSource::ForgetPictures() {
+  av_frame_unref(m_current.get());
+  av_frame_unref(m_next.get());
+  m_hasCurrent = m_hasNext = m_atBeginning = m_draining = m_ended = false;
+  m_waitForKey = m_trustKeys;
+  m_keyTicks = m_lastTicks = AV_NOPTS_VALUE;
+}
+
+bool FileVideoSource::Restart(std::int64_t ticks) {
+  m_fresh = false;
+  if (av_seek_frame(&m_file->container(), m_file->stream().index, ticks, AVSEEK_FLAG_BACKWARD) < 0)
+    return false;
+  avcodec_flush_buffers(m_codec.get());
+  ForgetPictures();
+  return true;
+}
+
+FileVideoSource::Step FileVideoSource::DecodeNext(AVFrame& frame, std::int64_t& ticks) {
+  m_fresh = false;
+  int errors = 0;
+  while (!m_ended) {
+    if (m_stop.load(std::memory_order_relaxed)) return Step::kStopped;
+    const int error = avcodec_receive_frame(m_codec.get(), &frame);
+    if (error >= 0) {
+      errors = 0;
+      if (Accept(frame, ticks)) return Step::kFrame;
+    } else if (error == AVERROR_EOF) {
+      m_ended = true;
+    } else if (error != AVERROR(EAGAIN)) {
+      Warn(AvErrorText(error));
+      if (m_draining && ++errors > kMaxIdleErrors) m_ended = true;
+    } else if (m_draining || !FeedDecoder()) {
+      m_ended = true;
+    }
+  }
+  return Step::kEnd;
+}
+
+/// Hands one packet over, or the end of the stream. False when the decoder cannot take even that.
+bool FileVideoSource::FeedDecoder() {
+  av_packet_unref(m_packet.get());
+  const int error = av_read_frame(&m_file->container(), m_packet.get());
+  if (error < 0) {
+    if (error != AVERROR_EOF) Warn(AvErrorText(error));
+    m_draining = true;
+    return avcodec_send_packet(m_codec.get(), nullptr) >= 0;
+  }
+  if (m_packet->stream_index != m_file->stream().index) return true;
+  if (m_waitForKey) {
+    if ((m_packet->flags & AV_PKT_FLAG_KEY) == 0) return true;
+    m_waitForKey = false;
+    m_keyTicks = m_packet->pts;
+  }
+  const int sent = avcodec_send_packet(m_codec.get(), m_packet.get());
+  if (sent < 0 && sent != AVERROR(EAGAIN)) Warn(AvErrorText(sent));
+  return true;
+}
+
+/// Gives the frame's time; false for a frame that must not be shown.
+bool FileVideoSource::Accept(AVFrame& frame, std::int64_t& ticks) {
+  ticks = frame.best_effort_timestamp;
+  if (ticks == AV_NOPTS_VALUE) ticks = m_lastTicks == AV_NOPTS_VALUE ? m_origin : m_lastTicks + m_frameTicks;
+  // Pictures before the key frame in display order lean on a group that was not decoded.
+  if (m_keyTicks != AV_NOPTS_VALUE && ticks < m_keyTicks) return false;
+  m_lastTicks = ticks;
+  const bool damaged =
+      (frame.flags & AV_FRAME_FLAG_CORRUPT) != 0 || (frame.decode_error_flags & kDamage) != 0;
+  if (!damaged) return true;
+  Warn("a picture is damaged");
+  return !m_hasCurrent;
+}
+
+void FileVideoSource::Warn(const std::string& cause) {
+  if (m_warned) return;
+  m_warned = true;
+  Log(VRXLogWarning, "source is damaged (" + cause + "), the last good picture holds: " + m_path);
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,80 @@
+// The pictures of a source file by time: demultiplexes, decodes and finds the frame on display at a moment.
+// Used by the frame pipeline on its decode thread.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "engine/AvPointers.h"
+#include "engine/EngineResult.h"
+#include "engine/ExactTime.h"
+#include "engine/FrameFitter.h"
+#include "engine/SourceFile.h"
+
+namespace vrx::engine {
+
+/// Belongs to one thread. Cheapest when asked for rising times.
+class FileVideoSource {
+ public:
+  /// `stop` ends a long search early and must outlive the source.
+  static Result Open(const std::string& path, const std::atomic<bool>& stop,
+                     std::unique_ptr<FileVideoSource>& source);
+
+  const Orientation& orientation() const { return m_orientation; }
+  /// Damage is reported once from here to the next call.
+  void BeginClip() { m_warned = false; }
+  /// The frame on display at `time`: the last one that starts no later than the tick nearest to it; before
+  /// the first frame the first, behind the last the last. It stays valid until the next call. kSourceNotMovie
+  /// when nothing can be decoded.
+  Result FrameAt(const ExactTime& time, const AVFrame*& frame);
+  /// Changes with every other frame that FrameAt gives.
+  std::uint64_t serial() const { return m_serial; }
+  /// Gives the decoder's pictures back while the source is not needed.
+  void Rest();
+
+ private:
+  enum class Step { kFrame, kEnd, kStopped };
+
+  FileVideoSource(std::string path, const std::atomic<bool>& stop) : m_path(std::move(path)), m_stop(stop) {}
+  Result OpenDecoder();
+  Result Reopen();
+  std::int64_t TargetTicks(const ExactTime& time) const;
+  bool NeedsSeek(std::int64_t target) const;
+  Result SeekTo(std::int64_t target);
+  Result StartFromBeginning();
+  void ForgetPictures();
+  bool Restart(std::int64_t ticks);
+  Step DecodeNext(AVFrame& frame, std::int64_t& ticks);
+  bool FeedDecoder();
+  bool Accept(AVFrame& frame, std::int64_t& ticks);
+  void Warn(const std::string& cause);
+
+  std::string m_path;
+  const std::atomic<bool>& m_stop;
+  std::unique_ptr<SourceFile> m_file;
+  CodecPtr m_codec;
+  PacketPtr m_packet;
+  FramePtr m_current;  // on display
+  FramePtr m_next;     // the one behind it
+  std::int64_t m_currentTicks = 0;
+  std::int64_t m_nextTicks = 0;
+  std::int64_t m_origin = 0;  // ticks
+  std::int64_t m_frameTicks = 1;
+  std::int64_t m_lastTicks = AV_NOPTS_VALUE;  // of the frame that came last from the decoder
+  std::int64_t m_keyTicks = AV_NOPTS_VALUE;   // of the key packet that decoding began with
+  std::uint64_t m_serial = 0;
+  Orientation m_orientation;
+  bool m_hasCurrent = false;
+  bool m_hasNext = false;
+  bool m_atBeginning = false;  // m_current is the first frame of the source
+  bool m_fresh = true;         // nothing was read since the file was opened
+  bool m_waitForKey = true;
+  bool m_trustKeys = true;
+  bool m_draining = false;
+  bool m_ended = false;
+  bool m_warned = false;
+};
+
+}  // namespace vrx::engine

@@ -1,0 +1,166 @@
+#include "engine/FrameFitter.h"
+
+extern "C" {
+#include <libavutil/display.h>
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <libyuv.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "engine/EngineLog.h"
+#include "engine/ExactTime.h"
+#include "engine/PictureColour.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kScalerFlags = SWS_BICUBIC | SWS_ACCURATE_RND;
+constexpr int kUnitGain = 1 << 16;  // contrast and saturation of the scaler
+constexpr int kQuarterTurn = 90;    // degrees
+constexpr int kFullTurn = 360;
+
+int EvenSize(Int128 size) { return std::max(2, static_cast<int>(size) & ~1); }
+
+/// A view of `rectangle` in `frame`; it does not own the picture.
+FramePtr View(const AVFrame& frame, const FitRectangle& rectangle) {
+  FramePtr view(av_frame_alloc());
+  if (!view) throw std::bad_alloc();
+  view->format = frame.format;
+  view->width = rectangle.width;
+  view->height = rectangle.height;
+  for (int plane = 0; plane < 3; ++plane) {
+    const int shift = plane == 0 ? 0 : 1;
+    view->linesize[plane] = frame.linesize[plane];
+    view->data[plane] = frame.data[plane] +
+                        static_cast<std::ptrdiff_t>(rectangle.y >> shift) * frame.linesize[plane] +
+                        (rectangle.x >> shift);
+  }
+  return view;
+}
+
+}  // namespace
+
+Orientation Orientation::OfDisplayMatrix(const std::int32_t* matrix) {
+  const double counterClockwise = av_display_rotation_get(matrix);
+  if (std::isnan(counterClockwise)) return {};
+  const int quarters = static_cast<int>(std::lround(-counterClockwise / kQuarterTurn));
+  const double determinant = double(matrix[0]) * double(matrix[4]) - double(matrix[1]) * double(matrix[3]);
+  return {(quarters * kQuarterTurn + kFullTurn) % kFullTurn, determinant < 0};
+}
+
+FitRectangle FitPicture(int width, int height, AVRational sampleAspect, bool sideways, int outWidth,
+                        int outHeight) {
+  const bool square = sampleAspect.num <= 0 || sampleAspect.den <= 0;
+  Int128 shapeWidth = Int128{width} * (square ? 1 : sampleAspect.num);
+  Int128 shapeHeight = Int128{height} * (square ? 1 : sampleAspect.den);
+  if (sideways) std::swap(shapeWidth, shapeHeight);
+  FitRectangle fit{0, 0, outWidth, outHeight};
+  if (outWidth * shapeHeight <= outHeight * shapeWidth) {
+    fit.height = EvenSize(outWidth * shapeHeight / shapeWidth);
+  } else {
+    fit.width = EvenSize(outHeight * shapeWidth / shapeHeight);
+  }
+  fit.x = (outWidth - fit.width) / 2 & ~1;
+  fit.y = (outHeight - fit.height) / 2 & ~1;
+  return fit;
+}
+
+Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, FramePtr& fitted) {
+  const FitRectangle fit = FitPicture(source.width, source.height, source.sample_aspect_ratio,
+                                      orientation.sideways(), m_width, m_height);
+  const bool fills = fit.width == m_width && fit.height == m_height;
+  if (orientation.upright() && fills && source.width == m_width && source.height == m_height &&
+      IsOutputFormat(source)) {
+    fitted = ShareFrame(source);
+    return kOk;
+  }
+  fitted = m_frames.Get(m_width, m_height);
+  if (!fills) FillBlack(*fitted);
+  const FramePtr target = View(*fitted, fit);
+  if (orientation.upright()) return ScaleInto(source, *target);
+
+  const int uprightWidth = orientation.sideways() ? fit.height : fit.width;
+  const int uprightHeight = orientation.sideways() ? fit.width : fit.height;
+  if (IsOutputFormat(source) && source.width == uprightWidth && source.height == uprightHeight) {
+    Turn(source, orientation, *target);
+    return kOk;
+  }
+  const FramePtr upright = m_uprightFrames.Get(uprightWidth, uprightHeight);
+  if (const Result result = ScaleInto(source, *upright); result != kOk) return result;
+  Turn(*upright, orientation, *target);
+  return kOk;
+}
+
+bool FrameFitter::IsOutputFormat(const AVFrame& source) const {
+  const PictureColour colour = ColourOf(source);
+  return source.format == AV_PIX_FMT_YUV420P && !colour.fullRange && source.linesize[0] > 0 &&
+         SameCoefficients(colour.matrix, OutputColour(m_height).matrix);
+}
+
+void FrameFitter::Turn(const AVFrame& upright, const Orientation& orientation, AVFrame& target) const {
+  // A negative height turns the rows upside down before anything else.
+  libyuv::I420Rotate(upright.data[0], upright.linesize[0], upright.data[1], upright.linesize[1],
+                     upright.data[2], upright.linesize[2], target.data[0], target.linesize[0], target.data[1],
+                     target.linesize[1], target.data[2], target.linesize[2], upright.width,
+                     orientation.flipped ? -upright.height : upright.height,
+                     static_cast<libyuv::RotationMode>(orientation.clockwise));
+}
+
+Result FrameFitter::ScaleInto(const AVFrame& source, AVFrame& target) {
+  if (!IsOutputFormat(source)) return ConvertInto(source, target);
+  libyuv::I420Scale(source.data[0], source.linesize[0], source.data[1], source.linesize[1], source.data[2],
+                    source.linesize[2], source.width, source.height, target.data[0], target.linesize[0],
+                    target.data[1], target.linesize[1], target.data[2], target.linesize[2], target.width,
+                    target.height, libyuv::kFilterBox);
+  return kOk;
+}
+
+Result FrameFitter::ConvertInto(const AVFrame& source, AVFrame& target) {
+  if (const Result result = PrepareScaler(source, target); result != kOk) return result;
+  const int rows =
+      sws_scale(m_scaler.get(), source.data, source.linesize, 0, source.height, target.data, target.linesize);
+  if (rows >= 0) return kOk;
+  Log(VRXLogError, "a picture cannot be converted: " + AvErrorText(rows));
+  return kSourceUnreadable;
+}
+
+Result FrameFitter::PrepareScaler(const AVFrame& source, const AVFrame& target) {
+  const auto format = static_cast<AVPixelFormat>(source.format);
+  const PictureColour colour = ColourOf(source);
+  const ScalerKey key{source.width,     source.height, source.format, ScalerMatrix(colour.matrix),
+                      colour.fullRange, target.width,  target.height};
+  if (m_scaler && key == m_scalerKey) return kOk;
+  m_scaler.reset(sws_alloc_context());
+  if (!m_scaler) return kOutOfMemory;
+  SwsContext* scaler = m_scaler.get();
+  av_opt_set_int(scaler, "srcw", source.width, 0);
+  av_opt_set_int(scaler, "srch", source.height, 0);
+  av_opt_set_int(scaler, "src_format", WithoutRange(format), 0);
+  av_opt_set_int(scaler, "src_range", colour.fullRange ? 1 : 0, 0);
+  av_opt_set_int(scaler, "dstw", target.width, 0);
+  av_opt_set_int(scaler, "dsth", target.height, 0);
+  av_opt_set_int(scaler, "dst_format", AV_PIX_FMT_YUV420P, 0);
+  av_opt_set_int(scaler, "dst_range", 0, 0);
+  av_opt_set_int(scaler, "sws_flags", kScalerFlags, 0);
+  const int error = sws_init_context(scaler, nullptr, nullptr);
+  if (error < 0) {
+    m_scaler.reset();
+    const char* name = av_get_pix_fmt_name(format);
+    Log(VRXLogError, std::string("pictures of the format ") + (name == nullptr ? "?" : name) +
+                         " cannot be converted: " + AvErrorText(error));
+    return kSourceUnreadable;
+  }
+  // Fails for formats without a matrix, which need none.
+  sws_setColorspaceDetails(scaler, sws_getCoefficients(ScalerMatrix(colour.matrix)), colour.fullRange ? 1 : 0,
+                           sws_getCoefficients(ScalerMatrix(OutputColour(m_height).matrix)), 0, 0, kUnitGain,
+                           kUnitGain);
+  m_scalerKey = key;
+  return kOk;
+}
+
+}  // namespace vrx::engine

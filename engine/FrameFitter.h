@@ -1,0 +1,68 @@
+// Brings a decoded picture of any size, shape, orientation and pixel format into the movie's frame. Used on
+// the decode thread and for still pictures.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/AvPointers.h"
+#include "engine/EngineResult.h"
+#include "engine/FramePool.h"
+
+namespace vrx::engine {
+
+/// How a source wants to be shown: turned upside down first if `flipped`, then turned clockwise.
+struct Orientation {
+  int clockwise = 0;  // degrees: 0, 90, 180 or 270
+  bool flipped = false;
+
+  /// From the nine numbers of a container's display matrix; angles between go to the nearest quarter turn.
+  static Orientation OfDisplayMatrix(const std::int32_t* matrix);
+  bool upright() const { return clockwise == 0 && !flipped; }
+  bool sideways() const { return clockwise == 90 || clockwise == 270; }
+};
+
+/// A rectangle in the movie's frame, in pixels from the top left; all four are even.
+struct FitRectangle {
+  int x;
+  int y;
+  int width;
+  int height;
+};
+
+/// The largest centred rectangle of the picture's shape. `width` and `height` are those of the stored
+/// picture, before it is turned.
+FitRectangle FitPicture(int width, int height, AVRational sampleAspect, bool sideways, int outWidth,
+                        int outHeight);
+
+/// Belongs to one thread.
+class FrameFitter {
+ public:
+  FrameFitter(int width, int height) : m_width(width), m_height(height) {}
+
+  /// `fitted` is a frame of the movie's size and format: a reference to `source` where that already is one,
+  /// else a new one. kSourceUnreadable for a picture that nothing can convert, with a logged line.
+  Result Fit(const AVFrame& source, const Orientation& orientation, FramePtr& fitted);
+
+ private:
+  struct ScalerKey {
+    int sourceWidth, sourceHeight, sourceFormat, sourceMatrix;
+    bool fullRange;
+    int width, height;
+    bool operator==(const ScalerKey&) const = default;
+  };
+
+  bool IsOutputFormat(const AVFrame& source) const;
+  void Turn(const AVFrame& upright, const Orientation& orientation, AVFrame& target) const;
+  Result ScaleInto(const AVFrame& source, AVFrame& target);
+  Result ConvertInto(const AVFrame& source, AVFrame& target);
+  Result PrepareScaler(const AVFrame& source, const AVFrame& target);
+
+  int m_width;  // pixels of the movie's frame
+  int m_height;
+  FramePool m_frames;
+  FramePool m_uprightFrames;  // scaled, not yet turned
+  ScalerPtr m_scaler;
+  ScalerKey m_scalerKey{};
+};
+
+}  // namespace vrx::engine

@@ -1,0 +1,136 @@
+#include "engine/FramePipeline.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "engine/EngineLog.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr std::size_t kMaxQueue = 8;  // frames
+constexpr std::size_t kMinQueue = 2;  // frames
+constexpr std::size_t kQueueBytes = std::size_t{64} << 20;
+constexpr std::size_t kOpenSources = 3;
+
+std::size_t Capacity(const VideoPlan& video) {
+  const std::size_t frameBytes =
+      static_cast<std::size_t>(video.width) * static_cast<std::size_t>(video.height) * 3 / 2;
+  return std::clamp(kQueueBytes / frameBytes, kMinQueue, kMaxQueue);
+}
+
+}  // namespace
+
+FramePipeline::FramePipeline(const std::vector<VideoClip>& clips, const VideoPlan& video)
+    : m_clips(clips),
+      m_duration(video.frameDuration),
+      m_capacity(Capacity(video)),
+      m_fitter(video.width, video.height),
+      m_thread([this] { Run(); }) {}
+
+FramePipeline::~FramePipeline() {
+  {
+    const std::lock_guard guard(m_lock);
+    m_stop = true;
+  }
+  m_changed.notify_all();
+  m_thread.join();
+}
+
+Result FramePipeline::Take(std::chrono::milliseconds patience, FramePtr& frame) {
+  frame.reset();
+  std::unique_lock guard(m_lock);
+  m_changed.wait_for(guard, patience, [this] { return !m_frames.empty() || m_finished; });
+  if (m_frames.empty()) {
+    if (!m_finished) return kOk;
+    return m_result == kOk ? kFailed : m_result;
+  }
+  frame = std::move(m_frames.front());
+  m_frames.pop_front();
+  guard.unlock();
+  m_changed.notify_all();
+  return kOk;
+}
+
+void FramePipeline::Run() {
+  Result result = kFailed;
+  try {
+    result = DecodeClips();
+  } catch (const std::bad_alloc&) {
+    Log(VRXLogError, "out of memory while decoding");
+    result = kOutOfMemory;
+  } catch (const std::exception& failure) {
+    Log(VRXLogError, std::string("decoding failed: ") + failure.what());
+  }
+  m_sources.clear();
+  {
+    const std::lock_guard guard(m_lock);
+    m_result = result;
+    m_finished = true;
+  }
+  m_changed.notify_all();
+}
+
+Result FramePipeline::DecodeClips() {
+  for (const VideoClip& clip : m_clips) {
+    if (m_stop) break;
+    if (clip.rawInput != nullptr || clip.frameCount == 0) continue;
+    if (const Result result = DecodeClip(clip); result != kOk) return result;
+  }
+  return kOk;
+}
+
+Result FramePipeline::DecodeClip(const VideoClip& clip) {
+  FileVideoSource* source = nullptr;
+  if (const Result result = FindSource(clip.path, source); result != kOk) return result;
+  source->BeginClip();
+  FramePtr fitted;
+  std::uint64_t fittedSerial = 0;
+  for (std::int64_t index = 0; index < clip.frameCount && !m_stop; ++index) {
+    const AVFrame* frame = nullptr;
+    const ExactTime time = SourceTimeOfFrame(clip, index, m_duration);
+    if (const Result result = source->FrameAt(time, frame); result != kOk) return result;
+    if (!fitted || source->serial() != fittedSerial) {
+      if (const Result result = m_fitter.Fit(*frame, source->orientation(), fitted); result != kOk)
+        return result;
+      fittedSerial = source->serial();
+    }
+    if (!Push(ShareFrame(*fitted))) break;
+  }
+  return kOk;
+}
+
+Result FramePipeline::FindSource(const std::string& path, FileVideoSource*& source) {
+  const auto found = std::find(m_sourcePaths.begin(), m_sourcePaths.end(), path);
+  const auto position = found - m_sourcePaths.begin();
+  if (position != 0 && !m_sources.empty()) m_sources.front()->Rest();
+  if (found != m_sourcePaths.end()) {
+    std::rotate(m_sources.begin(), m_sources.begin() + position, m_sources.begin() + position + 1);
+    std::rotate(m_sourcePaths.begin(), found, found + 1);
+  } else {
+    std::unique_ptr<FileVideoSource> opened;
+    if (const Result result = FileVideoSource::Open(path, m_stop, opened); result != kOk) return result;
+    m_sources.push_front(std::move(opened));
+    m_sourcePaths.push_front(path);
+    if (m_sources.size() > kOpenSources) {
+      m_sources.pop_back();
+      m_sourcePaths.pop_back();
+    }
+  }
+  source = m_sources.front().get();
+  return kOk;
+}
+
+bool FramePipeline::Push(FramePtr frame) {
+  {
+    std::unique_lock guard(m_lock);
+    m_changed.wait(guard, [this] { return m_frames.size() < m_capacity || m_stop; });
+    if (m_stop) return false;
+    m_frames.push_back(std::move(frame));
+  }
+  m_changed.notify_all();
+  return true;
+}
+
+}  // namespace vrx::engine

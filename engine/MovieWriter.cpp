@@ -1,0 +1,130 @@
+#include "engine/MovieWriter.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+#include <libavutil/mem.h>
+}
+
+#include <cerrno>
+#include <cstdio>
+
+#include "engine/EngineLog.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kIoBufferSize = 1 << 20;  // bytes
+constexpr const char* kTimeZoneKey = "com.vrx.time-zone";
+
+int WritePacket(void* file, std::uint8_t* data, int size) {
+  auto& output = *static_cast<OutputFile*>(file);
+  return output.Write(data, static_cast<std::size_t>(size)) ? size : AVERROR(EIO);
+}
+
+std::int64_t SeekFile(void* file, std::int64_t offset, int whence) {
+  auto& output = *static_cast<OutputFile*>(file);
+  if ((whence & AVSEEK_SIZE) != 0) return output.Size();
+  return output.Seek(offset, whence & ~AVSEEK_FORCE);
+}
+
+const char* MuxerName(Container container) {
+  switch (container) {
+    case Container::kMp4:
+      return "mp4";
+    case Container::kQuickTime:
+      return "mov";
+    case Container::kMpegTs:
+      return "mpegts";
+  }
+  return "mp4";
+}
+
+}  // namespace
+
+MovieWriter::~MovieWriter() { Abandon(); }
+
+Result MovieWriter::Create(const OutputPlan& plan) {
+  m_path = plan.path;
+  if (const Result result = m_file.Create(plan.path); result != kOk) return result;
+  const int error = avformat_alloc_output_context2(&m_muxer, nullptr, MuxerName(plan.container), nullptr);
+  if (error < 0) return Fail("the muxer cannot start", error);
+  auto* buffer = static_cast<unsigned char*>(av_malloc(kIoBufferSize));
+  if (buffer == nullptr) return kOutOfMemory;
+  m_io = avio_alloc_context(buffer, kIoBufferSize, 1, &m_file, nullptr, &WritePacket, &SeekFile);
+  if (m_io == nullptr) {
+    av_free(buffer);
+    return kOutOfMemory;
+  }
+  m_muxer->pb = m_io;
+  m_muxer->flags |= AVFMT_FLAG_CUSTOM_IO;
+  if (!plan.timeZone.empty()) av_dict_set(&m_muxer->metadata, kTimeZoneKey, plan.timeZone.c_str(), 0);
+  return kOk;
+}
+
+bool MovieWriter::WantsGlobalHeader(Container container) {
+  const AVOutputFormat* format = av_guess_format(MuxerName(container), nullptr, nullptr);
+  return format != nullptr && (format->flags & AVFMT_GLOBALHEADER) != 0;
+}
+
+Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
+  AVStream* stream = avformat_new_stream(m_muxer, nullptr);
+  if (stream == nullptr) return kOutOfMemory;
+  stream->time_base = encoder.time_base;
+  if (encoder.codec_type == AVMEDIA_TYPE_VIDEO) {
+    stream->avg_frame_rate = encoder.framerate;
+    stream->sample_aspect_ratio = encoder.sample_aspect_ratio;
+  }
+  const int error = avcodec_parameters_from_context(stream->codecpar, &encoder);
+  if (error < 0) return Fail("a stream cannot be added", error);
+  index = stream->index;
+  return kOk;
+}
+
+Result MovieWriter::Begin() {
+  AVDictionary* options = nullptr;
+  av_dict_set(&options, "movflags", "use_metadata_tags", 0);
+  const int error = avformat_write_header(m_muxer, &options);
+  av_dict_free(&options);
+  return error < 0 ? Fail("the header cannot be written", error) : kOk;
+}
+
+Result MovieWriter::Write(AVPacket& packet, int stream, AVRational timeBase) {
+  av_packet_rescale_ts(&packet, timeBase, m_muxer->streams[stream]->time_base);
+  packet.stream_index = stream;
+  const int error = av_interleaved_write_frame(m_muxer, &packet);
+  if (error < 0 || m_file.error() != kOk) return Fail("a packet cannot be written", error);
+  return kOk;
+}
+
+Result MovieWriter::Finish() {
+  const int error = av_write_trailer(m_muxer);
+  avio_flush(m_io);
+  if (error < 0 || m_io->error < 0 || m_file.error() != kOk) {
+    const Result result = Fail("the movie cannot be completed", error < 0 ? error : m_io->error);
+    Abandon();
+    return result;
+  }
+  FreeMuxer();
+  return m_file.Commit();
+}
+
+void MovieWriter::Abandon() {
+  FreeMuxer();
+  m_file.Discard();
+}
+
+Result MovieWriter::Fail(const char* action, int error) {
+  // A failed write hides behind a general error of the muxer; the file knows the true cause.
+  if (m_file.error() != kOk) return m_file.ReportError();
+  Log(VRXLogError, "output failed: " + m_path + ": " + action + ": " + AvErrorText(error));
+  return error == AVERROR(ENOMEM) ? kOutOfMemory : kOutputFailed;
+}
+
+void MovieWriter::FreeMuxer() {
+  avformat_free_context(m_muxer);
+  m_muxer = nullptr;
+  if (m_io != nullptr) av_freep(&m_io->buffer);
+  avio_context_free(&m_io);
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,47 @@
+// The movie file with its streams: takes encoded packets, interleaves them and brings them to the output
+// file. Used by the sequence and the encoders.
+#pragma once
+
+#include <memory>
+
+#include "engine/AvPointers.h"
+#include "engine/EngineResult.h"
+#include "engine/OutputFile.h"
+#include "engine/OutputPlan.h"
+
+namespace vrx::engine {
+
+/// Belongs to one thread. Destruction without Finish leaves no file behind.
+class MovieWriter {
+ public:
+  MovieWriter() = default;
+  MovieWriter(const MovieWriter&) = delete;
+  MovieWriter& operator=(const MovieWriter&) = delete;
+  ~MovieWriter();
+
+  /// Makes the temporary file and the muxer.
+  Result Create(const OutputPlan& plan);
+  /// Whether encoders must put their headers beside the stream rather than into it.
+  static bool WantsGlobalHeader(Container container);
+  /// Adds the stream of an opened encoder and gives its index.
+  Result AddStream(const AVCodecContext& encoder, int& stream);
+  /// Writes the file's header; all streams must be there.
+  Result Begin();
+  /// Takes the packet's content. Its times are in `timeBase`.
+  Result Write(AVPacket& packet, int stream, AVRational timeBase);
+  /// Writes the trailer and puts the movie in its place.
+  Result Finish();
+  /// Gives up and removes the temporary file.
+  void Abandon();
+
+ private:
+  Result Fail(const char* action, int error);
+  void FreeMuxer();
+
+  OutputFile m_file;
+  AVFormatContext* m_muxer = nullptr;
+  AVIOContext* m_io = nullptr;
+  std::string m_path;
+};
+
+}  // namespace vrx::engine

@@ -1,0 +1,158 @@
+#include "engine/OutputFile.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <random>
+#include <system_error>
+
+#include "engine/EngineLog.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kNameAttempts = 100;
+constexpr std::size_t kRandomLetters = 6;
+constexpr std::size_t kMaxNameInTemporary = 200;  // bytes, so that the whole name stays below 255
+constexpr mode_t kNewFileMode = 0666;             // the process's mask takes away from it
+
+/// Keeps the signal for a file over its size limit from ending the process: the write then fails with EFBIG.
+class FileSizeSignalGuard {
+ public:
+  FileSizeSignalGuard() {
+    sigemptyset(&m_signals);
+    sigaddset(&m_signals, SIGXFSZ);
+    sigset_t pending;
+    m_wasPending = sigpending(&pending) == 0 && sigismember(&pending, SIGXFSZ) == 1;
+    m_blocked = pthread_sigmask(SIG_BLOCK, &m_signals, &m_before) == 0;
+  }
+  FileSizeSignalGuard(const FileSizeSignalGuard&) = delete;
+  FileSizeSignalGuard& operator=(const FileSizeSignalGuard&) = delete;
+  ~FileSizeSignalGuard() {
+    if (!m_blocked) return;
+    // One that a write raised waits for this thread and would strike as soon as the mask falls.
+    const timespec noWait{};
+    if (!m_wasPending) sigtimedwait(&m_signals, nullptr, &noWait);
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+  }
+
+ private:
+  sigset_t m_signals{};
+  sigset_t m_before{};
+  bool m_wasPending = false;
+  bool m_blocked = false;
+};
+
+Result ResultOf(int systemError) {
+  if (systemError == 0) return kOk;
+  const bool full = systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
+  return full ? kDiskFull : kOutputFailed;
+}
+
+std::string SystemText(int systemError) { return std::generic_category().message(systemError); }
+
+Result Fail(const std::string& path, int systemError) {
+  Log(VRXLogError, "output not writable: " + path + ": " + SystemText(systemError));
+  return ResultOf(systemError);
+}
+
+std::string TemporaryName(const std::string& folder, const std::string& name, std::random_device& random) {
+  constexpr const char* kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
+  constexpr unsigned kLetterCount = 36;
+  std::string path = folder + "." + name.substr(0, kMaxNameInTemporary) + ".part-";
+  for (std::size_t i = 0; i < kRandomLetters; ++i) path.push_back(kLetters[random() % kLetterCount]);
+  return path;
+}
+
+}  // namespace
+
+OutputFile::~OutputFile() { Discard(); }
+
+Result OutputFile::Create(const std::string& finalPath) {
+  m_finalPath = finalPath;
+  m_systemError = 0;
+  const std::size_t slash = finalPath.rfind('/');
+  const std::string folder = slash == std::string::npos ? std::string() : finalPath.substr(0, slash + 1);
+  const std::string name = slash == std::string::npos ? finalPath : finalPath.substr(slash + 1);
+  struct stat status {};
+  if (name.empty() || (stat(finalPath.c_str(), &status) == 0 && S_ISDIR(status.st_mode))) {
+    return Fail(finalPath, EISDIR);
+  }
+  std::random_device random;
+  for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+    m_temporaryPath = TemporaryName(folder, name, random);
+    m_descriptor = open(m_temporaryPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+    if (m_descriptor >= 0) return kOk;
+    if (errno != EEXIST && errno != EINTR) break;
+  }
+  const int cause = errno;
+  m_temporaryPath.clear();
+  return Fail(finalPath, cause);
+}
+
+bool OutputFile::Write(const std::uint8_t* data, std::size_t size) {
+  if (m_descriptor < 0 || m_systemError != 0) return false;
+  const FileSizeSignalGuard guard;
+  while (size > 0) {
+    const ssize_t written = write(m_descriptor, data, size);
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      Remember(errno);
+      return false;
+    }
+    data += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+std::int64_t OutputFile::Seek(std::int64_t offset, int whence) {
+  const off_t position = lseek(m_descriptor, offset, whence);
+  if (position >= 0) return position;
+  Remember(errno);
+  return -std::int64_t{errno};
+}
+
+std::int64_t OutputFile::Size() const {
+  struct stat status {};
+  return fstat(m_descriptor, &status) == 0 ? status.st_size : -std::int64_t{errno};
+}
+
+Result OutputFile::Commit() {
+  if (m_descriptor < 0) return kOutputFailed;
+  if (m_systemError == 0 && fdatasync(m_descriptor) != 0) Remember(errno);
+  // Some file systems report a full disk only now.
+  const int descriptor = m_descriptor;
+  m_descriptor = -1;
+  if (close(descriptor) != 0 && errno != EINTR) Remember(errno);
+  if (m_systemError == 0 && std::rename(m_temporaryPath.c_str(), m_finalPath.c_str()) != 0) Remember(errno);
+  if (m_systemError == 0) {
+    m_temporaryPath.clear();
+    return kOk;
+  }
+  Discard();
+  return ReportError();
+}
+
+void OutputFile::Discard() {
+  if (m_descriptor >= 0) close(m_descriptor);
+  m_descriptor = -1;
+  if (!m_temporaryPath.empty()) unlink(m_temporaryPath.c_str());
+  m_temporaryPath.clear();
+}
+
+Result OutputFile::error() const { return ResultOf(m_systemError); }
+
+Result OutputFile::ReportError() const { return m_systemError == 0 ? kOk : Fail(m_finalPath, m_systemError); }
+
+void OutputFile::Remember(int systemError) {
+  if (m_systemError == 0) m_systemError = systemError;
+}
+
+}  // namespace vrx::engine

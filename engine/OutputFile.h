@@ -1,0 +1,50 @@
+// The file that the movie is written to: a hidden temporary file beside the final name, which takes that name
+// only when all is written. The engine's one file that speaks to the system directly. Used by the movie
+// writer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "engine/EngineResult.h"
+
+namespace vrx::engine {
+
+/// Belongs to one thread. Destruction without Commit removes the temporary file and touches nothing else.
+class OutputFile {
+ public:
+  OutputFile() = default;
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
+
+  /// Makes the temporary file. kOutputFailed or kDiskFull with a logged line.
+  Result Create(const std::string& finalPath);
+
+  /// False on failure; the cause is kept.
+  bool Write(const std::uint8_t* data, std::size_t size);
+  /// The new position in bytes, or a negated errno.
+  std::int64_t Seek(std::int64_t offset, int whence);
+  std::int64_t Size() const;
+
+  /// Brings everything to the disk and gives the file its final name. Logs its failures and removes the file.
+  Result Commit();
+  /// Removes the temporary file; does nothing when there is none.
+  void Discard();
+
+  /// The first failure of a write: kOk, kDiskFull or kOutputFailed.
+  Result error() const;
+  /// Logs the kept cause, and returns error().
+  Result ReportError() const;
+
+ private:
+  void Remember(int systemError);
+
+  std::string m_finalPath;
+  std::string m_temporaryPath;
+  int m_descriptor = -1;
+  int m_systemError = 0;  // errno of the first failure
+};
+
+}  // namespace vrx::engine

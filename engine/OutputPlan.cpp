@@ -1,0 +1,166 @@
+#include "engine/OutputPlan.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+
+#include "engine/EngineLog.h"
+#include "engine/SourcePath.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kMinSize = 16;  // pixels
+constexpr int kMaxSize = 8192;
+constexpr std::int64_t kMaxFramesPerSecond = 1000;
+constexpr std::int64_t kMaxSecondsPerFrame = 10;
+constexpr std::uint32_t kMinSampleRate = 8000;  // Hz
+constexpr std::uint32_t kMaxSampleRate = 192000;
+constexpr std::array<int, 3> kChannelCounts{1, 2, 6};
+constexpr std::array<const char*, 3> kPresets{"medium", "veryfast", "slow"};  // by avcEncoderMode
+constexpr std::uint32_t kMaxTimeZoneBytes = 4096;
+
+Result Unusable(const std::string& what) {
+  Log(VRXLogError, "output setting not usable: " + what);
+  return kUnusableSettings;
+}
+
+Result CheckSize(const char* name, int size) {
+  if (size >= kMinSize && size <= kMaxSize && size % 2 == 0) return kOk;
+  return Unusable(std::string(name) + " is " + std::to_string(size) + ", not an even number from " +
+                  std::to_string(kMinSize) + " to " + std::to_string(kMaxSize));
+}
+
+Result MakeFrameDuration(const VRXTimeInfo& time, FrameDuration& duration) {
+  const std::string text =
+      "frameDuration is " + std::to_string(time.value) + "/" + std::to_string(time.scale) + " seconds";
+  if (time.value == 0 || time.scale == 0) return Unusable(text);
+  const std::uint64_t divisor = std::gcd(time.value, time.scale);
+  const std::uint64_t value = time.value / divisor;
+  const std::uint64_t scale = time.scale / divisor;
+  if (value > static_cast<std::uint64_t>(kMaxTimeScale) ||
+      scale > static_cast<std::uint64_t>(kMaxTimeScale)) {
+    return Unusable(text + ", which no movie file can hold");
+  }
+  duration = {static_cast<std::int64_t>(value), static_cast<std::int64_t>(scale)};
+  if (duration.scale > kMaxFramesPerSecond * duration.value ||
+      duration.value > kMaxSecondsPerFrame * duration.scale) {
+    return Unusable(text + ", outside 1/1000 to 10 seconds");
+  }
+  return kOk;
+}
+
+Result MakeVideoPlan(const VRXVideoOutputSetting& setting, VideoPlan& plan) {
+  if (setting.codecType != 0 && setting.codecType != 1) {
+    return Unusable("video codecType is " + std::to_string(setting.codecType) + ", not 0 or 1");
+  }
+  if (setting.avcEncoderMode < 0 || setting.avcEncoderMode >= static_cast<int>(kPresets.size())) {
+    return Unusable("avcEncoderMode is " + std::to_string(setting.avcEncoderMode) + ", not 0 to 2");
+  }
+  if (const Result result = CheckSize("width", setting.width); result != kOk) return result;
+  if (const Result result = CheckSize("height", setting.height); result != kOk) return result;
+  plan.codec = setting.codecType == 0 ? VideoCodec::kH264 : VideoCodec::kMpeg2;
+  plan.width = setting.width;
+  plan.height = setting.height;
+  plan.bitrate = std::max(setting.averageBitrate, 0);
+  plan.interlaced = setting.interlace;
+  plan.preset = kPresets[static_cast<std::size_t>(setting.avcEncoderMode)];
+  return MakeFrameDuration(setting.frameDuration, plan.frameDuration);
+}
+
+Result ChooseContainer(std::int32_t systemType, const std::string& path, Container& container) {
+  container = Container::kMp4;
+  if (systemType == VRXSystemMp4 || systemType == VRXSystemMp4Broadcast) return kOk;
+  if (systemType != VRXSystemByExtension) {
+    return Unusable("systemType is " + std::to_string(systemType) + ", not 1 to 3");
+  }
+  const std::string extension = LowerExtension(path);
+  if (extension == "ts" || extension == "m2ts" || extension == "mts") container = Container::kMpegTs;
+  if (extension == "mov") container = Container::kQuickTime;
+  return kOk;
+}
+
+Result ChooseAudioCodec(const VRXAudioOutputSetting& setting, Container container, AudioCodec& codec) {
+  switch (setting.codecType) {
+    case 0:
+      codec = container == Container::kMpegTs ? AudioCodec::kAc3 : AudioCodec::kAac;
+      return kOk;
+    case 1:
+      codec = AudioCodec::kAac;
+      return kOk;
+    case 2:
+      codec = AudioCodec::kAc3;
+      return kOk;
+    case 3:
+      break;
+    default:
+      return Unusable("audio codecType is " + std::to_string(setting.codecType) + ", not 0 to 3");
+  }
+  if (setting.bitsPerSample != 0 && setting.bitsPerSample != 16 && setting.bitsPerSample != 24) {
+    return Unusable("bitsPerSample is " + std::to_string(setting.bitsPerSample) + ", not 16 or 24");
+  }
+  codec = setting.bitsPerSample == 24 ? AudioCodec::kPcm24 : AudioCodec::kPcm16;
+  return container == Container::kMpegTs ? Unusable("an MPEG transport stream holds no PCM sound") : kOk;
+}
+
+Result MakeAudioPlan(const VRXAudioOutputSetting& setting, Container container, AudioPlan& plan) {
+  if (std::find(kChannelCounts.begin(), kChannelCounts.end(), setting.channels) == kChannelCounts.end()) {
+    return Unusable("audio channels is " + std::to_string(setting.channels) + ", not 1, 2 or 6");
+  }
+  if (setting.samplingRate < kMinSampleRate || setting.samplingRate > kMaxSampleRate) {
+    return Unusable("samplingRate is " + std::to_string(setting.samplingRate) +
+                    " Hz, outside 8000 to 192000");
+  }
+  plan.channels = setting.channels;
+  plan.sampleRate = static_cast<int>(setting.samplingRate);
+  return ChooseAudioCodec(setting, container, plan.codec);
+}
+
+Result FindTimeZone(const VRXMetaDataSetting& setting, std::string& hex) {
+  constexpr const char* kDigits = "0123456789abcdef";
+  if (setting.count != 0 && setting.items == nullptr) return kInvalidArgument;
+  for (std::uint32_t i = 0; i < setting.count; ++i) {
+    const VRXMetaData* item = setting.items[i];
+    if (item == nullptr || (item->size != 0 && item->data == nullptr)) return kInvalidArgument;
+    if (item->kind != VRXMetaData::kTimeZone) continue;
+    if (item->size > kMaxTimeZoneBytes) return Unusable("the time-zone item has more than 4096 bytes");
+    hex.clear();
+    for (std::uint32_t b = 0; b < item->size; ++b) {
+      hex.push_back(kDigits[item->data[b] >> 4]);
+      hex.push_back(kDigits[item->data[b] & 0xF]);
+    }
+  }
+  return kOk;
+}
+
+}  // namespace
+
+Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan) {
+  if (setting.video == nullptr || setting.outputFilePath == nullptr) return kInvalidArgument;
+  plan = {};
+  plan.path = NativePath(setting.outputFilePath->Get());
+  if (plan.path.empty()) {
+    Log(VRXLogError, "the output path is empty or names an unknown drive");
+    return kOutputFailed;
+  }
+  if (const Result result = MakeVideoPlan(*setting.video, plan.video); result != kOk) return result;
+  if (const Result result = ChooseContainer(setting.systemType, plan.path, plan.container); result != kOk) {
+    return result;
+  }
+  if (setting.audio != nullptr) {
+    AudioPlan audio{};
+    if (const Result result = MakeAudioPlan(*setting.audio, plan.container, audio); result != kOk)
+      return result;
+    // The MP4 muxer has no box for PCM; its QuickTime sibling has.
+    const bool pcm = audio.codec == AudioCodec::kPcm16 || audio.codec == AudioCodec::kPcm24;
+    if (pcm) plan.container = Container::kQuickTime;
+    plan.audio = audio;
+  }
+  return setting.metaData == nullptr ? kOk : FindTimeZone(*setting.metaData, plan.timeZone);
+}
+
+std::int64_t SamplesOfFrames(std::int64_t frames, FrameDuration duration, int sampleRate) {
+  return static_cast<std::int64_t>(RoundDivide(Int128{frames} * duration.value * sampleRate, duration.scale));
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,50 @@
+// The output settings after validation, in the engine's own terms. Made once per sequence from the host's
+// record; used by the encoders, the writer and the sequence.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "engine/EngineResult.h"
+#include "engine/ExactTime.h"
+#include "vrx/VRXOutputSetting.h"
+
+namespace vrx::engine {
+
+enum class VideoCodec { kH264, kMpeg2 };
+enum class AudioCodec { kAac, kAc3, kPcm16, kPcm24 };
+enum class Container { kMp4, kQuickTime, kMpegTs };
+
+struct VideoPlan {
+  VideoCodec codec;
+  int width;   // pixels, even
+  int height;  // pixels, even
+  FrameDuration frameDuration;
+  std::int64_t bitrate;  // bits per second; 0 for constant quality
+  bool interlaced;
+  const char* preset;  // of the H.264 encoder
+};
+
+struct AudioPlan {
+  AudioCodec codec;
+  int channels;    // 1, 2 or 6
+  int sampleRate;  // Hz
+};
+
+struct OutputPlan {
+  std::string path;  // native bytes
+  Container container;
+  VideoPlan video;
+  std::optional<AudioPlan> audio;
+  std::string timeZone;  // hexadecimal digits of the time-zone item; empty without one
+};
+
+/// kInvalidArgument for a record without its parts, kUnusableSettings with a logged line that names the
+/// setting.
+Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan);
+
+/// Samples of a movie of `frames` frames, rounded to the nearest.
+std::int64_t SamplesOfFrames(std::int64_t frames, FrameDuration duration, int sampleRate);
+
+}  // namespace vrx::engine

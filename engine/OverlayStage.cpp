@@ -1,0 +1,90 @@
+#include "engine/OverlayStage.h"
+
+extern "C" {
+#include <libavutil/frame.h>
+}
+
+#include <libyuv.h>
+
+#include <algorithm>
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kBlock = 16;  // pixels: side of the squares that are looked at as one
+constexpr std::uint32_t kPixelBytes = 4;
+
+}  // namespace
+
+OverlayStage::OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vector<OverlaySpan> spans,
+                           int width, int height)
+    : m_callback(callback),
+      m_spans(std::move(spans)),
+      m_width(width),
+      m_height(height),
+      m_matrix(MatrixOfHeight(height)) {
+  if (m_callback == nullptr) m_spans.clear();
+  if (m_spans.empty()) return;
+  m_buffer.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+  m_strip.resize(static_cast<std::size_t>(width) * kBlock);
+}
+
+void OverlayStage::Apply(std::int64_t number, FramePtr& frame) {
+  const OverlaySpan* span = SpanOf(number);
+  if (span == nullptr) return;
+  const BgrRows bottomUp{m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1) * m_width, -m_width};
+  PlanarToBgr(PlanarPicture::Of(*frame), m_matrix, bottomUp);
+  const auto size = static_cast<std::uint32_t>(m_buffer.size() * kPixelBytes);
+  if (m_callback->ProcessFrame(static_cast<std::uint64_t>(number), m_buffer.data(), size, span->stage,
+                               span->format)) {
+    TakeOver(frame);
+  }
+}
+
+const OverlaySpan* OverlayStage::SpanOf(std::int64_t number) {
+  while (m_span < m_spans.size() && m_spans[m_span].last < number) ++m_span;
+  return m_span < m_spans.size() && m_spans[m_span].first <= number ? &m_spans[m_span] : nullptr;
+}
+
+void OverlayStage::TakeOver(FramePtr& frame) {
+  bool writable = false;
+  for (int top = 0; top < m_height; top += kBlock) {
+    if (TakeOverStrip(top, writable, frame) != 0) writable = true;
+  }
+}
+
+/// Compares the rows from `top` on with the frame, which is converted once more for that: cheaper than a copy
+/// of the whole picture, since a strip stays in the cache. Returns the number of changed blocks.
+int OverlayStage::TakeOverStrip(int top, bool writable, FramePtr& frame) {
+  const int rows = std::min(kBlock, m_height - top);
+  const BgrRows before{m_strip.data(), m_width};
+  PlanarToBgr(PlanarPicture::Of(*frame).Part(0, top, m_width, rows), m_matrix, before);
+  const BgrRows after{m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1 - top) * m_width, -m_width};
+  int changedBlocks = 0;
+  for (int x = 0; x < m_width; x += kBlock) {
+    const int columns = std::min(kBlock, m_width - x);
+    bool changed = false;
+    for (int row = 0; row < rows && !changed; ++row) {
+      changed = RowsDiffer(after.top + row * after.stride + x, before.top + row * before.stride + x, columns);
+    }
+    if (!changed) continue;
+    ++changedBlocks;
+    if (!writable) MakeWritable(frame);
+    writable = true;
+    ChangedBgrToPlanar({after.top + x, after.stride}, {before.top + x, before.stride}, m_matrix,
+                       PlanarPicture::Of(*frame).Part(x, top, columns, rows));
+  }
+  return changedBlocks;
+}
+
+/// Other frames may still be predicted from a decoder's picture, and a picture on hold comes again.
+void OverlayStage::MakeWritable(FramePtr& frame) {
+  if (av_frame_is_writable(frame.get()) != 0) return;
+  FramePtr copy = m_frames.Get(m_width, m_height);
+  libyuv::I420Copy(frame->data[0], frame->linesize[0], frame->data[1], frame->linesize[1], frame->data[2],
+                   frame->linesize[2], copy->data[0], copy->linesize[0], copy->data[1], copy->linesize[1],
+                   copy->data[2], copy->linesize[2], m_width, m_height);
+  frame = std::move(copy);
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,43 @@
+// Sends the frames of the registered ranges through the host's overlay callback, and takes over what it drew.
+// Used by the sequence.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "engine/BgrConversion.h"
+#include "engine/FramePool.h"
+#include "engine/TimelinePlan.h"
+
+namespace vrx::engine {
+
+/// Belongs to one thread, on which the callback is called.
+class OverlayStage {
+ public:
+  /// `callback` is not owned and may be null when there are no spans. Sizes in pixels.
+  OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vector<OverlaySpan> spans, int width,
+               int height);
+
+  /// Hands frame `number` to the callback if a span holds it; numbers rise. Where the callback changed
+  /// something, `frame` becomes a frame of its own with the changed samples in it, else it stays as it is.
+  void Apply(std::int64_t number, FramePtr& frame);
+
+ private:
+  const OverlaySpan* SpanOf(std::int64_t number);
+  void TakeOver(FramePtr& frame);
+  int TakeOverStrip(int top, bool writable, FramePtr& frame);
+  void MakeWritable(FramePtr& frame);
+
+  IVRXIntermediateRawOutputCallback* m_callback;
+  std::vector<OverlaySpan> m_spans;
+  std::size_t m_span = 0;  // the first that does not end before the frame
+  int m_width;
+  int m_height;
+  OutputMatrix m_matrix;
+  std::vector<std::uint32_t> m_buffer;  // the callback's picture, bottom row first
+  std::vector<std::uint32_t> m_strip;   // some rows of the frame as they were before the callback
+  FramePool m_frames;
+};
+
+}  // namespace vrx::engine

@@ -1,0 +1,197 @@
+#include "engine/Sequence.h"
+
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "engine/EngineLog.h"
+#include "engine/SourceFile.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kFramesPerSlice = 8;
+constexpr std::chrono::milliseconds kSliceLength{50};
+
+/// The flag lies in the host's memory, which offers no other type than bool.
+bool IsSet(const bool* flag) {
+  return std::atomic_ref<bool>(const_cast<bool&>(*flag)).load(std::memory_order_acquire);
+}
+
+}  // namespace
+
+Result Sequence::Create(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
+                        std::unique_ptr<Sequence>& sequence) {
+  std::unique_ptr<Sequence> made(new Sequence);
+  if (const Result result = made->Prepare(timeline, output); result != kOk) return result;
+  sequence = std::move(made);
+  return kOk;
+}
+
+Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output) {
+  if (const Result result = MakeOutputPlan(output, m_output); result != kOk) return result;
+  const VideoPlan& video = m_output.video;
+  if (const Result result = MakeTimelinePlan(timeline, video.frameDuration, m_timeline); result != kOk)
+    return result;
+  if (const Result result = MakeOverlaySpans(output, video.frameDuration, m_spans); result != kOk)
+    return result;
+  if (const Result result = CheckSources(); result != kOk) return result;
+  if (const Result result = CountFrames(); result != kOk) return result;
+  if (const Result result = OpenTracks(); result != kOk) return result;
+  m_callback = output.rawOutput;
+  m_overlay = std::make_unique<OverlayStage>(m_callback, std::move(m_spans), video.width, video.height);
+  m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
+  return OpenOutput();
+}
+
+/// Opens each file once, however many clips come from it, and measures those that are wanted whole.
+Result Sequence::CheckSources() {
+  const std::atomic<bool> never = false;
+  std::map<std::string, std::int64_t> lengths;  // frames by path; 0 while nobody asked
+  for (VideoClip& clip : m_timeline.video) {
+    if (clip.rawInput != nullptr) {
+      if (const Result result = BasebandVideoSource::Check(*clip.rawInput); result != kOk) return result;
+      continue;
+    }
+    const auto [entry, isNew] = lengths.try_emplace(clip.path, 0);
+    const bool measure = clip.wholeSource && entry->second == 0;
+    if (isNew || measure) {
+      std::unique_ptr<SourceFile> file;
+      const Result opened = SourceFile::Open(clip.path, SourceFile::Purpose::kCheck, never, file);
+      if (opened != kOk) return opened;
+      if (measure) {
+        const Result counted = file->CountFrames(m_output.video.frameDuration, entry->second);
+        if (counted != kOk) return counted;
+      }
+    }
+    if (clip.wholeSource) clip.frameCount = entry->second;
+  }
+  return kOk;
+}
+
+Result Sequence::CountFrames() {
+  for (const VideoClip& clip : m_timeline.video) {
+    if (clip.frameCount > kMaxMovieFrames - m_total) {
+      Log(VRXLogError, "the movie would be longer than 2147483647 frames");
+      return kUnusableSettings;
+    }
+    m_total += clip.frameCount;
+  }
+  if (m_total > 0) return kOk;
+  Log(VRXLogError, "the timeline has no frame");
+  return kUnusableSettings;
+}
+
+Result Sequence::OpenTracks() {
+  const bool header = MovieWriter::WantsGlobalHeader(m_output.container);
+  if (const Result result = m_videoEncoder.Open(m_output.video, header); result != kOk) return result;
+  if (!m_output.audio) return kOk;
+  const AudioPlan& audio = *m_output.audio;
+  if (const Result result = m_audioEncoder.Open(audio, header); result != kOk) return result;
+  return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels},
+                          SamplesOfFrames(m_total, m_output.video.frameDuration, audio.sampleRate), m_audio);
+}
+
+Result Sequence::OpenOutput() {
+  if (const Result result = m_writer.Create(m_output); result != kOk) return result;
+  if (const Result result = m_writer.AddStream(m_videoEncoder.context(), m_videoStream); result != kOk)
+    return result;
+  if (m_audio) {
+    const Result result = m_writer.AddStream(m_audioEncoder.context(), m_audioStream);
+    if (result != kOk) return result;
+  }
+  return m_writer.Begin();
+}
+
+std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
+  if (progress == nullptr || endFlag == nullptr) return kInvalidArgument;
+  if (m_failure == kOk) m_failure = Guarded(endFlag);
+  progress->processed = static_cast<std::uint64_t>(m_done);
+  progress->total = static_cast<std::uint64_t>(m_total);
+  if (m_failure != kOk) {
+    GiveUp();
+  } else if (m_finished) {
+    std::atomic_ref<bool>(*endFlag).store(true, std::memory_order_release);
+  }
+  return m_failure;
+}
+
+Result Sequence::Guarded(const bool* endFlag) {
+  try {
+    return DoSlice(endFlag);
+  } catch (const std::bad_alloc&) {
+    Log(VRXLogError, "out of memory");
+    return kOutOfMemory;
+  } catch (const std::exception& failure) {
+    Log(VRXLogError, std::string("the render failed: ") + failure.what());
+  } catch (...) {
+    Log(VRXLogError, "the render failed: a callback threw");
+  }
+  return kFailed;
+}
+
+/// The host may keep a failed sequence for long, and nothing of it is of use any more.
+void Sequence::GiveUp() {
+  m_pipeline.reset();
+  m_writer.Abandon();
+}
+
+Result Sequence::DoSlice(const bool* endFlag) {
+  if (m_finished) return kOk;
+  const auto end = std::chrono::steady_clock::now() + kSliceLength;
+  for (int frames = 0; frames < kFramesPerSlice && m_done < m_total; ++frames) {
+    if (IsSet(endFlag)) return kOk;
+    if (std::chrono::steady_clock::now() >= end) return kOk;
+    FramePtr frame;
+    if (const Result result = NextFrame(frame); result != kOk) return result;
+    if (!frame) return kOk;
+    if (const Result result = EncodeFrame(frame); result != kOk) return result;
+  }
+  return m_done == m_total && !IsSet(endFlag) ? Finish() : kOk;
+}
+
+/// Leaves `frame` null when the decoder has none ready yet.
+Result Sequence::NextFrame(FramePtr& frame) {
+  while (m_frameInClip >= m_timeline.video[m_clip].frameCount) {
+    ++m_clip;
+    m_frameInClip = 0;
+  }
+  const VideoClip& clip = m_timeline.video[m_clip];
+  if (!m_pipeline) m_pipeline = std::make_unique<FramePipeline>(m_timeline.video, m_output.video);
+  const Result result =
+      clip.rawInput == nullptr
+          ? m_pipeline->Take(kSliceLength, frame)
+          : m_baseband->FrameOf(*clip.rawInput,
+                                clip.firstRawFrame + static_cast<std::uint64_t>(m_frameInClip), frame);
+  if (result == kOk && frame) ++m_frameInClip;
+  return result;
+}
+
+Result Sequence::EncodeFrame(FramePtr& frame) {
+  m_overlay->Apply(m_done, frame);
+  if (const Result result = m_videoEncoder.Encode(*frame, m_done, m_writer, m_videoStream); result != kOk) {
+    return result;
+  }
+  ++m_done;
+  if (!m_audio) return kOk;
+  const std::int64_t samples =
+      SamplesOfFrames(m_done, m_output.video.frameDuration, m_output.audio->sampleRate);
+  return m_audioEncoder.EncodeUpTo(samples, *m_audio, m_writer, m_audioStream);
+}
+
+Result Sequence::Finish() {
+  m_pipeline.reset();
+  if (m_audio) {
+    const Result result = m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream);
+    if (result != kOk) return result;
+  }
+  if (const Result result = m_videoEncoder.Drain(m_writer, m_videoStream); result != kOk) return result;
+  if (const Result result = m_writer.Finish(); result != kOk) return result;
+  m_finished = true;
+  return kOk;
+}
+
+}  // namespace vrx::engine

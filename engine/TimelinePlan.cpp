@@ -1,0 +1,204 @@
+#include "engine/TimelinePlan.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+#include "engine/EngineLog.h"
+#include "engine/SourcePath.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr std::uint32_t kMaxClips = 1'000'000;
+
+struct ClipTimes {
+  std::int64_t start;
+  std::int64_t end;
+  std::int64_t scale;
+};
+
+bool UsableScale(std::uint64_t scale) {
+  return scale >= 1 && scale <= static_cast<std::uint64_t>(kMaxTimeScale);
+}
+
+std::int64_t Clamp64(Int128 value) {
+  return static_cast<std::int64_t>(std::clamp<Int128>(value, INT64_MIN, INT64_MAX));
+}
+
+/// Both times in the start's unit. The end's own scale counts only where a host made the two differ.
+Result ReadTimes(const VRXSourceStreamInfoBase& source, const std::string& name, ClipTimes& times) {
+  const std::uint64_t scale = source.startTime.scale;
+  const std::uint64_t endScale = source.endTime.scale == 0 ? scale : source.endTime.scale;
+  if (!UsableScale(scale) || !UsableScale(endScale)) {
+    Log(VRXLogError, name + " has the time scale " + std::to_string(UsableScale(scale) ? endScale : scale));
+    return kUnusableSettings;
+  }
+  times.scale = static_cast<std::int64_t>(scale);
+  times.start = static_cast<std::int64_t>(source.startTime.value);
+  times.end = static_cast<std::int64_t>(source.endTime.value);
+  if (endScale != scale) {
+    times.end = Clamp64(FloorDivide(Int128{times.end} * times.scale, static_cast<std::int64_t>(endScale)));
+  }
+  return kOk;
+}
+
+std::int64_t WholeFrames(Int128 ticks, std::int64_t scale, FrameDuration duration) {
+  return Clamp64(FloorDivide(ticks * duration.scale, Int128{scale} * duration.value));
+}
+
+Result ReadFileClip(const VRXSourceStreamInfoBase& source, const std::string& name, std::string& path) {
+  const auto* file = dynamic_cast<const VRXFileSourceStreamInfo*>(&source);
+  if (file == nullptr || file->path == nullptr) {
+    Log(VRXLogError, name + " is no file record");
+    return kInvalidArgument;
+  }
+  path = NativePath(file->path->Get());
+  if (!path.empty()) return kOk;
+  Log(VRXLogError, "source not found: " + name + " has an empty path or one on an unknown drive");
+  return kSourceMissing;
+}
+
+Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, const std::string& name,
+                        FrameDuration duration, VideoClip& clip) {
+  const auto* baseband = dynamic_cast<const VRXBasebandSourceStreamInfo*>(&source);
+  if (baseband == nullptr || baseband->rawInput == nullptr) {
+    Log(VRXLogError, name + " has no picture source");
+    return kInvalidArgument;
+  }
+  ClipTimes times{};
+  if (const Result result = ReadTimes(source, name, times); result != kOk) return result;
+  const std::int64_t first = WholeFrames(std::max<std::int64_t>(times.start, 0), times.scale, duration);
+  const std::int64_t end = WholeFrames(std::max<std::int64_t>(times.end, 0), times.scale, duration);
+  clip.rawInput = baseband->rawInput;
+  clip.firstRawFrame = static_cast<std::uint64_t>(first);
+  clip.frameCount = std::max<std::int64_t>(end - first, 0);
+  return kOk;
+}
+
+Result MakeFileClip(const VRXSourceStreamInfoBase& source, const std::string& name, FrameDuration duration,
+                    VideoClip& clip) {
+  if (const Result result = ReadFileClip(source, name, clip.path); result != kOk) return result;
+  ClipTimes times{};
+  if (const Result result = ReadTimes(source, name, times); result != kOk) return result;
+  clip.scale = times.scale;
+  clip.wholeSource = times.end <= times.start;
+  if (clip.wholeSource) return kOk;
+  clip.start = std::max<std::int64_t>(times.start, 0);
+  clip.frameCount = times.end <= clip.start ? 0 : WholeFrames(times.end - clip.start, times.scale, duration);
+  return kOk;
+}
+
+Result CheckArray(const VRXSourceStreamInfoArray& array, const char* track) {
+  const bool broken = array.count != 0 && array.items == nullptr;
+  if (broken ||
+      std::any_of(array.items, array.items + array.count, [](auto* item) { return item == nullptr; })) {
+    return kInvalidArgument;
+  }
+  if (array.count <= kMaxClips) return kOk;
+  Log(VRXLogError, std::string("too many clips on the ") + track + " track: " + std::to_string(array.count));
+  return kUnusableSettings;
+}
+
+Result MakeVideoClips(const VRXSourceStreamInfoArray& array, FrameDuration duration,
+                      std::vector<VideoClip>& clips) {
+  if (const Result result = CheckArray(array, "video"); result != kOk) return result;
+  std::int64_t total = 0;
+  for (std::uint32_t i = 0; i < array.count; ++i) {
+    const VRXSourceStreamInfoBase& source = *array.items[i];
+    const std::string name = "video clip " + std::to_string(i + 1);
+    VideoClip clip;
+    const Result result = source.sourceType == VRXSourceBaseband
+                              ? MakeBasebandClip(source, name, duration, clip)
+                              : MakeFileClip(source, name, duration, clip);
+    if (result != kOk) return result;
+    if (clip.frameCount > kMaxMovieFrames - total) {
+      Log(VRXLogError, name + " makes the movie longer than 2147483647 frames");
+      return kUnusableSettings;
+    }
+    total += clip.frameCount;
+    clips.push_back(std::move(clip));
+  }
+  return kOk;
+}
+
+Result MakeAudioClips(const VRXSourceStreamInfoArray& array, std::vector<AudioClip>& clips) {
+  if (const Result result = CheckArray(array, "audio"); result != kOk) return result;
+  for (std::uint32_t i = 0; i < array.count; ++i) {
+    const VRXSourceStreamInfoBase& source = *array.items[i];
+    const std::string name = "audio clip " + std::to_string(i + 1);
+    AudioClip clip{};
+    if (const Result result = ReadFileClip(source, name, clip.path); result != kOk) return result;
+    ClipTimes times{};
+    if (const Result result = ReadTimes(source, name, times); result != kOk) return result;
+    clip.start = times.start;
+    clip.end = times.end;
+    clip.scale = static_cast<std::uint64_t>(times.scale);
+    clips.push_back(std::move(clip));
+  }
+  return kOk;
+}
+
+/// Puts the parts of `span` that no earlier span covers into `spans`, which is ordered by first frame.
+void FillGaps(std::map<std::int64_t, OverlaySpan>& spans, OverlaySpan span) {
+  auto next = spans.upper_bound(span.first);
+  if (next != spans.begin()) span.first = std::max(span.first, std::prev(next)->second.last + 1);
+  while (span.first <= span.last) {
+    OverlaySpan part = span;
+    if (next != spans.end()) part.last = std::min(part.last, next->first - 1);
+    if (part.first <= part.last) spans.emplace_hint(next, part.first, part);
+    if (next == spans.end()) return;
+    span.first = std::max(span.first, next->second.last + 1);
+    ++next;
+  }
+}
+
+}  // namespace
+
+Result MakeTimelinePlan(const VRXTimeline& timeline, FrameDuration duration, TimelinePlan& plan) {
+  plan = {};
+  if (const Result result = MakeVideoClips(timeline.video, duration, plan.video); result != kOk)
+    return result;
+  return MakeAudioClips(timeline.audio, plan.audio);
+}
+
+Result MakeOverlaySpans(const VRXSystemOutputSetting& setting, FrameDuration duration,
+                        std::vector<OverlaySpan>& spans) {
+  spans.clear();
+  if (setting.rawOutput == nullptr || setting.rawRangeCount == 0) return kOk;
+  if (setting.rawRanges == nullptr) return kInvalidArgument;
+  std::map<std::int64_t, OverlaySpan> ordered;
+  for (std::uint32_t i = 0; i < setting.rawRangeCount; ++i) {
+    const VRXIntermediateRawOutputSetting* range = setting.rawRanges[i];
+    if (range == nullptr) return kInvalidArgument;
+    if (!UsableScale(range->startTime.scale) || !UsableScale(range->endTime.scale)) {
+      Log(VRXLogError, "overlay range " + std::to_string(i + 1) + " has an unusable time scale");
+      return kUnusableSettings;
+    }
+    const auto units = [&](const VRXTimeInfo& time) {
+      return Int128{static_cast<std::int64_t>(time.value)} * duration.scale;
+    };
+    const auto frame = [&](const VRXTimeInfo& time) {
+      return Int128{duration.value} * static_cast<std::int64_t>(time.scale);
+    };
+    const std::int64_t first = Clamp64(CeilDivide(units(range->startTime), frame(range->startTime)));
+    const std::int64_t last = Clamp64(FloorDivide(units(range->endTime), frame(range->endTime)));
+    FillGaps(ordered, {std::max<std::int64_t>(first, 0), std::min(last, kMaxMovieFrames), range->stage,
+                       range->format});
+  }
+  for (const auto& [first, span] : ordered) spans.push_back(span);
+  return kOk;
+}
+
+ExactTime SourceTimeOfFrame(const VideoClip& clip, std::int64_t index, FrameDuration duration) {
+  return {Int128{clip.start} * duration.scale + Int128{index} * duration.value * clip.scale,
+          Int128{clip.scale} * duration.scale};
+}
+
+std::int64_t FramesOfSource(std::int64_t ticks, int numerator, int denominator, FrameDuration duration) {
+  const Int128 frames =
+      RoundDivide(Int128{ticks} * numerator * duration.scale, Int128{denominator} * duration.value);
+  return std::max<std::int64_t>(Clamp64(frames), 1);
+}
+
+}  // namespace vrx::engine
