@@ -106,6 +106,38 @@ float Hash(std::uint32_t seed, std::int32_t x, std::int32_t y) {
   return static_cast<float>(h >> 8) / static_cast<float>(1U << 24);
 }
 
+// One row of the noise for rising x: each pair of grid columns is hashed once, not at each pixel.
+class NoiseRow {
+ public:
+  NoiseRow(std::uint32_t seed, float y) : m_seed(seed), m_row(static_cast<std::int32_t>(std::floor(y))) {
+    m_v = Smooth(0, 1, y - std::floor(y));
+  }
+
+  float At(float x) {
+    const auto column = static_cast<std::int32_t>(std::floor(x));
+    if (!m_filled || column != m_column) {
+      m_left = Column(column);
+      m_right = Column(column + 1);
+      m_column = column;
+      m_filled = true;
+    }
+    return std::lerp(m_left, m_right, Smooth(0, 1, x - static_cast<float>(column)));
+  }
+
+ private:
+  float Column(std::int32_t x) const {
+    return std::lerp(Hash(m_seed, x, m_row), Hash(m_seed, x, m_row + 1), m_v);
+  }
+
+  std::uint32_t m_seed;
+  std::int32_t m_row;
+  float m_v;
+  bool m_filled = false;
+  std::int32_t m_column = 0;
+  float m_left = 0;
+  float m_right = 0;
+};
+
 }  // namespace
 
 DemoScene::DemoScene(std::uint32_t seed)
@@ -114,17 +146,7 @@ DemoScene::DemoScene(std::uint32_t seed)
       m_sunX(0.2F + 0.6F * Hash(seed, 1, 1)),
       m_sunY(0.12F + 0.22F * Hash(seed, 2, 2)) {}
 
-float DemoScene::Noise(float x, float y) const {
-  const float fx = std::floor(x);
-  const float fy = std::floor(y);
-  const auto ix = static_cast<std::int32_t>(fx);
-  const auto iy = static_cast<std::int32_t>(fy);
-  const float u = Smooth(0, 1, x - fx);
-  const float v = Smooth(0, 1, y - fy);
-  const float top = std::lerp(Hash(m_seed, ix, iy), Hash(m_seed, ix + 1, iy), u);
-  const float low = std::lerp(Hash(m_seed, ix, iy + 1), Hash(m_seed, ix + 1, iy + 1), u);
-  return std::lerp(top, low, v);
-}
+float DemoScene::Noise(float x, float y) const { return NoiseRow(m_seed, y).At(x); }
 
 void DemoScene::Draw(double seconds, RgbImage& image) {
   m_width = static_cast<float>(image.Width());
@@ -148,6 +170,10 @@ void DemoScene::DrawSky(double seconds, RgbImage& image) {
     const float v = static_cast<float>(y) / m_height;
     const Colour sky = Mix(m_palette.skyTop, m_palette.skyLow, std::pow(v / kHorizon, 1.4F));
     const float cloudiness = 0.85F * Smooth(kHorizon, 0.1F, v);
+    const float cloudY = 11 * v;
+    NoiseRow large(m_seed, cloudY);
+    NoiseRow medium(m_seed, 2.3F * cloudY);
+    NoiseRow small(m_seed, 5.1F * cloudY);
     std::uint8_t* pixel = image.Row(y);
     for (int x = 0; x < image.Width(); ++x, pixel += 3) {
       const float u = static_cast<float>(x) / m_width;
@@ -157,9 +183,8 @@ void DemoScene::DrawSky(double seconds, RgbImage& image) {
       Colour colour = Mix(sky, m_palette.sun, 0.55F / (1 + 60 * distance * distance));
       colour = Mix(colour, m_palette.sun, Smooth(0.048F, 0.044F, distance));
       const float cloudX = 3.2F * u * aspect + drift;
-      const float cloudY = 11 * v;
-      const float cloud = 0.6F * Noise(cloudX, cloudY) + 0.28F * Noise(2.3F * cloudX, 2.3F * cloudY) +
-                          0.12F * Noise(5.1F * cloudX, 5.1F * cloudY);
+      const float cloud =
+          0.6F * large.At(cloudX) + 0.28F * medium.At(2.3F * cloudX) + 0.12F * small.At(5.1F * cloudX);
       Put(pixel, Mix(colour, m_palette.cloud, cloudiness * Smooth(0.5F, 0.75F, cloud)));
     }
   }

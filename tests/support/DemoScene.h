@@ -12,7 +12,7 @@ namespace vrx::test_support {
 /// The same seed and time always give the same picture.
 class DemoScene {
  public:
-  /// A colour in linear steps of 0 to 255, with the fractions that blending needs.
+  /// Red, green and blue from 0 to 255, with the fractions that blending needs.
   struct Colour {
     float red;
     float green;

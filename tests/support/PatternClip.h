@@ -12,7 +12,8 @@ enum class ClipStyle { kPattern, kScene };
 enum class ClipSoundStyle { kClick, kClickOverTone, kTone };
 
 /// From sample `at` on (counted on the sound's clock), the timestamps jump by `by` samples: forward leaves a
-/// hole, back (by less than a packet, 1024) repeats what was there. Only in containers that keep a time for each packet (.mkv, .ts).
+/// hole, back (by less than a packet, 1024) repeats what was there.
+/// Only in containers that keep a time for each packet (.mkv, .ts).
 struct SoundJump {
   std::int64_t at;
   std::int64_t by;
@@ -35,8 +36,8 @@ struct PatternClip {
   int rateNum = 25;  // frames a second
   int rateDen = 1;
   int frames = 50;  // 0: no picture, sound only
-  std::vector<std::int64_t>
-      timesMs;  // when not empty: the time of each frame, rising, for `frames`; the last lasts 40 ms
+  /// When not empty: the time of each frame in milliseconds, rising, for `frames`. The last lasts 40 ms.
+  std::vector<std::int64_t> timesMs;
 
   std::string codec = "h264";  // h264, mpeg2video, mpeg4 or ffv1
   int gop = 12;  // frames from one key frame to the next at most; a movie of 1 has key frames only
@@ -45,9 +46,9 @@ struct PatternClip {
   int quantizer = 3;       // quality of the other lossy codecs, 1 to 31, lower is better
   bool fullRange = false;  // luma 0 to 255 instead of 16 to 235
   bool bt601 = false;      // matrix of ITU-R BT.601 instead of BT.709
-  int rotation =
-      0;           // clockwise turn that the file asks of its player; the picture is stored turned the other
-                   // way, so that it comes out upright. 90 and 270 show height x width. .mp4 and .mov only.
+  /// Clockwise turn that the file asks of its player. The picture is stored turned the other way, so that it
+  /// comes out upright; 90 and 270 show height x width. .mp4 and .mov only.
+  int rotation = 0;
   int sarNum = 1;  // sample aspect ratio
   int sarDen = 1;
 
