@@ -71,7 +71,7 @@ TEST_F(RenderTest, EveryPlannedFrameIsTheRightOne) {
   add("pal.mkv", {.rateNum = 25, .frames = 100, .gop = 50, .firstNumber = 1000}, 30, 50);
   add("stream.ts", {.rateNum = 50, .frames = 150, .codec = "mpeg2video", .firstNumber = 2000}, 10, 30);
   // Held upright: stored turned by a quarter.
-  add("upright.mp4", {.rateNum = 24000, .rateDen = 1001, .frames = 80, .firstNumber = 3000, .rotation = 90},
+  add("upright.mp4", {.rateNum = 24000, .rateDen = 1001, .frames = 80, .rotation = 90, .firstNumber = 3000},
       5, 30);
   // Shorter than its range: the last frame stands.
   add("short.mp4", {.rateNum = 30000, .rateDen = 1001, .frames = 20, .firstNumber = 4000}, 0, 45);
@@ -111,7 +111,7 @@ TEST_F(RenderTest, PortraitClipStandsUprightBetweenBars) {
   MovieFrame frame;
   ASSERT_TRUE(movie.NextFrame(frame));
   const auto brightness = [&](int x, int y) {
-    const std::uint8_t* pixel = frame.image.At(x, y);
+    const Rgb pixel = frame.image.At(x, y);
     return (pixel[0] + pixel[1] + pixel[2]) / 3;
   };
   for (int y = 4; y < 192; y += 20) {
