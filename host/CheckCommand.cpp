@@ -21,7 +21,6 @@ void TryJob(const XpString& project, EngineModule& engine, check::ProjectReport&
   VRXWrapperManager manager;
   manager.SetProjectFile(project);
   if (manager.GetTimeline() == nullptr || manager.GetSystemOutput()->video == nullptr) return;
-  engine.Listen({});
   engine.TakeLines();
   const std::int32_t result = engine.Try(*manager.GetTimeline(), *manager.GetSystemOutput());
   bool told = false;
@@ -47,6 +46,7 @@ check::ProjectReport Inspect(const CheckOptions& options) {
         {check::Severity::Error, project, XpString(), 0, XpString(), XpNarrowString(cause).ToWide()});
     return report;
   }
+  engine.Listen({});  // what it says of single sources is told by the report
   check::ProjectReport report =
       check::CheckProject(project, [&](const XpString& path) { return engine.Probe(path); });
   if (!report.HasErrors()) TryJob(project, engine, report);

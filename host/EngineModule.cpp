@@ -70,9 +70,6 @@ check::SourceFacts EngineModule::Probe(const XpString& path) const {
   facts.hasAudio = found.hasAudio;
   facts.videoSeconds = found.videoSeconds;
   facts.audioSeconds = found.audioSeconds;
-  facts.width = found.width;
-  facts.height = found.height;
-  facts.framesPerSecond = found.framesPerSecond;
   return facts;
 }
 

@@ -124,8 +124,10 @@ int RunRender(const RenderOptions& options) {
     progress->OnError(XpErrNoObject, cause.empty() ? "the conversion engine cannot be started" : cause);
     return kFailed;
   }
+  engine.Listen({});  // what it says while the sources are looked into comes again when they are opened
   const check::ProjectReport report = Inspect(project, engine);
   if (!options.quiet) SayWarnings(report);
+  engine.TakeLines();
   engine.Listen([&](const EngineLine& line) {
     if (line.severity == VRXLogWarning && !options.quiet) Say("warning: " + line.text);
   });

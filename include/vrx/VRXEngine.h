@@ -78,17 +78,14 @@ enum VRXLogSeverity : std::int32_t { VRXLogInfo = 0, VRXLogWarning = 1, VRXLogEr
 using VRXLogFunction = void (*)(void* context, std::int32_t severity, const char* line);
 using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
 
-/// Another extra: what the engine finds in a source. Seconds are 0 when the container does not tell; width
-/// and height are pixels as displayed, after rotation. On failure `cause` says why.
+/// Another extra: what the engine finds in a source. Seconds are 0 when they cannot be told. On failure `cause`
+/// says why, as the end of a sentence that begins with the path.
 struct VRXSourceProbe {
   bool hasVideo = false;
   bool hasAudio = false;
-  std::int32_t width = 0;
-  std::int32_t height = 0;
-  double framesPerSecond = 0.0;
   double videoSeconds = 0.0;
   double audioSeconds = 0.0;
-  char cause[256] = "";  // UTF-8
+  char cause[128] = "";  // UTF-8
 };
 using VRX_ProbeSourceFunction = std::int32_t (*)(const char16_t* path, VRXSourceProbe* probe);
 

@@ -118,9 +118,9 @@ class ClipChecker {
     const double sourceSeconds = m_isVideo ? facts.videoSeconds : facts.audioSeconds;
     if (row.wholeSource) {
       CheckWholeSource(clip);
-      const double frames =
-          m_isVideo ? std::ceil(FramesIn(sourceSeconds) - kFrameTolerance) : FramesIn(sourceSeconds);
-      length = timeline::ToInt64(std::max(frames, 0.0)) * m_clock.GetFrameValue();
+      // The engine's rule: the nearest whole number of frames, at least one.
+      const double frames = sourceSeconds > 0.0 ? std::max(std::round(FramesIn(sourceSeconds)), 1.0) : 0.0;
+      length = timeline::ToInt64(frames) * m_clock.GetFrameValue();
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
       if (isBaseband && length <= 0) Report(Severity::Error, kEndTime, u"must lie behind StartTime");
@@ -155,8 +155,6 @@ class ClipChecker {
     const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
     return frameSeconds > 0.0 ? seconds / frameSeconds : 0.0;
   }
-
-  static constexpr double kFrameTolerance = 0.01;  // frames; containers round their lengths
 
   const XpString& m_file;
   SourceCache m_sources;

@@ -34,9 +34,6 @@ struct SourceFacts {
   bool hasAudio = false;
   double videoSeconds = 0.0;  // 0 when unknown
   double audioSeconds = 0.0;
-  std::int32_t width = 0;  // pixels, as displayed
-  std::int32_t height = 0;
-  double framesPerSecond = 0.0;
 };
 
 /// Looks into the file at a native path.

@@ -158,6 +158,7 @@ TEST_F(RenderFaultTest, UnreadableDocumentEndsInAClearLine) {
 TEST_F(RenderFaultTest, MissingEngineIsNamed) {
   const std::string program = (folder.Path() / "vrx").string();
   std::filesystem::copy_file(VRX_PROGRAM, program);
+  std::filesystem::copy_file(VRX_LIBRARY, folder.Path() / std::filesystem::path(VRX_LIBRARY).filename());
   VrxResult result =
       RunVrx({.arguments = {"render", folder.Write("p.vrx", project.Text())}, .program = program});
   EXPECT_EQ(result.status, 1);
