@@ -14,6 +14,7 @@ extern "C" {
 #include "engine/EngineLog.h"
 #include "engine/EngineResult.h"
 #include "engine/Sequence.h"
+#include "engine/SourceProbe.h"
 
 namespace vrx::engine {
 namespace {
@@ -151,3 +152,8 @@ std::int32_t VRX_SetSTPVSetting(VRXHandle handle, const void* data, std::uint32_
 }
 
 void VRX_SetLogCallback(VRXLogFunction log, void* context) { engine::SetLogCallback(log, context); }
+
+std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe) {
+  if (path == nullptr || probe == nullptr) return engine::kInvalidArgument;
+  return engine::Guarded("VRX_ProbeSource", [&] { return engine::ProbeSource(path, *probe); });
+}

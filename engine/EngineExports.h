@@ -17,3 +17,5 @@ VRX_ENGINE_EXPORT std::int32_t VRX_IsSmartRenderingCapable(VRXHandle engine, std
                                                            std::uint32_t second);
 VRX_ENGINE_EXPORT std::int32_t VRX_SetSTPVSetting(VRXHandle engine, const void* data, std::uint32_t size);
 VRX_ENGINE_EXPORT void VRX_SetLogCallback(VRXLogFunction log, void* context);
+/// VRXEngineOk with the facts in `probe`, or a result of EngineResult.h with the cause.
+VRX_ENGINE_EXPORT std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe);
