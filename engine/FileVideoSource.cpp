@@ -73,6 +73,9 @@ Result FileVideoSource::OpenDecoder() {
 }
 
 Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
+  if (!m_codec) {
+    if (const Result result = OpenDecoder(); result != kOk) return result;
+  }
   const std::int64_t target = TargetTicks(time);
   if (NeedsSeek(target)) {
     if (const Result result = SeekTo(target); result != kOk) return result;
@@ -152,8 +155,8 @@ Result FileVideoSource::StartFromBeginning() {
 }
 
 void FileVideoSource::Rest() {
-  avcodec_flush_buffers(m_codec.get());
   ForgetPictures();
+  m_codec.reset();  // its pool of pictures would stay as long as the decoder does
   m_fresh = false;
 }
 

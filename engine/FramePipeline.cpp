@@ -9,7 +9,7 @@
 namespace vrx::engine {
 namespace {
 
-constexpr std::size_t kMaxQueue = 8;  // frames
+constexpr std::size_t kMaxQueue = 4;  // frames; more would only cost memory, the slower side sets the pace
 constexpr std::size_t kMinQueue = 2;  // frames
 constexpr std::size_t kQueueBytes = std::size_t{64} << 20;
 constexpr std::size_t kOpenSources = 3;

@@ -17,7 +17,8 @@ constexpr std::int64_t kMaxSecondsPerFrame = 10;
 constexpr std::uint32_t kMinSampleRate = 8000;  // Hz
 constexpr std::uint32_t kMaxSampleRate = 192000;
 constexpr std::array<int, 3> kChannelCounts{1, 2, 6};
-constexpr std::array<const char*, 3> kPresets{"medium", "veryfast", "slow"};  // by avcEncoderMode
+// By avcEncoderMode. Slower presets look further ahead and keep hundreds of MiB of full HD frames for it.
+constexpr std::array<const char*, 3> kPresets{"veryfast", "superfast", "medium"};
 constexpr std::uint32_t kMaxTimeZoneBytes = 4096;
 
 Result Unusable(const std::string& what) {

@@ -17,10 +17,14 @@ constexpr FrameDuration kProbeClock{1, 90'000};
 
 const char* CauseOf(Result result) {
   switch (result) {
-    case kSourceMissing: return "does not exist";
-    case kSourceUnreadable: return "cannot be read";
-    case kSourceNotMovie: return "is no movie and no sound file";
-    default: return "cannot be opened";
+    case kSourceMissing:
+      return "does not exist";
+    case kSourceUnreadable:
+      return "cannot be read";
+    case kSourceNotMovie:
+      return "is no movie and no sound file";
+    default:
+      return "cannot be opened";
   }
 }
 
