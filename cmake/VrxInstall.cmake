@@ -18,5 +18,7 @@ configure_package_config_file(cmake/vrx-config.cmake.in ${PROJECT_BINARY_DIR}/vr
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrx-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/vrx-config.cmake ${PROJECT_BINARY_DIR}/vrx-config-version.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrx)
+# Relative, so that the installed tree can be moved.
+file(RELATIVE_PATH VRX_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/vrx.pc.in ${PROJECT_BINARY_DIR}/vrx.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vrx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
