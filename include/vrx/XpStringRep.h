@@ -54,14 +54,16 @@ struct XpStringRep {
   }
 
   void Release() noexcept {
-    if (references.load(std::memory_order_relaxed) == kImmortal) return;
+    // The count tells the empty text of another library too; the address lets the compiler see that this one
+    // is never deleted.
+    if (this == Empty() || references.load(std::memory_order_relaxed) == kImmortal) return;
     if (references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     std::free(buffer);
     delete this;
   }
 
-  /// Makes the buffer of an unshared block fit `wantedLength`: it grows when too small and shrinks when a long
-  /// buffer is less than half used.
+  /// Makes the buffer of an unshared block fit `wantedLength`: it grows when too small and shrinks when a
+  /// long buffer is less than half used.
   void Fit(std::int64_t wantedLength) {
     const std::int32_t wanted = CapacityFor(wantedLength);
     const bool wasteful = wanted < capacity / 2 && capacity > 2 * kBlock;
