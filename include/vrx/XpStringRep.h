@@ -57,7 +57,9 @@ struct XpStringRep {
 // The compiler cannot see that the immortal block never gets as far as the delete.
 #pragma GCC diagnostic ignored "-Wfree-nonheap-object"
   void Release() noexcept {
-    if (references.load(std::memory_order_relaxed) == kImmortal) return;
+    // The count tells the empty text of another library too; the address lets the compiler see that this one
+    // is never deleted.
+    if (this == Empty() || references.load(std::memory_order_relaxed) == kImmortal) return;
     if (references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     std::free(buffer);
     delete this;

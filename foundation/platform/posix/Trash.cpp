@@ -1,5 +1,5 @@
-// The trash of the desktop, as the FreeDesktop.org Trash specification 1.0 lays it out: the file in "files",
-// where it came from in "info".
+// The trash of the desktop as FreeDesktop.org lays it out (Trash 1.0): the file in "files", where it came
+// from in "info".
 #include <fcntl.h>
 #include <limits.h>
 #include <stdio.h>
