@@ -153,7 +153,7 @@ class Formatter {
     if (argument.width > 4 && !c.wide) return false;
     // As in C, the letter decides about the sign; a narrow argument wraps at its own width.
     const bool asSigned = c.letter == 'd' || c.letter == 'i';
-    std::uint64_t bits = argument.asUnsigned;
+    std::uint64_t bits = argument.bits;
     if (argument.width <= 4) {
       const auto low = static_cast<std::uint32_t>(bits);
       bits = asSigned ? static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(low)}) : low;
@@ -178,13 +178,13 @@ class Formatter {
                        : c.letter == 'e' ? std::chars_format::scientific
                                          : std::chars_format::general;
     std::array<char, 512 + kWidthLimit> digits;  // the longest double has 309 digits before its point
-    const bool negative = std::signbit(argument.asReal);
-    const auto [end, error] = std::to_chars(digits.begin(), digits.end(), std::fabs(argument.asReal), style,
-                                            c.precision.value_or(6));
+    const bool negative = std::signbit(argument.real);
+    const auto [end, error] =
+        std::to_chars(digits.begin(), digits.end(), std::fabs(argument.real), style, c.precision.value_or(6));
     if (error != std::errc()) return false;
     const std::string_view sign = negative ? "-" : c.plus ? "+" : c.blank ? " " : "";
     Conversion padded = c;
-    if (!std::isfinite(argument.asReal)) padded.zeros = false;
+    if (!std::isfinite(argument.real)) padded.zeros = false;
     PutNumber(padded, {sign, {digits.begin(), end}}, 0);
     return true;
   }
@@ -217,8 +217,7 @@ class Formatter {
     }
     Conversion padded = c;
     padded.precision.reset();
-    const auto code =
-        argument.kind == Kind::Character ? argument.asCharacter : static_cast<char32_t>(argument.asUnsigned);
+    const std::uint64_t code = argument.bits;
     const auto character = static_cast<Ch>(code);
     if constexpr (std::is_same_v<Ch, char>) {
       // A 16-bit character takes several bytes; a single byte goes out as it is.
@@ -235,7 +234,7 @@ class Formatter {
   bool PutPointer(const Conversion& c, const FormatArgument& argument) {
     if (argument.kind != FormatArgument::Kind::Pointer) return false;
     std::array<char, 2 * sizeof(void*)> digits;
-    const auto address = reinterpret_cast<std::uintptr_t>(argument.asPointer);
+    const auto address = reinterpret_cast<std::uintptr_t>(argument.pointer);
     char* end = std::to_chars(digits.begin(), digits.end(), address, 16).ptr;
     std::transform(digits.begin(), end, digits.begin(), UpperHex);
     Conversion padded = c;

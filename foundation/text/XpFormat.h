@@ -18,14 +18,10 @@ struct FormatArgument {
   enum class Kind { Signed, Unsigned, Real, Character, Text, NarrowText, Pointer };
 
   Kind kind;
-  int width = 0;  // bytes of an integer or character argument
-  union {
-    std::int64_t asSigned;
-    std::uint64_t asUnsigned;
-    double asReal;
-    char32_t asCharacter;
-    const void* asPointer;
-  };
+  int width = 0;           // bytes of an integer or character argument
+  std::uint64_t bits = 0;  // of an integer, sign-extended, or of a character
+  double real = 0.0;
+  const void* pointer = nullptr;
   std::u16string_view text = {};
   std::string_view narrowText = {};
 };
@@ -35,32 +31,34 @@ FormatArgument PackArgument(const T& value) {
   using Kind = FormatArgument::Kind;
   using Plain = std::decay_t<T>;
   if constexpr (std::is_same_v<Plain, XpString>) {
-    return {.kind = Kind::Text, .asPointer = nullptr, .text = value.AsView()};
+    return {.kind = Kind::Text, .text = value.AsView()};
   } else if constexpr (std::is_same_v<Plain, XpNarrowString>) {
-    return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = value.AsView()};
+    return {.kind = Kind::NarrowText, .narrowText = value.AsView()};
   } else if constexpr (std::is_convertible_v<const T&, std::u16string_view>) {
     if constexpr (std::is_pointer_v<T>) {
-      if (value == nullptr) return {.kind = Kind::Text, .asPointer = nullptr, .text = u"(null)"};
+      if (value == nullptr) return {.kind = Kind::Text, .text = u"(null)"};
     }
-    return {.kind = Kind::Text, .asPointer = nullptr, .text = value};
+    return {.kind = Kind::Text, .text = value};
   } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
     if constexpr (std::is_pointer_v<T>) {
-      if (value == nullptr) return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = "(null)"};
+      if (value == nullptr) return {.kind = Kind::NarrowText, .narrowText = "(null)"};
     }
-    return {.kind = Kind::NarrowText, .asPointer = nullptr, .narrowText = value};
+    return {.kind = Kind::NarrowText, .narrowText = value};
   } else if constexpr (std::is_same_v<Plain, char> || std::is_same_v<Plain, char16_t>) {
-    return {.kind = Kind::Character, .width = sizeof(value), .asCharacter = static_cast<char32_t>(value)};
+    return {.kind = Kind::Character, .width = sizeof(value), .bits = static_cast<std::uint64_t>(value)};
   } else if constexpr (std::is_pointer_v<Plain>) {
-    return {.kind = Kind::Pointer, .asPointer = value};
+    return {.kind = Kind::Pointer, .pointer = value};
   } else if constexpr (std::is_floating_point_v<Plain>) {
-    return {.kind = Kind::Real, .asReal = static_cast<double>(value)};
+    return {.kind = Kind::Real, .real = static_cast<double>(value)};
   } else if constexpr (std::is_enum_v<Plain>) {
     return PackArgument(static_cast<std::underlying_type_t<Plain>>(value));
   } else if constexpr (std::is_signed_v<Plain>) {
-    return {.kind = Kind::Signed, .width = sizeof(value), .asSigned = value};
+    return {.kind = Kind::Signed,
+            .width = sizeof(value),
+            .bits = static_cast<std::uint64_t>(std::int64_t{value})};
   } else {
     static_assert(std::is_unsigned_v<Plain>, "no conversion takes an argument of this type");
-    return {.kind = Kind::Unsigned, .width = sizeof(value), .asUnsigned = value};
+    return {.kind = Kind::Unsigned, .width = sizeof(value), .bits = value};
   }
 }
 

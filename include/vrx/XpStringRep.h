@@ -53,9 +53,6 @@ struct XpStringRep {
     return this;
   }
 
-#pragma GCC diagnostic push
-// The compiler cannot see that the immortal block never gets as far as the delete.
-#pragma GCC diagnostic ignored "-Wfree-nonheap-object"
   void Release() noexcept {
     // The count tells the empty text of another library too; the address lets the compiler see that this one
     // is never deleted.
@@ -64,7 +61,6 @@ struct XpStringRep {
     std::free(buffer);
     delete this;
   }
-#pragma GCC diagnostic pop
 
   /// Makes the buffer of an unshared block fit `wantedLength`: it grows when too small and shrinks when a
   /// long buffer is less than half used.
