@@ -152,7 +152,7 @@ Result FileVideoSource::StartFromBeginning() {
 }
 
 void FileVideoSource::Rest() {
-  avcodec_flush_buffers(m_codec.get());
+  m_codec.reset();
   ForgetPictures();
   m_fresh = false;
 }
