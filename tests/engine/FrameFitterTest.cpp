@@ -123,26 +123,45 @@ FramePtr Uniform(AVPixelFormat format, std::array<int, 3> samples, AVColorSpace 
   return frame;
 }
 
+struct Orange {
+  static constexpr double kRed = 200, kGreen = 100, kBlue = 40;
+};
+
+/// The samples of a saturated orange with the given matrix, range and depth.
+std::array<int, 3> OrangeIn(double kr, double kb, bool fullRange, int depth) {
+  const double y = kr * Orange::kRed + (1 - kr - kb) * Orange::kGreen + kb * Orange::kBlue;
+  const double scale = 1 << (depth - 8);
+  const double luma = fullRange ? y : 16 + y * 219 / 255;
+  const double gain = fullRange ? 1 : 224.0 / 255;
+  const double u = 128 + (Orange::kBlue - y) / (2 * (1 - kb)) * gain;
+  const double v = 128 + (Orange::kRed - y) / (2 * (1 - kr)) * gain;
+  return {static_cast<int>(luma * scale + 0.5), static_cast<int>(u * scale + 0.5),
+          static_cast<int>(v * scale + 0.5)};
+}
+
 TEST(FrameFitter, BringsEveryMatrixAndRangeToTheMovies) {
-  // A saturated orange (200, 100, 40), coded in different ways, always into BT.709 with limited range.
+  const auto bt709 = [](bool full, int depth = 8) { return OrangeIn(0.2126, 0.0722, full, depth); };
+  const auto bt601 = [](bool full) { return OrangeIn(0.299, 0.114, full, 8); };
   const FramePtr sources[] = {
-      Uniform(AV_PIX_FMT_YUV420P, {107, 93, 172}, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG),
-      Uniform(AV_PIX_FMT_YUV420P, {121, 86, 179}, AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG),
-      Uniform(AV_PIX_FMT_YUVJ420P, {123, 81, 183}, AVCOL_SPC_SMPTE170M, AVCOL_RANGE_UNSPECIFIED),
-      Uniform(AV_PIX_FMT_YUV444P, {117, 86, 181}, AVCOL_SPC_BT709, AVCOL_RANGE_JPEG),
-      Uniform(AV_PIX_FMT_YUV422P10LE, {118 * 4, 90 * 4, 180 * 4}, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG),
+      Uniform(AV_PIX_FMT_YUV420P, bt709(false), AVCOL_SPC_BT709, AVCOL_RANGE_MPEG),
+      Uniform(AV_PIX_FMT_YUV420P, bt601(false), AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG),
+      Uniform(AV_PIX_FMT_YUVJ420P, bt601(true), AVCOL_SPC_SMPTE170M, AVCOL_RANGE_UNSPECIFIED),
+      Uniform(AV_PIX_FMT_YUV420P, bt601(false), AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED),
+      Uniform(AV_PIX_FMT_YUV444P, bt709(true), AVCOL_SPC_BT709, AVCOL_RANGE_JPEG),
+      Uniform(AV_PIX_FMT_YUV422P10LE, bt709(false, 10), AVCOL_SPC_BT709, AVCOL_RANGE_MPEG),
       Uniform(AV_PIX_FMT_GBRP, {100, 40, 200}, AVCOL_SPC_RGB, AVCOL_RANGE_JPEG),
   };
-  const std::array<std::array<int, 3>, 6> expected{
-      {{107, 93, 172}, {118, 90, 177}, {118, 90, 177}, {117, 91, 175}, {118, 90, 180}, {117, 91, 174}}};
-  for (std::size_t i = 0; i < std::size(sources); ++i) {
-    FrameFitter fitter(720, 720);
-    FramePtr fitted;
-    ASSERT_EQ(fitter.Fit(*sources[i], Orientation{}, fitted), kOk);
-    for (std::size_t plane = 0; plane < 3; ++plane) {
-      const int middle = plane == 0 ? 360 : 180;
-      EXPECT_NEAR(fitted->data[plane][middle * fitted->linesize[plane] + middle], expected[i][plane], 3)
-          << "source " << i << " plane " << plane;
+  for (const int size : {720, 480}) {
+    const std::array<int, 3> expected = size == 720 ? bt709(false) : bt601(false);
+    for (std::size_t i = 0; i < std::size(sources); ++i) {
+      FrameFitter fitter(size, size);
+      FramePtr fitted;
+      ASSERT_EQ(fitter.Fit(*sources[i], Orientation{}, fitted), kOk);
+      for (std::size_t plane = 0; plane < 3; ++plane) {
+        const int middle = plane == 0 ? size / 2 : size / 4;
+        EXPECT_NEAR(fitted->data[plane][middle * fitted->linesize[plane] + middle], expected[plane], 2)
+            << "source " << i << " plane " << plane << " to " << size;
+      }
     }
   }
 }
