@@ -8,6 +8,14 @@ extern "C" {
 
 #include "engine/AvPointers.h"
 
+#if defined(__SANITIZE_THREAD__)
+// The codec libraries are not instrumented, so that their own atomics look like races.
+extern "C" const char* __tsan_default_suppressions();
+extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions() {
+  return "race:libavcodec.so\nrace:libavformat.so\nrace:libavutil.so\nrace:libswscale.so\nrace:libx264.so\n";
+}
+#endif
+
 namespace vrx::engine::test {
 namespace {
 
