@@ -41,7 +41,7 @@ void BgrToPlanar(BgrRows rows, OutputMatrix matrix, const PlanarPicture& picture
 /// is.
 void ChangedBgrToPlanar(BgrRows rows, BgrRows before, OutputMatrix matrix, const PlanarPicture& picture);
 
-/// Whether the first `count` pixels of the two rows differ in a colour.
-bool RowsDiffer(const std::uint32_t* a, const std::uint32_t* b, int count);
+/// Gathers the bits in which the colours of two rows differ, pixel by pixel, into `changes`.
+void GatherChanges(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes);
 
 }  // namespace vrx::engine

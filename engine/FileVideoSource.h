@@ -31,7 +31,7 @@ class FileVideoSource {
   Result FrameAt(const ExactTime& time, const AVFrame*& frame);
   /// Changes with every other frame that FrameAt gives.
   std::uint64_t serial() const { return m_serial; }
-  /// Gives the decoder's pictures back while the source is not needed.
+  /// Gives the decoder and its pictures back while the source is not needed; the next FrameAt gets a new one.
   void Rest();
 
  private:

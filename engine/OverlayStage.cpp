@@ -27,6 +27,7 @@ OverlayStage::OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vec
   if (m_spans.empty()) return;
   m_buffer.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
   m_strip.resize(static_cast<std::size_t>(width) * kBlock);
+  m_changes.resize(static_cast<std::size_t>(width));
 }
 
 void OverlayStage::Apply(std::int64_t number, FramePtr& frame) {
@@ -49,32 +50,40 @@ const OverlaySpan* OverlayStage::SpanOf(std::int64_t number) {
 void OverlayStage::TakeOver(FramePtr& frame) {
   bool writable = false;
   for (int top = 0; top < m_height; top += kBlock) {
-    if (TakeOverStrip(top, writable, frame) != 0) writable = true;
+    if (TakeOverStrip(top, writable, frame)) writable = true;
   }
 }
 
 /// Compares the rows from `top` on with the frame, which is converted once more for that: cheaper than a copy
-/// of the whole picture, since a strip stays in the cache. Returns the number of changed blocks.
-int OverlayStage::TakeOverStrip(int top, bool writable, FramePtr& frame) {
+/// of the whole picture, since a strip stays in the cache. Returns whether something was
+/// taken over.
+bool OverlayStage::TakeOverStrip(int top, bool writable, FramePtr& frame) {
   const int rows = std::min(kBlock, m_height - top);
   const BgrRows before{m_strip.data(), m_width};
   PlanarToBgr(PlanarPicture::Of(*frame).Part(0, top, m_width, rows), m_matrix, before);
   const BgrRows after{m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1 - top) * m_width, -m_width};
-  int changedBlocks = 0;
-  for (int x = 0; x < m_width; x += kBlock) {
-    const int columns = std::min(kBlock, m_width - x);
-    bool changed = false;
-    for (int row = 0; row < rows && !changed; ++row) {
-      changed = RowsDiffer(after.top + row * after.stride + x, before.top + row * before.stride + x, columns);
-    }
-    if (!changed) continue;
-    ++changedBlocks;
-    if (!writable) MakeWritable(frame);
-    writable = true;
-    ChangedBgrToPlanar({after.top + x, after.stride}, {before.top + x, before.stride}, m_matrix,
-                       PlanarPicture::Of(*frame).Part(x, top, columns, rows));
+  std::fill(m_changes.begin(), m_changes.end(), 0);
+  for (int row = 0; row < rows; ++row) {
+    GatherChanges(after.top + row * after.stride, before.top + row * before.stride, m_width,
+                  m_changes.data());
   }
-  return changedBlocks;
+  const auto changed = [&](int x) {
+    const auto* block = m_changes.data() + x;
+    return std::any_of(block, block + std::min(kBlock, m_width - x),
+                       [](std::uint32_t bits) { return bits != 0; });
+  };
+  bool any = false;
+  for (int x = 0; x < m_width; x += kBlock) {
+    const int first = x;
+    // Neighbours go together: long rows convert faster.
+    while (x < m_width && changed(x)) x += kBlock;
+    if (x == first) continue;
+    if (!writable && !any) MakeWritable(frame);
+    any = true;
+    ChangedBgrToPlanar({after.top + first, after.stride}, {before.top + first, before.stride}, m_matrix,
+                       PlanarPicture::Of(*frame).Part(first, top, std::min(x, m_width) - first, rows));
+  }
+  return any;
 }
 
 /// Other frames may still be predicted from a decoder's picture, and a picture on hold comes again.

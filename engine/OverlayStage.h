@@ -26,7 +26,7 @@ class OverlayStage {
  private:
   const OverlaySpan* SpanOf(std::int64_t number);
   void TakeOver(FramePtr& frame);
-  int TakeOverStrip(int top, bool writable, FramePtr& frame);
+  bool TakeOverStrip(int top, bool writable, FramePtr& frame);
   void MakeWritable(FramePtr& frame);
 
   IVRXIntermediateRawOutputCallback* m_callback;
@@ -35,8 +35,9 @@ class OverlayStage {
   int m_width;
   int m_height;
   OutputMatrix m_matrix;
-  std::vector<std::uint32_t> m_buffer;  // the callback's picture, bottom row first
-  std::vector<std::uint32_t> m_strip;   // some rows of the frame as they were before the callback
+  std::vector<std::uint32_t> m_buffer;   // the callback's picture, bottom row first
+  std::vector<std::uint32_t> m_strip;    // some rows of the frame as they were before the callback
+  std::vector<std::uint32_t> m_changes;  // differing bits of the strip's columns
   FramePool m_frames;
 };
 

@@ -75,8 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "x264-params=open-gop=1:keyint=20:min-keyint=20", 3, 20, 0},
                     SourceCase{"TsMpeg2", "mpegts", "mpeg2video", "", 2, 15, 0},
                     SourceCase{"Matroska", "matroska", "libx264", "", 3, 50, 0},
-                    SourceCase{"Mp4TenBit", "mp4", "libx265", "x265-params=log-level=none", 2, 25,
-                               AV_PIX_FMT_YUV420P10LE},
+                    SourceCase{"Mp4TenBit", "mp4", "libx264", "", 2, 25, AV_PIX_FMT_YUV420P10LE},
                     SourceCase{"AviIntra", "avi", "mjpeg", "", 0, 1, AV_PIX_FMT_YUVJ420P},
                     SourceCase{"RawStream", "h264", "libx264", "", 0, 25, 0}),
     [](const auto& kind) { return std::string(kind.param.name); });

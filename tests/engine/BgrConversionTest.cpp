@@ -1,0 +1,154 @@
+// Overlays keep their colours, and the picture beside them keeps its samples.
+#include "engine/BgrConversion.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vrx::engine {
+namespace {
+
+struct Planes {
+  Planes(int w, int h, std::mt19937& random) : width(w), height(h) {
+    const auto fill = [&](std::vector<std::uint8_t>& plane, int columns, int rows) {
+      plane.resize(static_cast<std::size_t>(columns * rows));
+      for (auto& sample : plane) sample = static_cast<std::uint8_t>(16 + random() % 220);
+    };
+    fill(y, w, h);
+    fill(u, (w + 1) / 2, (h + 1) / 2);
+    fill(v, (w + 1) / 2, (h + 1) / 2);
+  }
+  PlanarPicture View() { return {y.data(), u.data(), v.data(), width, (width + 1) / 2, width, height}; }
+  bool operator==(const Planes&) const = default;
+
+  int width, height;
+  std::vector<std::uint8_t> y, u, v;
+};
+
+struct Colour {
+  double r = 0, g = 0, b = 0;
+};
+
+Colour ColourOf(std::uint32_t pixel) {
+  return {double(pixel >> 16 & 0xFF), double(pixel >> 8 & 0xFF), double(pixel & 0xFF)};
+}
+
+/// Limited-range samples by the defining equations, unrounded.
+std::array<double, 3> Reference(const Colour& c, OutputMatrix matrix) {
+  const double kr = matrix == OutputMatrix::kBt709 ? 0.2126 : 0.299;
+  const double kb = matrix == OutputMatrix::kBt709 ? 0.0722 : 0.114;
+  const double y = kr * c.r + (1 - kr - kb) * c.g + kb * c.b;
+  return {16 + y * 219 / 255, 128 + (c.b - y) / (2 * (1 - kb)) * 224 / 255,
+          128 + (c.r - y) / (2 * (1 - kr)) * 224 / 255};
+}
+
+class Conversion : public testing::TestWithParam<OutputMatrix> {};
+
+TEST_P(Conversion, MatchesTheDefiningEquationsAtEverySize) {
+  std::mt19937 random(7);
+  for (const auto& [w, h] :
+       {std::pair{1, 1}, {1, 7}, {2, 2}, {7, 1}, {17, 5}, {64, 16}, {301, 5}, {33, 33}}) {
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(w * h));
+    for (auto& pixel : pixels) pixel = static_cast<std::uint32_t>(random());
+    Planes planes(w, h, random);
+    BgrToPlanar({pixels.data(), w}, GetParam(), planes.View());
+    const auto at = [&](int x, int y) {
+      return ColourOf(pixels[static_cast<std::size_t>(std::min(y, h - 1) * w + std::min(x, w - 1))]);
+    };
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) {
+        const std::string place = std::to_string(w) + "x" + std::to_string(h) + " at " + std::to_string(x) +
+                                  "," + std::to_string(y);
+        ASSERT_NEAR(planes.y[static_cast<std::size_t>(y * w + x)], Reference(at(x, y), GetParam())[0], 0.51)
+            << place;
+        if (x % 2 != 0 || y % 2 != 0) continue;
+        Colour mean;
+        for (const auto& [dx, dy] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}}) {
+          const Colour c = at(x + dx, y + dy);
+          mean = {mean.r + c.r / 4, mean.g + c.g / 4, mean.b + c.b / 4};
+        }
+        const auto chroma = static_cast<std::size_t>(y / 2 * ((w + 1) / 2) + x / 2);
+        ASSERT_NEAR(planes.u[chroma], Reference(mean, GetParam())[1], 0.51) << place;
+        ASSERT_NEAR(planes.v[chroma], Reference(mean, GetParam())[2], 0.51) << place;
+      }
+    }
+  }
+}
+
+TEST_P(Conversion, GreysAndTheirWayBackStayGrey) {
+  for (int grey = 0; grey < 256; ++grey) {
+    std::vector<std::uint32_t> pixels(4, 0x010101u * static_cast<std::uint32_t>(grey));
+    std::mt19937 random(1);
+    Planes planes(2, 2, random);
+    BgrToPlanar({pixels.data(), 2}, GetParam(), planes.View());
+    EXPECT_EQ(planes.u[0], 128);
+    EXPECT_EQ(planes.v[0], 128);
+    EXPECT_NEAR(planes.y[0], 16 + grey * 219 / 255.0, 0.51);
+    PlanarToBgr(planes.View(), GetParam(), {pixels.data(), 2});
+    for (const int shift : {0, 8, 16}) EXPECT_NEAR(static_cast<int>(pixels[0] >> shift & 0xFF), grey, 2);
+  }
+}
+
+TEST_P(Conversion, PureColoursComeBackAsTheyWere) {
+  for (const std::uint32_t colour : {0xFF0000u, 0x00FF00u, 0x0000FFu, 0xFFFF00u, 0xFFFFFFu, 0x000000u}) {
+    std::vector<std::uint32_t> pixels(16 * 16, colour);
+    std::mt19937 random(1);
+    Planes planes(16, 16, random);
+    BgrToPlanar({pixels.data(), 16}, GetParam(), planes.View());
+    // Bottom-up rows take the other way through the library.
+    PlanarToBgr(planes.View(), GetParam(), {pixels.data() + 15 * 16, -16});
+    for (const int shift : {0, 8, 16}) {
+      EXPECT_NEAR(static_cast<int>(pixels[37] >> shift & 0xFF), static_cast<int>(colour >> shift & 0xFF), 3)
+          << std::hex << colour;
+    }
+  }
+}
+
+TEST_P(Conversion, OnlyChangedPixelsReachThePicture) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 200; ++round) {
+    const int w = 1 + static_cast<int>(random() % 40), h = 1 + static_cast<int>(random() % 20);
+    Planes planes(w, h, random);
+    const Planes original = planes;
+    std::vector<std::uint32_t> before(static_cast<std::size_t>(w * h));
+    PlanarToBgr(planes.View(), GetParam(), {before.data(), w});
+    std::vector<std::uint32_t> after = before;
+    const int x0 = static_cast<int>(random()) % w, y0 = static_cast<int>(random()) % h;
+    const int left = std::abs(x0), top = std::abs(y0);
+    const int right = std::min(w, left + 1 + static_cast<int>(random() % 9)), bottom = std::min(h, top + 3);
+    for (int y = top; y < bottom; ++y) {
+      for (int x = left; x < right; ++x) after[static_cast<std::size_t>(y * w + x)] ^= 0x00402010;
+    }
+    for (auto& pixel : after) pixel &= 0x00FFFFFF;  // the fourth byte alone is no change
+    ChangedBgrToPlanar({after.data(), w}, {before.data(), w}, GetParam(), planes.View());
+    Planes all = original;
+    BgrToPlanar({after.data(), w}, GetParam(), all.View());
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) {
+        const bool in = x >= left && x < right && y >= top && y < bottom;
+        const auto luma = static_cast<std::size_t>(y * w + x);
+        ASSERT_EQ(planes.y[luma], (in ? all : original).y[luma]) << x << "," << y << " of " << w << "x" << h;
+        const bool touched =
+            x / 2 >= left / 2 && x / 2 <= (right - 1) / 2 && y / 2 >= top / 2 && y / 2 <= (bottom - 1) / 2;
+        const auto chroma = static_cast<std::size_t>(y / 2 * ((w + 1) / 2) + x / 2);
+        ASSERT_EQ(planes.u[chroma], (touched ? all : original).u[chroma])
+            << x << "," << y << " of " << w << "x" << h;
+        ASSERT_EQ(planes.v[chroma], (touched ? all : original).v[chroma])
+            << x << "," << y << " of " << w << "x" << h;
+      }
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, Conversion, testing::Values(OutputMatrix::kBt601, OutputMatrix::kBt709),
+                         [](const auto& matrix) {
+                           return std::string(matrix.param == OutputMatrix::kBt709 ? "Bt709" : "Bt601");
+                         });
+
+}  // namespace
+}  // namespace vrx::engine
