@@ -15,6 +15,7 @@ extern "C" {
 #include "engine/EngineResult.h"
 #include "engine/Sequence.h"
 #include "engine/SourceProbe.h"
+#include "engine/StillFrame.h"
 
 namespace vrx::engine {
 namespace {
@@ -46,6 +47,8 @@ std::shared_ptr<Engine> FindEngine(VRXHandle handle) {
 /// Nothing that is thrown inside may cross the border of the module.
 template <typename Action>
 Result Guarded(const char* function, Action action) {
+  // The host's terminal is no place for the libraries' own chatter; causes go through the engine's log.
+  av_log_set_level(AV_LOG_QUIET);
   try {
     return action();
   } catch (const std::bad_alloc&) {
@@ -59,8 +62,6 @@ Result Guarded(const char* function, Action action) {
 }
 
 Result CreateEngine(VRXHandle* handle) {
-  // The host's terminal is no place for the libraries' own chatter; causes go through the engine's log.
-  av_log_set_level(AV_LOG_QUIET);
   auto engine = std::make_shared<Engine>();
   EngineList& list = TheEngines();
   const std::lock_guard guard(list.lock);
@@ -156,4 +157,12 @@ void VRX_SetLogCallback(VRXLogFunction log, void* context) { engine::SetLogCallb
 std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe) {
   if (path == nullptr || probe == nullptr) return engine::kInvalidArgument;
   return engine::Guarded("VRX_ProbeSource", [&] { return engine::ProbeSource(path, *probe); });
+}
+
+std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output, std::uint64_t frame,
+                             void* buffer, std::uint32_t size) {
+  if (timeline == nullptr || output == nullptr || buffer == nullptr) return engine::kInvalidArgument;
+  const std::span pixels(static_cast<std::uint32_t*>(buffer), size / sizeof(std::uint32_t));
+  return engine::Guarded("VRX_RenderFrame",
+                         [&] { return engine::RenderStillFrame(*timeline, *output, frame, pixels); });
 }

@@ -19,3 +19,5 @@ VRX_ENGINE_EXPORT std::int32_t VRX_SetSTPVSetting(VRXHandle engine, const void* 
 VRX_ENGINE_EXPORT void VRX_SetLogCallback(VRXLogFunction log, void* context);
 /// VRXEngineOk with the facts in `probe`, or a result of EngineResult.h with the cause.
 VRX_ENGINE_EXPORT std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe);
+VRX_ENGINE_EXPORT std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output,
+                                               std::uint64_t frame, void* buffer, std::uint32_t size);

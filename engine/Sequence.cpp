@@ -2,13 +2,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <map>
 #include <new>
 #include <string>
 #include <utility>
 
 #include "engine/EngineLog.h"
-#include "engine/SourceFile.h"
+#include "engine/TimelineSources.h"
 
 namespace vrx::engine {
 namespace {
@@ -38,51 +37,14 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
     return result;
   if (const Result result = MakeOverlaySpans(output, video.frameDuration, m_spans); result != kOk)
     return result;
-  if (const Result result = CheckSources(); result != kOk) return result;
-  if (const Result result = CountFrames(); result != kOk) return result;
+  if (const Result result = MeasureSources(video.frameDuration, m_timeline, m_total); result != kOk) {
+    return result;
+  }
   if (const Result result = OpenTracks(); result != kOk) return result;
   m_callback = output.rawOutput;
   m_overlay = std::make_unique<OverlayStage>(m_callback, std::move(m_spans), video.width, video.height);
   m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
   return OpenOutput();
-}
-
-/// Opens each file once, however many clips come from it, and measures those that are wanted whole.
-Result Sequence::CheckSources() {
-  const std::atomic<bool> never = false;
-  std::map<std::string, std::int64_t> lengths;  // frames by path; 0 while nobody asked
-  for (VideoClip& clip : m_timeline.video) {
-    if (clip.rawInput != nullptr) {
-      if (const Result result = BasebandVideoSource::Check(*clip.rawInput); result != kOk) return result;
-      continue;
-    }
-    const auto [entry, isNew] = lengths.try_emplace(clip.path, 0);
-    const bool measure = clip.wholeSource && entry->second == 0;
-    if (isNew || measure) {
-      std::unique_ptr<SourceFile> file;
-      const Result opened = SourceFile::Open(clip.path, SourceFile::Purpose::kCheck, never, file);
-      if (opened != kOk) return opened;
-      if (measure) {
-        const Result counted = file->CountFrames(m_output.video.frameDuration, entry->second);
-        if (counted != kOk) return counted;
-      }
-    }
-    if (clip.wholeSource) clip.frameCount = entry->second;
-  }
-  return kOk;
-}
-
-Result Sequence::CountFrames() {
-  for (const VideoClip& clip : m_timeline.video) {
-    if (clip.frameCount > kMaxMovieFrames - m_total) {
-      Log(VRXLogError, "the movie would be longer than 2147483647 frames");
-      return kUnusableSettings;
-    }
-    m_total += clip.frameCount;
-  }
-  if (m_total > 0) return kOk;
-  Log(VRXLogError, "the timeline has no frame");
-  return kUnusableSettings;
 }
 
 Result Sequence::OpenTracks() {

@@ -37,8 +37,6 @@ class Sequence final : public IVRXSequence {
  private:
   Sequence() = default;
   Result Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output);
-  Result CheckSources();
-  Result CountFrames();
   Result OpenTracks();
   Result OpenOutput();
   Result DoSlice(const bool* endFlag);

@@ -89,6 +89,11 @@ struct VRXSourceProbe {
 };
 using VRX_ProbeSourceFunction = std::int32_t (*)(const char16_t* path, VRXSourceProbe* probe);
 
+/// A third extra: frame `frame` of the movie as packed bottom-up rows of 4-byte BGR, `size` bytes at most, with
+/// the overlay callback's drawing on it and without rendering the frames before.
+using VRX_RenderFrameFunction = std::int32_t (*)(VRXTimeline* timeline, VRXSystemOutputSetting* output,
+                                                 std::uint64_t frame, void* buffer, std::uint32_t size);
+
 #if UINTPTR_MAX == UINT32_MAX
 #include "vrx/VRXEngineLayout.h"  // IWYU pragma: keep
 #endif

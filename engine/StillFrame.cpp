@@ -1,0 +1,76 @@
+#include "engine/StillFrame.h"
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "engine/BasebandVideoSource.h"
+#include "engine/BgrConversion.h"
+#include "engine/EngineLog.h"
+#include "engine/FileVideoSource.h"
+#include "engine/FrameFitter.h"
+#include "engine/OutputPlan.h"
+#include "engine/TimelinePlan.h"
+#include "engine/TimelineSources.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr std::uint32_t kPixelBytes = 4;
+
+Result FrameOfClip(const VideoClip& clip, std::int64_t index, const VideoPlan& video, FramePtr& frame) {
+  if (clip.rawInput != nullptr) {
+    BasebandVideoSource source(video.width, video.height);
+    return source.FrameOf(*clip.rawInput, clip.firstRawFrame + static_cast<std::uint64_t>(index), frame);
+  }
+  const std::atomic<bool> never = false;
+  std::unique_ptr<FileVideoSource> source;
+  if (const Result result = FileVideoSource::Open(clip.path, never, source); result != kOk) return result;
+  source->BeginClip();
+  const AVFrame* shown = nullptr;
+  const Result result = source->FrameAt(SourceTimeOfFrame(clip, index, video.frameDuration), shown);
+  if (result != kOk) return result;
+  return FrameFitter(video.width, video.height).Fit(*shown, source->orientation(), frame);
+}
+
+Result FrameOfMovie(const TimelinePlan& plan, std::int64_t number, const VideoPlan& video, FramePtr& frame) {
+  for (const VideoClip& clip : plan.video) {
+    if (number < clip.frameCount) return FrameOfClip(clip, number, video, frame);
+    number -= clip.frameCount;
+  }
+  return kInvalidArgument;
+}
+
+}  // namespace
+
+Result RenderStillFrame(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
+                        std::uint64_t number, std::span<std::uint32_t> pixels) {
+  OutputPlan outputPlan;
+  if (const Result result = MakeOutputPlan(output, outputPlan); result != kOk) return result;
+  const VideoPlan& video = outputPlan.video;
+  TimelinePlan plan;
+  if (const Result result = MakeTimelinePlan(timeline, video.frameDuration, plan); result != kOk)
+    return result;
+  std::vector<OverlaySpan> spans;
+  if (const Result result = MakeOverlaySpans(output, video.frameDuration, spans); result != kOk)
+    return result;
+  std::int64_t total = 0;
+  if (const Result result = MeasureSources(video.frameDuration, plan, total); result != kOk) return result;
+  const auto count = static_cast<std::size_t>(video.width) * static_cast<std::size_t>(video.height);
+  if (number >= static_cast<std::uint64_t>(total) || pixels.size() < count) return kInvalidArgument;
+
+  FramePtr frame;
+  const auto index = static_cast<std::int64_t>(number);
+  if (const Result result = FrameOfMovie(plan, index, video, frame); result != kOk) return result;
+  const BgrRows bottomUp{pixels.data() + static_cast<std::ptrdiff_t>(video.height - 1) * video.width,
+                         -video.width};
+  PlanarToBgr(PlanarPicture::Of(*frame), MatrixOfHeight(video.height), bottomUp);
+  for (const OverlaySpan& span : spans) {
+    if (index < span.first || index > span.last) continue;
+    output.rawOutput->ProcessFrame(number, pixels.data(), static_cast<std::uint32_t>(count * kPixelBytes),
+                                   span.stage, span.format);
+  }
+  return kOk;
+}
+
+}  // namespace vrx::engine

@@ -1,0 +1,60 @@
+#include "engine/TimelineSources.h"
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "engine/BasebandVideoSource.h"
+#include "engine/EngineLog.h"
+#include "engine/SourceFile.h"
+
+namespace vrx::engine {
+namespace {
+
+Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
+  const std::atomic<bool> never = false;
+  std::map<std::string, std::int64_t> lengths;  // frames by path; 0 while nobody asked
+  for (VideoClip& clip : plan.video) {
+    if (clip.rawInput != nullptr) {
+      if (const Result result = BasebandVideoSource::Check(*clip.rawInput); result != kOk) return result;
+      continue;
+    }
+    const auto [entry, isNew] = lengths.try_emplace(clip.path, 0);
+    const bool measure = clip.wholeSource && entry->second == 0;
+    if (isNew || measure) {
+      std::unique_ptr<SourceFile> file;
+      const Result opened = SourceFile::Open(clip.path, SourceFile::Purpose::kCheck, never, file);
+      if (opened != kOk) return opened;
+      if (measure) {
+        const Result counted = file->CountFrames(duration, entry->second);
+        if (counted != kOk) return counted;
+      }
+    }
+    if (clip.wholeSource) clip.frameCount = entry->second;
+  }
+  return kOk;
+}
+
+Result CountFrames(const TimelinePlan& plan, std::int64_t& totalFrames) {
+  totalFrames = 0;
+  for (const VideoClip& clip : plan.video) {
+    if (clip.frameCount > kMaxMovieFrames - totalFrames) {
+      Log(VRXLogError, "the movie would be longer than 2147483647 frames");
+      return kUnusableSettings;
+    }
+    totalFrames += clip.frameCount;
+  }
+  if (totalFrames > 0) return kOk;
+  Log(VRXLogError, "the timeline has no frame");
+  return kUnusableSettings;
+}
+
+}  // namespace
+
+Result MeasureSources(FrameDuration duration, TimelinePlan& plan, std::int64_t& totalFrames) {
+  if (const Result result = CheckSources(duration, plan); result != kOk) return result;
+  return CountFrames(plan, totalFrames);
+}
+
+}  // namespace vrx::engine
