@@ -1,0 +1,34 @@
+// The fonts of one text renderer: a font map of its own, so that renderers share nothing, and the fonts that
+// were asked for last. Not locked; the renderer is.
+#pragma once
+
+#include "drawing/LruCache.h"
+#include "drawing/TextRenderer.h"
+#include "drawing/pango/PangoHandles.h"
+
+namespace vrx::drawing {
+
+class PangoFonts {
+ public:
+  PangoFonts();
+
+  struct Entry {
+    Font font;
+    PangoOwned<PangoFontDescription> description;  // with the em size set
+    double emPixels;
+  };
+  /// The entry is valid until the next call.
+  const Entry& Resolve(const Font& font);
+  /// Lays out with or without smoothing.
+  PangoContext* GetContext(bool smooth) { return smooth ? m_smooth.get() : m_unsmoothed.get(); }
+
+ private:
+  double EmOfLineHeight(const PangoFontDescription* description, std::int32_t lineHeight);
+
+  PangoOwned<PangoFontMap> m_map;
+  PangoOwned<PangoContext> m_smooth;
+  PangoOwned<PangoContext> m_unsmoothed;
+  LruCache<Entry> m_entries;
+};
+
+}  // namespace vrx::drawing
