@@ -1,5 +1,5 @@
-// Conversion of computed numbers to integers that never leaves the integer's range. Used wherever times and sizes
-// from documents become counts.
+// Conversion of computed numbers to integers that never leaves the integer's range. Used wherever times and
+// sizes from documents become counts.
 #pragma once
 
 #include <cstdint>

@@ -49,7 +49,8 @@ void BlendBgraRow(unsigned char* dest, const unsigned char* source, std::size_t 
   for (; x < count; ++x) BlendPixel(dest + x * kBgra, source + x * kBgra);
 }
 
-void BlendAnyRow(unsigned char* dest, std::size_t pixelBytes, const unsigned char* source, std::size_t count) {
+void BlendAnyRow(unsigned char* dest, std::size_t pixelBytes, const unsigned char* source,
+                 std::size_t count) {
   for (std::size_t x = 0; x < count; ++x) {
     const unsigned char* from = source + x * kBgra;
     if (from[kColors] != 0) BlendPixel(dest + x * pixelBytes, from);

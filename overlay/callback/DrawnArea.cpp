@@ -13,8 +13,8 @@ constexpr std::uint32_t kAnyByte = 0xFFFFFFFFu;
 constexpr std::size_t kPixelBytes = 4;
 
 bool IsClear(const unsigned char* row, std::int32_t first, std::int32_t last) {
-  return pixels::AreClear(row + static_cast<std::size_t>(first) * kPixelBytes, static_cast<std::size_t>(last - first),
-                          kAnyByte);
+  return pixels::AreClear(row + static_cast<std::size_t>(first) * kPixelBytes,
+                          static_cast<std::size_t>(last - first), kAnyByte);
 }
 
 DrawnArea::Span FindSpan(const unsigned char* row, std::int32_t width) {

@@ -1,5 +1,5 @@
-// Which pixels of an overlay picture hold anything, row by row, so that blending and clearing touch no others. Used
-// by the frame callback.
+// Which pixels of an overlay picture hold anything, row by row, so that blending and clearing touch no
+// others. Used by the frame callback.
 #pragma once
 
 #include <cstdint>

@@ -43,7 +43,8 @@ void SegmentClock::Enter(double time, double start, std::int32_t& videoId) {
   while (m_cursor < m_segments.size() && m_segments[m_cursor].endTime + start <= time) ++m_cursor;
   const bool isBehind = m_cursor == m_segments.size();
   const SlowInfoRecord& segment = isBehind ? m_segments.back() : m_segments[m_cursor];
-  m_position = isBehind ? PositionBehind(segment, time, start, m_position) : PositionInside(segment, time, start);
+  m_position =
+      isBehind ? PositionBehind(segment, time, start, m_position) : PositionInside(segment, time, start);
   videoId = segment.videoId;
 }
 
@@ -58,7 +59,8 @@ double VRXGPSTimeGenerate::PositionBehind(const SlowInfoRecord& last, double tim
   return position + (time - last.endTime - start);
 }
 
-double VRXTennisMetaTimeGenerate::PositionInside(const SlowInfoRecord& segment, double time, double start) const {
+double VRXTennisMetaTimeGenerate::PositionInside(const SlowInfoRecord& segment, double time,
+                                                 double start) const {
   return segment.sourceTime + (time - start - segment.startTime) * segment.speed;
 }
 

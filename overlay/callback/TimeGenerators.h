@@ -1,5 +1,5 @@
-// From the engine's frame number to the time that each kind of overlay shows. The clocks of GPS logs and tennis data
-// follow the speed segments of the movie; captions run on the movie's own time.
+// From the engine's frame number to the time that each kind of overlay shows. The clocks of GPS logs and
+// tennis data follow the speed segments of the movie; captions run on the movie's own time.
 #pragma once
 
 #include <cstdint>
@@ -48,7 +48,8 @@ class SegmentClock {
   /// Position at `time` inside the segment that a frame has just entered.
   virtual double PositionInside(const SlowInfoRecord& segment, double time, double start) const = 0;
   /// Position at `time` behind the last segment, `position` being the running one.
-  virtual double PositionBehind(const SlowInfoRecord& last, double time, double start, double position) const = 0;
+  virtual double PositionBehind(const SlowInfoRecord& last, double time, double start,
+                                double position) const = 0;
 
   void Enter(double time, double start, std::int32_t& videoId);
 
@@ -76,7 +77,8 @@ class VRXGPSTimeGenerate final : public vrx::overlay::SegmentClock {
 
  private:
   double PositionInside(const SlowInfoRecord& segment, double time, double start) const override;
-  double PositionBehind(const SlowInfoRecord& last, double time, double start, double position) const override;
+  double PositionBehind(const SlowInfoRecord& last, double time, double start,
+                        double position) const override;
 
   bool m_countsTrimmed = false;
 };
@@ -91,7 +93,8 @@ class VRXTennisMetaTimeGenerate final : public vrx::overlay::SegmentClock {
 
  private:
   double PositionInside(const SlowInfoRecord& segment, double time, double start) const override;
-  double PositionBehind(const SlowInfoRecord& last, double time, double start, double position) const override;
+  double PositionBehind(const SlowInfoRecord& last, double time, double start,
+                        double position) const override;
 };
 
 class VRXCaptionTimeGenerate final {

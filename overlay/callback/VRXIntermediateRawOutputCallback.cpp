@@ -19,10 +19,10 @@ bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* b
   if (stage != kStage || format != kFormat || m_context.info == nullptr) return false;
   const PainterInfo& info = *m_context.info;
   const DrawSpan span{info.templateInfo.drawStartTime, info.templateInfo.drawEndTime};
-  PainterTimes times{.gpsMs = SegmentClock::kNoTime,
-                     .tennisMs = SegmentClock::kNoTime,
-                     .captionMs = SegmentClock::kNoTime};
-  if (info.templateInfo.valid) times.gpsMs = m_gpsTime.Generate(frame, times.videoId, m_context.frameLength, span);
+  PainterTimes times{
+      .gpsMs = SegmentClock::kNoTime, .tennisMs = SegmentClock::kNoTime, .captionMs = SegmentClock::kNoTime};
+  if (info.templateInfo.valid)
+    times.gpsMs = m_gpsTime.Generate(frame, times.videoId, m_context.frameLength, span);
   if (info.tennisMetaInfo.valid) times.tennisMs = m_tennisTime.Generate(frame, m_context.frameLength, span);
   if (info.captionInfo.valid) times.captionMs = m_captionTime.Generate(frame, m_context.frameLength);
   if (times.gpsMs < 0 && times.tennisMs < 0 && times.captionMs < 0) return true;

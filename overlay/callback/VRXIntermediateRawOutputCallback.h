@@ -1,5 +1,5 @@
-// Takes each frame of the overlay ranges from the engine, has the painters draw that moment's overlays and lays
-// them over the frame in place. The manager makes one for each project.
+// Takes each frame of the overlay ranges from the engine, has the painters draw that moment's overlays and
+// lays them over the frame in place. The manager makes one for each project.
 #pragma once
 
 #include <cstdint>
@@ -34,8 +34,8 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   /// Called before a render; its frames then come in rising order.
   void ResetTimeGenerators(std::span<const SlowInfoRecord> records);
 
-  /// True when the frame was handled, which may mean left as it is. Frames whose painters report the content of
-  /// the frame before are blended from the picture that is there.
+  /// True when the frame was handled, which may mean left as it is. Frames whose painters report the content
+  /// of the frame before are blended from the picture that is there.
   bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                     std::int32_t format) override;
 

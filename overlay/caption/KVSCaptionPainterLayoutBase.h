@@ -15,8 +15,8 @@ class KVSCaptionPainterLayoutBase {
   KVSCaptionPainterLayoutBase& operator=(const KVSCaptionPainterLayoutBase&) = delete;
   virtual ~KVSCaptionPainterLayoutBase() = default;
 
-  /// A font of regular weight with an em of `size` pixels; 0 is the system's usual height, and a negative size is a
-  /// line height. Owned by the layout.
+  /// A font of regular weight with an em of `size` pixels; 0 is the system's usual height, and a negative
+  /// size is a line height. Owned by the layout.
   const vrx::drawing::Font& SetFont(const XpString& face, std::int32_t size);
 
   std::int32_t layoutKind;  // kept; nothing depends on it

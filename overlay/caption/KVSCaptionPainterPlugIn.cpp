@@ -84,7 +84,8 @@ void KVSCaptionPainterPlugIn::SetOutputSize(std::int32_t width, std::int32_t hei
   m_layout->height = height;
 }
 
-const CaptionItem* KVSCaptionPainterPlugIn::SelectCaption(std::int64_t captionMs, std::int32_t videoId) const {
+const CaptionItem* KVSCaptionPainterPlugIn::SelectCaption(std::int64_t captionMs,
+                                                          std::int32_t videoId) const {
   for (const CaptionItem& caption : m_captions) {
     if (!m_saveMovieMode && caption.videoId != videoId) continue;
     if (caption.startMs <= captionMs && captionMs <= caption.endMs) return &caption;
@@ -111,9 +112,11 @@ bool KVSCaptionPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t /*tennis
   if (!holder) return false;
   const XpSingleLock lock(&m_lock);
   XpPixmap32& target = *holder;
-  if (target.width != m_outputWidth || target.height != m_outputHeight) SetOutputSize(target.width, target.height);
+  if (target.width != m_outputWidth || target.height != m_outputHeight)
+    SetOutputSize(target.width, target.height);
   const CaptionItem* caption = SelectCaption(captionMs, m_currentVideoId);
-  if (!m_layout || caption == nullptr || caption->text.IsEmpty() || !HasPlace(caption->layoutType)) return true;
+  if (!m_layout || caption == nullptr || caption->text.IsEmpty() || !HasPlace(caption->layoutType))
+    return true;
   // Without memory for the canvas the frame goes on without its caption.
   DrawCaption(*caption, target);
   return true;
@@ -144,7 +147,8 @@ bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32
                            kSaveModeShadowAlpha);
     PrepareCanvas();
   }
-  m_textRenderer.Draw(canvas, text, font, m_layout->textColor, Moved(place, -kShadowOffset, -kShadowOffset), format);
+  m_textRenderer.Draw(canvas, text, font, m_layout->textColor, Moved(place, -kShadowOffset, -kShadowOffset),
+                      format);
   OverlayPixmap(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight);
   return true;
 }

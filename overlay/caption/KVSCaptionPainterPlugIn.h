@@ -1,5 +1,5 @@
-// Writes the user's captions onto the movie: each is a block of text in one of nine places, with a dark shadow, for
-// a span of time.
+// Writes the user's captions onto the movie: each is a block of text in one of nine places, with a dark
+// shadow, for a span of time.
 #pragma once
 
 #include <memory>
@@ -12,8 +12,8 @@
 #include "overlay/document/CaptionItem.h"
 #include "overlay/painter/KVSPainterPlugInBase.h"
 
-/// Lays text out on a canvas of 1920 by 1080 and scales that into the frame less a margin of 10 pixels. Draws under
-/// a lock; the captions and the configuration must not change meanwhile.
+/// Lays text out on a canvas of 1920 by 1080 and scales that into the frame less a margin of 10 pixels. Draws
+/// under a lock; the captions and the configuration must not change meanwhile.
 class KVSCaptionPainterPlugIn final : public KVSPainterPlugInBase {
  public:
   /// The renderer must outlive the painter.

@@ -25,6 +25,7 @@ inline constexpr std::size_t kMaxCaptions = 200'000;
 
 }  // namespace vrx::overlay
 
-/// Appends one item for each <Caption>...</Caption>. A tag that a caption lacks keeps the value of the caption
-/// before. A caption without its closing tag ends the reading. Numbers beyond their field stay at its limit.
+/// Appends one item for each <Caption>...</Caption>. A tag that a caption lacks keeps the value of the
+/// caption before. A caption without its closing tag ends the reading. Numbers beyond their field stay at its
+/// limit.
 void ParseCaptionString(const XpString& text, std::vector<CaptionItem>& items);

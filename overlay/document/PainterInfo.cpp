@@ -14,7 +14,8 @@ void AdoptTemplate(const TemplateInfo& from, TemplateInfo& to) {
   to.drawStartTime = from.drawStartTime;
   to.drawEndTime = from.drawEndTime;
   to.logData = from.logData;
-  const bool isOff = to.scenarioType == TemplateInfo::kNoScenario || to.scenarioType == TemplateInfo::kScenarioOff;
+  const bool isOff =
+      to.scenarioType == TemplateInfo::kNoScenario || to.scenarioType == TemplateInfo::kScenarioOff;
   if (to.logData.empty() || isOff) to.valid = false;
 }
 

@@ -1,5 +1,5 @@
-// Everything that a painter document says about a movie's overlays, as plain records. The document's reader fills
-// it, the manager adopts it, every painter is configured from it.
+// Everything that a painter document says about a movie's overlays, as plain records. The document's reader
+// fills it, the manager adopts it, every painter is configured from it.
 #pragma once
 
 #include <cstdint>
@@ -35,8 +35,8 @@ struct PainterInfoBase {
 
 struct LogDataEntry {
   std::int32_t videoId = 0;
-  double startTime = 0.0;  // s
-  double endTime = 0.0;    // s
+  double startTime = 0.0;   // s
+  double endTime = 0.0;     // s
   XpString gpsLogFilePath;  // the movie whose sidecar holds the log, or the sidecar
   XpDateTime originalDateTime;
   double duration = 0.0;  // s
@@ -101,6 +101,6 @@ struct PainterInfo {
   ContentImageInfo contentImageInfo;
 };
 
-/// Takes what a render needs from the document's record into the manager's: the first 25 texts, and an overlay
-/// without anything to show is marked as not valid.
+/// Takes what a render needs from the document's record into the manager's: the first 25 texts, and an
+/// overlay without anything to show is marked as not valid.
 void AdoptPainterInfo(const PainterInfo& document, PainterInfo& record);

@@ -54,16 +54,16 @@ inline constexpr Key kTrimedShift{u"TrimedShift", XpIniType::Real};
 
 inline constexpr std::array kPainterInfoKeys{kCaptionInfo, kGeneralInfo, kTemplateInfo, kTennisMetaInfo};
 inline constexpr std::array kCaptionKeys{kCaptionString, kValid};
-inline constexpr std::array kGeneralKeys{
-    kExtendDataSpeed,        kExtendDataStartPos, kGpsUnitFromUser, kSaveMovieMode, kSlowInfoData,
-    kStartTimeMarginByAudio, kStringManager,      kSubVideoSize,    kVideoHeight,   kVideoLayoutType,
-    kVideoWidth};
-inline constexpr std::array kTemplateKeys{kValid,      kScenarioType,       kTemplateWidth, kTemplateHeight,
-                                          kLinkGPSLog, kDrawTrimmedOutArea, kDrawStartTime, kDrawEndTime,
-                                          kLogDataArray};
+inline constexpr std::array kGeneralKeys{kExtendDataSpeed, kExtendDataStartPos, kGpsUnitFromUser,
+                                         kSaveMovieMode,   kSlowInfoData,       kStartTimeMarginByAudio,
+                                         kStringManager,   kSubVideoSize,       kVideoHeight,
+                                         kVideoLayoutType, kVideoWidth};
+inline constexpr std::array kTemplateKeys{kValid,          kScenarioType, kTemplateWidth,
+                                          kTemplateHeight, kLinkGPSLog,   kDrawTrimmedOutArea,
+                                          kDrawStartTime,  kDrawEndTime,  kLogDataArray};
 inline constexpr std::array kLogDataKeys{kVideoID,        kLogStartTime,     kLogEndTime,
                                          kGPSLogFilePath, kOriginalDateTime, kDuration};
-inline constexpr std::array kTennisKeys{kValid,          kDuration,             kOriginalDateTime,
-                                        kTennisMetaData, kTennisMetaLayoutType, kTrimedShift};
+inline constexpr std::array kTennisKeys{
+    kValid, kDuration, kOriginalDateTime, kTennisMetaData, kTennisMetaLayoutType, kTrimedShift};
 
 }  // namespace vrx::overlay

@@ -56,8 +56,8 @@ class FieldReader {
 void ReadRecord(std::string_view text, SlowInfoRecord& record) {
   FieldReader reader(text);
   if (!reader.Read(record.videoId)) return;
-  for (float* field : {&record.speed, &record.startTime, &record.endTime, &record.sourceTime,
-                       &record.sourceTimeWithTrim}) {
+  for (float* field :
+       {&record.speed, &record.startTime, &record.endTime, &record.sourceTime, &record.sourceTimeWithTrim}) {
     if (!reader.ReadComma() || !reader.Read(*field)) return;
   }
 }

@@ -117,6 +117,7 @@ XpResult TKLXPainterInfoXml::Load(const XpPath& path, vrx::xml::XmlProblem* prob
   if (const XpIniElement* dict = Find(info, kCaptionInfo)) ReadCaption(*dict, m_info.captionInfo);
   if (const XpIniElement* dict = Find(info, kGeneralInfo)) result = ReadGeneral(*dict, m_info);
   if (const XpIniElement* dict = Find(info, kTemplateInfo)) result = ReadTemplate(*dict, m_info.templateInfo);
-  if (const XpIniElement* dict = Find(info, kTennisMetaInfo)) result = ReadTennis(*dict, m_info.tennisMetaInfo);
+  if (const XpIniElement* dict = Find(info, kTennisMetaInfo))
+    result = ReadTennis(*dict, m_info.tennisMetaInfo);
   return result;
 }

@@ -15,10 +15,10 @@ class TKLXPainterInfoXml {
   TKLXPainterInfoXml& operator=(const TKLXPainterInfoXml&) = delete;
   virtual ~TKLXPainterInfoXml() = default;
 
-  /// XpErrFileNotFound when there is no such file or no `PainterInfo` in it; the document layer's code when it
-  /// cannot be read. Otherwise the state of the last one read of VideoWidth, DrawEndTime, Duration of a log and
-  /// TrimedShift: XpErrElementNotFound when it is missing or has another type. `problem` (may be null) gets the
-  /// parser's words.
+  /// XpErrFileNotFound when there is no such file or no `PainterInfo` in it; the document layer's code when
+  /// it cannot be read. Otherwise the state of the last one read of VideoWidth, DrawEndTime, Duration of a
+  /// log and TrimedShift: XpErrElementNotFound when it is missing or has another type. `problem` (may be
+  /// null) gets the parser's words.
   XpResult Load(const XpPath& path, vrx::xml::XmlProblem* problem = nullptr);
 
   const PainterInfo& GetPainterInfo() const { return m_info; }

@@ -105,7 +105,8 @@ bool KVSDynamicInfoPainter::DrawPainter(std::int32_t id, std::int64_t gpsMs, std
   return painter != nullptr && holder && painter->Draw(gpsMs, tennisMs, captionMs, holder);
 }
 
-bool KVSDynamicInfoPainter::GetContentStamps(const PainterTimes& times, std::vector<PainterStamp>& stamps) const {
+bool KVSDynamicInfoPainter::GetContentStamps(const PainterTimes& times,
+                                             std::vector<PainterStamp>& stamps) const {
   bool allKnown = true;
   for (const auto& [layer, entry] : m_byLayer) {
     if (!entry.painter->enabled) continue;
@@ -156,7 +157,8 @@ bool KVSDynamicInfoPainter::GetVideoRect(std::size_t index, vrx::drawing::Rect& 
   rect = places[index];
   if (scaled) {
     rect = {Scaled(rect.left, m_outputWidth, kLayoutWidth), Scaled(rect.top, m_outputHeight, kLayoutHeight),
-            Scaled(rect.right, m_outputWidth, kLayoutWidth), Scaled(rect.bottom, m_outputHeight, kLayoutHeight)};
+            Scaled(rect.right, m_outputWidth, kLayoutWidth),
+            Scaled(rect.bottom, m_outputHeight, kLayoutHeight)};
   }
   return true;
 }

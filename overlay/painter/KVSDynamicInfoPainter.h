@@ -19,9 +19,10 @@ class KVSDynamicInfoPainter final : public IKVSDynamicInfoPainter {
   KVSPainterPlugInBase* GetPainter(std::int32_t id) const override;
   bool EnablePainter(std::int32_t id, bool enable) override;
   void ClearPainters() override;
-  bool DrawAll(std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t captionMs, PixmapHolder& holder) override;
-  bool DrawAllForVideo(std::int32_t videoId, std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t captionMs,
-                       PixmapHolder& holder) override;
+  bool DrawAll(std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t captionMs,
+               PixmapHolder& holder) override;
+  bool DrawAllForVideo(std::int32_t videoId, std::int64_t gpsMs, std::int64_t tennisMs,
+                       std::int64_t captionMs, PixmapHolder& holder) override;
   bool DrawPainter(std::int32_t id, std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t captionMs,
                    PixmapHolder& holder) override;
   bool IsAnyDrawable() const override;

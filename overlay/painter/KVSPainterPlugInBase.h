@@ -1,5 +1,5 @@
-// The base of all painters: each draws one kind of overlay into the frame's pixmap. The painter manager owns and
-// drives them.
+// The base of all painters: each draws one kind of overlay into the frame's pixmap. The painter manager owns
+// and drives them.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,8 @@ class KVSPainterPlugInBase {
   /// Takes the configuration; false when `record` is not of this painter's kind.
   virtual bool SetPainterInfo(const PainterInfo* info, const PainterInfoBase* record) = 0;
   /// Draws the overlay of these times (ms) over what the pixmap holds.
-  virtual bool Draw(std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t captionMs, PixmapHolder& holder) = 0;
+  virtual bool Draw(std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t captionMs,
+                    PixmapHolder& holder) = 0;
   /// The same while the clip `videoId` is current.
   virtual bool DrawForVideo(std::int32_t videoId, std::int64_t gpsMs, std::int64_t tennisMs,
                             std::int64_t captionMs, PixmapHolder& holder) = 0;

@@ -1,5 +1,5 @@
-// How a painter tells, without drawing, whether its picture at some times is one that it has drawn before. The frame
-// callback keeps the overlay picture while all painters give the stamps of the frame before.
+// How a painter tells, without drawing, whether its picture at some times is one that it has drawn before.
+// The frame callback keeps the overlay picture while all painters give the stamps of the frame before.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,10 @@ struct PainterTimes {
   std::int64_t captionMs = 0;
 };
 
-/// Two equal known stamps of one painter mean equal pixels on equal pixmaps. `generation` counts the painter's
-/// configurations, so that a stamp never means two pictures.
+/// Two equal known stamps of one painter mean equal pixels on equal pixmaps. `generation` counts the
+/// painter's configurations, so that a stamp never means two pictures.
 struct PainterStamp {
-  bool isKnown = false;  // false: the painter cannot tell, and is asked to draw every frame
+  bool isKnown = false;       // false: the painter cannot tell, and is asked to draw every frame
   std::uint64_t painter = 0;  // its id, filled by the painter manager
   std::uint64_t generation = 0;
   std::uint64_t content = 0;

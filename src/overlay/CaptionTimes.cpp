@@ -12,11 +12,10 @@ constexpr double kMillisecondsPerSecond = 1000.0;
 constexpr std::int64_t kFarMs = std::int64_t{1} << 48;  // no movie is longer; sums of two never overflow
 constexpr std::int64_t kNearFrames = 2;
 
-std::int64_t Milliseconds(double value) {
-  return std::clamp(Saturate<std::int64_t>(value), -kFarMs, kFarMs);
-}
+std::int64_t Milliseconds(double value) { return std::clamp(Saturate<std::int64_t>(value), -kFarMs, kFarMs); }
 
-/// A stretch of the material in milliseconds. `end` lies behind `start` by its length in the movie times its speed.
+/// A stretch of the material in milliseconds. `end` lies behind `start` by its length in the movie times its
+/// speed.
 struct Stretch {
   std::int64_t start;
   std::int64_t end;
@@ -24,8 +23,9 @@ struct Stretch {
 
   Stretch(const SlowInfoRecord& record, double factor)
       : start(Milliseconds(static_cast<double>(record.startTime) * kMillisecondsPerSecond)),
-        end(start - Milliseconds((static_cast<double>(record.endTime) - static_cast<double>(record.startTime)) *
-                                 -kMillisecondsPerSecond * factor)),
+        end(start -
+            Milliseconds((static_cast<double>(record.endTime) - static_cast<double>(record.startTime)) *
+                         -kMillisecondsPerSecond * factor)),
         speed(factor) {}
 
   std::int64_t Length() const { return end - start; }
@@ -51,7 +51,8 @@ struct Span {
 
 /// Forwards, backwards and forwards again over the same material: it lasts longer as a whole.
 void ApplyGroup(const Stretch& before, const Stretch& reverse, const Stretch& after, Span& span) {
-  const std::int64_t length = Milliseconds(before.MovieLength() + reverse.MovieLength() + after.MovieLength());
+  const std::int64_t length =
+      Milliseconds(before.MovieLength() + reverse.MovieLength() + after.MovieLength());
   const std::int64_t longer = length - before.Length();
   if (span.start <= before.start && span.end >= before.end) {
     span.end = Milliseconds(static_cast<double>(span.end + longer));
@@ -99,11 +100,13 @@ class ClipEnds {
   /// The end within `distance` of `time` whose clip comes first; false when there is none.
   bool FindNear(std::int64_t time, double distance, std::int64_t& end) const {
     const double low = static_cast<double>(time) - distance;
-    auto it = std::lower_bound(m_ends.begin(), m_ends.end(), low,
-                               [](const auto& entry, double bound) { return static_cast<double>(entry.first) < bound; });
+    auto it = std::lower_bound(m_ends.begin(), m_ends.end(), low, [](const auto& entry, double bound) {
+      return static_cast<double>(entry.first) < bound;
+    });
     std::size_t first = m_ends.size() + 1;
     bool found = false;
-    for (; it != m_ends.end() && static_cast<double>(it->first) - static_cast<double>(time) <= distance; ++it) {
+    for (; it != m_ends.end() && static_cast<double>(it->first) - static_cast<double>(time) <= distance;
+         ++it) {
       if (found && it->second > first) continue;
       first = it->second;
       end = it->first;
@@ -136,7 +139,8 @@ class CaptionAligner {
   void FitToClipEnd(CaptionItem& caption) const {
     std::int64_t end = 0;
     const auto time = Saturate<std::int64_t>(Frames(caption.endMs) * m_value);
-    if (m_ends.FindNear(time, kNearFrames * m_value, end)) caption.endMs = OneFrameBefore(static_cast<double>(end));
+    if (m_ends.FindNear(time, kNearFrames * m_value, end))
+      caption.endMs = OneFrameBefore(static_cast<double>(end));
   }
 
   void MoveToDrawStart(CaptionItem& caption) const {

@@ -17,7 +17,12 @@ class FrameGrid {
   explicit FrameGrid(const VRXTimeInfo& frame)
       : m_value(static_cast<double>(frame.value)), m_scale(static_cast<double>(frame.scale)) {}
 
-  double Frames(double milliseconds) const { return m_scale * milliseconds / (m_value * kMillisecondsPerSecond); }
+  double Frames(double milliseconds) const {
+    return m_scale * milliseconds / (m_value * kMillisecondsPerSecond);
+  }
+  double FramesOfSeconds(double seconds) const {
+    return m_scale * seconds * kMillisecondsPerSecond / (m_value * kMillisecondsPerSecond);
+  }
   std::int64_t TimeOf(double frames) const { return Saturate<std::int64_t>(frames * m_value); }
 
  private:
@@ -25,14 +30,16 @@ class FrameGrid {
   double m_scale;
 };
 
-std::int64_t Sum(std::int64_t a, std::int64_t b) {
-  return Saturate<std::int64_t>(static_cast<double>(a) + static_cast<double>(b));
-}
-
 /// Exact while it fits, at the limit beyond.
 std::int64_t Add(std::int64_t a, std::int64_t b) {
   std::int64_t sum = 0;
-  return __builtin_add_overflow(a, b, &sum) ? Sum(a, b) : sum;
+  if (!__builtin_add_overflow(a, b, &sum)) return sum;
+  return Saturate<std::int64_t>(static_cast<double>(a) + static_cast<double>(b));
+}
+std::int64_t Subtract(std::int64_t a, std::int64_t b) {
+  std::int64_t difference = 0;
+  if (!__builtin_sub_overflow(a, b, &difference)) return difference;
+  return Saturate<std::int64_t>(static_cast<double>(a) - static_cast<double>(b));
 }
 
 }  // namespace
@@ -46,8 +53,8 @@ std::int64_t GetTotalDuration(const timeline::ClipSums& sums) {
 OverlayRange ComputeTemplateRange(const MovieTimes& movie, double drawStartSeconds, double drawEndSeconds) {
   const FrameGrid grid(movie.frame);
   OverlayRange range;
-  range.start = grid.TimeOf(std::ceil(grid.Frames(drawStartSeconds * kMillisecondsPerSecond)));
-  range.end = grid.TimeOf(std::floor(grid.Frames(drawEndSeconds * kMillisecondsPerSecond)) - 1.0);
+  range.start = grid.TimeOf(std::ceil(grid.FramesOfSeconds(drawStartSeconds)));
+  range.end = grid.TimeOf(std::floor(grid.FramesOfSeconds(drawEndSeconds)) - 1.0);
   if (range.end != movie.sums.overlayDuration && range.start == 0) {
     range.end = movie.sums.overlayDuration;
   } else if (range.start > 0 && !movie.sums.nonOverlayDurations.empty()) {
@@ -57,7 +64,8 @@ OverlayRange ComputeTemplateRange(const MovieTimes& movie, double drawStartSecon
   return range;
 }
 
-std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie, std::span<const CaptionItem> captions) {
+std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie,
+                                               std::span<const CaptionItem> captions) {
   const FrameGrid grid(movie.frame);
   const std::int64_t limit = GetTotalDuration(movie.sums);
   const auto frameValue = static_cast<std::int64_t>(movie.frame.value);
@@ -70,7 +78,7 @@ std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie, std::spa
     }
     // One frame longer than the caption, which still shows at its very end.
     const std::int64_t end = std::min(grid.TimeOf(std::floor(grid.Frames(caption.endMs) + 1.0)), limit);
-    const bool touches = !ranges.empty() && Add(start, -ranges.back().end) <= frameValue;
+    const bool touches = !ranges.empty() && Subtract(start, ranges.back().end) <= frameValue;
     if (touches) {
       ranges.back().end = end;
     } else {

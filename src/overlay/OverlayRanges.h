@@ -1,5 +1,5 @@
-// Which parts of a movie pass through the overlay callback, and when in the movie each caption shows. Pure functions
-// over records; the manager and the checker call them.
+// Which parts of a movie pass through the overlay callback, and when in the movie each caption shows. Pure
+// functions over records; the manager and the checker call them.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@
 
 namespace vrx::overlay {
 
-/// What of the project decides about ranges. `frame` is the length of a frame; one without a length gives no ranges
-/// and leaves captions at their times.
+/// What of the project decides about ranges. `frame` is the length of a frame; one without a length gives no
+/// ranges and leaves captions at their times.
 struct MovieTimes {
   VRXTimeInfo frame;
   timeline::ClipSums sums;
@@ -37,7 +37,8 @@ std::int64_t GetTotalDuration(const timeline::ClipSums& sums);
 OverlayRange ComputeTemplateRange(const MovieTimes& movie, double drawStartSeconds, double drawEndSeconds);
 
 /// The ranges of captions whose times PrepareCaptions has adjusted, merged where they touch.
-std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie, std::span<const CaptionItem> captions);
+std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie,
+                                               std::span<const CaptionItem> captions);
 
 /// All that the set-up of a render's overlays decides.
 struct OverlayPlan {

@@ -6,7 +6,9 @@ namespace vrx::overlay {
 
 PainterMakers MakePainterTable(drawing::TextRenderer& textRenderer) {
   PainterMakers makers;
-  makers[KVSPainterCaption] = [&textRenderer] { return std::make_unique<KVSCaptionPainterPlugIn>(textRenderer); };
+  makers[KVSPainterCaption] = [&textRenderer] {
+    return std::make_unique<KVSCaptionPainterPlugIn>(textRenderer);
+  };
   return makers;
 }
 
