@@ -28,7 +28,7 @@ void PlainBlend(const XpPixmap32& overlay, Bytes& frame, int pixelBytes) {
 /// Mostly empty, as overlays are, with runs of all kinds of alpha.
 void FillSparse(XpPixmap32& overlay, std::mt19937& random, int emptyInTen) {
   for (std::uint32_t i = 0; i < overlay.size;) {
-    const std::uint32_t run = std::min<std::uint32_t>(overlay.size - i, 4 * (1 + random() % 40));
+    const std::uint32_t run = std::min(overlay.size - i, static_cast<std::uint32_t>(4 * (1 + random() % 40)));
     const bool isEmpty = static_cast<int>(random() % 10) < emptyInTen;
     for (std::uint32_t end = i + run; i < end; ++i) {
       const bool isAlpha = i % 4 == 3;
