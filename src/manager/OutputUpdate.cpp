@@ -59,6 +59,7 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   if (!m_pTimeline) m_pTimeline = std::make_unique<VRXTimeline>();
   m_pTimeline->audio.Clear();
   m_pTimeline->video.Clear();
+  m_pRawOutputCallback.reset();
   m_clipSums = {};
   m_bProjectUsable = false;
 
@@ -74,7 +75,10 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   const vrx::timeline::TimelineContext context{
       .projectPath = m_strProjectFilePath,
       .clock = vrx::timeline::FrameClock(project.videoSettings->frameDuration),
-      .makeBaseband = nullptr,
+      .makeBaseband = [this](const auto&) -> IVRXRawInputCallback* {
+        m_bHasBaseband = true;
+        return nullptr;
+      },
       .reportVideo =
           [](const auto& clip, const auto& source) {
             LogClip(u"VideoSourceType: %d\n", u"VideoFilePath: %s\n", clip, source);
@@ -99,6 +103,7 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   const SystemKind kind = SystemKindOf(m_pSystemOutput->video->specificationType);
   m_pSystemOutput->systemType = kind.systemType;
   if (kind.hasTimeZone) BuildTimeZoneMetaData();
+  SetupOverlays(project.painterEffect);
 }
 
 void VRXWrapperManager::BuildTimeZoneMetaData() {

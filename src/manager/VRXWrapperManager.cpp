@@ -33,6 +33,9 @@ VRXWrapperManager::~VRXWrapperManager() {
   // The engine may look at these until its instance is gone, and its module goes after them.
   m_pTimeline.reset();
   m_pSystemOutput.reset();
+  m_pRawOutputCallback.reset();
+  m_pPainterDocument.reset();
+  m_pDynamicInfoPainter.reset();
 }
 
 bool VRXWrapperManager::Initialize(bool factoryFlag) {
@@ -40,7 +43,7 @@ bool VRXWrapperManager::Initialize(bool factoryFlag) {
   const std::scoped_lock lock(m_engineMutex);
   if (!m_engine.Bind()) return false;
   // A second call of the factory finds the instance of the first instead of losing its handle.
-  return EnsureEngine() == VRXEngineOk;
+  return EnsureEngine() == VRXEngineOk && EnsurePainters();
 }
 
 std::int32_t VRXWrapperManager::EnsureEngine() {

@@ -7,8 +7,13 @@
 #include <memory>
 #include <mutex>
 
+#include "drawing/PangoTextRenderer.h"
 #include "foundation/sync/XpThread.h"
+#include "overlay/callback/VRXIntermediateRawOutputCallback.h"
+#include "overlay/document/TKLXPainterInfoXml.h"
+#include "overlay/painter/IKVSDynamicInfoPainter.h"
 #include "src/manager/EngineLibrary.h"
+#include "src/overlay/OverlayRanges.h"
 #include "src/timeline/TimelineBuilder.h"
 #include "vrx/VRXWrapper.h"
 
@@ -48,6 +53,11 @@ class VRXWrapperManager final : public IVRXWrapper {
 
   void updateOutputInfoByCurrentProjectFile();
   void BuildTimeZoneMetaData();
+  /// Reads the painter document, if the project names one, and prepares its overlays. A document that fails leaves
+  /// the movie without overlays.
+  void SetupOverlays(const XpString& painterEffect);
+  void SetupOverlayRanges();
+  bool EnsurePainters();
 
   /// What runs on the render thread; the result is the thread's exit code.
   std::uint32_t renderToFile();
@@ -70,6 +80,18 @@ class VRXWrapperManager final : public IVRXWrapper {
   XpString m_strProjectFilePath;
   std::atomic<IVRXWrapperCallback*> m_pCallback = nullptr;  // not owned
   vrx::timeline::ClipSums m_clipSums;
+  bool m_bHasBaseband = false;  // some project so far had a clip of still images
+
+  struct PainterRelease {
+    void operator()(IKVSDynamicInfoPainter* painters) const { painters->Release(); }
+  };
+  PainterInfo m_painterInfo;  // adopted from the last document that could be read
+  std::vector<SlowInfoRecord> m_speedSections;
+  std::vector<CaptionItem> m_captions;  // in the movie's time
+  std::unique_ptr<vrx::drawing::PangoTextRenderer> m_textRenderer;  // the painters' own, so it goes after them
+  std::unique_ptr<IKVSDynamicInfoPainter, PainterRelease> m_pDynamicInfoPainter;
+  std::unique_ptr<TKLXPainterInfoXml> m_pPainterDocument;
+  std::unique_ptr<VRXIntermediateRawOutputCallback> m_pRawOutputCallback;  // replaced with each project
   bool m_bFactoryFlag = false;  // kept; read by nothing
 
   std::mutex m_threadMutex;  // guards the two below and the release from a callback

@@ -4,14 +4,12 @@
 #include <array>
 #include <span>
 
-#include "content/plist/XpIniElement.h"
+#include "content/plist/XpIniKey.h"
 
 namespace vrx::project {
 
-struct Key {
-  const char16_t* name;
-  XpIniType type;
-};
+using plist::Find;
+using plist::Key;
 
 inline constexpr Key kRoot{u"VRXWrapper", XpIniType::Dict};
 inline constexpr Key kVideoTrack{u"VideoTrack", XpIniType::Array};
@@ -56,12 +54,5 @@ inline constexpr std::array kVideoKeys{
     kVideoCodecType, kVideoSpecificationType, kWidth,     kHeight,         kTimeValue,
     kTimeScale,      kAverageBitrate,         kInterlace, kAvcEncoderMode, kForceRerendering};
 inline constexpr std::array kAudioKeys{kAudioCodecType, kChannel, kBitPerSample, kSamplingRate};
-
-/// The element of `dict` under `key` when it is there and has the key's type, else null: an element of
-/// another type counts as absent, even one that could be converted.
-inline const XpIniElement* Find(const XpIniElement* dict, const Key& key) {
-  const XpIniElement* element = dict == nullptr ? nullptr : dict->Get(key.name);
-  return element != nullptr && element->GetType() == key.type ? element : nullptr;
-}
 
 }  // namespace vrx::project

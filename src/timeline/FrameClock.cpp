@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/number/Saturate.h"
+
 namespace vrx::timeline {
 namespace {
 
@@ -14,14 +16,7 @@ bool IsPositive(std::uint64_t number) {
 
 }  // namespace
 
-std::int64_t ToInt64(double value) {
-  using Limits = std::numeric_limits<std::int64_t>;
-  if (std::isnan(value)) return 0;
-  // 2^63 itself is a double, the largest 64-bit integer is not.
-  constexpr double kEnd = 9223372036854775808.0;
-  if (value >= kEnd) return Limits::max();
-  return value < -kEnd ? Limits::min() : static_cast<std::int64_t>(value);
-}
+std::int64_t ToInt64(double value) { return Saturate<std::int64_t>(value); }
 
 FrameClock::FrameClock(const VRXTimeInfo& frameDuration)
     : m_frame(frameDuration), m_usable(IsPositive(frameDuration.value) && IsPositive(frameDuration.scale)) {}

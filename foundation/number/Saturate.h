@@ -1,0 +1,21 @@
+// Conversion of computed numbers to integers that never leaves the integer's range. Used wherever times and
+// sizes from documents become counts.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace vrx {
+
+/// Truncates toward zero; what is beyond the range stays at its limit, and NaN is 0.
+template <class Integer>
+constexpr Integer Saturate(double value) {
+  using Limits = std::numeric_limits<Integer>;
+  if (value != value) return 0;
+  // The smallest integer is a double; the largest one of 64 bits is not, the one above it is.
+  constexpr double kEnd = -static_cast<double>(Limits::min());
+  if (value >= kEnd) return Limits::max();
+  return value <= -kEnd ? Limits::min() : static_cast<Integer>(value);
+}
+
+}  // namespace vrx

@@ -1,0 +1,57 @@
+#include "overlay/callback/VRXIntermediateRawOutputCallback.h"
+
+#include <algorithm>
+
+#include "overlay/callback/BlendOverlay.h"
+
+using vrx::overlay::DrawSpan;
+using vrx::overlay::SegmentClock;
+
+void VRXIntermediateRawOutputCallback::ResetTimeGenerators(std::span<const SlowInfoRecord> records) {
+  m_gpsTime.SetCountsTrimmed(m_context.info != nullptr && m_context.info->templateInfo.drawTrimmedOutArea);
+  m_gpsTime.Reset(records);
+  if (!records.empty()) m_gpsTime.SetPosition(m_gpsTime.StartOf(records.front()));
+  m_tennisTime.Reset(records);
+}
+
+bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size,
+                                                    std::int32_t stage, std::int32_t format) {
+  if (stage != kStage || format != kFormat || m_context.info == nullptr) return false;
+  const PainterInfo& info = *m_context.info;
+  const DrawSpan span{info.templateInfo.drawStartTime, info.templateInfo.drawEndTime};
+  PainterTimes times{
+      .gpsMs = SegmentClock::kNoTime, .tennisMs = SegmentClock::kNoTime, .captionMs = SegmentClock::kNoTime};
+  if (info.templateInfo.valid)
+    times.gpsMs = m_gpsTime.Generate(frame, times.videoId, m_context.frameLength, span);
+  if (info.tennisMetaInfo.valid) times.tennisMs = m_tennisTime.Generate(frame, m_context.frameLength, span);
+  if (info.captionInfo.valid) times.captionMs = m_captionTime.Generate(frame, m_context.frameLength);
+  if (times.gpsMs < 0 && times.tennisMs < 0 && times.captionMs < 0) return true;
+  for (std::int64_t* time : {&times.gpsMs, &times.tennisMs, &times.captionMs}) {
+    *time = std::max<std::int64_t>(*time, 0);
+  }
+  if (!Paint(times)) return false;
+  vrx::overlay::BlendOverlay(*m_overlay, m_drawn, buffer, size);
+  return true;
+}
+
+bool VRXIntermediateRawOutputCallback::Paint(const PainterTimes& times) {
+  if (m_context.painters == nullptr) return false;
+  if (!m_overlay) {
+    // The geometry of a callback never changes, so neither does its picture's size.
+    XpSharedPtr<XpPixmap32> made(new XpPixmap32);
+    if (made->Allocate(m_context.width, m_context.height) != XpOk) return false;
+    m_overlay = made;
+  }
+  m_wanted.clear();
+  const bool isKnown = m_context.painters->GetContentStamps(times, m_wanted);
+  if (isKnown && m_isShown && m_wanted == m_shown) return true;
+  m_isShown = false;
+  m_drawn.Clear(*m_overlay);
+  const bool drawn = m_context.painters->DrawAllForVideo(times.videoId, times.gpsMs, times.tennisMs,
+                                                         times.captionMs, m_overlay);
+  m_drawn.Find(*m_overlay);
+  if (!drawn) return false;
+  m_isShown = isKnown;
+  m_shown.swap(m_wanted);
+  return true;
+}

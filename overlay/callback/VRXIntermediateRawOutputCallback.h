@@ -1,0 +1,55 @@
+// Takes each frame of the overlay ranges from the engine, has the painters draw that moment's overlays and
+// lays them over the frame in place. The manager makes one for each project.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "foundation/memory/XpSharedPtr.h"
+#include "imaging/pixmap/XpPixmap.h"
+#include "overlay/callback/DrawnArea.h"
+#include "overlay/callback/TimeGenerators.h"
+#include "overlay/document/PainterInfo.h"
+#include "overlay/painter/IKVSDynamicInfoPainter.h"
+#include "vrx/VRXEngine.h"
+
+/// What a callback draws for and with; the pointers must outlive it and may be null, which draws nothing.
+struct OverlayContext {
+  std::int32_t width = 0;   // of the movie, pixels
+  std::int32_t height = 0;  // of the movie, pixels
+  vrx::overlay::FrameLength frameLength;
+  const PainterInfo* info = nullptr;
+  IKVSDynamicInfoPainter* painters = nullptr;
+};
+
+class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputCallback {
+ public:
+  /// What the engine gets with each range and must give back with each frame.
+  static constexpr std::int32_t kStage = 2;
+  static constexpr std::int32_t kFormat = 5;
+
+  explicit VRXIntermediateRawOutputCallback(const OverlayContext& context) : m_context(context) {}
+
+  /// Called before a render; its frames then come in rising order.
+  void ResetTimeGenerators(std::span<const SlowInfoRecord> records);
+
+  /// True when the frame was handled, which may mean left as it is. Frames whose painters report the content
+  /// of the frame before are blended from the picture that is there.
+  bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
+                    std::int32_t format) override;
+
+ private:
+  /// Draws the overlay of these times, unless the picture already shows it.
+  bool Paint(const PainterTimes& times);
+
+  OverlayContext m_context;
+  XpSharedPtr<XpPixmap32> m_overlay;  // kept from frame to frame; m_drawn says what has to be cleared
+  vrx::overlay::DrawnArea m_drawn;
+  std::vector<PainterStamp> m_shown;  // content of m_overlay; only right while m_isShown
+  std::vector<PainterStamp> m_wanted;
+  bool m_isShown = false;
+  VRXGPSTimeGenerate m_gpsTime;
+  VRXTennisMetaTimeGenerate m_tennisTime;
+  VRXCaptionTimeGenerate m_captionTime;
+};

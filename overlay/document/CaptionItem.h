@@ -1,0 +1,31 @@
+// A caption and the tagged text that documents keep captions in. The caption painter shows them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "vrx/XpString.h"
+
+struct CaptionItem {
+  XpString text;
+  XpString fontName;
+  double fontSize = 0.0;        // pixels of a 1920 by 1080 frame
+  std::uint32_t fontColor = 0;  // red in the low byte, then green, blue
+  std::int32_t layoutType = 0;  // 1 to 9, by rows from the top left; 0 shows nothing
+  std::int32_t startMs = 0;
+  std::int32_t endMs = 0;  // the last moment that shows it
+  std::int32_t videoId = 0;
+};
+
+namespace vrx::overlay {
+
+/// Captions beyond this number are not read.
+inline constexpr std::size_t kMaxCaptions = 200'000;
+
+}  // namespace vrx::overlay
+
+/// Appends one item for each <Caption>...</Caption>. A tag that a caption lacks keeps the value of the
+/// caption before. A caption without its closing tag ends the reading. Numbers beyond their field stay at its
+/// limit.
+void ParseCaptionString(const XpString& text, std::vector<CaptionItem>& items);

@@ -1,0 +1,148 @@
+// Captions stand where, when and how the document says. Text is drawn as boxes, so pixels are known.
+#include <gmock/gmock.h>
+
+#include "drawing/BoxTextRenderer.h"
+#include "imaging/pixmap/XpPixmapOverlay.h"
+#include "overlay/caption/KVSCaptionPainterPlugIn.h"
+
+namespace {
+
+using vrx::drawing::Rect;
+
+CaptionItem Caption(const char16_t* text, std::int32_t startMs, std::int32_t endMs, std::int32_t layout = 5,
+                    std::int32_t videoId = 0) {
+  return {text, u"Face", 100.0, 0x0000FF, layout, startMs, endMs, videoId};
+}
+
+class CaptionPainterTest : public testing::Test {
+ protected:
+  void Set(std::vector<CaptionItem> items, bool saveMovieMode = false) {
+    info.saveMovieMode = saveMovieMode;
+    ASSERT_TRUE(painter.SetPainterInfo(&info, &info.captionInfo));
+    painter.SetCaptionItems(items);
+  }
+  PixmapHolder Draw(std::int64_t ms, std::int32_t videoId = 0, std::int32_t width = 1920,
+                    std::int32_t height = 1080) {
+    PixmapHolder holder(new XpPixmap32);
+    EXPECT_EQ(holder->Allocate(width, height), XpOk);
+    EXPECT_TRUE(painter.DrawForVideo(videoId, 0, 0, ms, holder));
+    return holder;
+  }
+  /// The smallest rectangle that holds everything drawn.
+  static Rect Drawn(const PixmapHolder& holder) {
+    Rect box{INT32_MAX, INT32_MAX, 0, 0};
+    for (std::int32_t i = 0; i < holder->width * holder->height; ++i) {
+      const unsigned char* p = holder->data + i * 4;
+      if ((p[0] | p[1] | p[2] | p[3]) == 0) continue;
+      const std::int32_t x = i % holder->width, y = i / holder->width;
+      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1),
+             std::max(box.bottom, y + 1)};
+    }
+    return box.right == 0 ? Rect{} : box;
+  }
+  static std::uint32_t PixelAt(const PixmapHolder& holder, std::int32_t x, std::int32_t y) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, holder->data + (y * holder->width + x) * 4, 4);
+    return pixel;
+  }
+
+  vrx::drawing::BoxTextRenderer boxes;
+  KVSCaptionPainterPlugIn painter{boxes};
+  PainterInfo info;
+};
+
+TEST_F(CaptionPainterTest, ShowsTheFirstCaptionOfItsTimeAndClip) {
+  Set({Caption(u"aa", 1000, 2000), Caption(u"bbbb", 1500, 3000), Caption(u"c", 0, 9000, 5, 7)});
+  const Rect first = Drawn(Draw(1000));
+  const Rect second = Drawn(Draw(2001));
+  EXPECT_EQ(Drawn(Draw(999)), Rect{});
+  EXPECT_EQ(Drawn(Draw(2000)), first);
+  EXPECT_GT(second.Width(), first.Width());
+  EXPECT_EQ(Drawn(Draw(3001)), Rect{});
+  EXPECT_LT(Drawn(Draw(1000, 7)).Width(), first.Width());
+  Set({Caption(u"c", 0, 9000, 5, 7)}, true);
+  EXPECT_NE(Drawn(Draw(1000)), Rect{});  // whatever clip is current
+}
+
+TEST_F(CaptionPainterTest, NinePlacesOnTheCanvasInsideTheMargin) {
+  // A box of 60 by 80 on a line of 120 with an em of 100, on the canvas; the frame's margin squeezes it a
+  // little.
+  for (std::int32_t layout = 1; layout <= 9; ++layout) {
+    Set({Caption(u"x", 0, 10, layout)});
+    const Rect box = Drawn(Draw(5));
+    const std::int32_t column = (layout - 1) % 3, row = (layout - 1) / 3;
+    const std::int32_t left = column == 0 ? 0 : column == 1 ? 930 : 1860;
+    const std::int32_t top = row == 0 ? 20 : row == 1 ? 500 : 980;
+    EXPECT_NEAR(box.left, 10 + (left - 2) * 1900 / 1920, 3) << layout;
+    EXPECT_NEAR(box.top, 10 + (top - 2) * 1060 / 1080, 3) << layout;
+    EXPECT_NEAR(static_cast<double>(box.Height()), 82.0 * 1060 / 1080, 2) << layout;
+  }
+  for (const std::int32_t layout : {0, 10, -1}) {
+    Set({Caption(u"x", 0, 10, layout)});
+    EXPECT_EQ(Drawn(Draw(5)), Rect{}) << layout;
+  }
+}
+
+TEST_F(CaptionPainterTest, ShadowLiesBelowTheTextAndIsHalfAsStrongInSaveMode) {
+  for (const bool saveMode : {false, true}) {
+    Set({Caption(u"x", 0, 10, 5)}, saveMode);
+    const PixmapHolder holder = Draw(5);
+    const Rect box = Drawn(holder);
+    EXPECT_EQ(PixelAt(holder, box.left + 20, box.top + 20), 0xFFFF0000u);
+    // The right and bottom edges of what is drawn belong to the shadow alone; the outermost pixel is
+    // smoothed.
+    const std::uint32_t shadow = PixelAt(holder, box.right - 2, box.bottom - 30);
+    EXPECT_EQ(shadow & 0xFFFFFF, 0x000002u) << saveMode;
+    EXPECT_EQ(shadow >> 24 > 0x80, !saveMode) << saveMode;
+  }
+}
+
+TEST_F(CaptionPainterTest, TallTextStartsAtTheTop) {
+  std::u16string lines(30, u'\n');
+  for (auto& c : lines) c = u'\n';
+  const std::u16string text = u"x" + lines + u"x";
+  for (const std::int32_t layout : {4, 7}) {
+    Set({Caption(text.c_str(), 0, 10, layout)});
+    EXPECT_NEAR(Drawn(Draw(5)).top, 10 + 18, 3) << layout;
+  }
+}
+
+TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeIsSafe) {
+  for (const double fontSize : {0.0, -20.0, 1e4, 1e300, -1e300}) {
+    CaptionItem caption = Caption(u"words that wrap, words that wrap", 0, 10);
+    caption.fontSize = fontSize;
+    Set({caption});
+    for (const auto& [width, height] : {std::pair{16, 16}, {20, 20}, {21, 33}, {1920, 1080}, {7680, 4320}}) {
+      const Rect box = Drawn(Draw(5, 0, width, height));
+      EXPECT_GE(box.IsEmpty() ? 10 : box.left, 10);
+      EXPECT_LE(box.right, std::max(width - 10, 0));
+    }
+  }
+}
+
+TEST_F(CaptionPainterTest, StampsTellContentApart) {
+  const auto stamp = [this](std::int64_t ms, std::int32_t videoId = 0) {
+    return painter.GetContentStamp({.videoId = videoId, .captionMs = ms});
+  };
+  Set({Caption(u"a", 0, 10), Caption(u"b", 20, 30)});
+  const PainterStamp first = stamp(0);
+  EXPECT_TRUE(first.isKnown);
+  EXPECT_EQ(first, stamp(10));
+  EXPECT_NE(first, stamp(15));
+  EXPECT_NE(first, stamp(25));
+  EXPECT_EQ(stamp(15), stamp(5, 3));
+  painter.SetCaptionItems({});
+  EXPECT_NE(first, stamp(0));
+}
+
+TEST_F(CaptionPainterTest, UnconfiguredPainterDrawsNothing) {
+  PixmapHolder empty;
+  EXPECT_FALSE(painter.Draw(0, 0, 0, empty));
+  EXPECT_FALSE(painter.SetPainterInfo(&info, &info.templateInfo));
+  EXPECT_FALSE(painter.SetPainterInfo(&info, nullptr));
+  const CaptionItem caption = Caption(u"a", 0, 10);
+  painter.SetCaptionItems({&caption, 1});
+  EXPECT_EQ(Drawn(Draw(5)), Rect{});
+}
+
+}  // namespace
