@@ -84,4 +84,12 @@ std::int32_t EngineModule::Try(VRXTimeline& timeline, VRXSystemOutputSetting& ou
   return result;
 }
 
+bool EngineModule::RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& output, std::int64_t number,
+                               std::span<std::uint32_t> pixels) const {
+  const auto render = Find<VRX_RenderFrameFunction>("VRX_RenderFrame");
+  const auto bytes = static_cast<std::uint32_t>(pixels.size_bytes());
+  return render != nullptr &&
+         render(&timeline, &output, static_cast<std::uint64_t>(number), pixels.data(), bytes) == VRXEngineOk;
+}
+
 }  // namespace vrx::host

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,11 @@ class EngineModule {
   /// Has the engine open everything that the job needs and lets go of it again. Its result; the lines tell
   /// why.
   std::int32_t Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const;
+
+  /// Frame `number` of the movie, bottom-up, into `pixels`, which holds the whole picture. The lines tell why
+  /// there is none.
+  bool RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& output, std::int64_t number,
+                   std::span<std::uint32_t> pixels) const;
 
  private:
   static void OnLine(void* context, std::int32_t severity, const char* line);

@@ -8,6 +8,7 @@
 
 #include "host/CheckCommand.h"
 #include "host/Console.h"
+#include "host/FrameCommand.h"
 #include "host/RenderCommand.h"
 
 namespace {
@@ -17,9 +18,11 @@ using namespace vrx::host;
 struct Commands {
   RenderOptions render;
   CheckOptions check;
+  FrameOptions frame;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
+  CLI::App* frameCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -49,9 +52,25 @@ void AddCheck(CLI::App& app, Commands& commands) {
   commands.checkCommand = command;
 }
 
+void AddFrame(CLI::App& app, Commands& commands) {
+  CLI::App* command = app.add_subcommand("frame", "Write one frame of the movie as a picture");
+  command->add_option("PROJECT", commands.frame.project, "The project document")->required();
+  CLI::Option* frame = command->add_option("--frame", commands.frame.frame, "Number of the frame, from 0")
+                           ->check(CLI::NonNegativeNumber);
+  command->add_option("--time", commands.frame.seconds, "Seconds on the movie's clock, instead of --frame")
+      ->check(CLI::NonNegativeNumber)
+      ->excludes(frame);
+  command->add_option("-o,--output", commands.frame.picture, "The PNG file to write")->required();
+  command->add_flag("--overlay-only", commands.frame.overlayOnly,
+                    "The overlays alone, on a transparent ground");
+  command->footer("Exit status: 0 done, 1 there is no such frame, 2 wrong use.");
+  commands.frameCommand = command;
+}
+
 int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
+  if (commands.frameCommand->parsed()) return RunFrame(commands.frame);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -74,6 +93,7 @@ int main(int argc, char** argv) try {
   Commands commands;
   AddRender(app, commands);
   AddCheck(app, commands);
+  AddFrame(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {

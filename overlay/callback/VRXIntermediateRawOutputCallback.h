@@ -39,6 +39,9 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                     std::int32_t format) override;
 
+  /// The picture that was laid over the last frame: the movie's size, straight alpha. Null before the first.
+  const XpPixmap32* GetOverlay() const { return m_overlay.Get(); }
+
  private:
   /// Draws the overlay of these times, unless the picture already shows it.
   bool Paint(const PainterTimes& times);

@@ -36,6 +36,7 @@ class VRXWrapperManager final : public IVRXWrapper {
   /// render.
   VRXTimeline* GetTimeline() const { return m_pTimeline.get(); }
   VRXSystemOutputSetting* GetSystemOutput() const { return m_pSystemOutput.get(); }
+  VRXIntermediateRawOutputCallback* GetRawOutputCallback() const { return m_pRawOutputCallback.get(); }
   const vrx::timeline::ClipSums& GetClipSums() const { return m_clipSums; }
 
   VRXWrapperManager() = default;
