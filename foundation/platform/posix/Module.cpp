@@ -11,12 +11,20 @@
 
 namespace vrx::platform {
 
+namespace {
+
+/// Stays mapped after the last unload: the libraries behind a module leave thread-local data and exit
+/// handlers that point into their code.
+constexpr int kLoadFlags = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE;
+
+}  // namespace
+
 ModuleHandle LoadModule(const XpString& path, std::string* cause) {
   constexpr std::string_view kForeignEnding = ".dll";
   std::string native = NativePath(path);
   if (native.ends_with(kForeignEnding))
     native.replace(native.size() - kForeignEnding.size(), native.npos, ".so");
-  ModuleHandle module = native.empty() ? nullptr : dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
+  ModuleHandle module = native.empty() ? nullptr : dlopen(native.c_str(), kLoadFlags);
   if (module == nullptr && cause != nullptr) {
     const char* words = native.empty() ? nullptr : dlerror();
     *cause = words == nullptr ? "no such path" : words;
