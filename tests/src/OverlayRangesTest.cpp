@@ -3,23 +3,16 @@
 
 #include <gmock/gmock.h>
 
-#include "src/overlay/CaptionTimes.h"
 #include "src/overlay/OverlayRanges.h"
 
 namespace {
 
 using testing::ElementsAre;
-using vrx::overlay::MovieTimes;
+using vrx::overlay::ComputeTemplateRange;
 using vrx::overlay::OverlayRange;
+using vrx::overlay::PlanOverlays;
 
 using Times = std::pair<std::int32_t, std::int32_t>;
-
-CaptionItem Caption(std::int32_t startMs, std::int32_t endMs) {
-  CaptionItem caption;
-  caption.startMs = startMs;
-  caption.endMs = endMs;
-  return caption;
-}
 
 XpString CaptionText(const std::vector<Times>& captions) {
   std::string text;
