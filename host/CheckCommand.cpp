@@ -83,9 +83,33 @@ void PrintTimeline(const check::ProjectReport& report) {
   }
 }
 
+/// A caption's text on one line, shortened.
+std::string ShortText(const XpString& text) {
+  constexpr std::int32_t kLength = 40;
+  std::string line = Utf8(text.Left(kLength)) + (text.Length() > kLength ? "..." : "");
+  for (char& c : line) {
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  }
+  return line;
+}
+
+void PrintOverlays(const check::ProjectReport& report) {
+  std::printf("\nOverlays of %s\n", Utf8(report.painterPath).c_str());
+  for (const check::OverlayRow& row : report.overlays) {
+    std::printf("  frames %lld to %lld, %.3f s to %.3f s\n", static_cast<long long>(row.firstFrame),
+                static_cast<long long>(row.lastFrame), row.startSeconds, row.endSeconds);
+  }
+  if (report.overlays.empty()) std::puts("  no frame has any");
+  for (const check::CaptionRow& row : report.captions) {
+    std::printf("  caption %u, %.3f s to %.3f s, place %d: %s%s\n", row.number, row.startSeconds, row.endSeconds,
+                row.layoutType, ShortText(row.text).c_str(), row.hiddenBecause.IsEmpty() ? "" : " (never shows)");
+  }
+}
+
 void PrintText(const check::ProjectReport& report) {
   if (report.videoSettings) PrintOutput(report);
   if (!report.clips.empty()) PrintTimeline(report);
+  if (!report.painterPath.IsEmpty()) PrintOverlays(report);
   if (report.problems.empty()) {
     std::puts("\nNo problems found.");
     return;
@@ -116,6 +140,27 @@ Json OutputJson(const check::ProjectReport& report) {
   return output;
 }
 
+Json OverlaysJson(const check::ProjectReport& report) {
+  Json overlays{{"document", Utf8(report.painterPath)}, {"ranges", Json::array()}, {"captions", Json::array()}};
+  for (const check::OverlayRow& row : report.overlays) {
+    overlays["ranges"].push_back({{"firstFrame", row.firstFrame},
+                                  {"lastFrame", row.lastFrame},
+                                  {"start", row.startSeconds},
+                                  {"end", row.endSeconds}});
+  }
+  for (const check::CaptionRow& row : report.captions) {
+    Json caption{{"number", row.number},
+                 {"text", Utf8(row.text)},
+                 {"start", row.startSeconds},
+                 {"end", row.endSeconds},
+                 {"layoutType", row.layoutType},
+                 {"shows", row.hiddenBecause.IsEmpty()}};
+    if (!row.hiddenBecause.IsEmpty()) caption["cause"] = Utf8(row.hiddenBecause);
+    overlays["captions"].push_back(caption);
+  }
+  return overlays;
+}
+
 Json ReportJson(const std::string& project, const check::ProjectReport& report) {
   Json document{{"project", project}, {"renderable", !report.HasErrors()}, {"output", OutputJson(report)}};
   document["timeline"] = Json::array();
@@ -130,6 +175,7 @@ Json ReportJson(const std::string& project, const check::ProjectReport& report) 
                                     {"seconds", clip.seconds},
                                     {"sourceStart", clip.sourceStart}});
   }
+  if (!report.painterPath.IsEmpty()) document["overlays"] = OverlaysJson(report);
   document["problems"] = Json::array();
   for (const check::Problem& problem : report.problems) {
     Json entry{{"severity", SeverityName(problem.severity)}, {"file", Utf8(problem.file)}};

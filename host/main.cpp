@@ -6,7 +6,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "foundation/registry/SystemSettings.h"
 #include "host/CheckCommand.h"
+#include "host/ConfigCommand.h"
 #include "host/Console.h"
 #include "host/FrameCommand.h"
 #include "host/RenderCommand.h"
@@ -19,10 +21,12 @@ struct Commands {
   RenderOptions render;
   CheckOptions check;
   FrameOptions frame;
+  ConfigOptions config;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
   CLI::App* frameCommand = nullptr;
+  CLI::App* configCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -67,10 +71,43 @@ void AddFrame(CLI::App& app, Commands& commands) {
   commands.frameCommand = command;
 }
 
+CLI::App* AddConfigAction(CLI::App& config, ConfigOptions& options, const char* name, const char* help,
+                          ConfigAction action) {
+  CLI::App* command = config.add_subcommand(name, help);
+  command->callback([&options, action] { options.action = action; });
+  command->add_flag("--machine", options.machine, "The settings of all users");
+  return command;
+}
+
+void AddConfig(CLI::App& app, Commands& commands) {
+  CLI::App* config = app.add_subcommand("config", "Show or change settings");
+  config->require_subcommand(1);
+  ConfigOptions& options = commands.config;
+  const char* keyHelp = "The key, like Common/Settings, below the product's own or from Software on";
+  CLI::App* get = AddConfigAction(*config, options, "get", "Print a setting", ConfigAction::Get);
+  get->add_option("KEY", options.key, keyHelp)->required();
+  get->add_option("NAME", options.name, "The setting")->required();
+  CLI::App* set = AddConfigAction(*config, options, "set", "Store a setting", ConfigAction::Set);
+  set->add_option("KEY", options.key, keyHelp)->required();
+  set->add_option("NAME", options.name, "The setting")->required();
+  set->add_option("VALUE", options.value, "A number of 32 bits (decimal, or 0x and hexadecimal) or a text")
+      ->required();
+  set->add_flag("--text", options.isText, "Store a number as a text");
+  CLI::App* list = AddConfigAction(*config, options, "list", "Print all settings", ConfigAction::List);
+  list->add_option("KEY", options.key, "Only this key and those below it");
+  CLI::App* unset =
+      AddConfigAction(*config, options, "unset", "Remove a setting or a key", ConfigAction::Unset);
+  unset->add_option("KEY", options.key, keyHelp)->required();
+  unset->add_option("NAME", options.name, "The setting; without it the key and all below it go");
+  config->footer("Exit status: 0 done, 1 there is no such setting or it cannot be written, 2 wrong use.");
+  commands.configCommand = config;
+}
+
 int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
   if (commands.frameCommand->parsed()) return RunFrame(commands.frame);
+  if (commands.configCommand->parsed()) return RunConfig(commands.config);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -94,6 +131,7 @@ int main(int argc, char** argv) try {
   AddRender(app, commands);
   AddCheck(app, commands);
   AddFrame(app, commands);
+  AddConfig(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {
@@ -101,6 +139,7 @@ int main(int argc, char** argv) try {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kDone : kWrongUse;
   }
+  vrx::registry::ApplySystemSettings();
   return Run(app, commands);
 } catch (const std::exception& error) {
   Say(std::string("out of resources: ") + error.what());

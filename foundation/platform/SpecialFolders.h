@@ -16,6 +16,10 @@ XpString TemporaryFolder();
 /// $XDG_CONFIG_HOME, and $XDG_DATA_HOME in the second.
 XpString ConfigurationFolder();
 XpString DataFolder();
+/// Settings of all users.
+XpString SystemConfigurationFolder();
+/// $VRX_REGISTRY_DIR, which tests and portable installations set; empty when it is not an absolute path.
+XpString RegistryFolderOverride();
 /// Data, program entries and add-on programs of all users.
 XpString SharedDataFolder();
 XpString ProgramEntriesFolder();

@@ -1,9 +1,6 @@
 #include "src/check/DocumentCheck.h"
 
-#include <array>
-
-#include "foundation/text/XpFormat.h"
-#include "foundation/text/XpPath.h"
+#include "src/check/KeyCheck.h"
 #include "src/project/ProjectKeys.h"
 
 namespace vrx::check {
@@ -72,26 +69,9 @@ class DocumentChecker {
   }
 
   void CheckKeys(const XpIniElement& dict, std::span<const Key> known) {
-    for (const auto& [name, element] : static_cast<const XpIniDict&>(dict).GetElements()) {
-      CheckKey(name, *element, known);
-    }
-  }
-
-  void CheckKey(const XpString& name, const XpIniElement& element, std::span<const Key> known) {
-    for (const Key& key : known) {
-      if (name == key.name) {
-        if (element.GetType() == key.type) return;
-        XpString message;
-        message.Format(u"is %s where %s is due: it is not read", TypeName(element.GetType()),
-                       TypeName(key.type));
-        return Report(Severity::Warning, name, message);
-      }
-    }
-    for (const Key& key : known) {
-      if (XpCompareNoCase(name, key.name) != 0) continue;
-      return Report(Severity::Warning, name, XpString(u"is an unknown key; did you mean ") + key.name + u"?");
-    }
-    Report(Severity::Note, name, u"is an unknown key and is not read");
+    check::CheckKeys(dict, known, [this](Severity severity, const XpString& key, const XpString& message) {
+      Report(severity, key, message);
+    });
   }
 
   const XpString& m_file;
@@ -101,12 +81,6 @@ class DocumentChecker {
 };
 
 }  // namespace
-
-XpString TypeName(XpIniType type) {
-  constexpr std::array<const char16_t*, 8> kNames{u"true or false", u"integer", u"real",  u"string",
-                                                  u"data",          u"date",    u"array", u"dict"};
-  return kNames[static_cast<std::size_t>(type)];
-}
 
 void CheckDocument(const XpIniDict& document, const XpString& file, std::vector<Problem>& problems) {
   DocumentChecker(file, problems).Run(document);

@@ -10,7 +10,4 @@ namespace vrx::check {
 /// Problems of the tree itself, in document order. `file` names the document.
 void CheckDocument(const XpIniDict& document, const XpString& file, std::vector<Problem>& problems);
 
-/// "dict", "real" and so on, as the elements of a document are called; a boolean is "true or false".
-XpString TypeName(XpIniType type);
-
 }  // namespace vrx::check

@@ -7,6 +7,7 @@
 #include "src/check/ClipCheck.h"
 #include "src/check/DocumentCheck.h"
 #include "src/check/OutputCheck.h"
+#include "src/check/OverlayCheck.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 
@@ -54,11 +55,7 @@ ProjectReport CheckProject(const XpString& path, const SourceProbe& probe) {
     project.audioSettings = std::make_unique<VRXAudioOutputSetting>(*report.audioSettings);
   CheckClips(file, project, probe, report);
   CheckOutput(file, report);
-  const XpString painter = project::ResolvePath(file, project.painterEffect);
-  if (!painter.IsEmpty() && !XpPathIsFile(painter)) {
-    report.problems.push_back({Severity::Warning, file, XpString(), 0, project::kPainterEffect.name,
-                               painter + u" does not exist: the movie will have no overlays"});
-  }
+  CheckOverlays(file, project, report);
   return report;
 }
 

@@ -52,9 +52,30 @@ struct ClipRow {
   std::int64_t frames = 0;
 };
 
+/// A stretch of the movie whose frames get overlays, both ends included.
+struct OverlayRow {
+  std::int64_t firstFrame = 0;
+  std::int64_t lastFrame = 0;
+  double startSeconds = 0.0;
+  double endSeconds = 0.0;
+};
+
+/// A caption in the movie's time.
+struct CaptionRow {
+  std::uint32_t number = 0;  // counted from 1
+  XpString text;
+  double startSeconds = 0.0;
+  double endSeconds = 0.0;
+  std::int32_t layoutType = 0;
+  XpString hiddenBecause;  // empty when it shows
+};
+
 struct ProjectReport {
   std::vector<Problem> problems;
   std::vector<ClipRow> clips;
+  XpString painterPath;  // native; empty when the project names no painter document
+  std::vector<OverlayRow> overlays;
+  std::vector<CaptionRow> captions;
   XpString outputPath;                                   // native; empty when the document names none
   std::unique_ptr<VRXVideoOutputSetting> videoSettings;  // null when absent
   std::unique_ptr<VRXAudioOutputSetting> audioSettings;

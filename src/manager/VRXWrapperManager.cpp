@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "foundation/registry/SystemSettings.h"
 #include "foundation/sync/XpCriticalSection.h"
 #include "foundation/text/XpFormat.h"
 #include "src/manager/RenderLog.h"
@@ -21,6 +22,7 @@ VRXWrapperManager* VRXWrapperManager::GetInstance() {
   if (VRXWrapperManager* manager = g_manager.load(std::memory_order_acquire)) return manager;
   XpSingleLock lock(&ManagerLock());
   if (g_manager.load(std::memory_order_relaxed) == nullptr) {
+    vrx::registry::ApplySystemSettings();
     g_manager.store(new (std::nothrow) VRXWrapperManager, std::memory_order_release);
   }
   return g_manager.load(std::memory_order_relaxed);

@@ -127,6 +127,10 @@ std::string UserDataFolder() { return VariableOrBelowHome("XDG_DATA_HOME", "/.lo
 
 XpString DataFolder() { return AsPath(UserDataFolder()); }
 
+XpString SystemConfigurationFolder() { return AsPath("/etc"); }
+
+XpString RegistryFolderOverride() { return AsPath(Variable("VRX_REGISTRY_DIR")); }
+
 XpString SharedDataFolder() { return AsPath("/usr/share"); }
 
 XpString ProgramEntriesFolder() { return AsPath("/usr/share/applications"); }

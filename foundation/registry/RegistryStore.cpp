@@ -1,0 +1,103 @@
+#include "foundation/registry/RegistryStore.h"
+
+#include <string>
+
+#include "foundation/file/XpFile.h"
+#include "foundation/file/XpPathOperations.h"
+#include "foundation/file/XpPathQuery.h"
+#include "foundation/platform/FileLock.h"
+#include "foundation/platform/FileSystem.h"
+#include "foundation/platform/SpecialFolders.h"
+#include "foundation/text/XpFormat.h"
+#include "foundation/text/XpPath.h"
+
+namespace vrx::registry {
+namespace {
+
+constexpr std::int64_t kLargestFile = std::int64_t{16} << 20;
+constexpr std::int32_t kMostDamagedFiles = 100;
+
+const char16_t* FileNameOf(Root root) {
+  switch (root) {
+    case Root::LocalMachine:
+      return u"local-machine.json";
+    case Root::ClassesRoot:
+      return u"classes-root.json";
+    default:
+      return u"current-user.json";
+  }
+}
+
+enum class State { Missing, Damaged, Unreadable, Good };
+
+State ReadFile(const XpString& path, Document& document) {
+  if (!XpPathExists(path, nullptr)) return State::Missing;
+  XpFile file;
+  if (file.OpenPath(path, XpOpenRead, XpShareRead) != XpOk) return State::Unreadable;
+  std::int64_t size = 0;
+  if (file.Stat(nullptr, nullptr, nullptr, &size) != XpOk) return State::Unreadable;
+  if (size > kLargestFile) return State::Damaged;
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  std::uint64_t done = 0;
+  if (size != 0 && file.Read(bytes.data(), bytes.size(), &done) != XpOk) return State::Unreadable;
+  return document.Parse(bytes) ? State::Good : State::Damaged;
+}
+
+bool KeepDamagedFile(const XpString& path) {
+  for (std::int32_t i = 1; i <= kMostDamagedFiles; ++i) {
+    XpString kept = path + u".damaged";
+    if (i > 1) kept.AppendFormat(u"-%d", i);
+    if (XpPathExists(kept, nullptr)) continue;
+    return !platform::Rename(path, kept, false);
+  }
+  return false;
+}
+
+bool WriteFile(const XpString& path, const std::string& bytes) {
+  XpFile file;
+  if (file.OpenPath(path, XpOpenWrite, XpShareRead) != XpOk) return false;
+  std::uint64_t done = 0;
+  const XpResult written = file.Write(bytes.data(), bytes.size(), &done);
+  return file.Close() == XpOk && written == XpOk;
+}
+
+}  // namespace
+
+Root RootOf(std::uint32_t kind) {
+  return kind == 1 ? Root::LocalMachine : kind == 2 ? Root::ClassesRoot : Root::CurrentUser;
+}
+
+XpString StorePath(Root root) {
+  const XpString overriding = platform::RegistryFolderOverride();
+  if (!overriding.IsEmpty()) return XpPathJoin(overriding, FileNameOf(root));
+  const XpString base =
+      root == Root::LocalMachine ? platform::SystemConfigurationFolder() : platform::ConfigurationFolder();
+  return base.IsEmpty() ? base : XpPathJoin(XpPathJoin(base, u"vrx"), FileNameOf(root));
+}
+
+Document ReadStore(Root root) {
+  Document document;
+  ReadFile(StorePath(root), document);
+  return document;
+}
+
+XpResult ChangeStore(Root root, const std::function<bool(Document&)>& change) {
+  const XpString path = StorePath(root);
+  if (path.IsEmpty()) return XpErrFailed;
+  const XpString folder = XpPathDirectory(path);
+  if (!XpPathIsDirectory(folder) && XpPathMake(folder) != XpOk) return XpErrFailed;
+  const platform::FileLock lock(path + u".lock");
+  if (!lock.IsHeld()) return XpErrFailed;
+  Document document;
+  const State state = ReadFile(path, document);
+  if (state == State::Unreadable) return XpErrFailed;
+  if (!change(document)) return XpOk;
+  const XpString written = path + u".new";
+  const bool ready = WriteFile(written, document.Write()) &&
+                     (state != State::Damaged || KeepDamagedFile(path)) &&
+                     !platform::Rename(written, path, true);
+  if (!ready) platform::RemoveFile(written);
+  return ready ? XpOk : XpErrFailed;
+}
+
+}  // namespace vrx::registry

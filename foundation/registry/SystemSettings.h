@@ -1,0 +1,17 @@
+// Settings that the foundation itself follows. Whoever puts a program together applies them once, before it
+// opens files.
+#pragma once
+
+#include "vrx/XpString.h"
+
+namespace vrx::registry {
+
+/// Takes drive letters from the key "Software\Kelo Corporation\LBR\Drives": values "A" to "Z" name native
+/// folders, the machine's first and then the user's. Lets XpLibraryPath know "InstalledLocation" of the
+/// machine's product key. May be called again after settings changed.
+void ApplySystemSettings();
+
+/// The language that the user chose for texts, as a locale name like "ja-JP"; the system's when none is set.
+XpString InterfaceLanguage();
+
+}  // namespace vrx::registry

@@ -1,0 +1,27 @@
+// Reads any bytes as speed segments and runs the clocks and a caption along them.
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "overlay/callback/TimeGenerators.h"
+#include "src/overlay/CaptionTimes.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::vector<SlowInfoRecord> records;
+  ParseSlowInfoData(XpNarrowString(std::string_view(reinterpret_cast<const char*>(data), size)).ToWide(),
+                    records);
+  VRXGPSTimeGenerate gps;
+  VRXTennisMetaTimeGenerate tennis;
+  gps.Reset(records);
+  tennis.Reset(records);
+  std::int32_t videoId = 0;
+  for (std::uint64_t frame = 0; frame < 100; frame += 7) {
+    gps.Generate(frame, videoId, {1, 10}, {0.5, 8});
+    tennis.Generate(frame, {1, 10}, {0.5, 8});
+  }
+  CaptionItem caption;
+  caption.startMs = 1000;
+  caption.endMs = 5000;
+  vrx::overlay::ApplySpeedSections(records, caption);
+  return 0;
+}

@@ -1,0 +1,123 @@
+#include "host/ConfigCommand.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <optional>
+
+#include "foundation/platform/Paths.h"
+#include "foundation/registry/RegistryStore.h"
+#include "foundation/registry/SfRegistry.h"
+#include "foundation/text/XpPath.h"
+#include "host/Console.h"
+
+namespace vrx::host {
+namespace {
+
+using namespace registry;
+
+XpString Wide(const std::string& text) { return platform::PathFromNative(text); }
+
+XpString ProductKey() { return SfRegistryKeyPath(u"LBR", XpString(), XpString()); }
+
+XpString KeyPath(std::string text) {
+  std::replace(text.begin(), text.end(), '/', '\\');
+  const XpString path = NormalKeyPath(Wide(text));
+  constexpr char16_t kTop[] = u"Software";
+  const bool isWhole = XpCompareNoCase(path.Left(std::size(kTop) - 1), kTop) == 0;
+  if (isWhole) return path;
+  return path.IsEmpty() ? ProductKey() : ProductKey() + u"\\" + path;
+}
+
+/// A number of 32 bits in decimal or, after 0x, in hexadecimal.
+std::optional<std::uint32_t> ParseNumber(const std::string& text) {
+  const bool isHex = text.starts_with("0x") || text.starts_with("0X");
+  const char* first = text.data() + (isHex ? 2 : 0);
+  const char* last = text.data() + text.size();
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(first, last, number, isHex ? 16 : 10);
+  return error == std::errc() && end == last ? std::optional(number) : std::nullopt;
+}
+
+std::string TextOf(const Value& value) {
+  if (const auto* text = std::get_if<XpString>(&value)) return Utf8(*text);
+  return std::to_string(std::get<std::uint32_t>(value));
+}
+
+int NoSuchSetting(const ConfigOptions& options, const XpString& path) {
+  Say("there is no setting " + (options.name.empty() ? "" : options.name + " in ") + Utf8(path) + " of " +
+      Utf8(StorePath(options.machine ? Root::LocalMachine : Root::CurrentUser)));
+  return kFailed;
+}
+
+int Get(const ConfigOptions& options, Root root, const XpString& path) {
+  const Document document = ReadStore(root);
+  const Value* value = document.Find(path, Wide(options.name));
+  if (value == nullptr) return NoSuchSetting(options, path);
+  std::puts(TextOf(*value).c_str());
+  return kDone;
+}
+
+bool IsAtOrBelow(const XpString& key, const XpString& path) {
+  const XpString below = path + u"\\";
+  return XpCompareNoCase(key, path) == 0 || XpCompareNoCase(key.Left(below.Length()), below) == 0;
+}
+
+int List(const ConfigOptions& options, Root root, const XpString& path) {
+  for (const auto& [key, values] : ReadStore(root).keys) {
+    if (!options.key.empty() && !IsAtOrBelow(key, path)) continue;
+    std::printf("[%s]\n", Utf8(key).c_str());
+    for (const auto& [name, value] : values) {
+      const char* quote = std::holds_alternative<XpString>(value) ? "\"" : "";
+      std::printf("  %s = %s%s%s\n", Utf8(name).c_str(), quote, TextOf(value).c_str(), quote);
+    }
+  }
+  return kDone;
+}
+
+int Change(Root root, const std::function<bool(Document&)>& change) {
+  if (ChangeStore(root, change) == XpOk) return kDone;
+  Say("cannot write " + Utf8(StorePath(root)));
+  return kFailed;
+}
+
+int Set(const ConfigOptions& options, Root root, const XpString& path) {
+  const auto number = options.isText ? std::nullopt : ParseNumber(options.value);
+  return Change(root, [&](Document& document) {
+    document.keys[path][Wide(options.name)] = number ? Value(*number) : Value(Wide(options.value));
+    return true;
+  });
+}
+
+int Unset(const ConfigOptions& options, Root root, const XpString& path) {
+  bool found = false;
+  const int status = Change(root, [&](Document& document) {
+    if (options.name.empty()) {
+      found =
+          std::erase_if(document.keys, [&](const auto& key) { return IsAtOrBelow(key.first, path); }) != 0;
+    } else if (const auto key = document.keys.find(path); key != document.keys.end()) {
+      found = key->second.erase(Wide(options.name)) != 0;
+    }
+    return found;
+  });
+  return status == kDone && !found ? NoSuchSetting(options, path) : status;
+}
+
+}  // namespace
+
+int RunConfig(const ConfigOptions& options) {
+  const Root root = options.machine ? Root::LocalMachine : Root::CurrentUser;
+  const XpString path = KeyPath(options.key);
+  switch (options.action) {
+    case ConfigAction::Get:
+      return Get(options, root, path);
+    case ConfigAction::Set:
+      return Set(options, root, path);
+    case ConfigAction::Unset:
+      return Unset(options, root, path);
+    default:
+      return List(options, root, path);
+  }
+}
+
+}  // namespace vrx::host

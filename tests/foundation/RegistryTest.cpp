@@ -1,0 +1,126 @@
+// Settings are found by the names that programs know, survive damage, and are never lost to a second writer.
+#include <cstdlib>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "foundation/file/XpSpecialFolder.h"
+#include "foundation/platform/Paths.h"
+#include "foundation/registry/SfRegistry.h"
+#include "foundation/registry/SystemSettings.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+constexpr std::uint32_t kReadWrite = XpRegistryRead | XpRegistryWrite;
+
+class RegistryTest : public testing::Test {
+ protected:
+  RegistryTest() { setenv("VRX_REGISTRY_DIR", folder.Path().c_str(), 1); }
+  ~RegistryTest() override { unsetenv("VRX_REGISTRY_DIR"); }
+
+  TempFolder folder;
+};
+
+TEST_F(RegistryTest, MissingKeysAreMadeByWritersOnly) {
+  XpRegistry key;
+  EXPECT_EQ(key.Open(u"Software\\A", 0, XpRegistryRead), XpErrFailed);
+  EXPECT_EQ(key.Close(), XpErrFailed);
+  EXPECT_EQ(folder.Count(), 0);
+  ASSERT_EQ(key.Open(u"Software\\A\\B", 0, kReadWrite), XpOk);
+  EXPECT_EQ(key.Close(), XpOk);
+  EXPECT_EQ(key.Open(u"software/a", 77, XpRegistryRead), XpOk);  // above a key that is there
+  EXPECT_EQ(key.Open(u"Software\\A", 1, XpRegistryRead), XpErrFailed);
+  EXPECT_EQ(key.OpenRaw(u"Software/A/B", 0, XpRegistryRead), XpErrFailed);
+  EXPECT_EQ(XpRegistryOpen(u"Software\\Other", 0, XpRegistryRead), nullptr);
+}
+
+TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
+  XpRegistry key;
+  ASSERT_EQ(key.Open(u"Software/A", 0, kReadWrite), XpOk);
+  EXPECT_EQ(key.SetString(u"Text", u"\x3042\"\\"), XpOk);
+  EXPECT_EQ(key.SetDword(u"Number", 0xFFFFFFFF), XpOk);
+  EXPECT_EQ(key.SetString(u"a/b", u"1"), XpOk);
+  const auto reader = XpRegistryOpen(u"SOFTWARE", 0, XpRegistryRead)->OpenSubKey(u"a");
+  ASSERT_TRUE(reader);
+  EXPECT_EQ(reader->GetString(u"TEXT", u""), u"\x3042\"\\");
+  EXPECT_EQ(reader->GetDword(u"number", 0), 0xFFFFFFFFu);
+  EXPECT_EQ(reader->GetString(u"A\\B", u""), u"1");
+  EXPECT_TRUE(reader->GetBool(u"Number"));
+  EXPECT_FALSE(reader->GetBool(u"a/b"));  // a text is no number
+  EXPECT_EQ(reader->GetDword(u"Text", 5), 5u);
+  EXPECT_EQ(reader->GetString(u"Number", u"none"), u"none");
+  EXPECT_TRUE(reader->HasValue(u"text"));
+  EXPECT_FALSE(reader->HasValue(u"other"));
+  EXPECT_EQ(reader->SetDword(u"Number", 1), XpErrFailed);
+  key.Close();
+  EXPECT_EQ(key.SetDword(u"Number", 1), XpErrFailed);
+  EXPECT_EQ(key.GetDword(u"Number", 9), 9u);
+  EXPECT_EQ(key.OpenSubKey(u"x"), nullptr);
+}
+
+TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {
+  for (const std::string damage :
+       {"", "{\"Software\\\\A\": {\"n\": 1}", "[]", "{\"a\": 1}", "{\"a\": {\"b\": -1}}",
+        "{\"a\": {\"b\": 4294967296}}", "{\"a\": {\"b\": null}}"}) {
+    const TempFolder own;
+    setenv("VRX_REGISTRY_DIR", own.Path().c_str(), 1);
+    own.Write("current-user.json", damage);
+    EXPECT_EQ(XpRegistryOpen(u"Software\\A", 0, XpRegistryRead), nullptr) << damage;
+    EXPECT_EQ(own.Read("current-user.json"), damage);
+    ASSERT_TRUE(XpRegistryOpen(u"Software\\B", 0, kReadWrite)) << damage;
+    EXPECT_EQ(own.Read("current-user.json.damaged"), damage);
+    EXPECT_TRUE(XpRegistryOpen(u"Software\\B", 0, XpRegistryRead));
+  }
+}
+
+TEST_F(RegistryTest, ManyWritersLoseNothing) {
+  constexpr int kWriters = 4;
+  constexpr std::uint32_t kEach = 25;
+  std::vector<std::thread> writers;
+  for (int w = 0; w < kWriters; ++w) {
+    writers.emplace_back([w] {
+      XpRegistry key;
+      EXPECT_EQ(key.Open(u"Software\\A", 0, kReadWrite), XpOk);
+      for (std::uint32_t i = 0; i < kEach; ++i) {
+        const std::string name = std::to_string(w) + "-" + std::to_string(i);
+        EXPECT_EQ(key.SetDword(XpNarrowString(name).ToWide(), i), XpOk);
+      }
+    });
+  }
+  for (auto& writer : writers) writer.join();
+  const auto document = vrx::registry::ReadStore(vrx::registry::Root::CurrentUser);
+  EXPECT_EQ(document.keys.at(u"Software\\A").size(), kWriters * kEach);
+}
+
+TEST_F(RegistryTest, SectionsHaveTheirVersionFolder) {
+  EXPECT_EQ(SfRegistryKeyPath(u"LBR", u"", u""), u"Software\\Kelo Corporation\\LBR");
+  EXPECT_EQ(SfRegistryKeyPath(u"LBR", u"Common", u"Settings"),
+            u"Software\\Kelo Corporation\\LBR\\Common\\Settings");
+  EXPECT_EQ(SfRegistryKeyPath(u"LBR", u"SGPUCLB", u"SharedInfo"),
+            u"Software\\Kelo Corporation\\LBR\\SGPUCLB\\1.0\\SharedInfo");
+  const auto key =
+      XpRegistryOpen(u"Software\\Kelo Corporation\\LBR\\SGPUCLB", XpRegistryLocalMachine, kReadWrite);
+  ASSERT_TRUE(key);
+  key->SetString(u"CurrentVersion", u"2.5");
+  EXPECT_EQ(SfSectionVersionPath(u"SGPUCLB"), u"Software\\Kelo Corporation\\LBR\\SGPUCLB\\2.5");
+  EXPECT_FALSE(SfRegistryOpenRead(u"Common", u"Settings"));
+  const auto settings = SfRegistryOpenWrite(u"Common", u"Settings");
+  ASSERT_TRUE(settings);
+  settings->SetDword(u"UILanguageId", 0x0411);
+  EXPECT_EQ(vrx::registry::InterfaceLanguage(), u"ja-JP");
+}
+
+TEST_F(RegistryTest, SettingsReachDrivesAndLibraries) {
+  const XpString product = SfRegistryKeyPath(u"LBR", u"", u"");
+  XpRegistryOpen(product, XpRegistryLocalMachine, kReadWrite)->SetString(u"InstalledLocation", u"/opt/app");
+  XpRegistryOpen(product + u"\\Drives", XpRegistryLocalMachine, kReadWrite)->SetString(u"Y", u"/machine");
+  XpRegistryOpen(product + u"\\Drives", XpRegistryCurrentUser, kReadWrite)->SetString(u"y", u"/user");
+  vrx::registry::ApplySystemSettings();
+  EXPECT_EQ(vrx::platform::NativePath(u"Y:\\a"), "/user/a");
+  EXPECT_EQ(XpLibraryPath(u"x.so", XpLibraryInstalled), u"/opt/app/x.so");
+  XpSetInstalledLocation(nullptr);
+  vrx::platform::SetDriveFolder('Y', "");
+}
+
+}  // namespace
