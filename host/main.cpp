@@ -117,7 +117,8 @@ int Run(const CLI::App& app, const Commands& commands) {
     Say("there is no command " + commands.helpTopic);
     return kWrongUse;
   }
-  std::fputs(app.help().c_str(), stdout);
+  // The program's own help; App::help would give that of the command `help`.
+  std::fputs(app.get_formatter()->make_help(&app, "vrx", CLI::AppFormatMode::Normal).c_str(), stdout);
   return kDone;
 }
 

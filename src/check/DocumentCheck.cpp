@@ -25,7 +25,8 @@ class DocumentChecker {
     if (const XpIniElement* video = Require(*output, kVideoOutputSettings, Severity::Error)) {
       CheckKeys(*video, kVideoKeys);
     }
-    if (const XpIniElement* audio = Require(*output, kAudioOutputSettings, Severity::Note)) {
+    if (const XpIniElement* audio = Require(*output, kAudioOutputSettings, Severity::Note,
+                                            u"is missing: the movie will have no sound")) {
       CheckKeys(*audio, kAudioKeys);
     }
   }
@@ -35,18 +36,13 @@ class DocumentChecker {
     m_problems.push_back({severity, m_file, m_track, m_clip, key, message});
   }
 
-  /// The element under `key`, or null after reporting that it is not there. One of a wrong type is reported
-  /// by CheckKeys; the outermost key has no such check, so it is told here.
-  const XpIniElement* Require(const XpIniElement& dict, const Key& key, Severity severity) {
+  /// The element under `key`, or null after reporting that it is not there: `absent` says what that means.
+  const XpIniElement* Require(const XpIniElement& dict, const Key& key, Severity severity,
+                              const char16_t* absent = u"is missing") {
     const XpIniElement* element = Find(&dict, key);
     if (element != nullptr) return element;
     const bool wrongType = dict.Get(key.name) != nullptr;
-    if (key.type == XpIniType::Dict && key.name == kAudioOutputSettings.name && !wrongType) {
-      Report(severity, key.name, u"not there: the movie will have no sound");
-    } else {
-      Report(severity, key.name,
-             wrongType ? XpString(u"is not a dict, so it counts as missing") : XpString(u"is missing"));
-    }
+    Report(severity, key.name, wrongType ? u"is not a dict, so it counts as missing" : absent);
     return nullptr;
   }
 

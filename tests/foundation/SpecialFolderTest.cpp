@@ -43,7 +43,7 @@ TEST_F(SpecialFolderTest, EveryKindHasAnAnswer) {
   EXPECT_EQ(XpGetSpecialFolder(XpFolderCommonVideos), XpString());
   EXPECT_EQ(XpGetSpecialFolder(-1), XpString());
   EXPECT_EQ(XpGetSpecialFolder(XpExecutablePath),
-            XpGetSpecialFolder(XpFolderExecutable) + u"/foundation_test");
+            XpGetSpecialFolder(XpFolderExecutable) + u"/foundation-tests");
 }
 
 TEST_F(SpecialFolderTest, ApplicationDataIsMadeWithoutItsEmptyParts) {
