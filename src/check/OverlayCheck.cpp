@@ -6,7 +6,9 @@
 #include <set>
 
 #include "foundation/file/XpPathQuery.h"
+#include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
+#include "overlay/callback/TimeGenerators.h"
 #include "overlay/document/PainterKeys.h"
 #include "src/check/PainterDocumentCheck.h"
 #include "src/overlay/OverlayRanges.h"
@@ -17,6 +19,7 @@ namespace vrx::check {
 namespace {
 
 constexpr double kMillisecondsPerSecond = 1000.0;
+constexpr double kCountableFrames = 1e15;  // a double still tells one from the next
 constexpr std::size_t kMostCaptionProblems = 50;
 
 /// Times that earlier captions already fill, as intervals that do not touch, by their start.
@@ -74,11 +77,14 @@ class CaptionJudge {
 
  private:
   bool FallsBetweenFrames(const CaptionItem& caption) const {
-    const double frameMs =
-        static_cast<double>(m_frame.value) / static_cast<double>(m_frame.scale) * kMillisecondsPerSecond;
-    // A frame's time is cut to whole milliseconds.
-    const double next = std::ceil(std::max(caption.startMs, 0) / frameMs);
-    return std::trunc(next * frameMs) > caption.endMs;
+    const overlay::FrameLength length{m_frame.value, m_frame.scale};
+    const auto timeOf = [&](std::uint64_t frame) { return VRXCaptionTimeGenerate().Generate(frame, length); };
+    const double frames = std::max(caption.startMs, 0) / kMillisecondsPerSecond *
+                          static_cast<double>(m_frame.scale) / static_cast<double>(m_frame.value);
+    auto frame = static_cast<std::uint64_t>(Saturate<std::int64_t>(frames));
+    // A frame's time is cut to whole milliseconds, so the one that begins with the caption may not show it.
+    while (timeOf(frame) < caption.startMs && frames < kCountableFrames) ++frame;
+    return timeOf(frame) > caption.endMs;
   }
 
   bool m_showsAlways;

@@ -13,7 +13,7 @@ constexpr char kCaptions[] =
     "<key>CaptionInfo</key><dict><key>Valid</key><true/><key>CaptionString</key><string>"
     "&lt;Caption&gt;&lt;Text&gt;HHH&lt;/Text&gt;&lt;FontSize&gt;300&lt;/FontSize&gt;&lt;FontColor&gt;255&lt;/"
     "FontColor"
-    "&gt;&lt;LayoutType&gt;5&lt;/LayoutType&gt;&lt;LeftPos&gt;1001&lt;/LeftPos&gt;&lt;RightPos&gt;2002&lt;/"
+    "&gt;&lt;LayoutType&gt;5&lt;/LayoutType&gt;&lt;LeftPos&gt;1000&lt;/LeftPos&gt;&lt;RightPos&gt;2010&lt;/"
     "RightPos&gt;"
     "&lt;/Caption&gt;</string></dict>";
 
