@@ -121,6 +121,7 @@ class OverlayChecker {
     PainterInfo info;
     AdoptPainterInfo(document.GetPainterInfo(), info);
     CheckValid(document.GetPainterInfo(), info);
+    CheckClipTimes();
     if (m_report.videoSettings) AddRows(project, info);
   }
 
@@ -150,6 +151,15 @@ class OverlayChecker {
     }
     if (document.tennisMetaInfo.valid && !adopted.tennisMetaInfo.valid) {
       Report(path, Severity::Note, overlay::kTennisMetaInfo.name, u"is valid but holds no data");
+    }
+  }
+
+  /// Overlays are placed by the times that the document gives, and a whole clip gives none.
+  void CheckClipTimes() {
+    for (const ClipRow& clip : m_report.clips) {
+      if (!clip.wholeSource || !(clip.track == project::kVideoTrack.name)) continue;
+      m_report.problems.push_back({Severity::Warning, m_file, clip.track, clip.clip, project::kEndTime.name,
+                                   u"is not set: overlays count this clip as empty and may be missing"});
     }
   }
 
