@@ -83,16 +83,38 @@ bool CutToBox(Segment& s, double left, double top, double right, double bottom) 
   return true;
 }
 
-/// The columns of row `y` inside the ellipse that fills `bounds`, as the first and one past the last.
-std::pair<std::int64_t, std::int64_t> EllipseRow(const Rect& bounds, std::int64_t y) {
+/// Columns of a row, one past the last included.
+struct Columns {
+  std::int64_t first = 0;
+  std::int64_t end = 0;
+};
+
+Columns Intersect(const Columns& a, const Columns& b) {
+  return {std::max(a.first, b.first), std::min(a.end, b.end)};
+}
+
+/// The columns of row `y` inside the ellipse that fills `bounds`. The middle row and the middle column, or
+/// both of two, always span the bounds, which a flat ellipse would miss by a fraction of a pixel.
+Columns EllipseRow(const Rect& bounds, std::int64_t y) {
+  if (bounds.IsEmpty() || y < bounds.top || y >= bounds.bottom) return {};
   const double width = static_cast<double>(bounds.Width()), height = static_cast<double>(bounds.Height());
-  const double fromCentre = static_cast<double>(2 * y - (std::int64_t{bounds.top} + bounds.bottom - 1));
-  const double share = 1 - fromCentre * fromCentre / (height * height);
-  if (bounds.IsEmpty() || share < 0) return {0, 0};
-  const double reach = width * std::sqrt(share);
-  const double centre = static_cast<double>(std::int64_t{bounds.left} + bounds.right - 1);
-  return {static_cast<std::int64_t>(std::ceil((centre - reach) / 2 - kTolerance)),
-          static_cast<std::int64_t>(std::floor((centre + reach) / 2 + kTolerance)) + 1};
+  const std::int64_t fromCentre = 2 * y - (std::int64_t{bounds.top} + bounds.bottom - 1);
+  const double share = static_cast<double>(fromCentre) / height;
+  double reach = width * std::sqrt(1 - share * share);
+  if (std::abs(fromCentre) <= 1) reach = std::max(reach, width - 1);
+  const std::int64_t centre = std::int64_t{bounds.left} + bounds.right - 1;
+  reach = std::max(reach, centre % 2 == 0 ? 0.0 : 1.0);
+  const double middle = static_cast<double>(centre);
+  return {static_cast<std::int64_t>(std::ceil((middle - reach) / 2 - kTolerance)),
+          static_cast<std::int64_t>(std::floor((middle + reach) / 2 + kTolerance)) + 1};
+}
+
+/// What an edge leaves of row `y`: pixels all of whose four neighbours lie in the ellipse, so that the edge
+/// is closed, and for a wider pen in the inner ellipse too.
+Columns InsideEdge(const Rect& outer, const Rect& inner, std::int64_t y, const Columns& row, bool thin) {
+  Columns inside =
+      Intersect({row.first + 1, row.end - 1}, Intersect(EllipseRow(outer, y - 1), EllipseRow(outer, y + 1)));
+  return thin ? inside : Intersect(inside, EllipseRow(inner, y));
 }
 
 std::int64_t FloorDivide(std::int64_t a, std::int64_t b) {
@@ -183,15 +205,15 @@ void Canvas::DrawEllipse(Rect bounds, const Pen& pen, const std::optional<Brush>
   const Rect inner = {outer.left + width, outer.top + width, outer.right - width, outer.bottom - width};
   const std::int32_t last = std::min(outer.bottom, m_bitmap.height);
   for (std::int32_t y = std::max(outer.top, 0); y < last; ++y) {
-    const auto [first, end] = EllipseRow(outer, y);
-    const auto [innerFirst, innerEnd] = EllipseRow(inner, y);
-    if (innerEnd <= innerFirst) {
-      FillSpan(y, first, end, pen.color);
+    const Columns row = EllipseRow(outer, y);
+    const Columns inside = InsideEdge(outer, inner, y, row, width == 1);
+    if (inside.end <= inside.first) {
+      FillSpan(y, row.first, row.end, pen.color);
       continue;
     }
-    FillSpan(y, first, innerFirst, pen.color);
-    FillSpan(y, innerEnd, end, pen.color);
-    if (brush) FillSpan(y, innerFirst, innerEnd, brush->color);
+    FillSpan(y, row.first, inside.first, pen.color);
+    FillSpan(y, inside.end, row.end, pen.color);
+    if (brush) FillSpan(y, inside.first, inside.end, brush->color);
   }
 }
 

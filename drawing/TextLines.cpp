@@ -1,5 +1,7 @@
 #include "drawing/TextLines.h"
 
+#include <glib.h>
+
 #include <algorithm>
 
 #include "drawing/TextFormat.h"
@@ -18,6 +20,23 @@ constexpr double kMaxLineExtent = 1 << 19;
 bool IsLineBreak(char16_t c) {
   return c == u'\n' || c == u'\v' || c == u'\f' || c == kNextLine || c == kLineSeparator ||
          c == kParagraphSeparator;
+}
+
+constexpr int kMaxMarks = 30;
+
+/// Drops what exceeds kMaxMarks combining marks in a row, in place.
+void ThinMarks(std::u16string& text) {
+  std::size_t out = 0;
+  int marks = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    char32_t c = text[i];
+    const std::size_t units = textcodec::IsHighSurrogate(c) ? 2 : 1;
+    if (units == 2) c = 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - char32_t{0xDC00});
+    marks = g_unichar_ismark(c) ? marks + 1 : 0;
+    for (std::size_t k = 0; k < units && marks <= kMaxMarks; ++k) text[out++] = text[i + k];
+    i += units;
+  }
+  text.resize(out);
 }
 
 bool IsControl(char16_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
@@ -59,6 +78,7 @@ std::u16string CleanText(std::u16string_view text, std::uint32_t format) {
     }
   }
   if (!clean.empty() && clean.back() == u'\n') clean.pop_back();
+  ThinMarks(clean);
   return clean;
 }
 

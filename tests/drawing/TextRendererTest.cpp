@@ -1,0 +1,363 @@
+#include "drawing/TextRenderer.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "drawing/BoxTextRenderer.h"
+#include "drawing/PangoTextRenderer.h"
+#include "imaging/pixmap/XpPixmapBlock.h"
+#include "tests/imaging/RandomPixmap.h"
+
+namespace vrx::drawing {
+namespace {
+
+constexpr ColorRef kColor = MakeColor(200, 100, 50);
+constexpr std::uint32_t kCaption = DT_EDITCONTROL | DT_NOPREFIX | DT_WORDBREAK | DT_VCENTER;
+
+Font FontOf(std::int32_t height, bool smooth = true) {
+  Font font;
+  font.face = u"DejaVu Sans";
+  font.height = height;
+  font.smooth = smooth;
+  return font;
+}
+
+struct Page {
+  explicit Page(std::int32_t width = 400, std::int32_t height = 200) {
+    EXPECT_EQ(pixmap.Allocate(width, height), XpOk);
+    canvas.Bind(pixmap.GetBitmapHandle());
+  }
+  const unsigned char* At(std::int32_t x, std::int32_t y) const { return pixmap.GetPlane(0)->Row(y) + x * 4; }
+  /// The smallest rectangle with all pixels that aren't four zero bytes.
+  Rect Ink() const {
+    Rect ink{INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN};
+    for (std::int32_t y = 0; y < pixmap.height; ++y) {
+      for (std::int32_t x = 0; x < pixmap.width; ++x) {
+        const unsigned char* p = At(x, y);
+        if ((p[0] | p[1] | p[2] | p[3]) == 0) continue;
+        ink = {std::min(ink.left, x), std::min(ink.top, y), std::max(ink.right, x + 1),
+               std::max(ink.bottom, y + 1)};
+      }
+    }
+    return ink.IsEmpty() ? Rect() : ink;
+  }
+  XpPixmap32 pixmap;
+  Canvas canvas;
+};
+
+bool Contains(const Rect& outer, const Rect& inner) { return Intersect(outer, inner) == inner; }
+
+/// What painters rely on, of both renderers alike.
+class AnyTextRenderer : public testing::TestWithParam<const char*> {
+ protected:
+  static std::unique_ptr<TextRenderer> Make() {
+    if (std::string(GetParam()) == "box") return std::make_unique<BoxTextRenderer>();
+    return std::make_unique<PangoTextRenderer>();
+  }
+  std::unique_ptr<TextRenderer> renderer = Make();
+};
+INSTANTIATE_TEST_SUITE_P(Both, AnyTextRenderer, testing::Values("box", "pango"),
+                         [](const auto& renderer) { return std::string(renderer.param); });
+
+TEST_P(AnyTextRenderer, TextStaysInItsRectangleAndIsCutThere) {
+  const Rect rect{50, 40, 150, 75};
+  for (std::uint32_t align : {DT_LEFT, DT_CENTER, DT_RIGHT}) {
+    for (std::uint32_t lines : {DT_WORDBREAK, DT_SINGLELINE, DT_SINGLELINE | DT_BOTTOM, DT_TOP}) {
+      Page page;
+      renderer->Draw(page.canvas, u"Text that is much too long\nfor it\nall", FontOf(-30), kColor, rect,
+                     align | lines);
+      const Rect ink = page.Ink();
+      EXPECT_FALSE(ink.IsEmpty());
+      EXPECT_TRUE(Contains(rect, ink)) << align << " " << lines << ": " << ink.left << "," << ink.top
+                                       << " to " << ink.right << "," << ink.bottom;
+    }
+  }
+  Page page;
+  renderer->Draw(page.canvas, u"Text that is much too long", FontOf(-30), kColor, rect, DT_NOCLIP);
+  EXPECT_GT(page.Ink().right, rect.right);
+}
+
+TEST_P(AnyTextRenderer, AlignmentMovesTheInkByTheRoomThatIsLeft) {
+  const Rect rect{10, 10, 390, 190};
+  const Font font = FontOf(-24);
+  const Size size = renderer->Measure(u"Hxg", font, 380, DT_SINGLELINE);
+  const auto inkOf = [&](std::uint32_t format) {
+    Page page;
+    renderer->Draw(page.canvas, u"Hxg", font, kColor, rect, format);
+    return page.Ink();
+  };
+  const Rect base = inkOf(DT_SINGLELINE);
+  const std::int32_t roomX = 380 - size.width, roomY = 180 - size.height;
+  EXPECT_TRUE(Contains({10, 10, 10 + size.width, 10 + size.height}, base));
+  struct Case {
+    std::uint32_t format;
+    std::int32_t dx, dy;
+  };
+  for (const Case& c : {Case{DT_CENTER, roomX / 2, 0}, Case{DT_RIGHT, roomX, 0},
+                        Case{DT_VCENTER, 0, roomY / 2}, Case{DT_BOTTOM | DT_CENTER, roomX / 2, roomY}}) {
+    EXPECT_EQ(inkOf(DT_SINGLELINE | c.format), Moved(base, c.dx, c.dy)) << c.format;
+  }
+  // Vertical alignment is for single lines only.
+  EXPECT_EQ(inkOf(DT_VCENTER), base);
+  EXPECT_EQ(inkOf(DT_BOTTOM | DT_RIGHT), Moved(base, roomX, 0));
+}
+
+TEST_P(AnyTextRenderer, WordsWrapAtTheWidthAndLineFeedsAlways) {
+  const Font font = FontOf(-20);
+  const std::int32_t line = renderer->Measure(u"a", font, 0, 0).height;
+  const auto linesOf = [&](std::u16string_view text, std::int32_t width, std::uint32_t format) {
+    const Size size = renderer->Measure(text, font, width, format);
+    EXPECT_EQ(size.height % line, 0);
+    return size.height / line;
+  };
+  const std::int32_t word = renderer->Measure(u"mmmm", font, 0, 0).width;
+  EXPECT_EQ(linesOf(u"mmmm mmmm mmmm", 10000, DT_WORDBREAK), 1);
+  EXPECT_EQ(linesOf(u"mmmm mmmm mmmm", word + 2, DT_WORDBREAK), 3);
+  EXPECT_EQ(linesOf(u"mmmm mmmm mmmm", word + 2, 0), 1);
+  EXPECT_EQ(linesOf(u"mmmm mmmm mmmm", word + 2, DT_WORDBREAK | DT_SINGLELINE), 1);
+  EXPECT_LE(renderer->Measure(u"mmmm mmmm mmmm", font, word + 2, DT_WORDBREAK).width, word + 2);
+  // A word that is too long stays whole, except where text behaves as in an edit control.
+  EXPECT_EQ(linesOf(u"mmmm", word * 3 / 5, DT_WORDBREAK), 1);
+  EXPECT_GE(renderer->Measure(u"mmmm", font, word / 2, DT_WORDBREAK).width, word);
+  EXPECT_EQ(linesOf(u"mmmm", word * 3 / 5, DT_WORDBREAK | DT_EDITCONTROL), 2);
+  for (const char16_t* text : {u"a\nb\nc", u"a\r\nb\r\nc", u"a\rb\rc\n", u"a\u2028b\u2029c", u"\n\n\n"}) {
+    EXPECT_EQ(linesOf(text, 1000, 0), 3);
+    EXPECT_EQ(linesOf(text, 1000, DT_SINGLELINE), 1);
+  }
+  EXPECT_EQ(renderer->Measure(u"", font, 100, DT_WORDBREAK), (Size{0, line}));
+}
+
+TEST_P(AnyTextRenderer, CalculatingMovesTheRectangleAndDrawsNothing) {
+  Page page;
+  Rect rect{7, 9, 300, 10};
+  const Font font = FontOf(-20);
+  const std::int32_t height = renderer->DrawText(page.canvas, u"99\n999", font, kColor, rect,
+                                                 DT_CALCRECT | DT_NOPREFIX | DT_BOTTOM | DT_RIGHT);
+  const Size size = renderer->Measure(u"99\n999", font, 293, 0);
+  EXPECT_EQ(rect, (Rect{7, 9, 7 + size.width, 9 + size.height}));
+  EXPECT_EQ(height, size.height);
+  EXPECT_TRUE(page.Ink().IsEmpty());
+  renderer->DrawText(page.canvas, u"99\n999", font, kColor, rect, DT_NOPREFIX);
+  EXPECT_TRUE(Contains(rect, page.Ink()));
+  EXPECT_FALSE(page.Ink().IsEmpty());
+}
+
+TEST_P(AnyTextRenderer, AnAmpersandIsAMarkUnlessPrefixesAreOff) {
+  const Font font = FontOf(-20);
+  const auto width = [&](std::u16string_view text, std::uint32_t format) {
+    return renderer->Measure(text, font, 0, format).width;
+  };
+  EXPECT_EQ(width(u"R&D", 0), width(u"RD", 0));
+  EXPECT_EQ(width(u"R&&D", 0), width(u"R&D", DT_NOPREFIX));
+  EXPECT_GT(width(u"R&D", DT_NOPREFIX), width(u"RD", DT_NOPREFIX));
+}
+
+TEST_P(AnyTextRenderer, APartlyVisibleLastLineIsLeftOutInAnEditControl) {
+  const Font font = FontOf(-20);
+  const std::int32_t line = renderer->Measure(u"M", font, 0, 0).height;
+  const Rect rect{0, 0, 400, line + line / 2 + 4};
+  Page cut, whole;
+  renderer->Draw(cut.canvas, u"M\nM", font, kColor, rect, kCaption);
+  renderer->Draw(whole.canvas, u"M\nM", font, kColor, rect, DT_NOPREFIX | DT_WORDBREAK);
+  EXPECT_LE(cut.Ink().bottom, line);
+  EXPECT_GT(whole.Ink().bottom, line);
+  Page large;
+  renderer->Draw(large.canvas, u"M", FontOf(-300), kColor, {0, 0, 400, 200}, kCaption);
+  EXPECT_FALSE(large.Ink().IsEmpty()) << "the first line always shows";
+}
+
+TEST_P(AnyTextRenderer, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaquePixels) {
+  const Rect rect{5, 5, 395, 195};
+  for (const ColorRef color : {kColor, ColorRef{0}}) {
+    Page clear, opaque, sparse;
+    FillPixmap(opaque.pixmap, 10, 220, 90, 255);
+    FillPixmap(sparse.pixmap, 10, 220, 90, 100);
+    for (Page* page : {&clear, &opaque, &sparse}) {
+      renderer->Draw(page->canvas, u"Sway & 8\ngo", FontOf(-61), color, rect, DT_NOPREFIX);
+    }
+    const unsigned char text[3] = {BlueOf(color), GreenOf(color), RedOf(color)}, under[3] = {90, 220, 10};
+    int partial = 0, full = 0;
+    for (std::int32_t y = 0; y < 200; ++y) {
+      for (std::int32_t x = 0; x < 400; ++x) {
+        const int a = clear.At(x, y)[3];
+        partial += a > 0 && a < 255;
+        full += a == 255;
+        ASSERT_EQ(opaque.At(x, y)[3], 255);
+        const double mixedAlpha = a + 100.0 * (255 - a) / 255;
+        ASSERT_NEAR(sparse.At(x, y)[3], mixedAlpha, 0.51);
+        for (int c = 0; c < 3; ++c) {
+          ASSERT_EQ(clear.At(x, y)[c], a == 0 ? 0 : text[c]) << x << "," << y;
+          ASSERT_NEAR(opaque.At(x, y)[c], (under[c] * (255 - a) + text[c] * a) / 255.0, 0.51)
+              << x << "," << y;
+          const double mixed = (text[c] * a + under[c] * 100.0 * (255 - a) / 255) / mixedAlpha;
+          ASSERT_NEAR(sparse.At(x, y)[c], mixed, 0.51) << x << "," << y;
+        }
+      }
+    }
+    EXPECT_GT(partial, 50);
+    EXPECT_GT(full, 500);
+  }
+}
+
+TEST_P(AnyTextRenderer, UnsmoothedTextIsThereOrNotAtEverySize) {
+  for (std::int32_t height : {-9, -20, -86, -700}) {
+    Page page;
+    renderer->Draw(page.canvas, u"M+128 km", FontOf(height, false), kColor, {0, 0, 400, 200}, 0);
+    EXPECT_FALSE(page.Ink().IsEmpty()) << height;
+    for (std::int32_t i = 0; i < 400 * 200; ++i) {
+      const int alpha = page.pixmap.data[i * 4 + 3];
+      ASSERT_TRUE(alpha == 0 || alpha == 255) << height << ": " << alpha;
+    }
+  }
+}
+
+TEST_P(AnyTextRenderer, OpaquePixmapsOfThreeBytesTakeTextToo) {
+  Page page;
+  XpPixmap24 narrow;
+  ASSERT_EQ(narrow.Allocate(400, 200), XpOk);
+  FillPixmap(page.pixmap, 7, 8, 9, 255);
+  FillPixmap(narrow, 7, 8, 9);
+  renderer->Draw(page.canvas, u"Text", FontOf(-50), kColor, {0, 0, 400, 200}, 0);
+  renderer->Draw(Canvas(narrow.GetBitmapHandle()), u"Text", FontOf(-50), kColor, {0, 0, 400, 200}, 0);
+  for (std::int32_t i = 0; i < 400 * 200; ++i) {
+    for (int c = 0; c < 3; ++c) ASSERT_EQ(narrow.data[i * 3 + c], page.pixmap.data[i * 4 + c]) << i;
+  }
+}
+
+TEST_P(AnyTextRenderer, HostileTextsSizesAndRectanglesAreHarmless) {
+  const std::u16string marks(1 << 20, u'\u0301'), feeds(1 << 20, u'\n'), broken(3000, u'\xD83D');
+  std::u16string words(1 << 20, u'w');
+  for (std::size_t i = 0; i < words.size(); i += 6) words[i] = u' ';
+  const std::u16string controls(u"a\0b\tc\x1b\x7f\xDC80\xDFFF\uFFFF\u202E\u200D", 12);
+  constexpr std::int32_t kMax = INT32_MAX, kMin = INT32_MIN;
+  const Rect rects[] = {{0, 0, 16, 16},          {9, 9, 9, 9},
+                        {12, 12, 3, 3},          {kMin, kMin, kMax, kMax},
+                        {kMax - 4, 0, kMax, 16}, {-5000, -5000, -4000, -4000}};
+  for (const std::u16string& text : {marks, words, feeds, broken, controls}) {
+    for (std::int32_t height : {0, 1, -1, -40, 10000, -10000, kMin, kMax}) {
+      Page page(16, 16);
+      Font font = FontOf(height);
+      font.weight = height;
+      const Size size = renderer->Measure(text, font, 16, kCaption);
+      EXPECT_GE(size.width, 0);
+      EXPECT_GE(size.height, 1);
+      for (const Rect& rect : rects)
+        renderer->Draw(page.canvas, text, font, kColor, rect, kCaption | DT_RIGHT);
+      renderer->Draw(page.canvas, text, font, kColor, rects[0],
+                     DT_SINGLELINE | DT_CENTER | DT_VCENTER | DT_NOCLIP);
+    }
+  }
+  renderer->Draw(Canvas(), u"x", FontOf(-20), kColor, {0, 0, 9, 9}, 0);
+}
+
+TEST(BoxTextRenderer, ACharacterIsOneBoxOfKnownPixels) {
+  Page page(12, 12);
+  BoxTextRenderer().Draw(page.canvas, u"a b", FontOf(-5), kColor, {1, 2, 12, 12}, 0);
+  const char* expected[] = {"............", "............", "............", "++....++....",
+                            "++....++....", "++....++....", "++....++....", "............"};
+  for (std::int32_t y = 0; y < 8; ++y) {
+    for (std::int32_t x = 0; x < 11; ++x) {
+      const int alpha = page.At(x + 1, y)[3];
+      EXPECT_EQ(alpha == 255 ? '#' : alpha == 128 ? '+' : '.', expected[y][x]) << x << "," << y;
+    }
+  }
+}
+
+TEST(PangoTextRenderer, AKeptTextHasThePixelsOfAFreshRendererInEveryCombination) {
+  const char16_t* texts[] = {u"Caption one", u"Caption two\nwith lines", u"日本語 مرحبا 😀"};
+  PangoTextRenderer kept({8, 1 << 20});
+  for (int pass = 0; pass < 2; ++pass) {
+    for (const char16_t* text : texts) {
+      for (std::int32_t height : {-20, 20, -21}) {
+        for (int style = 0; style < 5; ++style) {
+          for (std::uint32_t format :
+               {kCaption, kCaption | DT_CENTER, DT_RIGHT | DT_SINGLELINE | DT_BOTTOM}) {
+            Font font = FontOf(height, style != 1);
+            if (style == 2) font.weight = 700;
+            if (style == 3) font.italic = true;
+            if (style == 4) font.underline = font.strikeOut = true;
+            const ColorRef color = style == 0 ? kColor : MakeColor(1, 2, 3);
+            const Rect rect{20 - style, 10, 150, 60 + style};
+            Page a, b;
+            PangoTextRenderer fresh;
+            kept.Draw(a.canvas, text, font, color, rect, format);
+            kept.Draw(b.canvas, text, font, color, rect, format);
+            ASSERT_TRUE(SamePicture(BytesOf(a.pixmap), b.pixmap));
+            Page c;
+            fresh.Draw(c.canvas, text, font, color, rect, format);
+            ASSERT_TRUE(SamePicture(BytesOf(c.pixmap), a.pixmap))
+                << "style " << style << " format " << format;
+          }
+        }
+        if (pass == 1) break;
+      }
+    }
+  }
+}
+
+TEST(PangoTextRenderer, AShadowAndItsTextAndLaterFramesShareOneCoverage) {
+  PangoTextRenderer renderer;
+  for (int frame = 0; frame < 5; ++frame) {
+    Page page;
+    renderer.Draw(page.canvas, u"Caption", FontOf(-40), 0x020000, {0, 50, 400, 150}, kCaption | DT_CENTER);
+    renderer.Draw(page.canvas, u"Caption", FontOf(-40), kColor, {-2, 48, 398, 148}, kCaption | DT_CENTER);
+  }
+  EXPECT_EQ(renderer.GetCacheUse().rendered, 1u);
+  EXPECT_EQ(renderer.GetCacheUse().layouts, 1u);
+}
+
+TEST(PangoTextRenderer, TheCacheStaysWithinItsLimits) {
+  constexpr std::size_t kBytes = 1 << 20;
+  PangoTextRenderer renderer({10, kBytes});
+  Page page;
+  for (int i = 0; i < 60; ++i) {
+    const std::u16string text(static_cast<std::size_t>(i + 1) * 20, static_cast<char16_t>(u'a' + i % 26));
+    renderer.Draw(page.canvas, text, FontOf(-30), kColor, {0, 0, 400, 200}, kCaption);
+    EXPECT_LE(renderer.GetCacheUse().layouts, 10u);
+    EXPECT_LE(renderer.GetCacheUse().bytes, kBytes);
+  }
+}
+
+TEST(PangoTextRenderer, HeightsAreEmSizesOrLineHeights) {
+  PangoTextRenderer renderer;
+  for (std::int32_t height : {16, 40, 100}) {
+    EXPECT_NEAR(renderer.Measure(u"Hg", FontOf(height), 0, 0).height, height, 2);
+    EXPECT_GT(renderer.Measure(u"Hg", FontOf(-height), 0, 0).height, height);
+  }
+  EXPECT_EQ(renderer.Measure(u"Hg", FontOf(0), 0, 0),
+            renderer.Measure(u"Hg", FontOf(kDefaultLineHeight), 0, 0));
+}
+
+TEST(PangoTextRenderer, AnUnknownFaceFallsBackAndStillDraws) {
+  PangoTextRenderer renderer;
+  for (const char16_t* face : {u"", u"No Such Face, Really", u"\xD800,,\n", u"Meiryo"}) {
+    Page page;
+    Font font = FontOf(-30);
+    font.face = face;
+    renderer.Draw(page.canvas, u"Text", font, kColor, {0, 0, 400, 200}, 0);
+    EXPECT_FALSE(page.Ink().IsEmpty());
+  }
+}
+
+TEST(PangoTextRenderer, PaintersOnTwoThreadsGetTheSamePixelsAsOnOne) {
+  const auto drawAll = [](TextRenderer& renderer, Page& page) {
+    for (int i = 0; i < 30; ++i) {
+      const std::u16string text = u"Speed " + std::u16string(1, static_cast<char16_t>(u'0' + i % 10));
+      renderer.Draw(page.canvas, text, FontOf(-20 - i % 3), kColor, {i * 5, i * 5, 400, 200}, DT_SINGLELINE);
+    }
+  };
+  Page expected, one, two;
+  PangoTextRenderer alone, shared({4, 1 << 20});
+  drawAll(alone, expected);
+  std::thread other([&] { drawAll(shared, two); });
+  drawAll(shared, one);
+  other.join();
+  EXPECT_TRUE(SamePicture(BytesOf(expected.pixmap), one.pixmap));
+  EXPECT_TRUE(SamePicture(BytesOf(expected.pixmap), two.pixmap));
+}
+
+}  // namespace
+}  // namespace vrx::drawing
