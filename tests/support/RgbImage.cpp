@@ -23,7 +23,9 @@ void RgbImage::Resize(int w, int h) {
   if (w < 0 || h < 0) throw std::invalid_argument("negative picture size");
   m_width = w;
   m_height = h;
-  m_bytes.resize(kChannels * static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+  // libswscale's vectors reach beyond the last pixel.
+  constexpr std::size_t kPadding = 64;
+  m_bytes.resize(kChannels * static_cast<std::size_t>(w) * static_cast<std::size_t>(h) + kPadding);
 }
 
 Rgb RgbImage::At(int x, int y) const {
