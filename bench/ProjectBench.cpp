@@ -18,7 +18,8 @@ std::string WriteProject(std::int64_t clips) {
   for (std::int64_t i = 0; i < clips; ++i) {
     file << "<dict><key>SourceFile</key><string>clips/recording-" << i
          << ".mp4</string><key>SourceType</key><integer>2</integer><key>StartTime</key><real>" << i
-         << ".5</real><key>EndTime</key><real>" << i + 5000 << ".5</real><key>EnableOverlay</key><true/></dict>\n";
+         << ".5</real><key>EndTime</key><real>" << i + 5000
+         << ".5</real><key>EnableOverlay</key><true/></dict>\n";
   }
   file << "</array><key>OutputSettings</key><dict><key>OutputFilePath</key><string>out.mp4</string>"
           "<key>VideoOutputSettings</key><dict><key>Width</key><integer>1920</integer>"

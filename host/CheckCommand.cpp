@@ -101,8 +101,9 @@ void PrintOverlays(const check::ProjectReport& report) {
   }
   if (report.overlays.empty()) std::puts("  no frame has any");
   for (const check::CaptionRow& row : report.captions) {
-    std::printf("  caption %u, %.3f s to %.3f s, place %d: %s%s\n", row.number, row.startSeconds, row.endSeconds,
-                row.layoutType, ShortText(row.text).c_str(), row.hiddenBecause.IsEmpty() ? "" : " (never shows)");
+    std::printf("  caption %u, %.3f s to %.3f s, place %d: %s%s\n", row.number, row.startSeconds,
+                row.endSeconds, row.layoutType, ShortText(row.text).c_str(),
+                row.hiddenBecause.IsEmpty() ? "" : " (never shows)");
   }
 }
 
@@ -141,7 +142,8 @@ Json OutputJson(const check::ProjectReport& report) {
 }
 
 Json OverlaysJson(const check::ProjectReport& report) {
-  Json overlays{{"document", Utf8(report.painterPath)}, {"ranges", Json::array()}, {"captions", Json::array()}};
+  Json overlays{
+      {"document", Utf8(report.painterPath)}, {"ranges", Json::array()}, {"captions", Json::array()}};
   for (const check::OverlayRow& row : report.overlays) {
     overlays["ranges"].push_back({{"firstFrame", row.firstFrame},
                                   {"lastFrame", row.lastFrame},
@@ -149,12 +151,9 @@ Json OverlaysJson(const check::ProjectReport& report) {
                                   {"end", row.endSeconds}});
   }
   for (const check::CaptionRow& row : report.captions) {
-    Json caption{{"number", row.number},
-                 {"text", Utf8(row.text)},
-                 {"start", row.startSeconds},
-                 {"end", row.endSeconds},
-                 {"layoutType", row.layoutType},
-                 {"shows", row.hiddenBecause.IsEmpty()}};
+    Json caption{{"number", row.number},         {"text", Utf8(row.text)},
+                 {"start", row.startSeconds},    {"end", row.endSeconds},
+                 {"layoutType", row.layoutType}, {"shows", row.hiddenBecause.IsEmpty()}};
     if (!row.hiddenBecause.IsEmpty()) caption["cause"] = Utf8(row.hiddenBecause);
     overlays["captions"].push_back(caption);
   }

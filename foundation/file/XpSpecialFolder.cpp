@@ -4,8 +4,8 @@
 
 #include "foundation/file/XpPathOperations.h"
 #include "foundation/file/XpPathQuery.h"
+#include "foundation/platform/KnownFolders.h"
 #include "foundation/platform/Module.h"
-#include "foundation/platform/SpecialFolders.h"
 #include "foundation/text/XpPath.h"
 
 namespace platform = vrx::platform;

@@ -7,7 +7,7 @@
 #include "foundation/file/XpPathQuery.h"
 #include "foundation/platform/FileLock.h"
 #include "foundation/platform/FileSystem.h"
-#include "foundation/platform/SpecialFolders.h"
+#include "foundation/platform/KnownFolders.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/text/XpPath.h"
 

@@ -78,8 +78,8 @@ enum VRXLogSeverity : std::int32_t { VRXLogInfo = 0, VRXLogWarning = 1, VRXLogEr
 using VRXLogFunction = void (*)(void* context, std::int32_t severity, const char* line);
 using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
 
-/// Another extra: what the engine finds in a source. Seconds are 0 when they cannot be told. On failure `cause`
-/// says why, as the end of a sentence that begins with the path.
+/// Another extra: what the engine finds in a source. Seconds are 0 when they cannot be told. On failure
+/// `cause` says why, as the end of a sentence that begins with the path.
 struct VRXSourceProbe {
   bool hasVideo = false;
   bool hasAudio = false;
@@ -89,8 +89,8 @@ struct VRXSourceProbe {
 };
 using VRX_ProbeSourceFunction = std::int32_t (*)(const char16_t* path, VRXSourceProbe* probe);
 
-/// A third extra: frame `frame` of the movie as packed bottom-up rows of 4-byte BGR, `size` bytes at most, with
-/// the overlay callback's drawing on it and without rendering the frames before.
+/// A third extra: frame `frame` of the movie as packed bottom-up rows of 4-byte BGR, `size` bytes at most,
+/// with the overlay callback's drawing on it and without rendering the frames before.
 using VRX_RenderFrameFunction = std::int32_t (*)(VRXTimeline* timeline, VRXSystemOutputSetting* output,
                                                  std::uint64_t frame, void* buffer, std::uint32_t size);
 

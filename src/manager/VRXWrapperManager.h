@@ -54,8 +54,8 @@ class VRXWrapperManager final : public IVRXWrapper {
 
   void updateOutputInfoByCurrentProjectFile();
   void BuildTimeZoneMetaData();
-  /// Reads the painter document, if the project names one, and prepares its overlays. A document that fails leaves
-  /// the movie without overlays.
+  /// Reads the painter document, if the project names one, and prepares its overlays. A document that fails
+  /// leaves the movie without overlays.
   void SetupOverlays(const XpString& painterEffect);
   void SetupOverlayRanges();
   bool EnsurePainters();
@@ -89,11 +89,12 @@ class VRXWrapperManager final : public IVRXWrapper {
   PainterInfo m_painterInfo;  // adopted from the last document that could be read
   std::vector<SlowInfoRecord> m_speedSections;
   std::vector<CaptionItem> m_captions;  // in the movie's time
-  std::unique_ptr<vrx::drawing::PangoTextRenderer> m_textRenderer;  // the painters' own, so it goes after them
+  std::unique_ptr<vrx::drawing::PangoTextRenderer>
+      m_textRenderer;  // the painters' own, so it goes after them
   std::unique_ptr<IKVSDynamicInfoPainter, PainterRelease> m_pDynamicInfoPainter;
   std::unique_ptr<TKLXPainterInfoXml> m_pPainterDocument;
   std::unique_ptr<VRXIntermediateRawOutputCallback> m_pRawOutputCallback;  // replaced with each project
-  bool m_bFactoryFlag = false;  // kept; read by nothing
+  bool m_bFactoryFlag = false;                                             // kept; read by nothing
 
   std::mutex m_threadMutex;  // guards the two below and the release from a callback
   XpThread* m_pRenderThread = nullptr;

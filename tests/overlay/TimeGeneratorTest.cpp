@@ -34,7 +34,8 @@ TEST(GpsClockTest, RunsOnlyInsideTheDrawnSpan) {
   const VRXGPSTimeGenerate clock;
   const DrawSpan span{1.0, 3.0};
   EXPECT_EQ(GpsAt(clock, 9, span), 0);
-  EXPECT_NEAR(static_cast<double>(GpsAt(clock, 10, span)), 100, 1);  // the first frame inside brings its own length
+  EXPECT_NEAR(static_cast<double>(GpsAt(clock, 10, span)), 100,
+              1);  // the first frame inside brings its own length
   EXPECT_NEAR(static_cast<double>(GpsAt(clock, 30, span)), 2100, 1);
   EXPECT_EQ(GpsAt(clock, 50, span), GpsAt(clock, 30, span));
 }

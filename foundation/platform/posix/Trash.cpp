@@ -11,7 +11,7 @@
 #include <array>
 
 #include "foundation/platform/FileSystem.h"
-#include "foundation/platform/SpecialFolders.h"
+#include "foundation/platform/KnownFolders.h"
 #include "foundation/platform/posix/FileStatus.h"
 
 namespace vrx::platform {

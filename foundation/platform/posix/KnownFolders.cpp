@@ -1,4 +1,4 @@
-#include "foundation/platform/SpecialFolders.h"
+#include "foundation/platform/KnownFolders.h"
 
 #include <dlfcn.h>
 #include <link.h>

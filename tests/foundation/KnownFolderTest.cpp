@@ -8,7 +8,7 @@
 
 namespace {
 
-class SpecialFolderTest : public TempFolder {
+class KnownFolderTest : public TempFolder {
  protected:
   void SetUp() override {
     setenv("HOME", Native("home").c_str(), 1);
@@ -22,7 +22,7 @@ class SpecialFolderTest : public TempFolder {
   }
 };
 
-TEST_F(SpecialFolderTest, TheUsersOwnSettingsDecide) {
+TEST_F(KnownFolderTest, TheUsersOwnSettingsDecide) {
   Put("config/user-dirs.dirs",
       "# comment\nXDG_PICTURES_DIR=\"$HOME/My \\\"Pictures\\\"\"\n XDG_VIDEOS_DIR=\"" +
           Native("films").string() + "/\"\nXDG_MUSIC_DIR=\"not/absolute\"\nXDG_DOCUMENTS_DIR=broken\n" +
@@ -35,7 +35,7 @@ TEST_F(SpecialFolderTest, TheUsersOwnSettingsDecide) {
   EXPECT_FALSE(Exists("home/Documents"));
 }
 
-TEST_F(SpecialFolderTest, EveryKindHasAnAnswer) {
+TEST_F(KnownFolderTest, EveryKindHasAnAnswer) {
   EXPECT_EQ(XpGetSpecialFolder(XpFolderTemporary), Path("tmp"));
   EXPECT_EQ(XpGetSpecialFolder(XpFolderProfile), Path("home"));
   EXPECT_EQ(XpGetSpecialFolder(XpFolderAppData), Path("config"));
@@ -46,14 +46,14 @@ TEST_F(SpecialFolderTest, EveryKindHasAnAnswer) {
             XpGetSpecialFolder(XpFolderExecutable) + u"/foundation-tests");
 }
 
-TEST_F(SpecialFolderTest, ApplicationDataIsMadeWithoutItsEmptyParts) {
+TEST_F(KnownFolderTest, ApplicationDataIsMadeWithoutItsEmptyParts) {
   EXPECT_EQ(XpGetAppDataPath(u"Maker", u"Product", u""), Path("config/Maker/Product"));
   EXPECT_TRUE(Exists("config/Maker/Product"));
   EXPECT_EQ(XpGetAppDataPath(u"", u"Product", u"Part"), Path("config/Product/Part"));
   EXPECT_TRUE(Exists("config/Product/Part"));
 }
 
-TEST_F(SpecialFolderTest, LibrariesAreFoundByTheirPlace) {
+TEST_F(KnownFolderTest, LibrariesAreFoundByTheirPlace) {
   EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryInstalled), XpString(u"a.dll"));
   XpSetInstalledLocation([] { return XpString(u"/opt/vrx"); });
   EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryInstalled), XpString(u"/opt/vrx/a.dll"));
