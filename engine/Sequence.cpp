@@ -1,5 +1,6 @@
 #include "engine/Sequence.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <new>
@@ -71,7 +72,8 @@ Result Sequence::OpenOutput() {
 std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
   if (progress == nullptr || endFlag == nullptr) return kInvalidArgument;
   if (m_failure == kOk) m_failure = Guarded(endFlag);
-  progress->processed = static_cast<std::uint64_t>(m_done);
+  // Everything is done only when the movie stands under its name: a cancel may come before that.
+  progress->processed = static_cast<std::uint64_t>(m_finished ? m_total : std::min(m_done, m_total - 1));
   progress->total = static_cast<std::uint64_t>(m_total);
   if (m_failure != kOk) {
     GiveUp();
