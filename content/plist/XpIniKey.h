@@ -18,4 +18,16 @@ inline const XpIniElement* Find(const XpIniElement* dict, const Key& key) {
   return element != nullptr && element->GetType() == key.type ? element : nullptr;
 }
 
+/// Gives `value` what stands under `key`, or `absent` and XpErrElementNotFound.
+template <class Value>
+XpResult Read(const XpIniElement& dict, const Key& key, Value& value, const Value& absent,
+              XpResult (XpIniElement::*get)(Value&) const) {
+  value = absent;
+  const XpIniElement* element = Find(&dict, key);
+  if (element == nullptr) return XpErrElementNotFound;
+  const XpResult result = (element->*get)(value);
+  if (result != XpOk) value = absent;
+  return result;
+}
+
 }  // namespace vrx::plist

@@ -10,17 +10,6 @@ using namespace vrx::overlay;
 
 constexpr std::int32_t kAbsent = -1;
 
-/// Gives `value` the element's value, or `absent` with XpErrElementNotFound.
-template <class Value, class Getter>
-XpResult Read(const XpIniElement& dict, const Key& key, Value& value, const Value& absent, Getter get) {
-  value = absent;
-  const XpIniElement* element = Find(&dict, key);
-  if (element == nullptr) return XpErrElementNotFound;
-  const XpResult result = (element->*get)(value);
-  if (result != XpOk) value = absent;
-  return result;
-}
-
 XpResult ReadInt(const XpIniElement& dict, const Key& key, std::int32_t& value) {
   return Read(dict, key, value, kAbsent, &XpIniElement::GetInt32);
 }

@@ -13,27 +13,27 @@ using namespace vrx::project;
 
 constexpr std::int64_t kAbsent = -1;
 
-XpString ReadString(const XpIniElement* dict, const Key& key) {
+XpString ReadString(const XpIniElement& dict, const Key& key) {
   XpString text;
-  if (const XpIniElement* element = Find(dict, key)) element->GetString(text);
+  Read(dict, key, text, XpString(), &XpIniElement::GetString);
   return text;
 }
 
-std::int64_t ReadInteger(const XpIniElement* dict, const Key& key) {
+std::int64_t ReadInteger(const XpIniElement& dict, const Key& key) {
   std::int64_t value = kAbsent;
-  if (const XpIniElement* element = Find(dict, key)) element->GetInt64(value);
+  Read(dict, key, value, kAbsent, &XpIniElement::GetInt64);
   return value;
 }
 
-double ReadReal(const XpIniElement* dict, const Key& key) {
-  double value = -1.0;
-  if (const XpIniElement* element = Find(dict, key)) element->GetReal(value);
+double ReadReal(const XpIniElement& dict, const Key& key) {
+  double value = 0.0;
+  Read(dict, key, value, -1.0, &XpIniElement::GetReal);
   return value;
 }
 
-bool ReadBool(const XpIniElement* dict, const Key& key, bool absent) {
+bool ReadBool(const XpIniElement& dict, const Key& key, bool absent) {
   bool value = absent;
-  if (const XpIniElement* element = Find(dict, key)) element->GetBool(value);
+  Read(dict, key, value, absent, &XpIniElement::GetBool);
   return value;
 }
 
@@ -49,7 +49,7 @@ std::int32_t EngineSpecification(std::int64_t inDocument) {
   return known ? kEngineNumber[static_cast<std::size_t>(inDocument)] : 0;
 }
 
-XpSharedPtr<TKLXOutputXmlInfo> ReadClip(const XpIniElement* dict) {
+XpSharedPtr<TKLXOutputXmlInfo> ReadClip(const XpIniElement& dict) {
   XpSharedPtr<TKLXOutputXmlInfo> clip(new TKLXOutputXmlInfo);
   clip->sourceFile = ReadString(dict, kSourceFile);
   clip->sourceType = OneTo(VRXSourceBaseband, ReadInteger(dict, kSourceType));
@@ -67,7 +67,7 @@ void ReadTrack(const XpIniElement& wrapper, const Key& key, TKLXOutputXml::Track
   if (array == nullptr) return;
   for (std::uint32_t i = 0; i < array->GetCount(); ++i) {
     const XpIniElement* element = array->GetAt(i);
-    if (element->GetType() == XpIniType::Dict) track.push_back(ReadClip(element));
+    if (element->GetType() == XpIniType::Dict) track.push_back(ReadClip(*element));
   }
 }
 
@@ -82,8 +82,8 @@ XpResult TKLXOutputXml::LoadXmlFile(const XpString& path, vrx::xml::XmlProblem* 
   ReadTrack(*wrapper, kAudioTrack, audioTracks);
   const XpIniElement* output = Find(wrapper, kOutputSettings);
   if (output == nullptr) return XpErrFileNotFound;
-  outputFilePath = ReadString(output, kOutputFilePath);
-  painterEffect = ReadString(output, kPainterEffect);
+  outputFilePath = ReadString(*output, kOutputFilePath);
+  painterEffect = ReadString(*output, kPainterEffect);
   ReadVideoSettings(*output);
   return ReadAudioSettings(*output);
 }
@@ -92,16 +92,16 @@ XpResult TKLXOutputXml::ReadVideoSettings(const XpIniElement& output) {
   const XpIniElement* dict = Find(&output, kVideoOutputSettings);
   if (dict == nullptr) return XpErrNoObject;
   if (!videoSettings) videoSettings = std::make_unique<VRXVideoOutputSetting>();
-  videoSettings->codecType = OneTo(1, ReadInteger(dict, kVideoCodecType));
-  videoSettings->specificationType = EngineSpecification(ReadInteger(dict, kVideoSpecificationType));
-  videoSettings->width = static_cast<std::int32_t>(ReadInteger(dict, kWidth));
-  videoSettings->height = static_cast<std::int32_t>(ReadInteger(dict, kHeight));
-  videoSettings->frameDuration.value = static_cast<std::uint64_t>(ReadInteger(dict, kTimeValue));
-  videoSettings->frameDuration.scale = static_cast<std::uint64_t>(ReadInteger(dict, kTimeScale));
-  videoSettings->averageBitrate = static_cast<std::int32_t>(ReadInteger(dict, kAverageBitrate));
-  videoSettings->interlace = ReadBool(dict, kInterlace, false);
-  videoSettings->avcEncoderMode = OneTo(2, ReadInteger(dict, kAvcEncoderMode));
-  videoSettings->forceRerendering = ReadBool(dict, kForceRerendering, false);
+  videoSettings->codecType = OneTo(1, ReadInteger(*dict, kVideoCodecType));
+  videoSettings->specificationType = EngineSpecification(ReadInteger(*dict, kVideoSpecificationType));
+  videoSettings->width = static_cast<std::int32_t>(ReadInteger(*dict, kWidth));
+  videoSettings->height = static_cast<std::int32_t>(ReadInteger(*dict, kHeight));
+  videoSettings->frameDuration.value = static_cast<std::uint64_t>(ReadInteger(*dict, kTimeValue));
+  videoSettings->frameDuration.scale = static_cast<std::uint64_t>(ReadInteger(*dict, kTimeScale));
+  videoSettings->averageBitrate = static_cast<std::int32_t>(ReadInteger(*dict, kAverageBitrate));
+  videoSettings->interlace = ReadBool(*dict, kInterlace, false);
+  videoSettings->avcEncoderMode = OneTo(2, ReadInteger(*dict, kAvcEncoderMode));
+  videoSettings->forceRerendering = ReadBool(*dict, kForceRerendering, false);
   return XpOk;
 }
 
@@ -109,10 +109,10 @@ XpResult TKLXOutputXml::ReadAudioSettings(const XpIniElement& output) {
   const XpIniElement* dict = Find(&output, kAudioOutputSettings);
   if (dict == nullptr) return XpErrNoObject;
   auto settings = std::make_unique<VRXAudioOutputSetting>();
-  settings->codecType = OneTo(3, ReadInteger(dict, kAudioCodecType));
-  settings->channels = static_cast<std::uint16_t>(ReadInteger(dict, kChannel));
-  settings->bitsPerSample = static_cast<std::uint16_t>(ReadInteger(dict, kBitPerSample));
-  settings->samplingRate = static_cast<std::uint32_t>(ReadInteger(dict, kSamplingRate));
+  settings->codecType = OneTo(3, ReadInteger(*dict, kAudioCodecType));
+  settings->channels = static_cast<std::uint16_t>(ReadInteger(*dict, kChannel));
+  settings->bitsPerSample = static_cast<std::uint16_t>(ReadInteger(*dict, kBitPerSample));
+  settings->samplingRate = static_cast<std::uint32_t>(ReadInteger(*dict, kSamplingRate));
   audioSettings = std::move(settings);
   return XpOk;
 }
