@@ -1,0 +1,44 @@
+#include "foundation/sync/XpMutex.h"
+
+namespace {
+
+XpResult ResultOf(vrx::platform::MutexWait wait) {
+  using vrx::platform::MutexWait;
+  switch (wait) {
+    case MutexWait::Taken:
+      return XpOk;
+    case MutexWait::Abandoned:
+      return XpErrAbandoned;
+    case MutexWait::TimedOut:
+      return XpErrTimeout;
+    case MutexWait::InvalidHandle:
+      return XpErrNoHandle;
+    case MutexWait::Failed:
+      break;
+  }
+  return XpErrThread;
+}
+
+}  // namespace
+
+// Sleeping on the system's mutex instead of the wake event lets a waiter go on when the owner dies, also
+// within the process, and a failure leaves the count as it was.
+XpResult XpMutex::Wait(std::int32_t seconds) {
+  if (seconds != kNoLimit && seconds != 0) return XpErrNoHandle;
+  const XpResult result = ResultOf(m_system.Wait(Milliseconds(seconds)));
+  if (result != XpOk && result != XpErrAbandoned) return result;
+  XpSingleLock lock(&m_innerLock);
+  const bool isFurtherHold = result == XpOk && m_owner == std::this_thread::get_id();
+  m_recursionCount = isFurtherHold ? m_recursionCount + 1 : 1;
+  m_owner = std::this_thread::get_id();
+  return result;
+}
+
+XpResult XpMutex::Unlock() {
+  XpSingleLock lock(&m_innerLock);
+  if (m_recursionCount == 0 || m_owner != std::this_thread::get_id()) return XpOk;
+  if (--m_recursionCount == 0) m_owner = {};
+  m_system.Release();
+  if (m_recursionCount == 0) Wake();
+  return XpOk;
+}
