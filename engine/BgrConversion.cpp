@@ -1,5 +1,7 @@
 #include "engine/BgrConversion.h"
 
+#include <cstring>
+
 namespace vrx::engine {
 namespace {
 
@@ -164,29 +166,47 @@ using Half [[gnu::may_alias]] = std::uint16_t;
   return static_cast<std::uint16_t>(positive > 255 ? std::int16_t{255} : positive);
 }
 
-[[gnu::always_inline]] inline void WriteRow(const std::uint8_t* __restrict y,
-                                            const std::uint8_t* __restrict u,
-                                            const std::uint8_t* __restrict v, int width,
-                                            const InverseCoefficients c, Half* __restrict row) {
+/// Two rows of luma over one of chroma, and where their pixels go. Without a second row those are not used.
+struct WritePair {
+  const std::uint8_t* __restrict y0;
+  const std::uint8_t* __restrict y1;
+  const std::uint8_t* __restrict u;
+  const std::uint8_t* __restrict v;
+  Half* __restrict row0;
+  Half* __restrict row1;
+};
+
+/// What a chroma sample adds to the colours of its four pixels.
+struct ChromaTerms {
+  std::int16_t red, green, blue;
+};
+
+[[gnu::always_inline]] inline void WritePixel(std::uint8_t y, const ChromaTerms chroma,
+                                              const InverseCoefficients c, Half* __restrict pixel) {
   constexpr std::uint16_t kOpaque = 0xFF00;
   constexpr std::int16_t kHalf = 1 << (kInverseFraction - 1);
-  const auto luma = [&](int x) __attribute__((always_inline)) {
-    return static_cast<std::int16_t>(
-        Multiply(static_cast<std::int16_t>((y[x] - kLumaFloor) * kLumaGain), c.y) + kHalf);
-  };
-  const auto pixel = [&](int x, std::int16_t r, std::int16_t g, std::int16_t b)
-      __attribute__((always_inline)) {
-    const std::int16_t bright = luma(x);
-    row[2 * x] = static_cast<Half>(Colour(bright, b) | Colour(bright, g) << 8);
-    row[2 * x + 1] = static_cast<Half>(Colour(bright, r) | kOpaque);
-  };
+  const auto luma = static_cast<std::int16_t>(
+      Multiply(static_cast<std::int16_t>((y - kLumaFloor) * kLumaGain), c.y) + kHalf);
+  pixel[0] = static_cast<Half>(Colour(luma, chroma.blue) | Colour(luma, chroma.green) << 8);
+  pixel[1] = static_cast<Half>(Colour(luma, chroma.red) | kOpaque);
+}
+
+template <bool kBothRows>
+[[gnu::always_inline]] inline void WriteRowPair(const WritePair pair, int width,
+                                                const InverseCoefficients c) {
   const auto quad = [&](int i, bool both) __attribute__((always_inline)) {
-    const auto cb = static_cast<std::int16_t>((u[i] - kNeutral) * kChromaGain);
-    const auto cr = static_cast<std::int16_t>((v[i] - kNeutral) * kChromaGain);
-    const std::int16_t red = Multiply(cr, c.rv), blue = Multiply(cb, c.bu);
-    const auto green = static_cast<std::int16_t>(-Multiply(cb, c.gu) - Multiply(cr, c.gv));
-    pixel(2 * i, red, green, blue);
-    if (both) pixel(2 * i + 1, red, green, blue);
+    const auto cb = static_cast<std::int16_t>((pair.u[i] - kNeutral) * kChromaGain);
+    const auto cr = static_cast<std::int16_t>((pair.v[i] - kNeutral) * kChromaGain);
+    const ChromaTerms chroma{Multiply(cr, c.rv),
+                             static_cast<std::int16_t>(-Multiply(cb, c.gu) - Multiply(cr, c.gv)),
+                             Multiply(cb, c.bu)};
+    const int x = 2 * i;
+    WritePixel(pair.y0[x], chroma, c, pair.row0 + 2 * x);
+    if (both) WritePixel(pair.y0[x + 1], chroma, c, pair.row0 + 2 * x + 2);
+    if constexpr (kBothRows) {
+      WritePixel(pair.y1[x], chroma, c, pair.row1 + 2 * x);
+      if (both) WritePixel(pair.y1[x + 1], chroma, c, pair.row1 + 2 * x + 2);
+    }
   };
   for (int i = 0; i < width / 2; ++i) quad(i, true);
   if (width % 2 != 0) quad(width / 2, false);
@@ -194,10 +214,18 @@ using Half [[gnu::may_alias]] = std::uint16_t;
 
 [[gnu::always_inline]] inline void WriteRows(const PlanarPicture& picture, const InverseCoefficients c,
                                              BgrRows rows) {
-  for (int top = 0; top < picture.height; ++top) {
+  for (int top = 0; top < picture.height; top += 2) {
     const std::ptrdiff_t chroma = top / 2 * picture.chromaStride;
-    WriteRow(picture.y + top * picture.lumaStride, picture.u + chroma, picture.v + chroma, picture.width, c,
-             reinterpret_cast<Half*>(rows.top + top * rows.stride));
+    const std::uint8_t* y = picture.y + top * picture.lumaStride;
+    auto* row = reinterpret_cast<Half*>(rows.top + top * rows.stride);
+    WritePair pair{y, y, picture.u + chroma, picture.v + chroma, row, row};
+    if (top + 1 == picture.height) {
+      WriteRowPair<false>(pair, picture.width, c);
+      continue;
+    }
+    pair.y1 += picture.lumaStride;
+    pair.row1 = reinterpret_cast<Half*>(rows.top + (top + 1) * rows.stride);
+    WriteRowPair<true>(pair, picture.width, c);
   }
 }
 
@@ -267,6 +295,14 @@ void ChangedBgrToPlanar(BgrRows rows, BgrRows before, OutputMatrix matrix, const
   if (HasWideVectors()) return ConvertChangedWide(rows, before, CoefficientsOf(matrix), picture);
 #endif
   ConvertChangedPlain(rows, before, CoefficientsOf(matrix), picture);
+}
+
+bool SameRows(BgrRows a, BgrRows b, int width, int height) {
+  const std::size_t bytes = static_cast<std::size_t>(width) * sizeof(std::uint32_t);
+  for (int row = 0; row < height; ++row) {
+    if (std::memcmp(a.top + row * a.stride, b.top + row * b.stride, bytes) != 0) return false;
+  }
+  return true;
 }
 
 void GatherChanges(const std::uint32_t* __restrict a, const std::uint32_t* __restrict b, int count,

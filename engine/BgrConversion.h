@@ -41,6 +41,9 @@ void BgrToPlanar(BgrRows rows, OutputMatrix matrix, const PlanarPicture& picture
 /// is.
 void ChangedBgrToPlanar(BgrRows rows, BgrRows before, OutputMatrix matrix, const PlanarPicture& picture);
 
+/// Whether two pictures are the same to the last byte.
+bool SameRows(BgrRows a, BgrRows b, int width, int height);
+
 /// Gathers the bits in which the colours of two rows differ, pixel by pixel, into `changes`.
 void GatherChanges(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes);
 

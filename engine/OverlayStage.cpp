@@ -33,8 +33,7 @@ OverlayStage::OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vec
 void OverlayStage::Apply(std::int64_t number, FramePtr& frame) {
   const OverlaySpan* span = SpanOf(number);
   if (span == nullptr) return;
-  const BgrRows bottomUp{m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1) * m_width, -m_width};
-  PlanarToBgr(PlanarPicture::Of(*frame), m_matrix, bottomUp);
+  PlanarToBgr(PlanarPicture::Of(*frame), m_matrix, DrawnRows(0));
   const auto size = static_cast<std::uint32_t>(m_buffer.size() * kPixelBytes);
   if (m_callback->ProcessFrame(static_cast<std::uint64_t>(number), m_buffer.data(), size, span->stage,
                                span->format)) {
@@ -54,14 +53,30 @@ void OverlayStage::TakeOver(FramePtr& frame) {
   }
 }
 
-/// Compares the rows from `top` on with the frame, which is converted once more for that: cheaper than a copy
-/// of the whole picture, since a strip stays in the cache. Returns whether something was
-/// taken over.
+/// Whether the callback left the rows from `top` on as they were. They are converted once more for that, two
+/// at a time, which stay in the innermost cache: cheaper than a copy of the whole picture.
+bool OverlayStage::IsUntouched(int top, int rows, const AVFrame& frame) {
+  constexpr int kPair = 2;  // rows that share their chroma
+  const BgrRows before{m_strip.data(), m_width};
+  for (int row = top; row < top + rows; row += kPair) {
+    const int count = std::min(kPair, top + rows - row);
+    PlanarToBgr(PlanarPicture::Of(frame).Part(0, row, m_width, count), m_matrix, before);
+    if (!SameRows(before, DrawnRows(row), m_width, count)) return false;
+  }
+  return true;
+}
+
+BgrRows OverlayStage::DrawnRows(int top) {
+  return {m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1 - top) * m_width, -m_width};
+}
+
+/// Returns whether something of the rows from `top` on was taken over.
 bool OverlayStage::TakeOverStrip(int top, bool writable, FramePtr& frame) {
   const int rows = std::min(kBlock, m_height - top);
+  if (IsUntouched(top, rows, *frame)) return false;
   const BgrRows before{m_strip.data(), m_width};
   PlanarToBgr(PlanarPicture::Of(*frame).Part(0, top, m_width, rows), m_matrix, before);
-  const BgrRows after{m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1 - top) * m_width, -m_width};
+  const BgrRows after = DrawnRows(top);
   std::fill(m_changes.begin(), m_changes.end(), 0);
   for (int row = 0; row < rows; ++row) {
     GatherChanges(after.top + row * after.stride, before.top + row * before.stride, m_width,

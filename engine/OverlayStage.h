@@ -25,6 +25,9 @@ class OverlayStage {
 
  private:
   const OverlaySpan* SpanOf(std::int64_t number);
+  /// The rows of the callback's picture from `top` on, counted from the upper edge.
+  BgrRows DrawnRows(int top);
+  bool IsUntouched(int top, int rows, const AVFrame& frame);
   void TakeOver(FramePtr& frame);
   bool TakeOverStrip(int top, bool writable, FramePtr& frame);
   void MakeWritable(FramePtr& frame);
