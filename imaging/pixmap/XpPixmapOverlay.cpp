@@ -114,7 +114,7 @@ class GatheredRun {
 template <class Rule>
 void Overlay(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
              std::int32_t destHeight, const XpPixmap32& source, std::int32_t sourceWidth,
-             std::int32_t sourceHeight, const Rule& rule) {
+             std::int32_t sourceHeight, XpRowRange drawn, const Rule& rule) {
   if (destWidth < 1 || destHeight < 1 || sourceWidth < 1 || sourceHeight < 1) return;
   if (destWidth == sourceWidth && destHeight == sourceHeight) {
     OverlayUnscaled(destination, destX, destY, sourceWidth, sourceHeight, source, 0, rule);
@@ -124,7 +124,9 @@ void Overlay(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, st
   const XpPlaneBase* from = source.GetPlane(0);
   if (to == nullptr || from == nullptr) return;
   const XpAxisStretch columns = ClipAxisStretch(destX, destWidth, 0, sourceWidth, to->width, from->width);
-  const XpAxisStretch rows = ClipAxisStretch(destY, destHeight, 0, sourceHeight, to->height, from->height);
+  XpAxisStretch rows = ClipAxisStretch(destY, destHeight, 0, sourceHeight, to->height, from->height);
+  while (!rows.IsEmpty() && rows.SourceAt(rows.first) < drawn.first) ++rows.first;
+  while (!rows.IsEmpty() && rows.SourceAt(rows.last - 1) >= drawn.last) --rows.last;
   if (columns.IsEmpty() || rows.IsEmpty()) return;
   for (std::int64_t x = columns.first; x < columns.last; x += GatheredRun::kLength) {
     GatheredRun run(columns, x);
@@ -139,14 +141,16 @@ void Overlay(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, st
 
 void OverlayPixmap(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                    std::int32_t destHeight, const XpPixmap32& source, std::int32_t sourceWidth,
-                   std::int32_t sourceHeight) {
-  Overlay(destination, destX, destY, destWidth, destHeight, source, sourceWidth, sourceHeight, OverlayRule{});
+                   std::int32_t sourceHeight, XpRowRange drawn) {
+  Overlay(destination, destX, destY, destWidth, destHeight, source, sourceWidth, sourceHeight, drawn,
+          OverlayRule{});
 }
 
 void OverlayPixmapWithAlpha(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
                             std::int32_t destWidth, std::int32_t destHeight, const XpPixmap32& source,
-                            std::int32_t sourceWidth, std::int32_t sourceHeight, std::uint8_t alpha) {
-  Overlay(destination, destX, destY, destWidth, destHeight, source, sourceWidth, sourceHeight,
+                            std::int32_t sourceWidth, std::int32_t sourceHeight, std::uint8_t alpha,
+                            XpRowRange drawn) {
+  Overlay(destination, destX, destY, destWidth, destHeight, source, sourceWidth, sourceHeight, drawn,
           OverlayWithAlphaRule{alpha});
 }
 

@@ -3,22 +3,31 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 #include "imaging/pixmap/XpPixmap.h"
+
+/// Rows `first` to `last` - 1 of a source.
+struct XpRowRange {
+  std::int32_t first = 0;
+  std::int32_t last = std::numeric_limits<std::int32_t>::max();
+};
 
 /// Composes the top-left `sourceWidth` by `sourceHeight` pixels of `source`, scaled by nearest neighbour,
 /// over `destWidth` by `destHeight` pixels of `destination`, clipped to both. A size below 1 draws nothing.
 /// Alpha 0 leaves a pixel alone, 255 replaces it; between, each colour moves by ((s - d) * a) >> 8 and the
-/// destination's alpha by ((255 - da) * a) >> 8.
+/// destination's alpha by ((255 - da) * a) >> 8. Source rows outside `drawn` are known to be clear and not
+/// looked at.
 void OverlayPixmap(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                    std::int32_t destHeight, const XpPixmap32& source, std::int32_t sourceWidth,
-                   std::int32_t sourceHeight);
+                   std::int32_t sourceHeight, XpRowRange drawn = {});
 
 /// The same with a further constant alpha, w = a * alpha, and >> 16. A destination of alpha 0 takes the
 /// source's colours and w >> 8 as alpha, also when w is 0.
 void OverlayPixmapWithAlpha(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
                             std::int32_t destWidth, std::int32_t destHeight, const XpPixmap32& source,
-                            std::int32_t sourceWidth, std::int32_t sourceHeight, std::uint8_t alpha);
+                            std::int32_t sourceWidth, std::int32_t sourceHeight, std::uint8_t alpha,
+                            XpRowRange drawn = {});
 
 /// OverlayPixmap of a block of `source` from its column 0 and row `sourceY`, unscaled.
 void OverlayPixmapBlock(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, std::int32_t width,

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "foundation/number/Saturate.h"
-#include "imaging/pixmap/XpPixmapOverlay.h"
 
 namespace {
 
@@ -122,14 +121,19 @@ bool KVSCaptionPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t /*tennis
   return true;
 }
 
-bool KVSCaptionPainterPlugIn::PrepareCanvas() {
-  if (m_canvas.data == nullptr) return m_canvas.Allocate(kCanvasWidth, kCanvasHeight) == XpOk;
-  std::memset(m_canvas.data, 0, m_canvas.size);
-  return true;
+bool KVSCaptionPainterPlugIn::EnsureCanvas() {
+  return m_canvas.data != nullptr || m_canvas.Allocate(kCanvasWidth, kCanvasHeight) == XpOk;
+}
+
+void KVSCaptionPainterPlugIn::ClearCanvas(XpRowRange drawn) {
+  if (drawn.first >= drawn.last) return;
+  const std::size_t row = std::size_t{m_canvas.size} / kCanvasHeight;
+  std::memset(m_canvas.data + row * static_cast<std::size_t>(drawn.first), 0,
+              row * static_cast<std::size_t>(drawn.last - drawn.first));
 }
 
 bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32& target) {
-  if (!PrepareCanvas()) return false;
+  if (!EnsureCanvas()) return false;
   const Font& font = m_layout->SetFont(caption.fontName, vrx::Saturate<std::int32_t>(caption.fontSize));
   m_layout->textColor = caption.fontColor;
   const auto text = caption.text.AsView();
@@ -138,17 +142,21 @@ bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32
   const Rect place = PlaceOf(caption.layoutType, size.height);
   const std::int32_t width = target.width - 2 * kMargin;
   const std::int32_t height = target.height - 2 * kMargin;
+  // Text is clipped to its place, so nothing else of the canvas is ever touched.
+  const XpRowRange drawn{std::clamp(place.top - kShadowOffset, 0, kCanvasHeight),
+                         std::clamp(place.bottom, 0, kCanvasHeight)};
 
   Canvas canvas(m_canvas.GetBitmapHandle());
   m_textRenderer.Draw(canvas, text, font, kShadowColor, place, format);
   if (m_saveMovieMode) {
     // A shadow of half strength goes to the frame on its own, before the text.
     OverlayPixmapWithAlpha(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight,
-                           kSaveModeShadowAlpha);
-    PrepareCanvas();
+                           kSaveModeShadowAlpha, drawn);
+    ClearCanvas(drawn);
   }
   m_textRenderer.Draw(canvas, text, font, m_layout->textColor, Moved(place, -kShadowOffset, -kShadowOffset),
                       format);
-  OverlayPixmap(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight);
+  OverlayPixmap(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight, drawn);
+  ClearCanvas(drawn);
   return true;
 }

@@ -8,6 +8,7 @@
 
 #include "drawing/TextRenderer.h"
 #include "foundation/sync/XpCriticalSection.h"
+#include "imaging/pixmap/XpPixmapOverlay.h"
 #include "overlay/caption/KVSCaptionPainterLayoutBase.h"
 #include "overlay/document/CaptionItem.h"
 #include "overlay/painter/KVSPainterPlugInBase.h"
@@ -39,7 +40,8 @@ class KVSCaptionPainterPlugIn final : public KVSPainterPlugInBase {
   /// The caption of a moment (ms in the movie, ends included); null for none.
   const CaptionItem* SelectCaption(std::int64_t captionMs, std::int32_t videoId) const;
   bool DrawCaption(const CaptionItem& caption, XpPixmap32& target);
-  bool PrepareCanvas();
+  bool EnsureCanvas();
+  void ClearCanvas(XpRowRange drawn);
 
   vrx::drawing::TextRenderer& m_textRenderer;
   std::int32_t m_outputWidth;
@@ -50,6 +52,6 @@ class KVSCaptionPainterPlugIn final : public KVSPainterPlugInBase {
   std::vector<CaptionItem> m_captions;
   std::uint64_t m_generation = 0;  // of configuration and captions
   std::unique_ptr<KVSCaptionPainterLayoutBase> m_layout;
-  XpPixmap32 m_canvas;  // made with the first caption
+  XpPixmap32 m_canvas;  // made with the first caption; clear between captions
   XpCriticalSection m_lock;
 };

@@ -107,6 +107,25 @@ TEST_F(CaptionPainterTest, TallTextStartsAtTheTop) {
   }
 }
 
+TEST_F(CaptionPainterTest, ACaptionLeavesNothingForTheNextOne) {
+  for (const bool saveMode : {false, true}) {
+    for (std::int32_t layout = 1; layout <= 9; ++layout) {
+      const CaptionItem next = Caption(u"next", 20, 30, layout);
+      KVSCaptionPainterPlugIn fresh(boxes);
+      info.saveMovieMode = saveMode;
+      ASSERT_TRUE(fresh.SetPainterInfo(&info, &info.captionInfo));
+      fresh.SetCaptionItems({&next, 1});
+      PixmapHolder expected(new XpPixmap32);
+      ASSERT_EQ(expected->Allocate(1920, 1080), XpOk);
+      ASSERT_TRUE(fresh.DrawForVideo(0, 0, 0, 25, expected));
+      Set({Caption(u"WWWWWWWW\nmore\nand more", 0, 10, 10 - layout), next}, saveMode);
+      Draw(5);
+      const PixmapHolder frame = Draw(25);
+      EXPECT_EQ(std::memcmp(frame->data, expected->data, frame->size), 0) << layout;
+    }
+  }
+}
+
 TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeIsSafe) {
   for (const double fontSize : {0.0, -20.0, 1e4, 1e300, -1e300}) {
     CaptionItem caption = Caption(u"words that wrap, words that wrap", 0, 10);
