@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "drawing/BoxTextRenderer.h"
 #include "foundation/file/XpPathQuery.h"
 #include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
@@ -12,6 +13,7 @@
 #include "overlay/document/PainterKeys.h"
 #include "src/check/PainterDocumentCheck.h"
 #include "src/overlay/OverlayRanges.h"
+#include "src/overlay/PainterTable.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 
@@ -121,6 +123,7 @@ class OverlayChecker {
     PainterInfo info;
     AdoptPainterInfo(document.GetPainterInfo(), info);
     CheckValid(document.GetPainterInfo(), info);
+    CheckPainters(info);
     CheckClipTimes();
     if (m_report.videoSettings) AddRows(project, info);
   }
@@ -152,6 +155,19 @@ class OverlayChecker {
     if (document.tennisMetaInfo.valid && !adopted.tennisMetaInfo.valid) {
       Report(path, Severity::Note, overlay::kTennisMetaInfo.name, u"is valid but holds no data");
     }
+  }
+
+  /// Frames of such a record go through the callback, but nobody draws on them.
+  void CheckPainters(const PainterInfo& info) {
+    drawing::BoxTextRenderer unused;
+    const PainterMakers makers = overlay::MakePainterTable(unused);
+    const auto check = [&](bool isValid, std::int32_t painterType, const XpString& record) {
+      if (!isValid || makers[static_cast<std::size_t>(painterType)]) return;
+      Report(m_report.painterPath, Severity::Warning, record,
+             u"is valid, but this version draws no such overlay");
+    };
+    check(info.templateInfo.valid, KVSPainterGPSOverlay, overlay::kTemplateInfo.name);
+    check(info.tennisMetaInfo.valid, KVSPainterTennisMeta, overlay::kTennisMetaInfo.name);
   }
 
   /// Overlays are placed by the times that the document gives, and a whole clip gives none.

@@ -110,6 +110,10 @@ TEST_F(OverlayCheckTest, MistakesInTheDocumentAreNamed) {
         Case{"<key>CaptionInfo</key><dict><key>CaptionString</key><string>x</string></dict>",
              "Valid is not true"},
         Case{"<key>CaptionInfo</key><dict><key>Valid</key><true/></dict>", "holds no captions"},
+        Case{"<key>TennisMetaInfo</key><dict><key>Valid</key><true/><key>Duration</key><real>1</real>"
+             "<key>OriginalDateTime</key><string/><key>TennisMetaData</key><string>x</string>"
+             "<key>TennisMetaLayoutType</key><integer>0</integer><key>TrimedShift</key><real>0</real></dict>",
+             "TennisMetaInfo is valid, but this version draws no such overlay"},
         Case{"<key>Other</key><dict/>", "Other is an unknown key"}}) {
     EXPECT_THAT(Lines(CheckInfo(c.info)), Contains(HasSubstr(c.line))) << c.info;
   }
