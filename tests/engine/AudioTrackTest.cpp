@@ -13,8 +13,8 @@
 #include <limits>
 
 #include "engine/EngineLog.h"
-#include "tests/support/ClickTrack.h"
-#include "tests/support/PatternClip.h"
+#include "samples/clipmaker/ClickTrack.h"
+#include "samples/clipmaker/PatternClip.h"
 
 extern "C" {
 #include <libavutil/log.h>

@@ -7,7 +7,7 @@
 #include "tests/render/VrxProcess.h"
 #include "tests/src/ProjectText.h"
 #include "tests/support/MovieReader.h"
-#include "tests/support/PatternClip.h"
+#include "samples/clipmaker/PatternClip.h"
 #include "tests/support/TempFolder.h"
 
 namespace {

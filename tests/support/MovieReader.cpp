@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "tests/support/ClickTrack.h"
-#include "tests/support/FramePattern.h"
+#include "samples/clipmaker/ClickTrack.h"
+#include "samples/clipmaker/FramePattern.h"
 
 extern "C" {
 #include <libavutil/display.h>

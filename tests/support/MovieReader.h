@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/AvHandles.h"
-#include "tests/support/RgbImage.h"
+#include "samples/clipmaker/AvHandles.h"
+#include "samples/clipmaker/RgbImage.h"
 
 namespace vrx::test_support {
 

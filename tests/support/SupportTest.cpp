@@ -6,10 +6,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/support/ClickTrack.h"
-#include "tests/support/FramePattern.h"
+#include "samples/clipmaker/ClickTrack.h"
+#include "samples/clipmaker/FramePattern.h"
+#include "samples/clipmaker/PatternClip.h"
 #include "tests/support/MovieReader.h"
-#include "tests/support/PatternClip.h"
 
 namespace vrx::test_support {
 namespace {

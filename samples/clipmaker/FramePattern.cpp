@@ -1,4 +1,4 @@
-#include "tests/support/FramePattern.h"
+#include "samples/clipmaker/FramePattern.h"
 
 #include <algorithm>
 

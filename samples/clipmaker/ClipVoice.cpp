@@ -1,8 +1,8 @@
-#include "tests/support/ClipVoice.h"
+#include "samples/clipmaker/ClipVoice.h"
 
 #include <algorithm>
 
-#include "tests/support/ClickTrack.h"
+#include "samples/clipmaker/ClickTrack.h"
 
 namespace vrx::test_support {
 namespace {

@@ -3,9 +3,9 @@
 
 #include <vector>
 
-#include "tests/support/AvHandles.h"
-#include "tests/support/ClipMuxer.h"
-#include "tests/support/PatternClip.h"
+#include "samples/clipmaker/AvHandles.h"
+#include "samples/clipmaker/ClipMuxer.h"
+#include "samples/clipmaker/PatternClip.h"
 
 namespace vrx::test_support {
 

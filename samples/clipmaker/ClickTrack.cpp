@@ -1,4 +1,4 @@
-#include "tests/support/ClickTrack.h"
+#include "samples/clipmaker/ClickTrack.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,4 +1,4 @@
-#include "tests/support/ClipMuxer.h"
+#include "samples/clipmaker/ClipMuxer.h"
 
 namespace vrx::test_support {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tests/support/AvHandles.h"
+#include "samples/clipmaker/AvHandles.h"
 
 namespace vrx::test_support {
 

@@ -1,6 +1,6 @@
-#include "tests/support/ClipPicture.h"
+#include "samples/clipmaker/ClipPicture.h"
 
-#include "tests/support/FramePattern.h"
+#include "samples/clipmaker/FramePattern.h"
 
 extern "C" {
 #include <libavutil/display.h>

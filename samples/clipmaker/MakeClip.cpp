@@ -4,7 +4,7 @@
 #include <exception>
 #include <map>
 
-#include "tests/support/PatternClip.h"
+#include "samples/clipmaker/PatternClip.h"
 
 namespace {
 

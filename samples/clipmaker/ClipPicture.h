@@ -1,11 +1,11 @@
 // The picture side of the clip writer: draws each frame and encodes it.
 #pragma once
 
-#include "tests/support/AvHandles.h"
-#include "tests/support/ClipMuxer.h"
-#include "tests/support/DemoScene.h"
-#include "tests/support/PatternClip.h"
-#include "tests/support/RgbImage.h"
+#include "samples/clipmaker/AvHandles.h"
+#include "samples/clipmaker/ClipMuxer.h"
+#include "samples/clipmaker/DemoScene.h"
+#include "samples/clipmaker/PatternClip.h"
+#include "samples/clipmaker/RgbImage.h"
 
 namespace vrx::test_support {
 

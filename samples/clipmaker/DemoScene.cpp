@@ -1,4 +1,4 @@
-#include "tests/support/DemoScene.h"
+#include "samples/clipmaker/DemoScene.h"
 
 #include <algorithm>
 #include <array>

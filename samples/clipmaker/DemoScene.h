@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "tests/support/RgbImage.h"
+#include "samples/clipmaker/RgbImage.h"
 
 namespace vrx::test_support {
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "tests/support/RgbImage.h"
+#include "samples/clipmaker/RgbImage.h"
 
 namespace vrx::test_support {
 

@@ -1,12 +1,12 @@
-#include "tests/support/PatternClip.h"
+#include "samples/clipmaker/PatternClip.h"
 
 #include <filesystem>
 #include <limits>
 #include <memory>
 
-#include "tests/support/ClipMuxer.h"
-#include "tests/support/ClipPicture.h"
-#include "tests/support/ClipVoice.h"
+#include "samples/clipmaker/ClipMuxer.h"
+#include "samples/clipmaker/ClipPicture.h"
+#include "samples/clipmaker/ClipVoice.h"
 
 namespace vrx::test_support {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/support/RgbImage.h"
+#include "samples/clipmaker/RgbImage.h"
 
 #include <algorithm>
 #include <stdexcept>
