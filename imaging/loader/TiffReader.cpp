@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -115,6 +116,19 @@ std::uint32_t BandRows(ImageReading& reading, TIFF* tiff) {
   return std::min(height, unit * ((kBandRows + unit - 1) / unit));
 }
 
+/// The library takes an unpacked tile only from a raw buffer of exactly its size, which its own buffers,
+/// rounded up, may not have. False, with the failure noted, without memory.
+bool GiveTileBuffer(ImageReading& reading, TIFF* tiff, std::unique_ptr<unsigned char[]>& buffer) {
+  std::uint16_t compression = COMPRESSION_NONE;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
+  if (TIFFIsTiled(tiff) == 0 || compression != COMPRESSION_NONE) return true;
+  const tmsize_t bytes = TIFFTileSize(tiff);
+  if (bytes <= 0) return reading.Damaged("the picture's tiles have no size");
+  buffer.reset(new (std::nothrow) unsigned char[static_cast<std::size_t>(bytes)]);
+  if (buffer == nullptr) return reading.Fail(XpErrOutOfMemory, "there is no memory for the picture");
+  return TIFFReadBufferSetup(tiff, buffer.get(), bytes) != 0 || reading.Damaged("the picture is damaged");
+}
+
 void CopyRow(const std::uint32_t* pixels, std::int32_t width, unsigned char* bgr) {
   for (std::int32_t x = 0; x < width; ++x, bgr += 3) {
     // Alpha is multiplied in already, which is composing on black.
@@ -127,6 +141,8 @@ void CopyRow(const std::uint32_t* pixels, std::int32_t width, unsigned char* bgr
 bool ReadRows(ImageReading& reading, TIFF* tiff) {
   const std::uint32_t bandRows = BandRows(reading, tiff);
   if (bandRows == 0) return false;
+  std::unique_ptr<unsigned char[]> tileBuffer;
+  if (!GiveTileBuffer(reading, tiff, tileBuffer)) return false;
   char words[kEmsgBytes] = {};
   RgbaImage image(tiff, words);
   if (!image.IsOpen()) return reading.Damaged(words[0] != 0 ? words : "the picture's form is not known");

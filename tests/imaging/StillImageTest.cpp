@@ -196,9 +196,9 @@ TEST(StillImage, AJpegComesAtTheLeastScaleThatCoversWhatIsEnough) {
   struct Case {
     int enoughWidth, enoughHeight, width, height;
   };
-  for (const Case& c :
-       {Case{0, 0, 301, 165}, Case{301, 165, 301, 165}, Case{1, 1, 38, 21}, Case{39, 1, 76, 42},
-        Case{1, 42, 76, 42}, Case{100, 80, 151, 83}, Case{5000, 1, 301, 165}, Case{10, 0, 301, 165}}) {
+  for (const Case& c : {Case{0, 0, 301, 165}, Case{301, 165, 301, 165}, Case{1, 1, 38, 21},
+                        Case{39, 1, 76, 42}, Case{1, 42, 76, 42}, Case{100, 80, 151, 83},
+                        Case{152, 80, 301, 165}, Case{5000, 1, 301, 165}, Case{10, 0, 301, 165}}) {
     SCOPED_TRACE(testing::Message() << c.enoughWidth << "x" << c.enoughHeight);
     const Loaded loaded = Load(file, {.enoughWidth = c.enoughWidth, .enoughHeight = c.enoughHeight});
     ASSERT_EQ(loaded.result, XpOk) << loaded.problem;
@@ -242,18 +242,18 @@ Difference FromAverage(const XpPlaneBase& whole, const XpPlaneBase& small) {
   return difference;
 }
 
+// On noise the whole picture is clipped at black and white before it is averaged, which shows in the largest.
 TEST(StillImage, AScaledJpegStaysNearTheAverageOfTheWholeOne) {
   struct Case {
     const char* name;
     Samples samples;
     double largest, mean;
   };
-  for (const Case& c :
-       {Case{"smooth", Smooth(256, 192, 3), 3, 1}, Case{"noise", Noise(256, 192, 3), 130, 22}}) {
+  for (const Case& c : {Case{"smooth", Smooth(256, 192, 3), 3, 1}, Case{"noise", Noise(256, 192, 3), 6, 1}}) {
     const Bytes file = Jpeg(c.samples, {.quality = 95});
     const Loaded whole = Load(file, {});
     ASSERT_EQ(whole.result, XpOk);
-    for (int eighths = 1; eighths < 8; ++eighths) {
+    for (const int eighths : {1, 2, 4}) {
       const Loaded small = Load(file, {.enoughWidth = 32 * eighths, .enoughHeight = 24 * eighths});
       ASSERT_EQ(small.result, XpOk);
       ASSERT_EQ(small.image.pixmap->width, 32 * eighths);
