@@ -23,7 +23,7 @@ struct StillImageLimits {
 struct StillImageRequest {
   RowOrder rows = RowOrder::TopDown;
   /// The picture may come smaller than it is, where its format can do so cheaply, while it covers this size
-  /// in both directions. 0 asks for the whole picture.
+  /// in both directions. 0 asks for the whole picture. JPEG comes at an eighth, a quarter or half its size.
   std::int32_t enoughWidth = 0;
   std::int32_t enoughHeight = 0;
   StillImageLimits limits;
@@ -36,9 +36,10 @@ struct StillImage {
 };
 
 /// Decodes BMP, GIF (its first picture), JPEG, PNG and TIFF (its first picture). The orientation tag is not
-/// followed. On failure `image` is empty and `problem`, when given, says why in words, without the path:
-/// XpErrFileNotFound and its kin when the file can't be read, XpErrInvalidFile when it is damaged or of no
-/// known format, XpErrOutOfMemory beyond the limits or without memory.
+/// followed, and the alpha of a BMP is not looked at. On failure `image` is empty and `problem`, when given,
+/// says why in words, without the path: XpErrFileNotFound and its kin when the file can't be read,
+/// XpErrInvalidFile when it is damaged or of no known format, XpErrOutOfMemory beyond the limits or without
+/// memory.
 XpResult LoadStillImage(const XpString& path, const StillImageRequest& request, StillImage& image,
                         XpString* problem = nullptr);
 

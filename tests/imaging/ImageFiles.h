@@ -1,0 +1,64 @@
+// Writers of small picture files for the loader's tests, on the formats' own libraries.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace imagefiles {
+
+using Bytes = std::string;
+
+/// Rows from the top without padding, `channels` samples a pixel, 8 bits each unless the writer says more.
+struct Samples {
+  int width = 0, height = 0, channels = 0;
+  std::vector<std::uint8_t> data;
+
+  const std::uint8_t* At(int x, int y) const {
+    return &data[static_cast<std::size_t>((y * width + x) * channels)];
+  }
+};
+
+/// Seeded noise, or smooth ramps with every channel its own.
+Samples Noise(int width, int height, int channels);
+Samples Smooth(int width, int height, int channels);
+
+struct JpegForm {
+  bool isProgressive = false;
+  bool isAdobeInk = false;  // with four channels: the Adobe marker and YCCK
+  bool isSubsampled = false;
+  int quality = 100;
+};
+Bytes Jpeg(const Samples& samples, const JpegForm& form = {});
+
+struct PngForm {
+  int colourType = 2;  // as in the file
+  int depth = 8;       // samples of 16 bits repeat the 8 bits; below 8 the sample's low bits are taken
+  bool isInterlaced = false;
+  std::vector<std::uint8_t> palette = {};       // RGB
+  std::vector<std::uint8_t> paletteAlpha = {};  // with a palette
+  int key = -1;                                 // the transparent sample value in every channel; -1 for none
+};
+Bytes Png(const Samples& samples, const PngForm& form = {});
+
+struct GifForm {
+  int screenWidth = 0, screenHeight = 0, left = 0, top = 0;
+  int transparent = -1;
+  bool isInterlaced = false;
+};
+/// One channel: indices into a palette of 256, see GifColour.
+Bytes Gif(const Samples& indices, const GifForm& form);
+std::uint8_t GifColour(int index, int channel);
+
+struct TiffForm {
+  int photometric = 2;
+  int compression = 1;
+  int depth = 8;
+  int rowsPerStrip = 3;
+  int tile = 0;  // side in pixels, a multiple of 16; 0 for strips
+  int orientation = 1;
+  int extraSample = 0;  // TIFF's kind of the last channel; 0 for none
+};
+Bytes Tiff(const Samples& samples, const TiffForm& form = {});
+
+}  // namespace imagefiles
