@@ -18,6 +18,8 @@ namespace {
 
 using namespace vrx::host;
 
+constexpr std::int64_t kMostLogLines = 1'000'000'000;
+
 struct Commands {
   RenderOptions render;
   CheckOptions check;
@@ -111,7 +113,7 @@ void AddLogs(CLI::App& app, Commands& commands) {
   CLI::Option* follow =
       command->add_flag("--follow", commands.logs.follow, "Go on as entries arrive, until interrupted");
   command->add_option("--lines", commands.logs.lines, "How many of the last lines; 1000 unless told")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(std::int64_t{1}, kMostLogLines));
   command->add_flag("--path", commands.logs.path, "Print where the log lies instead")->excludes(follow);
   const std::map<std::string, std::uint32_t> channels{{"importer", SfLogImporter},
                                                       {"start", SfLogAppStart},
