@@ -11,22 +11,27 @@
 #include "host/ConfigCommand.h"
 #include "host/Console.h"
 #include "host/FrameCommand.h"
+#include "host/LogsCommand.h"
 #include "host/RenderCommand.h"
 
 namespace {
 
 using namespace vrx::host;
 
+constexpr std::int64_t kMostLogLines = 1'000'000'000;
+
 struct Commands {
   RenderOptions render;
   CheckOptions check;
   FrameOptions frame;
   ConfigOptions config;
+  LogsOptions logs;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
   CLI::App* frameCommand = nullptr;
   CLI::App* configCommand = nullptr;
+  CLI::App* logsCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -103,11 +108,31 @@ void AddConfig(CLI::App& app, Commands& commands) {
   commands.configCommand = config;
 }
 
+void AddLogs(CLI::App& app, Commands& commands) {
+  CLI::App* command = app.add_subcommand("logs", "Show the log of the current run");
+  CLI::Option* follow =
+      command->add_flag("--follow", commands.logs.follow, "Go on as entries arrive, until interrupted");
+  command->add_option("--lines", commands.logs.lines, "How many of the last lines; 1000 unless told")
+      ->check(CLI::Range(std::int64_t{1}, kMostLogLines));
+  command->add_flag("--path", commands.logs.path, "Print where the log lies instead")->excludes(follow);
+  const std::map<std::string, std::uint32_t> channels{{"importer", SfLogImporter},
+                                                      {"start", SfLogAppStart},
+                                                      {"output", SfLogOutput},
+                                                      {"database", SfLogDatabase}};
+  command->add_option("--channel", commands.logs.channel, "Whose log")
+      ->transform(CLI::CheckedTransformer(channels))
+      ->type_name("CHANNEL")
+      ->option_text("CHANNEL  output (renders; the default), importer, start, database");
+  command->footer("Exit status: 0 done, 1 nothing was logged yet, 2 wrong use.");
+  commands.logsCommand = command;
+}
+
 int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
   if (commands.frameCommand->parsed()) return RunFrame(commands.frame);
   if (commands.configCommand->parsed()) return RunConfig(commands.config);
+  if (commands.logsCommand->parsed()) return RunLogs(commands.logs);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -133,6 +158,7 @@ int main(int argc, char** argv) try {
   AddCheck(app, commands);
   AddFrame(app, commands);
   AddConfig(app, commands);
+  AddLogs(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {

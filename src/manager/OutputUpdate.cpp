@@ -11,6 +11,8 @@ namespace {
 
 using vrx::render::LogLine;
 
+constexpr char16_t kUpdate[] = u"updateOutputInfoByCurrentProjectFile";
+
 /// The log entry of one clip. Its paths are arguments, never part of the format.
 void LogClip(const char16_t* typeFormat, const char16_t* pathFormat, const TKLXOutputXmlInfo& clip,
              const VRXSourceStreamInfoBase& source) {
@@ -27,7 +29,7 @@ void LogClip(const char16_t* typeFormat, const char16_t* pathFormat, const TKLXO
   entry.AppendFormat(u" framerate = %d", low(source.startTime.scale));
   entry.AppendFormat(u" EndTime = %d", low(source.endTime.value));
   entry.AppendFormat(u" framerate = %d", low(source.endTime.scale));
-  LogLine(entry);
+  LogLine(kUpdate, entry);
 }
 
 /// Which specification makes which kind of movie, and whether that kind names its time zone.
@@ -52,7 +54,7 @@ SystemKind SystemKindOf(std::int32_t specificationType) {
 
 void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   if (m_strProjectFilePath.IsEmpty()) {
-    LogLine(u"Error: m_strProjectFilePath Is Empty.");
+    LogLine(kUpdate, u"Error: m_strProjectFilePath Is Empty.");
     return;
   }
   m_pSystemOutput = std::make_unique<VRXSystemOutputSetting>();
@@ -67,7 +69,7 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   if (const XpResult result = project.LoadXmlFile(m_strProjectFilePath); result != XpOk) {
     XpString line;
     line.Format(u"Load VRXWrapper.xml Error(%d)", result);
-    LogLine(line);
+    LogLine(kUpdate, line);
   }
   // Without output settings there is no frame to count in and nothing to render to.
   if (!project.videoSettings) return;
@@ -98,7 +100,7 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   m_pSystemOutput->outputFilePath = new VRXPathHolder(outputPath.AsView());
   XpString line;
   line.Format(u"OutputFilePath: %s", outputPath);
-  LogLine(line);
+  LogLine(kUpdate, line);
 
   const SystemKind kind = SystemKindOf(m_pSystemOutput->video->specificationType);
   m_pSystemOutput->systemType = kind.systemType;

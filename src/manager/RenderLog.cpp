@@ -1,23 +1,12 @@
 #include "src/manager/RenderLog.h"
 
-#include <mutex>
+#include "foundation/log/SfLog.h"
 
 namespace vrx::render {
-namespace {
 
-std::mutex g_mutex;
-LogSink g_sink = nullptr;
-
-}  // namespace
-
-void SetLogSink(LogSink sink) {
-  const std::scoped_lock lock(g_mutex);
-  g_sink = sink;
-}
-
-void LogLine(const XpString& line) {
-  const std::scoped_lock lock(g_mutex);
-  if (g_sink != nullptr) g_sink(line);
+void LogLine(const char16_t* function, const XpString& line, const std::source_location& place) {
+  SfWriteLog(SfLogOutput, false, u"%s", u"src\\VRXWrapperManager.cpp", function,
+             static_cast<std::int32_t>(place.line()), line);
 }
 
 }  // namespace vrx::render

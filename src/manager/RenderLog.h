@@ -1,16 +1,14 @@
-// The one place through which render control writes its log lines. A sink can be set; without one the lines
-// are dropped.
+// The one place through which render control writes its lines to the log of the output channel.
 #pragma once
+
+#include <source_location>
 
 #include "vrx/XpString.h"
 
 namespace vrx::render {
 
-/// Gets each line; called from the host's and the render thread, one call at a time.
-using LogSink = void (*)(const XpString& line);
-
-/// Null drops the lines.
-void SetLogSink(LogSink sink);
-void LogLine(const XpString& line);
+/// `line` is text, never a format. `function` names the step of render control that the line tells of.
+void LogLine(const char16_t* function, const XpString& line,
+             const std::source_location& place = std::source_location::current());
 
 }  // namespace vrx::render

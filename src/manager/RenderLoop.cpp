@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Module.h"
 #include "foundation/text/XpFormat.h"
+#include "src/gpu/GPUChecker.h"
 #include "src/manager/ProgressFilter.h"
 #include "src/manager/RenderLog.h"
 #include "src/manager/VRXWrapperManager.h"
@@ -9,6 +10,8 @@
 namespace {
 
 using vrx::render::LogLine;
+
+constexpr char16_t kRender[] = u"renderToFile";
 
 /// The code that the host hears for a result of the engine.
 std::uint32_t HostCode(std::int32_t engineResult) {
@@ -22,17 +25,17 @@ std::uint32_t HostCode(std::int32_t engineResult) {
   }
 }
 
-template <class... Args>
-void LogFormatted(const char16_t* format, const Args&... args) {
+void LogResult(const char16_t* format, std::int32_t result,
+               const std::source_location& place = std::source_location::current()) {
   XpString line;
-  line.Format(format, args...);
-  LogLine(line);
+  line.Format(format, result);
+  LogLine(kRender, line, place);
 }
 
 }  // namespace
 
 std::uint32_t VRXWrapperManager::renderToFile() {
-  LogLine(u"VRXWrapperManager::renderToFile start");
+  LogLine(kRender, u"VRXWrapperManager::renderToFile start");
   if (IVRXWrapperCallback* callback = m_pCallback) callback->OnRenderStart();
   std::uint32_t hostError = XpOk;
   std::uint32_t exitCode = XpErrFailed;
@@ -49,17 +52,20 @@ std::uint32_t VRXWrapperManager::renderToFile() {
     if (callback != nullptr) callback->OnRenderError(hostError);
     return exitCode;
   }
-  LogLine(u"VRXWrapperManager::renderToFile end.");
+  LogLine(kRender, u"VRXWrapperManager::renderToFile end.");
   if (callback != nullptr) callback->OnRenderEnd();
   return XpOk;
 }
 
 std::uint32_t VRXWrapperManager::RenderThroughEngine() {
   if (!m_bProjectUsable) return XpErrNoObject;
-  if (const std::int32_t result = EnsureEngine(); result != VRXEngineOk) return HostCode(result);
+  if (const std::int32_t result = EnsureEngine(kRender); result != VRXEngineOk) return HostCode(result);
+  if (m_bGpuSettingWanted) SendGpuSetting();
   const std::int32_t created =
       m_engine.createSequence(m_hEngine, m_pTimeline.get(), m_pSystemOutput.get(), &m_pSequence);
-  LogFormatted(u"FUNC_VRX_CreateSequence(%08x) - GetLastError=%08x", created, vrx::platform::LastError());
+  XpString line;
+  line.Format(u"FUNC_VRX_CreateSequence(%08x) - GetLastError=%08x", created, vrx::platform::LastError());
+  LogLine(kRender, line);
   if (created != VRXEngineOk) return HostCode(created);
 
   const std::int32_t executed = ExecuteUntilEnd();
@@ -68,8 +74,18 @@ std::uint32_t VRXWrapperManager::RenderThroughEngine() {
   const std::int32_t failure = executed != VRXEngineOk ? executed : released;
   // Without a callback nobody could be told, and the end is reached as if all were well.
   if (failure != VRXEngineOk && m_pCallback != nullptr) return HostCode(failure);
-  ReleaseEngine();
+  ReleaseEngine(kRender);
   return XpOk;
+}
+
+void VRXWrapperManager::SendGpuSetting() {
+  GPUChecker* checker = GPUChecker::GetInstance();
+  if (checker == nullptr) return;
+  checker->Drop();
+  checker->Load();
+  if (checker->GetData() == nullptr || checker->GetSize() == 0) return;
+  LogResult(u"FUNC_VRX_SetSTPVSetting(%08x)",
+            m_engine.setSTPVSetting(m_hEngine, checker->GetData(), checker->GetSize()));
 }
 
 std::int32_t VRXWrapperManager::ExecuteUntilEnd() {
@@ -78,7 +94,7 @@ std::int32_t VRXWrapperManager::ExecuteUntilEnd() {
   while (!IsEnded()) {
     const std::int32_t result = m_pSequence->Execute(&progress, &m_bEndFlag);
     if (result != VRXEngineOk) {
-      LogFormatted(u"IVRXSequence::Execute(%08x)", result);
+      LogResult(u"IVRXSequence::Execute(%08x)", result);
       return result;
     }
     IVRXWrapperCallback* callback = m_pCallback;
@@ -93,7 +109,7 @@ std::int32_t VRXWrapperManager::ReleaseSequence() {
   if (m_pSequence == nullptr) return VRXEngineOk;
   const std::int32_t result = m_engine.releaseSequence(m_hEngine, &m_pSequence);
   m_pSequence = nullptr;
-  LogFormatted(u"FUNC_VRX_ReleaseSequence(%08x)", result);
+  LogResult(u"FUNC_VRX_ReleaseSequence(%08x)", result);
   return result;
 }
 

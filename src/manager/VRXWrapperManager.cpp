@@ -28,10 +28,12 @@ VRXWrapperManager* VRXWrapperManager::GetInstance() {
   return g_manager.load(std::memory_order_relaxed);
 }
 
+VRXWrapperManager::VRXWrapperManager() { m_log.Open(); }
+
 VRXWrapperManager::~VRXWrapperManager() {
   // On the render thread itself this answers at once and the thread object stays.
   if (XpThreadJoin(m_pRenderThread) == XpErrSelfWait) delete m_pRenderThread;
-  ReleaseEngine();
+  ReleaseEngine(u"~VRXWrapperManager");
   // The engine may look at these until its instance is gone, and its module goes after them.
   m_pTimeline.reset();
   m_pSystemOutput.reset();
@@ -45,24 +47,24 @@ bool VRXWrapperManager::Initialize(bool factoryFlag) {
   const std::scoped_lock lock(m_engineMutex);
   if (!m_engine.Bind()) return false;
   // A second call of the factory finds the instance of the first instead of losing its handle.
-  return EnsureEngine() == VRXEngineOk && EnsurePainters();
+  return EnsureEngine(u"Initialize") == VRXEngineOk && EnsurePainters();
 }
 
-std::int32_t VRXWrapperManager::EnsureEngine() {
+std::int32_t VRXWrapperManager::EnsureEngine(const char16_t* caller) {
   const std::scoped_lock lock(m_engineMutex);
-  return m_bEngineCreated ? std::int32_t{VRXEngineOk} : CreateEngine();
+  return m_bEngineCreated ? std::int32_t{VRXEngineOk} : CreateEngine(caller);
 }
 
-std::int32_t VRXWrapperManager::CreateEngine() {
+std::int32_t VRXWrapperManager::CreateEngine(const char16_t* caller) {
   const std::int32_t result = m_engine.createVRX(&m_hEngine);
   XpString line;
   line.Format(u"FUNC_VRX_CreateVRX(%08x)", result);
-  vrx::render::LogLine(line);
+  vrx::render::LogLine(caller, line);
   m_bEngineCreated = result == VRXEngineOk;
   return result;
 }
 
-void VRXWrapperManager::ReleaseEngine() {
+void VRXWrapperManager::ReleaseEngine(const char16_t* caller) {
   const std::scoped_lock lock(m_engineMutex);
   if (!m_bEngineCreated) return;
   const std::int32_t result = m_engine.releaseVRX(&m_hEngine);
@@ -70,7 +72,7 @@ void VRXWrapperManager::ReleaseEngine() {
   m_bEngineCreated = false;
   XpString line;
   line.Format(u"FUNC_VRX_ReleaseVRX(%08x)", result);
-  vrx::render::LogLine(line);
+  vrx::render::LogLine(caller, line);
 }
 
 void VRXWrapperManager::Release() {
@@ -91,7 +93,7 @@ void VRXWrapperManager::Release() {
 
 bool VRXWrapperManager::IsSmartRenderingCapable(std::uint32_t first, std::uint32_t second) {
   const std::scoped_lock lock(m_engineMutex);
-  if (EnsureEngine() != VRXEngineOk) return false;
+  if (EnsureEngine(u"IsSmartRenderingCapable") != VRXEngineOk) return false;
   return m_engine.isSmartRenderingCapable(m_hEngine, first, second) == VRXEngineOk;
 }
 

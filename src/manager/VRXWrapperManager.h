@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "drawing/PangoTextRenderer.h"
+#include "foundation/log/VRXWrapperLog.h"
 #include "foundation/sync/XpThread.h"
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/document/TKLXPainterInfoXml.h"
@@ -39,16 +40,16 @@ class VRXWrapperManager final : public IVRXWrapper {
   VRXIntermediateRawOutputCallback* GetRawOutputCallback() const { return m_pRawOutputCallback.get(); }
   const vrx::timeline::ClipSums& GetClipSums() const { return m_clipSums; }
 
-  VRXWrapperManager() = default;
+  VRXWrapperManager();
   ~VRXWrapperManager() override;
 
  private:
   static std::uint32_t RenderThreadEntry(void* manager);
 
-  /// Makes the engine's instance if there is none.
-  std::int32_t EnsureEngine();
-  std::int32_t CreateEngine();
-  void ReleaseEngine();
+  /// Makes the engine's instance if there is none. These name `caller` in the log.
+  std::int32_t EnsureEngine(const char16_t* caller);
+  std::int32_t CreateEngine(const char16_t* caller);
+  void ReleaseEngine(const char16_t* caller);
   bool IsEnded() const;
   void SetEnded();
 
@@ -64,6 +65,8 @@ class VRXWrapperManager final : public IVRXWrapper {
   std::uint32_t renderToFile();
   /// XpOk, or the code that the host is to hear.
   std::uint32_t RenderThroughEngine();
+  /// Hands the engine what the host's calibration found out, if there is something.
+  void SendGpuSetting();
   std::int32_t ExecuteUntilEnd();
   std::int32_t ReleaseSequence();
   void AbandonSequence();
@@ -81,6 +84,7 @@ class VRXWrapperManager final : public IVRXWrapper {
   XpString m_strProjectFilePath;
   std::atomic<IVRXWrapperCallback*> m_pCallback = nullptr;  // not owned
   vrx::timeline::ClipSums m_clipSums;
+  VRXWrapperLog m_log;
   bool m_bHasBaseband = false;  // some project so far had a clip of still images
 
   struct PainterRelease {

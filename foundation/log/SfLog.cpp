@@ -1,0 +1,146 @@
+#include "foundation/log/SfLog.h"
+
+#include <array>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "foundation/file/XpFile.h"
+#include "foundation/file/XpPathQuery.h"
+#include "foundation/log/SfLogMutex.h"
+#include "foundation/platform/FileSystem.h"
+#include "foundation/text/XpPath.h"
+#include "foundation/time/XpDateTime.h"
+#include "vrx/XpTextCodec.h"
+
+namespace vrx::log {
+namespace {
+
+constexpr std::int32_t kLongestText = 1023;
+constexpr char16_t kSeparator[] =
+    u"==========================================================================================\n";
+
+/// What the process keeps of one channel, from its first entry to the end of the process.
+struct ChannelState {
+  std::mutex guard;  // of all below, between the threads of this process
+  XpFile file;
+  XpString unstoredFolder;  // the run folder, when the settings could not be told of it
+  bool isStuck = false;     // the last wait for the other processes was in vain
+};
+
+ChannelState& StateOf(std::uint32_t channel) {
+  // Never destroyed: entries are written until the very end.
+  static auto* states = new std::array<ChannelState, SfLogChannelCount>;
+  return (*states)[channel];
+}
+
+/// Holds a channel's mutex between the processes. A stuck process costs the full patience only once: a render
+/// of many clips must not wait for it with every line.
+class ChannelLock {
+ public:
+  ChannelLock(const XpString& name, bool& isStuck) : m_mutex(name) {
+    m_isHeld = m_mutex.Lock(isStuck ? kStuckPatienceMs : SfLogMutex::kPatienceMs) == XpOk;
+    isStuck = !m_isHeld;
+  }
+  ChannelLock(const ChannelLock&) = delete;
+  ChannelLock& operator=(const ChannelLock&) = delete;
+  ~ChannelLock() {
+    if (m_isHeld) m_mutex.Unlock();
+  }
+  bool IsHeld() const { return m_isHeld; }
+
+ private:
+  static constexpr std::int64_t kStuckPatienceMs = 1;  // an entry of another process takes less
+
+  SfLogMutex m_mutex;
+  bool m_isHeld;
+};
+
+XpString MutexName(std::uint32_t channel) {
+  XpString name;
+  name.Format(u"SfLoggerMutex_%d_%s", channel, XpPathStem(LogFilePath(u"/")));
+  return name;
+}
+
+XpString EntryText(const Origin& origin, const char16_t* format,
+                   std::span<const text::FormatArgument> values) {
+  const std::array<text::FormatArgument, 3> where{
+      text::PackArgument(origin.file), text::PackArgument(origin.function), text::PackArgument(origin.line)};
+  XpString text;
+  text::AppendFormatted(text, u"%s->%s:%d__", where);
+  text::AppendFormatted(text, format, values);
+  if (text.Length() > kLongestText) {
+    // Half a character is left out.
+    const bool splits = textcodec::IsHighSurrogate(text[kLongestText - 1]);
+    text = text.Left(splits ? kLongestText - 1 : kLongestText);
+  }
+  return text + u"\n";
+}
+
+std::string AsFileBytes(const XpString& text) {
+  std::u16string units;
+  units.reserve(static_cast<std::size_t>(text.Length()) + 16);
+  for (const char16_t c : text.AsView()) {
+    if (c == u'\n') units += u'\r';
+    units += c;
+  }
+  return textcodec::ToUtf8(units);
+}
+
+/// The folder of the current run; made when there is none, or when it has been cleared away.
+XpString RunFolder(const Channel& channel, bool newFolder, ChannelState& state) {
+  if (!newFolder) {
+    const XpString stored = StoredRunFolder(channel);
+    if (!stored.IsEmpty() && IsRunFolderUsable(stored)) return stored;
+    if (!state.unstoredFolder.IsEmpty() && IsRunFolderUsable(state.unstoredFolder))
+      return state.unstoredFolder;
+  }
+  const XpString made = MakeRunFolder(channel);
+  // Without settings each entry would start a folder of its own and push the older ones out.
+  if (!made.IsEmpty()) state.unstoredFolder = StoreRunFolder(channel, made) ? XpString() : made;
+  return made;
+}
+
+/// A log is an ordinary file: what another program has put in its place is left alone.
+bool IsLink(const XpString& path) {
+  platform::FileStatus status;
+  return !platform::StatPath(path, platform::Links::Keep, status) && status.isLink;
+}
+
+bool OpenLog(XpFile& file, const XpString& path) {
+  XpString current;
+  file.GetPath(current);
+  if (current == path && file.Tell() >= 0 && XpPathExists(path, nullptr)) return true;
+  if (IsLink(path)) return false;
+  return file.OpenPath(path, XpOpenReadWrite | XpOpenText, XpShareRead | XpShareWrite) == XpOk;
+}
+
+/// One write for the whole entry. What did not get through is taken back, so that no entry is ever torn.
+void Append(XpFile& file, const std::string& bytes) {
+  if (file.Seek(0, XpSeekEnd) != XpOk) return;
+  const std::int64_t end = file.Tell();
+  if (file.Write(bytes.data(), bytes.size(), nullptr) != XpOk && end >= 0) file.SetSize(end);
+}
+
+void WriteUnguarded(std::uint32_t number, const Channel& channel, bool newFolder, const XpString& text) {
+  ChannelState& state = StateOf(number);
+  const std::scoped_lock guard(state.guard);
+  const ChannelLock lock(MutexName(number), state.isStuck);
+  if (!lock.IsHeld()) return;
+  const XpString folder = RunFolder(channel, newFolder, state);
+  if (folder.IsEmpty() || !OpenLog(state.file, LogFilePath(folder))) return;
+  const XpString time = XpDateTime::GetCurrentTime().FormatDateTime(XpDateShort, XpTimeSecond, true);
+  Append(state.file, AsFileBytes(XpString(u"Time:") + time + u"\n" + text + kSeparator));
+}
+
+}  // namespace
+
+void WriteEntry(std::uint32_t channel, bool newFolder, const Origin& origin, const char16_t* format,
+                std::span<const text::FormatArgument> values) noexcept try {
+  const Channel* found = FindChannel(channel);
+  if (found != nullptr) WriteUnguarded(channel, *found, newFolder, EntryText(origin, format, values));
+} catch (...) {
+  // A log that cannot be written must not disturb the work: the entry is lost, for want of memory.
+}
+
+}  // namespace vrx::log
