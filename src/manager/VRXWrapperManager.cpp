@@ -36,6 +36,7 @@ VRXWrapperManager::~VRXWrapperManager() {
   m_pTimeline.reset();
   m_pSystemOutput.reset();
   m_pRawOutputCallback.reset();
+  m_pBasebandObject.reset();
   m_pPainterDocument.reset();
   m_pDynamicInfoPainter.reset();
 }
