@@ -58,7 +58,7 @@ TEST(BasebandDocumentTest, RefusalSaysWhereAndWhy) {
     EXPECT_THAT(document.Cause().ToNarrow().c_str(), testing::HasSubstr(c.cause)) << c.text;
   }
   BasebandDocument document;
-  EXPECT_EQ(ReadBasebandDocument(u"/no/such.xml", document), XpErrFileNotFound);
+  EXPECT_EQ(ReadBasebandDocument(u"/no/such.xml", document), XpErrPathNotFound);
   EXPECT_EQ(document.Cause(), u"does not exist");
   EXPECT_EQ(ReadBasebandDocument(XpString(), document), XpErrUnknownElementType);
 }
