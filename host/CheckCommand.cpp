@@ -1,5 +1,6 @@
 #include "host/CheckCommand.h"
 
+#include <array>
 #include <cstdio>
 
 #include <nlohmann/json.hpp>
@@ -83,6 +84,25 @@ void PrintTimeline(const check::ProjectReport& report) {
   }
 }
 
+/// As it looks on the screen: the document's turns are those of a picture that stands on its head.
+std::string TurnText(const check::StillImageRow& row) {
+  static constexpr std::array<const char*, 4> kTurns{"", "left", "upside down", "right"};
+  const bool isKnown = row.rotation >= 0 && row.rotation < static_cast<std::int32_t>(kTurns.size());
+  std::string text = isKnown ? kTurns[static_cast<std::size_t>(row.rotation)] : "";
+  if (row.mirror) text += text.empty() ? "mirrored" : ", mirrored";
+  return text.empty() ? "-" : text;
+}
+
+void PrintStillImages(const check::ProjectReport& report) {
+  std::printf("\n%-5s %10s %10s %11s  %-15s %s\n", "Clip", "In", "Out", "Size", "Turned", "Still image");
+  for (const check::StillImageRow& row : report.stillImages) {
+    std::string size = row.width == 0 ? "?" : std::to_string(row.width) + "x" + std::to_string(row.height);
+    std::printf("%-5u %10lld %10lld %11s  %-15s %s\n", row.clip, static_cast<long long>(row.inFrame),
+                static_cast<long long>(row.outFrame), size.c_str(), TurnText(row).c_str(),
+                Utf8(row.picture).c_str());
+  }
+}
+
 /// A caption's text on one line, shortened.
 std::string ShortText(const XpString& text) {
   constexpr std::int32_t kLength = 40;
@@ -110,6 +130,7 @@ void PrintOverlays(const check::ProjectReport& report) {
 void PrintText(const check::ProjectReport& report) {
   if (report.videoSettings) PrintOutput(report);
   if (!report.clips.empty()) PrintTimeline(report);
+  if (!report.stillImages.empty()) PrintStillImages(report);
   if (!report.painterPath.IsEmpty()) PrintOverlays(report);
   if (report.problems.empty()) {
     std::puts("\nNo problems found.");
@@ -160,6 +181,23 @@ Json OverlaysJson(const check::ProjectReport& report) {
   return overlays;
 }
 
+Json StillImagesJson(const check::ProjectReport& report) {
+  Json images = Json::array();
+  for (const check::StillImageRow& row : report.stillImages) {
+    images.push_back({{"clip", row.clip},
+                      {"line", row.line},
+                      {"imageId", row.imageId},
+                      {"picture", Utf8(row.picture)},
+                      {"width", row.width},
+                      {"height", row.height},
+                      {"inFrame", row.inFrame},
+                      {"outFrame", row.outFrame},
+                      {"rotation", row.rotation},
+                      {"mirror", row.mirror}});
+  }
+  return images;
+}
+
 Json ReportJson(const std::string& project, const check::ProjectReport& report) {
   Json document{{"project", project}, {"renderable", !report.HasErrors()}, {"output", OutputJson(report)}};
   document["timeline"] = Json::array();
@@ -174,10 +212,12 @@ Json ReportJson(const std::string& project, const check::ProjectReport& report) 
                                     {"seconds", clip.seconds},
                                     {"sourceStart", clip.sourceStart}});
   }
+  if (!report.stillImages.empty()) document["stillImages"] = StillImagesJson(report);
   if (!report.painterPath.IsEmpty()) document["overlays"] = OverlaysJson(report);
   document["problems"] = Json::array();
   for (const check::Problem& problem : report.problems) {
     Json entry{{"severity", SeverityName(problem.severity)}, {"file", Utf8(problem.file)}};
+    if (problem.line != 0) entry["line"] = problem.line;
     if (!problem.track.IsEmpty()) entry["track"] = Utf8(problem.track);
     if (problem.clip != 0) entry["clip"] = problem.clip;
     if (!problem.key.IsEmpty()) entry["key"] = Utf8(problem.key);

@@ -22,6 +22,7 @@ std::string_view SeverityName(check::Severity severity) {
 std::string ProblemLine(const check::Problem& problem) {
   std::string line(SeverityName(problem.severity));
   line += ": " + Utf8(problem.file);
+  if (problem.line != 0) line += ":" + std::to_string(problem.line);
   if (!problem.track.IsEmpty()) line += ": " + Utf8(problem.track);
   if (problem.clip != 0) line += " clip " + std::to_string(problem.clip);
   line += problem.key.IsEmpty() ? ":" : ": " + Utf8(problem.key);

@@ -7,7 +7,6 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "content/plist/PlistNumbers.h"
-#include "foundation/file/XpFile.h"
 
 namespace vrx::plist {
 namespace {
@@ -149,30 +148,13 @@ XpResult ReadDocument(const xercesc::DOMDocument* document, XpIniDict& dict, Xml
   return XpErrWrongRoot;
 }
 
-XpResult ReadWholeFile(const XpString& path, std::vector<char>& bytes, XmlProblem& problem) {
-  XpFile file;
-  if (const XpResult result = file.OpenPath(path, XpOpenRead, XpShareRead); result != XpOk) return result;
-  const std::int64_t size = file.GetSize();
-  const XmlLimits limits;
-  if (size < 0) return XpErrNotAFile;
-  // One byte above the limit is enough for the XML layer to refuse it.
-  bytes.resize(std::min(static_cast<std::size_t>(size), limits.bytes + 1));
-  if (bytes.empty()) return XpOk;
-  std::uint64_t read = 0;
-  const XpResult result = file.Read(bytes.data(), bytes.size(), &read);
-  bytes.resize(read);
-  if (result == XpOk || result == XpErrEndOfFile) return XpOk;
-  problem = {"the file cannot be read"};
-  return result;
-}
-
 }  // namespace
 
 XpResult ReadFile(const XpString& path, XpIniDict& dict, XmlProblem* problem) {
   XmlProblem ignored;
   dict.Clear();
   std::vector<char> bytes;
-  const XpResult result = ReadWholeFile(path, bytes, problem == nullptr ? ignored : *problem);
+  const XpResult result = xml::ReadDocumentBytes(path, {}, bytes, problem == nullptr ? ignored : *problem);
   return result == XpOk ? ReadBytes(bytes, nullptr, dict, problem) : result;
 }
 

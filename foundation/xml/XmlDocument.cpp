@@ -1,31 +1,29 @@
 #include "foundation/xml/XmlDocument.h"
 
-#include <mutex>
+#include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 
+#include "foundation/file/XpFile.h"
+#include "foundation/xml/XpXmlParser.h"
 #include "vrx/XpTextCodec.h"
 
 namespace vrx::xml {
 namespace {
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
-
-/// The parser library lives as long as the process: the host may use it too.
-void StartXmlRuntime() {
-  static std::once_flag started;
-  std::call_once(started, [] { xercesc::XMLPlatformUtils::Initialize(); });
-}
 
 std::string Narrow(const XMLCh* text) {
   return text == nullptr ? std::string() : textcodec::ToUtf8(std::u16string_view(text));
@@ -48,9 +46,11 @@ class ThrowingErrorHandler : public xercesc::ErrorHandler {
 
 }  // namespace
 
+class XmlDocument::LineTable : public std::unordered_map<const xercesc::DOMNode*, std::uint64_t> {};
+
 class XmlDocument::Parser : public xercesc::XercesDOMParser {
  public:
-  explicit Parser(const XmlLimits& limits) : m_limits(limits) {
+  Parser(const XmlLimits& limits, LineTable* lines) : m_limits(limits), m_lines(lines) {
     setValidationScheme(Val_Never);
     setDoNamespaces(false);
     setLoadExternalDTD(false);
@@ -68,6 +68,7 @@ class XmlDocument::Parser : public xercesc::XercesDOMParser {
     if (++m_depth > m_limits.depth) throw Refusal{"elements are nested too deeply"};
     if (++m_elements > m_limits.elements) throw Refusal{"the document has too many elements"};
     XercesDOMParser::startElement(declaration, uri, prefix, attributes, attributeCount, isEmpty, isRoot);
+    if (m_lines != nullptr) m_lines->emplace(fCurrentNode, getScanner()->getLocator()->getLineNumber());
   }
   void endElement(const xercesc::XMLElementDecl& declaration, unsigned int uri, bool isRoot,
                   const XMLCh* prefix) override {
@@ -77,6 +78,7 @@ class XmlDocument::Parser : public xercesc::XercesDOMParser {
 
  private:
   XmlLimits m_limits;
+  LineTable* m_lines;  // not owned; null keeps none
   int m_depth = 0;
   std::size_t m_elements = 0;
   ThrowingErrorHandler m_errors;
@@ -92,6 +94,7 @@ bool XmlDocument::Parse(std::span<const char> bytes, const char* encoding, const
   XmlProblem ignored;
   XmlProblem& cause = problem == nullptr ? ignored : *problem;
   m_parser.reset();
+  if (m_lines) m_lines->clear();
   if (bytes.empty()) {
     cause = {"the document is empty"};
     return false;
@@ -100,9 +103,9 @@ bool XmlDocument::Parse(std::span<const char> bytes, const char* encoding, const
     cause = {"the document is larger than " + std::to_string(limits.bytes >> 20) + " MiB"};
     return false;
   }
-  StartXmlRuntime();
+  XpXmlInitialize();
   try {
-    auto parser = std::make_unique<Parser>(limits);
+    auto parser = std::make_unique<Parser>(limits, m_lines.get());
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), "memory");
     if (encoding != nullptr) source.setEncoding(textcodec::ToUtf16(encoding).c_str());
     parser->parse(source);
@@ -122,7 +125,33 @@ bool XmlDocument::Parse(std::span<const char> bytes, const char* encoding, const
   return false;
 }
 
+void XmlDocument::KeepLines() {
+  if (!m_lines) m_lines = std::make_unique<LineTable>();
+}
+
+std::uint64_t XmlDocument::LineOf(const xercesc::DOMNode* element) const {
+  if (!m_lines) return 0;
+  const auto found = m_lines->find(element);
+  return found == m_lines->end() ? 0 : found->second;
+}
+
 xercesc::DOMDocument* XmlDocument::Get() const { return m_parser ? m_parser->getDocument() : nullptr; }
+
+XpResult ReadDocumentBytes(const XpString& path, const XmlLimits& limits, std::vector<char>& bytes,
+                           XmlProblem& problem) {
+  XpFile file;
+  if (const XpResult result = file.OpenPath(path, XpOpenRead, XpShareRead); result != XpOk) return result;
+  const std::int64_t size = file.GetSize();
+  if (size < 0) return XpErrNotAFile;
+  bytes.resize(std::min(static_cast<std::size_t>(size), limits.bytes + 1));
+  if (bytes.empty()) return XpOk;
+  std::uint64_t read = 0;
+  const XpResult result = file.Read(bytes.data(), bytes.size(), &read);
+  bytes.resize(read);
+  if (result == XpOk || result == XpErrEndOfFile) return XpOk;
+  problem = {"the file cannot be read"};
+  return result;
+}
 
 std::u16string FirstText(const xercesc::DOMNode* node) {
   // Depth first without recursion; the depth limit bounds the way back up.

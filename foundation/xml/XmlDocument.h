@@ -1,5 +1,6 @@
 // Parses XML from memory into a DOM tree with everything switched off that foreign bytes could abuse:
-// document types, external entities and boundless nesting or size. Used by the property-list documents.
+// document types, external entities and boundless nesting or size. Used by property-list and baseband
+// documents.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +8,12 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
+
+#include "vrx/XpResult.h"
+#include "vrx/XpString.h"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
@@ -43,13 +48,25 @@ class XmlDocument {
   /// cause in `problem` (may be null) when they are not a well-formed document within the limits.
   bool Parse(std::span<const char> bytes, const char* encoding, const XmlLimits& limits, XmlProblem* problem);
 
+  /// Called before Parse, makes LineOf answer.
+  void KeepLines();
+  /// The line on which the start tag of `element` ends, from 1; 0 when it wasn't kept.
+  std::uint64_t LineOf(const xercesc::DOMNode* element) const;
+
   /// Null without a parsed document.
   xercesc::DOMDocument* Get() const;
 
  private:
+  class LineTable;
   class Parser;
+  std::unique_ptr<LineTable> m_lines;
   std::unique_ptr<Parser> m_parser;
 };
+
+/// The bytes of the file at `path`, at most one more than the limit, which is enough to be refused for it.
+/// The file layer's code when it can't be read.
+XpResult ReadDocumentBytes(const XpString& path, const XmlLimits& limits, std::vector<char>& bytes,
+                           XmlProblem& problem);
 
 /// Text of the first text or CDATA node met when walking down from `node`; empty when there is none.
 std::u16string FirstText(const xercesc::DOMNode* node);

@@ -6,6 +6,7 @@
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpPathQuery.h"
 #include "foundation/text/XpFormat.h"
+#include "src/check/BasebandCheck.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 #include "src/timeline/FrameClock.h"
@@ -49,6 +50,8 @@ class SourceCache {
   std::map<XpString, SourceFacts> m_facts;
 };
 
+double WholeMs(double milliseconds) { return std::trunc(milliseconds); }
+
 class ClipChecker {
  public:
   ClipChecker(const XpString& file, const SourceProbe& probe, ProjectReport& report)
@@ -87,16 +90,18 @@ class ClipChecker {
     const SourceFacts& facts = clip.sourceFile.IsEmpty() || isBaseband ? unknown : m_sources.Look(row.source);
     CheckSource(clip, row, facts, isBaseband);
     LayOut(clip, facts, isBaseband, row);
+    if (isBaseband && !clip.sourceFile.IsEmpty()) {
+      const std::int64_t frame = std::max<std::int64_t>(m_clock.GetFrameValue(), 1);
+      const std::int64_t first = std::max<std::int64_t>(m_clock.FloorToFrame(WholeMs(clip.startTime)), 0);
+      CheckBasebandClip({m_clip, row.source, first / frame, row.frames}, m_report);
+    }
     m_report.clips.push_back(row);
   }
 
   void CheckSource(const TKLXOutputXmlInfo& clip, const ClipRow& row, const SourceFacts& facts,
                    bool isBaseband) {
     if (clip.sourceFile.IsEmpty()) return Report(Severity::Error, kSourceFile, u"names no source");
-    if (isBaseband) {
-      if (!XpPathIsFile(row.source)) Report(Severity::Warning, kSourceFile, row.source + u" does not exist");
-      return;
-    }
+    if (isBaseband) return;  // read once its frames are known
     if (!facts.usable) {
       return Report(Severity::Error, kSourceFile, row.source + u" " + XpNarrowString(facts.cause).ToWide());
     }
@@ -111,8 +116,11 @@ class ClipChecker {
   void LayOut(const TKLXOutputXmlInfo& clip, const SourceFacts& facts, bool isBaseband, ClipRow& row) {
     row.firstFrame = m_clock.IsUsable() ? m_movieTime / m_clock.GetFrameValue() : 0;
     row.movieStart = m_clock.ToSeconds(m_movieTime);
-    const std::int64_t in = std::max<std::int64_t>(m_clock.FloorToFrame(clip.startTime), 0);
-    const std::int64_t out = m_clock.FloorToFrame(clip.endTime);
+    // A clip of still images keeps whole milliseconds.
+    const double start = isBaseband ? WholeMs(clip.startTime) : clip.startTime;
+    const double end = isBaseband ? WholeMs(clip.endTime) : clip.endTime;
+    const std::int64_t in = std::max<std::int64_t>(m_clock.FloorToFrame(start), 0);
+    const std::int64_t out = m_clock.FloorToFrame(end);
     std::int64_t length = out - in;
     row.wholeSource = out <= in && !isBaseband;
     const double sourceSeconds = m_isVideo ? facts.videoSeconds : facts.audioSeconds;

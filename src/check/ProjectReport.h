@@ -24,6 +24,7 @@ struct Problem {
   std::uint32_t clip = 0;  // counted from 1 within the track; 0 for none
   XpString key;            // may be empty
   XpString message;
+  std::uint64_t line = 0;  // of `file`, counted from 1; 0 for none
 };
 
 /// What the engine knows of a source after a look into it.
@@ -52,6 +53,20 @@ struct ClipRow {
   std::int64_t frames = 0;
 };
 
+/// A still image and the frames that it stands on, both ends included, on its clip's own clock.
+struct StillImageRow {
+  std::uint32_t clip = 0;  // on the video track, counted from 1
+  std::uint64_t line = 0;  // of the baseband document
+  std::int64_t imageId = 0;
+  XpString picture;        // native path
+  std::int32_t width = 0;  // pixels in the file; 0 when it can't be read
+  std::int32_t height = 0;
+  std::int64_t inFrame = 0;
+  std::int64_t outFrame = 0;
+  std::int32_t rotation = 0;
+  bool mirror = false;
+};
+
 /// A stretch of the movie whose frames get overlays, both ends included.
 struct OverlayRow {
   std::int64_t firstFrame = 0;
@@ -73,6 +88,7 @@ struct CaptionRow {
 struct ProjectReport {
   std::vector<Problem> problems;
   std::vector<ClipRow> clips;
+  std::vector<StillImageRow> stillImages;
   XpString painterPath;  // native; empty when the project names no painter document
   std::vector<OverlayRow> overlays;
   std::vector<CaptionRow> captions;

@@ -3,7 +3,7 @@
 
 #include "foundation/platform/TimeZone.h"
 #include "foundation/text/XpFormat.h"
-#include "src/manager/RenderLog.h"
+#include "src/log/RenderLog.h"
 #include "src/manager/VRXWrapperManager.h"
 #include "src/project/ProjectPath.h"
 
@@ -62,6 +62,7 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   m_pTimeline->audio.Clear();
   m_pTimeline->video.Clear();
   m_pRawOutputCallback.reset();
+  if (m_pBasebandObject) m_pBasebandObject->Restart(0, 0, {});
   m_clipSums = {};
   m_bProjectUsable = false;
 
@@ -77,10 +78,7 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   const vrx::timeline::TimelineContext context{
       .projectPath = m_strProjectFilePath,
       .clock = vrx::timeline::FrameClock(project.videoSettings->frameDuration),
-      .makeBaseband = [this](const auto&) -> IVRXRawInputCallback* {
-        m_bHasBaseband = true;
-        return nullptr;
-      },
+      .makeBaseband = [&](const auto& clip) { return AddBaseband(clip, *project.videoSettings); },
       .reportVideo =
           [](const auto& clip, const auto& source) {
             LogClip(u"VideoSourceType: %d\n", u"VideoFilePath: %s\n", clip, source);
@@ -90,6 +88,10 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
             LogClip(u"AudioSourceType: %d\n", u"AudioFilePath: %s\n", clip, source);
           },
   };
+  if (m_pBasebandObject) {
+    const VRXVideoOutputSetting& video = *project.videoSettings;
+    m_pBasebandObject->Restart(video.width, video.height, video.frameDuration);
+  }
   m_bProjectUsable = context.clock.IsUsable();
   if (AddVideoTrack(project.videoTracks, context, *m_pTimeline, m_clipSums)) m_bGpuSettingWanted = true;
   AddAudioTrack(project.audioTracks, context, *m_pTimeline);
@@ -106,6 +108,17 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   m_pSystemOutput->systemType = kind.systemType;
   if (kind.hasTimeZone) BuildTimeZoneMetaData();
   SetupOverlays(project.painterEffect);
+}
+
+IVRXRawInputCallback* VRXWrapperManager::AddBaseband(const TKLXOutputXmlInfo& clip,
+                                                     const VRXVideoOutputSetting& video) {
+  if (!m_pBasebandObject) {
+    m_pBasebandObject =
+        std::make_unique<VRXWBasebandVideoObject>(video.width, video.height, video.frameDuration);
+  }
+  // A document that can't be used was told in the log; its clip stays and has no picture.
+  m_pBasebandObject->Parse(vrx::project::ResolvePath(m_strProjectFilePath, clip.sourceFile));
+  return m_pBasebandObject->GetLastSource();
 }
 
 void VRXWrapperManager::BuildTimeZoneMetaData() {

@@ -23,8 +23,8 @@ void VRXWrapperManager::SetupOverlays(const XpString& painterEffect) {
 
 void VRXWrapperManager::SetupOverlayRanges() {
   const VRXVideoOutputSetting& video = *m_pSystemOutput->video;
-  vrx::overlay::OverlayPlan plan =
-      vrx::overlay::PlanOverlays({video.frameDuration, m_clipSums, m_bHasBaseband}, m_painterInfo);
+  vrx::overlay::OverlayPlan plan = vrx::overlay::PlanOverlays(
+      {video.frameDuration, m_clipSums, m_pBasebandObject != nullptr}, m_painterInfo);
   m_speedSections = std::move(plan.speedSections);
   m_captions = std::move(plan.captions);
   if (plan.ranges.empty() || !EnsurePainters()) return;

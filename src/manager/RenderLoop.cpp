@@ -4,7 +4,7 @@
 #include "foundation/text/XpFormat.h"
 #include "src/gpu/GPUChecker.h"
 #include "src/manager/ProgressFilter.h"
-#include "src/manager/RenderLog.h"
+#include "src/log/RenderLog.h"
 #include "src/manager/VRXWrapperManager.h"
 
 namespace {

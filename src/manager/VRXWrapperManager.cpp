@@ -5,7 +5,7 @@
 #include "foundation/registry/SystemSettings.h"
 #include "foundation/sync/XpCriticalSection.h"
 #include "foundation/text/XpFormat.h"
-#include "src/manager/RenderLog.h"
+#include "src/log/RenderLog.h"
 
 namespace {
 
@@ -38,6 +38,7 @@ VRXWrapperManager::~VRXWrapperManager() {
   m_pTimeline.reset();
   m_pSystemOutput.reset();
   m_pRawOutputCallback.reset();
+  m_pBasebandObject.reset();
   m_pPainterDocument.reset();
   m_pDynamicInfoPainter.reset();
 }

@@ -13,6 +13,7 @@
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/document/TKLXPainterInfoXml.h"
 #include "overlay/painter/IKVSDynamicInfoPainter.h"
+#include "src/baseband/VRXWBasebandVideoObject.h"
 #include "src/manager/EngineLibrary.h"
 #include "src/overlay/OverlayRanges.h"
 #include "src/timeline/TimelineBuilder.h"
@@ -54,6 +55,8 @@ class VRXWrapperManager final : public IVRXWrapper {
   void SetEnded();
 
   void updateOutputInfoByCurrentProjectFile();
+  /// Reads the document of a clip of still images and gives what the engine pulls its frames from.
+  IVRXRawInputCallback* AddBaseband(const TKLXOutputXmlInfo& clip, const VRXVideoOutputSetting& video);
   void BuildTimeZoneMetaData();
   /// Reads the painter document, if the project names one, and prepares its overlays. A document that fails
   /// leaves the movie without overlays.
@@ -85,7 +88,7 @@ class VRXWrapperManager final : public IVRXWrapper {
   std::atomic<IVRXWrapperCallback*> m_pCallback = nullptr;  // not owned
   vrx::timeline::ClipSums m_clipSums;
   VRXWrapperLog m_log;
-  bool m_bHasBaseband = false;  // some project so far had a clip of still images
+  std::unique_ptr<VRXWBasebandVideoObject> m_pBasebandObject;  // made for the first clip of still images
 
   struct PainterRelease {
     void operator()(IKVSDynamicInfoPainter* painters) const { painters->Release(); }

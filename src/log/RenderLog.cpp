@@ -1,4 +1,4 @@
-#include "src/manager/RenderLog.h"
+#include "src/log/RenderLog.h"
 
 #include "foundation/log/SfLog.h"
 

@@ -1,0 +1,250 @@
+#include "src/baseband/VRXWBasebandDecImage.h"
+
+#include <chrono>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "foundation/text/XpFormat.h"
+#include "src/log/RenderLog.h"
+#include "src/project/ProjectPath.h"
+
+using vrx::baseband::BasebandDocument;
+using vrx::render::LogLine;
+
+/// Holds the lock for a scope, in the form that a condition variable waits with.
+class VRXWBasebandDecImage::Held {
+ public:
+  explicit Held(XpCriticalSection& section) : m_section(section) { lock(); }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+  ~Held() { unlock(); }
+  void lock() { m_section.Lock(); }
+  void unlock() { m_section.Unlock(); }
+
+ private:
+  XpCriticalSection& m_section;
+};
+
+VRXWBasebandDecImage::VRXWBasebandDecImage(VRXWBasebandHooks hooks) : m_hooks(std::move(hooks)) {}
+
+VRXWBasebandDecImage::~VRXWBasebandDecImage() { VRXWBasebandDecImage::Close(); }
+
+void VRXWBasebandDecImage::Open(const XpString& newPath) {
+  if (!opened) Close();
+  opened = true;
+  path = newPath;
+}
+
+void VRXWBasebandDecImage::Close() {
+  {
+    const Held held(lock);
+    running = false;
+  }
+  m_changed.notify_all();
+  XpThreadJoin(std::exchange(decoder, nullptr));
+  const Held held(lock);
+  path = XpString();
+  jobs.clear();
+  spans.clear();
+  cache.clear();
+  m_documents = 0;
+  m_images = 0;
+  m_hasWanted = false;
+  m_counts = {};
+  opened = false;
+}
+
+XpResult VRXWBasebandDecImage::Start(std::int32_t width, std::int32_t height, const XpString& file,
+                                     std::uint32_t& index) {
+  if (!opened) {
+    Open(file);
+    targetWidth = width;
+    targetHeight = height;
+  }
+  path = file;
+  index = m_documents++;
+  BasebandDocument source;
+  if (const XpResult result = ReadBasebandDocument(file, source); result != XpOk) {
+    LogLine(u"Start", file + u": " + source.Cause());
+    return result;
+  }
+  AddImages(source, file, index);
+  if (EnsureDecoder()) return XpOk;
+  LogLine(u"Start", file + u": no thread could be started to decode its pictures");
+  DropDocument(index);
+  return XpErrThread;
+}
+
+void VRXWBasebandDecImage::AddImages(const BasebandDocument& source, const XpString& file,
+                                     std::uint32_t index) {
+  const Held held(lock);
+  for (const vrx::baseband::BasebandImage& image : source.images) {
+    const Place place{index, m_images++};
+    jobs.push_back({place, image.job});
+    jobs.back().job.imagePath = vrx::project::ResolvePath(file, image.job.imagePath);
+    spans.push_back({place, image.span});
+  }
+}
+
+void VRXWBasebandDecImage::DropDocument(std::uint32_t index) {
+  const Held held(lock);
+  const auto isOfDocument = [index](const auto& entry) { return entry.place.document == index; };
+  std::erase_if(jobs, isOfDocument);
+  std::erase_if(spans, isOfDocument);
+}
+
+/// One that came to its end of jobs is replaced.
+bool VRXWBasebandDecImage::EnsureDecoder() {
+  {
+    const Held held(lock);
+    if (running) {
+      m_changed.notify_all();
+      return true;
+    }
+    running = true;
+  }
+  XpThreadJoin(decoder);
+  decoder = XpThreadCreate(&DecoderEntry, this, 0);
+  if (decoder != nullptr) return true;
+  const Held held(lock);
+  running = false;
+  return false;
+}
+
+std::uint32_t VRXWBasebandDecImage::DecoderEntry(void* object) {
+  static_cast<VRXWBasebandDecImage*>(object)->DecodeAll();
+  return XpOk;
+}
+
+void VRXWBasebandDecImage::DecodeAll() {
+  try {
+    DecodeJob job;
+    while (TakeJob(job)) {
+      XpSharedPtr<XpPixmapBase> pixmap = Decode(job.job);
+      const Held held(lock);
+      cache.push_back({job.place, job.job.imageId, pixmap});
+      ++m_counts.decoded;
+      m_changed.notify_all();
+    }
+  } catch (const std::bad_alloc&) {
+    // Not even the mark of a missing picture fits any more: the frames that are left have none.
+    const Held held(lock);
+    jobs.clear();
+    running = false;
+    m_changed.notify_all();
+  }
+}
+
+/// Waits for room in the cache. False when the decoder is to end.
+bool VRXWBasebandDecImage::TakeJob(DecodeJob& job) {
+  Held held(lock);
+  m_changed.wait(held, [this] { return !running || cache.size() < kMostCached; });
+  while (running && !jobs.empty() && IsPassed(jobs.front())) {
+    jobs.pop_front();
+    ++m_counts.skipped;
+  }
+  if (running && !jobs.empty()) {
+    job = jobs.front();
+    jobs.pop_front();
+    return true;
+  }
+  running = false;
+  m_changed.notify_all();
+  return false;
+}
+
+/// GetFrame would drop the picture of such a job unseen, so leaving it out only shows in when the next ones
+/// come. One with the id of the span that is shown would be taken for its picture and is decoded.
+bool VRXWBasebandDecImage::IsPassed(const DecodeJob& job) const {
+  if (!m_hasWanted || job.place.number >= m_wanted.place.number) return false;
+  return job.place.document != m_wanted.place.document || job.job.imageId != m_wanted.span.imageId;
+}
+
+XpSharedPtr<XpPixmapBase> VRXWBasebandDecImage::Decode(const vrx::baseband::DecodeJob& job) {
+  XpString problem;
+  try {
+    auto picture = vrx::baseband::DecodePicture(job, targetWidth, targetHeight, m_hooks.reader, problem);
+    if (picture) return XpSharedPtr<XpPixmapBase>(picture.release());
+  } catch (const std::exception& error) {
+    problem = XpNarrowString(error.what()).ToWide();
+  }
+  LogLine(u"Decode", job.imagePath + u" is left out: " + problem);
+  return XpSharedPtr<XpPixmapBase>();
+}
+
+/// Drops the spans that are passed, those of earlier documents among them.
+VRXWBasebandDecImage::FrameSpan* VRXWBasebandDecImage::FindSpan(std::uint32_t index, std::uint64_t frame) {
+  while (!spans.empty() && spans.front().place.document <= index) {
+    FrameSpan& first = spans.front();
+    if (first.place.document == index && first.span.Contains(frame)) return &first;
+    spans.pop_front();
+  }
+  return nullptr;
+}
+
+/// True when the first entry of the cache is the span's picture; what stands before it is dropped.
+bool VRXWBasebandDecImage::WaitForImage(Held& held, FrameSpan& span) {
+  using Clock = std::chrono::steady_clock;
+  std::uint32_t waits = 0;
+  const Clock::time_point begin = Clock::now();
+  const bool isFirst = m_counts.decoded == 0;
+  bool hasWaited = false;
+  const auto hasNews = [this] { return !cache.empty() || !running; };
+  bool found = false;
+  while (!found) {
+    if (!cache.empty()) {
+      const CachedImage& first = cache.front();
+      found = first.place.document == span.place.document && first.imageId == span.span.imageId;
+      if (found) break;
+      cache.pop_front();
+      m_changed.notify_all();
+      continue;
+    }
+    if (!running) break;  // nothing more will come
+    if (span.givenUp || waits >= m_hooks.mostWaits) break;
+    hasWaited = true;
+    const auto length = std::chrono::milliseconds(m_hooks.waitMilliseconds);
+    if (!m_changed.wait_for(held, length, hasNews)) ++waits;
+  }
+  if (hasWaited) {
+    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    ++m_counts.waits;
+    m_counts.waitedSeconds += seconds;
+    if (isFirst) m_counts.waitedForFirstSeconds += seconds;
+  }
+  if (!found && waits >= m_hooks.mostWaits) span.givenUp = true;
+  return found;
+}
+
+bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, void* buffer,
+                                    std::uint32_t size) {
+  XpSharedPtr<XpPixmapBase> pixmap;
+  bool isLate = false;
+  {
+    Held held(lock);
+    FrameSpan* span = FindSpan(index, frame);
+    if (span == nullptr) return false;
+    m_wanted = *span;
+    m_hasWanted = true;
+    if (WaitForImage(held, *span)) {
+      pixmap = cache.front().pixmap;
+    } else {
+      isLate = span->givenUp && !m_wanted.givenUp;
+    }
+  }
+  if (isLate) {
+    XpString line;
+    line.Format(u"The still image of frame %I64u did not come in time", frame);
+    LogLine(u"GetFrame", line);
+  }
+  if (!pixmap || buffer == nullptr || size < pixmap->size) return false;
+  std::memcpy(buffer, pixmap->data, pixmap->size);
+  return true;
+}
+
+VRXWBasebandDecImage::Counts VRXWBasebandDecImage::GetCounts() {
+  const Held held(lock);
+  return m_counts;
+}

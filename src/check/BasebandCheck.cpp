@@ -1,0 +1,147 @@
+#include "src/check/BasebandCheck.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "foundation/text/XpFormat.h"
+#include "imaging/loader/StillImage.h"
+#include "src/baseband/BasebandDocument.h"
+#include "src/project/ProjectKeys.h"
+#include "src/project/ProjectPath.h"
+
+namespace vrx::check {
+namespace {
+
+using baseband::BasebandImage;
+
+class BasebandChecker {
+ public:
+  BasebandChecker(const BasebandClip& clip, ProjectReport& report) : m_clip(clip), m_report(report) {}
+
+  void Run() {
+    baseband::BasebandDocument document;
+    const XpResult result = ReadBasebandDocument(m_clip.document, document);
+    for (const baseband::DocumentProblem& problem : document.problems) ReportProblem(problem);
+    for (const BasebandImage& image : document.images) {
+      CheckImage(image);
+      CheckPicture(image);
+    }
+    if (result == XpOk) CheckSpans(document);
+  }
+
+ private:
+  void Report(std::uint64_t line, const XpString& key, const XpString& message) {
+    m_report.problems.push_back(
+        {Severity::Warning, m_clip.document, project::kVideoTrack.name, m_clip.clip, key, message, line});
+  }
+
+  void ReportProblem(const baseband::DocumentProblem& problem) {
+    XpString message;
+    if (!problem.element.IsEmpty() && problem.attribute.IsEmpty()) message = problem.element + u" ";
+    message.Append(problem.message);
+    if (problem.isFatal) message.Append(u": the document is not used, and the clip is black");
+    Report(problem.line, problem.attribute, message);
+  }
+
+  void CheckImage(const BasebandImage& image) {
+    XpString message;
+    if (image.job.rotation < baseband::RotateNone || image.job.rotation > baseband::RotateQuarterCcw) {
+      message.Format(u"%d is none of 0 to 3: the picture is not turned", image.job.rotation);
+      Report(image.line, u"Rotation", message);
+    }
+    if (image.mirror != 0 && image.mirror != 1) {
+      message.Format(u"%I64d is neither 0 nor 1: the picture is not mirrored", image.mirror);
+      Report(image.line, u"Mirror", message);
+    }
+    if (!m_ids.insert(image.job.imageId).second) {
+      message.Format(u"%I64d is used before: next to each other, both would show the first one's picture",
+                     image.job.imageId);
+      Report(image.line, u"ImageId", message);
+    }
+  }
+
+  void CheckPicture(const BasebandImage& image) {
+    StillImageRow row{.clip = m_clip.clip,
+                      .line = image.line,
+                      .imageId = image.job.imageId,
+                      .picture = project::ResolvePath(m_clip.document, image.job.imagePath),
+                      .inFrame = image.span.inFrame,
+                      .outFrame = image.span.outFrame,
+                      .rotation = image.job.rotation,
+                      .mirror = image.job.mirror};
+    const auto found = m_looked.find(row.picture);
+    if (found != m_looked.end()) {
+      row.width = found->second.first;
+      row.height = found->second.second;
+    } else {
+      XpString cause;
+      if (imaging::ReadStillImageSize(row.picture, {}, row.width, row.height, &cause) != XpOk) {
+        row.width = row.height = 0;
+        Report(image.line, u"ImagePath", row.picture + u" is left out: " + cause);
+      }
+      m_looked.emplace(row.picture, std::pair(row.width, row.height));
+    }
+    m_report.stillImages.push_back(row);
+  }
+
+  void CheckSpans(const baseband::BasebandDocument& document) {
+    m_next = m_clip.firstFrame;
+    for (const BasebandImage& image : document.images) CheckSpan(image);
+    if (m_clip.frames <= 0 || m_isBroken) return;
+    const std::int64_t end = m_clip.firstFrame + m_clip.frames;
+    XpString message;
+    if (m_next < end) {
+      message.Format(u"the images end with frame %I64d, the clip with frame %I64d: black stands between",
+                     m_next - 1, end - 1);
+      Report(0, XpString(), message);
+    } else if (m_next > end) {
+      message.Format(u"the images go on to frame %I64d, the clip ends with frame %I64d", m_next - 1, end - 1);
+      Report(0, XpString(), message);
+    }
+  }
+
+  /// Frames are asked for in rising order, and a frame on no span ends the clip's pictures.
+  void CheckSpan(const BasebandImage& image) {
+    const std::int64_t in = image.span.inFrame;
+    const std::int64_t out = image.span.outFrame;
+    XpString message;
+    if (in < 0 || out < 0) return Report(image.line, u"InFrame", u"frames below 0 are never shown");
+    if (out < in) return Report(image.line, u"OutFrame", u"lies before InFrame: the image is never shown");
+    if (m_hasSpan && in < m_lastIn) {
+      Report(image.line, u"InFrame", u"lies before that of the image before: images must stand in order");
+    } else if (out < m_next) {
+      Report(image.line, u"OutFrame",
+             u"lies before the frames that are still to come: the image is never shown");
+    } else if (m_hasSpan && in < m_next) {
+      message.Format(u"frames %I64d to %I64d have an image already, which is shown", in,
+                     std::min(out, m_next - 1));
+      Report(image.line, u"InFrame", message);
+    } else if (in > m_next && m_next < m_clip.firstFrame + m_clip.frames && !m_isBroken) {
+      message.Format(u"no image stands on frames %I64d to %I64d: the clip is black from there to its end",
+                     m_next, in - 1);
+      Report(image.line, u"InFrame", message);
+      m_isBroken = true;
+    }
+    m_hasSpan = true;
+    m_lastIn = in;
+    m_next = std::max(m_next, out + 1);
+  }
+
+  const BasebandClip& m_clip;
+  ProjectReport& m_report;
+  std::set<std::int64_t> m_ids;
+  std::map<XpString, std::pair<std::int32_t, std::int32_t>> m_looked;  // sizes of pictures
+  std::int64_t m_next = 0;                                             // the first frame without an image
+  std::int64_t m_lastIn = 0;
+  bool m_hasSpan = false;
+  bool m_isBroken = false;  // a gap ends the pictures
+};
+
+}  // namespace
+
+void CheckBasebandClip(const BasebandClip& clip, ProjectReport& report) {
+  BasebandChecker(clip, report).Run();
+}
+
+}  // namespace vrx::check

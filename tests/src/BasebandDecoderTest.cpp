@@ -1,0 +1,237 @@
+// GetFrame and the decoder thread, with pictures that a test makes, holds back or refuses.
+#include <condition_variable>
+#include <cstring>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "src/baseband/VRXWBasebandVideoObject.h"
+#include "src/log/RenderLog.h"
+#include "tests/src/BasebandText.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using vrx::imaging::StillImage;
+using vrx::imaging::StillImageRequest;
+
+constexpr int kWidth = 16;
+constexpr int kHeight = 2;
+
+std::mutex g_logMutex;
+std::string g_log;
+
+/// Gives plain pictures whose brightness is the number that the file's name is; "bad" is refused and "held"
+/// comes only after Let.
+class Pictures {
+ public:
+  VRXWBasebandHooks Hooks(std::uint32_t waitMilliseconds = 60'000) {
+    VRXWBasebandHooks hooks;
+    hooks.waitMilliseconds = waitMilliseconds;
+    hooks.reader.measure = [](const XpString&, const auto&, std::int32_t& width, std::int32_t& height,
+                              XpString*) {
+      width = kWidth;
+      height = kHeight;
+      return XpResult{XpOk};
+    };
+    hooks.reader.load = [this](const XpString& path, const StillImageRequest&, StillImage& image,
+                               XpString* problem) { return Load(path, image, problem); };
+    return hooks;
+  }
+  void Let() {
+    const std::scoped_lock lock(m_mutex);
+    m_let = true;
+    m_changed.notify_all();
+  }
+  /// Returns once `count` pictures were asked for.
+  void AwaitLoads(std::size_t count) {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [&] { return m_loads.size() >= count; });
+  }
+  std::vector<std::string> Loads() {
+    const std::scoped_lock lock(m_mutex);
+    return m_loads;
+  }
+
+ private:
+  XpResult Load(const XpString& path, StillImage& image, XpString* problem) {
+    const std::string full = path.ToNarrow().c_str();
+    const std::string name = full.substr(full.rfind('/') + 1);
+    {
+      std::unique_lock lock(m_mutex);
+      m_loads.push_back(name);
+      m_changed.notify_all();
+      if (name == "held") m_changed.wait(lock, [this] { return m_let; });
+    }
+    if (name == "bad") {
+      *problem = u"it is bad";
+      return XpErrInvalidFile;
+    }
+    image.pixmap = std::make_unique<XpPixmap24NoHandle>();
+    image.pixmap->Allocate(kWidth, kHeight);
+    std::memset(image.pixmap->data, name == "held" ? 99 : std::stoi(name), image.pixmap->size);
+    image.fullWidth = kWidth;
+    image.fullHeight = kHeight;
+    return XpOk;
+  }
+
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  bool m_let = false;
+  std::vector<std::string> m_loads;
+};
+
+class BasebandDecoderTest : public testing::Test {
+ protected:
+  BasebandDecoderTest() {
+    g_log.clear();
+    vrx::render::SetLogSink([](const XpString& line) {
+      const std::scoped_lock lock(g_logMutex);
+      g_log += std::string(line.ToNarrow().c_str()) + "\n";
+    });
+  }
+  ~BasebandDecoderTest() override { vrx::render::SetLogSink(nullptr); }
+
+  void Make(std::uint32_t waitMilliseconds = 60'000) {
+    object.emplace(kWidth, kHeight, VRXTimeInfo(1, 25), pictures.Hooks(waitMilliseconds));
+  }
+  IVRXRawInputCallback* Parse(const std::string& images) {
+    const std::string name = std::to_string(m_documents++) + ".xml";
+    EXPECT_EQ(object->Parse(XpNarrowString(folder.Write(name, BasebandText(images))).ToWide()), XpOk);
+    return object->GetLastSource();
+  }
+  /// The picture's brightness, or -1 for none.
+  static int Frame(IVRXRawInputCallback& source, std::uint64_t number) {
+    std::vector<unsigned char> bytes(kWidth * kHeight * 3, 255);
+    return source.GetFrame(number, bytes.data(), static_cast<std::uint32_t>(bytes.size())) ? bytes.back()
+                                                                                           : -1;
+  }
+  std::string Log() {
+    const std::scoped_lock lock(g_logMutex);
+    return g_log;
+  }
+
+  TempFolder folder;
+  Pictures pictures;
+  std::optional<VRXWBasebandVideoObject> object;
+
+ private:
+  int m_documents = 0;
+};
+
+TEST_F(BasebandDecoderTest, SpansShowTheirPicturesToBothEndsAndFailuresShowNone) {
+  Make();
+  Parse(ImageText(1, "10", 0, 1) + ImageText(2, "bad", 2, 3) + ImageText(3, "30", 4, 5));
+  std::vector<int> shown;
+  for (std::uint64_t frame = 0; frame <= 6; ++frame) shown.push_back(Frame(*object, frame));
+  EXPECT_THAT(shown, ElementsAre(10, 10, -1, -1, 30, 30, -1));
+  EXPECT_THAT(Log(), HasSubstr("bad is left out: it is bad"));
+  EXPECT_EQ(object->GetStage(), 2u);
+  EXPECT_EQ(object->GetFormat(), 5u);
+  unsigned char small[8];
+  Parse(ImageText(1, "10", 0, 1));
+  EXPECT_FALSE(object->GetLastSource()->GetFrame(0, small, sizeof(small)));
+}
+
+TEST_F(BasebandDecoderTest, FrameOfALaterSpanSkipsThePicturesBetween) {
+  Make(0);
+  std::string images = ImageText(0, "held", 0, 0);
+  for (int n = 1; n < 60; ++n) images += ImageText(n, std::to_string(n), n, n);
+  Parse(images);
+  pictures.AwaitLoads(1);
+  EXPECT_EQ(Frame(*object, 50), -1);
+  pictures.Let();
+  while (Frame(*object, 50) != 50) std::this_thread::yield();
+  EXPECT_EQ(object->GetCounts().skipped, 49u);
+  EXPECT_EQ(Frame(*object, 3), -1) << "what is passed is gone";
+}
+
+TEST_F(BasebandDecoderTest, DecoderStaysElevenPicturesAheadAndNoMore) {
+  Make();
+  std::string images;
+  for (int n = 0; n < 30; ++n) images += ImageText(n, std::to_string(n), n, n);
+  Parse(images);
+  pictures.AwaitLoads(11);
+  EXPECT_EQ(pictures.Loads().size(), 11u);
+  for (int n = 0; n < 30; ++n) EXPECT_EQ(Frame(*object, static_cast<std::uint64_t>(n)), n);
+}
+
+TEST_F(BasebandDecoderTest, PictureThatNeverComesEndsTheWaitOnceAndShowsWhenItIsThere) {
+  Make(0);
+  Parse(ImageText(1, "held", 0, 1000) + ImageText(2, "20", 1001, 1002));
+  for (std::uint64_t frame = 0; frame < 100; ++frame) EXPECT_EQ(Frame(*object, frame), -1);
+  EXPECT_EQ(object->GetCounts().waits, 1u);
+  EXPECT_THAT(Log(), HasSubstr("still image of frame 0 did not come in time"));
+  EXPECT_EQ(Log().find("in time"), Log().rfind("in time")) << Log();
+  pictures.Let();
+  while (object->GetCounts().decoded == 0) std::this_thread::yield();
+  EXPECT_EQ(Frame(*object, 100), 99);
+}
+
+TEST_F(BasebandDecoderTest, ClipsFollowEachOtherOnOneDecoder) {
+  Make();
+  const std::string same = ImageText(1, "10", 0, 1) + ImageText(2, "20", 2, 9);
+  IVRXRawInputCallback* first = Parse(same);
+  IVRXRawInputCallback* second = Parse(same);
+  EXPECT_EQ(object->Parse(u"/no/such.xml"), XpErrBasebandDocument);
+  IVRXRawInputCallback* unreadable = object->GetLastSource();
+  IVRXRawInputCallback* last = Parse(ImageText(1, "40", 5, 6));
+  EXPECT_EQ(first, &*object);
+  EXPECT_NE(second, first);
+  EXPECT_EQ(Frame(*first, 0), 10);
+  // The first clip ends before its second picture, whose id comes again in the next clip.
+  EXPECT_EQ(Frame(*second, 2), 20);
+  EXPECT_EQ(Frame(*first, 2), -1);
+  EXPECT_EQ(Frame(*unreadable, 0), -1);
+  EXPECT_EQ(Frame(*last, 5), 40);
+  EXPECT_THAT(Log(), HasSubstr("/no/such.xml: does not exist"));
+  EXPECT_EQ(unreadable->GetStage(), 0u);
+  EXPECT_EQ(last->GetStage(), 2u);
+}
+
+TEST_F(BasebandDecoderTest, NewProjectShowsNothingOfTheOldOne) {
+  Make();
+  Parse(ImageText(1, "10", 0, 9));
+  EXPECT_EQ(Frame(*object, 0), 10);
+  object->Restart(kWidth, kHeight, VRXTimeInfo(1, 25));
+  EXPECT_EQ(Frame(*object, 1), -1);
+  EXPECT_EQ(Parse(ImageText(1, "77", 0, 9)), &*object);
+  EXPECT_EQ(Frame(*object, 0), 77);
+}
+
+TEST_F(BasebandDecoderTest, AdjacentImagesOfOneIdShowTheFirst) {
+  Make();
+  Parse(ImageText(1, "10", 0, 0) + ImageText(1, "20", 1, 1) + ImageText(2, "30", 2, 2) +
+        ImageText(1, "40", 3, 3));
+  std::vector<int> shown;
+  for (std::uint64_t frame = 0; frame < 4; ++frame) shown.push_back(Frame(*object, frame));
+  EXPECT_THAT(shown, ElementsAre(10, 10, 30, 40));
+}
+
+TEST_F(BasebandDecoderTest, FrameOnNoSpanEndsTheClip) {
+  Make();
+  Parse(ImageText(1, "10", 0, 0) + ImageText(2, "20", 5, 6));
+  IVRXRawInputCallback* next = Parse(ImageText(1, "30", 0, 0));
+  EXPECT_EQ(Frame(*object, 0), 10);
+  EXPECT_EQ(Frame(*object, 3), -1);
+  EXPECT_EQ(Frame(*object, 5), -1);
+  EXPECT_EQ(Frame(*next, 0), 30);
+}
+
+TEST_F(BasebandDecoderTest, GoingAwayInTheMiddleOfADecodeDecodesNothingMore) {
+  Make();
+  Parse(ImageText(1, "held", 0, 0) + ImageText(2, "20", 1, 1) + ImageText(3, "30", 2, 2));
+  pictures.AwaitLoads(1);
+  std::thread host([&] { object.reset(); });
+  pictures.Let();
+  host.join();
+  EXPECT_LE(pictures.Loads().size(), 3u);
+}
+
+}  // namespace
