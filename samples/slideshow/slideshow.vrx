@@ -1,0 +1,35 @@
+<?xml version="1.0" encoding="utf-8"?>
+<plist version="1.0">
+<dict>
+  <key>VRXWrapper</key>
+  <dict>
+    <key>VideoTrack</key>
+    <array>
+      <dict>
+        <key>SourceFile</key><string>clips/drive.mp4</string>
+        <key>StartTime</key><real>0.0</real>
+        <key>EndTime</key><real>3000.0</real>
+      </dict>
+      <dict>
+        <key>SourceFile</key><string>photos.xml</string>
+        <key>SourceType</key><integer>4</integer>
+        <key>StartTime</key><real>0.0</real>
+        <key>EndTime</key><real>6000.0</real>
+      </dict>
+    </array>
+    <key>OutputSettings</key>
+    <dict>
+      <key>OutputFilePath</key><string>slideshow.mp4</string>
+      <key>VideoOutputSettings</key>
+      <dict>
+        <key>VideoSpecificationType</key><integer>1</integer>
+        <key>Width</key><integer>1280</integer>
+        <key>Height</key><integer>720</integer>
+        <key>TimeValue</key><integer>1</integer>
+        <key>TimeScale</key><integer>25</integer>
+        <key>AverageBitrate</key><integer>4000000</integer>
+      </dict>
+    </dict>
+  </dict>
+</dict>
+</plist>
