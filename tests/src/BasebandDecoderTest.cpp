@@ -1,6 +1,10 @@
 // GetFrame and the decoder thread, with pictures that a test makes, holds back or refuses.
 #include <condition_variable>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -10,7 +14,6 @@
 #include <gmock/gmock.h>
 
 #include "src/baseband/VRXWBasebandVideoObject.h"
-#include "src/log/RenderLog.h"
 #include "tests/src/BasebandText.h"
 #include "tests/support/TempFolder.h"
 
@@ -23,9 +26,6 @@ using vrx::imaging::StillImageRequest;
 
 constexpr int kWidth = 16;
 constexpr int kHeight = 2;
-
-std::mutex g_logMutex;
-std::string g_log;
 
 /// Gives plain pictures whose brightness is the number that the file's name is; "bad" is refused and "held"
 /// comes only after Let.
@@ -90,13 +90,11 @@ class Pictures {
 class BasebandDecoderTest : public testing::Test {
  protected:
   BasebandDecoderTest() {
-    g_log.clear();
-    vrx::render::SetLogSink([](const XpString& line) {
-      const std::scoped_lock lock(g_logMutex);
-      g_log += std::string(line.ToNarrow().c_str()) + "\n";
-    });
+    for (const char* name : {"TMPDIR", "VRX_REGISTRY_DIR"}) setenv(name, m_home.Path().c_str(), 1);
   }
-  ~BasebandDecoderTest() override { vrx::render::SetLogSink(nullptr); }
+  ~BasebandDecoderTest() override {
+    for (const char* name : {"TMPDIR", "VRX_REGISTRY_DIR"}) unsetenv(name);
+  }
 
   void Make(std::uint32_t waitMilliseconds = 60'000) {
     object.emplace(kWidth, kHeight, VRXTimeInfo(1, 25), pictures.Hooks(waitMilliseconds));
@@ -113,8 +111,13 @@ class BasebandDecoderTest : public testing::Test {
                                                                                            : -1;
   }
   std::string Log() {
-    const std::scoped_lock lock(g_logMutex);
-    return g_log;
+    std::string log;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_home.Path())) {
+      if (entry.path().extension() != ".log") continue;
+      std::ifstream file(entry.path(), std::ios::binary);
+      log.append(std::istreambuf_iterator<char>(file), {});
+    }
+    return log;
   }
 
   TempFolder folder;
@@ -122,6 +125,7 @@ class BasebandDecoderTest : public testing::Test {
   std::optional<VRXWBasebandVideoObject> object;
 
  private:
+  TempFolder m_home;  // of the log
   int m_documents = 0;
 };
 

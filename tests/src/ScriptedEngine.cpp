@@ -76,9 +76,11 @@ __attribute__((visibility("default"))) std::int32_t VRX_IsSmartRenderingCapable(
 }
 
 #ifndef SCRIPTED_ENGINE_LACKS_STPV
-__attribute__((visibility("default"))) std::int32_t VRX_SetSTPVSetting(VRXHandle, const void*,
-                                                                       std::uint32_t) {
+__attribute__((visibility("default"))) std::int32_t VRX_SetSTPVSetting(VRXHandle, const void* data,
+                                                                       std::uint32_t size) {
   g_script.Note("SetSTPVSetting");
+  const auto* bytes = static_cast<const std::uint8_t*>(data);
+  g_script.gpuBlocks.emplace_back(bytes, bytes + size);
   return 0;
 }
 #endif

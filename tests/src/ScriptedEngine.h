@@ -29,6 +29,7 @@ struct EngineScript {
 
   std::mutex mutex;
   std::vector<std::string> calls;
+  std::vector<std::vector<std::uint8_t>> gpuBlocks;
   const VRXTimeline* timeline = nullptr;
   const VRXSystemOutputSetting* output = nullptr;
   std::atomic<int> liveEngines = 0;

@@ -74,6 +74,7 @@ class WrapperTest : public testing::Test {
     script->slices = {{.processed = 100, .ends = true}};
     script->onSlice = nullptr;
     script->calls.clear();
+    script->gpuBlocks.clear();
     ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
     wrapper->SetCallback(&callback);
   }
