@@ -121,7 +121,6 @@ TEST(WaitObjectTest, AMutexWhoseOwnerEndedIsReportedAndPassesOn) {
 
 TEST(WaitObjectTest, AMutexOfADeadProcessPassesOnAndThatOfALiveOneDoesNot) {
   const MutexName name(u"WaitObjectTest process");
-  XpMutex mutex(name.Get());
   std::array<int, 2> held;
   std::array<int, 2> mayEnd;
   ASSERT_EQ(pipe(held.data()), 0);
@@ -130,10 +129,12 @@ TEST(WaitObjectTest, AMutexOfADeadProcessPassesOnAndThatOfALiveOneDoesNot) {
   ASSERT_GE(child, 0);
   char byte = 0;
   if (child == 0) {
+    XpMutex mutex(name.Get());
     const bool taken = mutex.Lock() == XpOk && write(held[1], &byte, 1) == 1;
     _exit(taken && read(mayEnd[0], &byte, 1) == 1 ? 0 : 1);
   }
   ASSERT_EQ(read(held[0], &byte, 1), 1);
+  XpMutex mutex(name.Get());  // opened while the other process has it
   EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
   ASSERT_EQ(write(mayEnd[1], &byte, 1), 1);
   EXPECT_EQ(mutex.Lock(), XpErrAbandoned);

@@ -10,7 +10,7 @@ namespace {
 using namespace imagefiles;
 using vrx::imaging::StillImageRequest;
 
-Bytes Little(std::uint32_t value, int bytes) {
+Bytes Little(std::uint64_t value, int bytes) {
   Bytes out;
   for (int i = 0; i < bytes; ++i) out += static_cast<char>(value >> (8 * i));
   return out;

@@ -12,11 +12,11 @@ constexpr std::size_t kSize = 3150;
 constexpr std::size_t kFirst = 6, kEntry = 56, kFlag = 40;
 
 /// A block of distinct bytes with this many entries, each of kind 2 with its flag set.
-Bytes Block(std::uint32_t count, std::size_t size = kSize) {
-  Bytes bytes(size);
-  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + 3);
+Bytes Block(std::uint32_t count) {
+  Bytes bytes(kSize);
+  for (std::size_t i = 0; i < kSize; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + 3);
   for (unsigned i = 0; i < 4; ++i) bytes[2 + i] = static_cast<std::uint8_t>(count >> (8 * i));
-  for (std::size_t at = kFirst; at + kEntry <= size; at += kEntry) {
+  for (std::size_t at = kFirst; at + kEntry <= kSize; at += kEntry) {
     for (std::size_t i = 0; i < 4; ++i) bytes[at + i] = bytes[at + kFlag + i] = 0;
     bytes[at] = 2;
     bytes[at + kFlag] = 1;
@@ -32,8 +32,8 @@ void Retire(Bytes& bytes, std::size_t entry) {
 
 class GpuBlockTest : public WrapperTest {
  protected:
-  GpuBlockTest() { setenv("XDG_DATA_HOME", m_data.Path().c_str(), 1); }
-  ~GpuBlockTest() override { unsetenv("XDG_DATA_HOME"); }
+  GpuBlockTest() { setenv("XDG_CONFIG_HOME", m_data.Path().c_str(), 1); }
+  ~GpuBlockTest() override { unsetenv("XDG_CONFIG_HOME"); }
 
   fs::path File() const { return m_data.Path() / "Kelo Corporation/LBR/CalibrationData.dat"; }
   void Write(const Bytes& bytes) const {
@@ -69,7 +69,9 @@ TEST_F(GpuBlockTest, OnlyAWholeFileForASourceThatNeedsItReachesTheEngine) {
   EXPECT_TRUE(Render().empty());
   EXPECT_TRUE(fs::is_directory(File().parent_path()));  // made for the host to fill
   for (const std::size_t size : {std::size_t{0}, kSize - 1, kSize + 1, std::size_t{1} << 20}) {
-    Write(Block(1, size));
+    Bytes block = Block(1);
+    block.resize(size);
+    Write(block);
     EXPECT_TRUE(Render().empty()) << size;
   }
   Write(Block(0));

@@ -51,7 +51,7 @@ TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
   EXPECT_THAT(
       Lines(),
       testing::ElementsAre(
-          "Initialize FUNC_VRX_CreateVRX(00000000)", update + "Load VRXWrapper.xml Error(34050)",
+          "Initialize FUNC_VRX_CreateVRX(00000000)", update + "Load VRXWrapper.xml Error(32771)",
           update + "VideoSourceType: 2", "  VideoFilePath: 100%s %n.mp4",
           "  StartTime: value = 0.000000, Scale = 1000 ", "  EndTime: value = 1000.000000, Scale = 1000 ",
           "   StartTime = 0 framerate = 30000 EndTime = 29029 framerate = 30000",

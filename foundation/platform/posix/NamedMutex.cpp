@@ -90,7 +90,10 @@ Shared* OpenShared(const std::string& name) {
   if (info.st_size < static_cast<off_t>(sizeof(Shared)) && ftruncate(file.Get(), sizeof(Shared)) != 0) {
     return nullptr;
   }
-  return MapReady(file.Get());
+  Shared* shared = MapReady(file.Get());
+  // The mapping keeps the open file, and with it the lock, beyond the close.
+  flock(file.Get(), LOCK_UN);
+  return shared;
 }
 
 timespec Deadline(std::int64_t milliseconds) {
