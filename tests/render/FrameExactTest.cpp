@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include "samples/clipmaker/PatternClip.h"
 #include "tests/render/VrxProcess.h"
 #include "tests/src/ProjectText.h"
 #include "tests/support/MovieReader.h"
-#include "samples/clipmaker/PatternClip.h"
 #include "tests/support/TempFolder.h"
 
 namespace {

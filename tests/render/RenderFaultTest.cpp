@@ -6,9 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "samples/clipmaker/PatternClip.h"
 #include "tests/render/VrxProcess.h"
 #include "tests/src/ProjectText.h"
-#include "samples/clipmaker/PatternClip.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
