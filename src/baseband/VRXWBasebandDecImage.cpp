@@ -44,6 +44,7 @@ void VRXWBasebandDecImage::Close() {
   }
   m_changed.notify_all();
   XpThreadJoin(std::exchange(decoder, nullptr));
+  LogCounts();
   const Held held(lock);
   path = XpString();
   jobs.clear();
@@ -54,6 +55,18 @@ void VRXWBasebandDecImage::Close() {
   m_hasWanted = false;
   m_counts = {};
   opened = false;
+}
+
+/// Tells whoever wonders why a render of photographs took long.
+void VRXWBasebandDecImage::LogCounts() const {
+  if (m_counts.decoded == 0) return;
+  constexpr double kMillisecondsPerSecond = 1000.0;
+  XpString line;
+  line.Format(u"Still images: %u decoded, %u passed over, waited for %u of them %.0f ms, the first %.0f ms",
+              m_counts.decoded, m_counts.skipped, m_counts.waits,
+              m_counts.waitedSeconds * kMillisecondsPerSecond,
+              m_counts.waitedForFirstSeconds * kMillisecondsPerSecond);
+  LogLine(u"Close", line);
 }
 
 XpResult VRXWBasebandDecImage::Start(std::int32_t width, std::int32_t height, const XpString& file,

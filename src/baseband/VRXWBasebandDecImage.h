@@ -88,6 +88,7 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   bool WaitForImage(Held& held, FrameSpan& span);
   void AddImages(const vrx::baseband::BasebandDocument& source, const XpString& file, std::uint32_t index);
   void DropDocument(std::uint32_t index);
+  void LogCounts() const;
 
   const VRXWBasebandHooks m_hooks;
   std::int32_t targetWidth = 0;
