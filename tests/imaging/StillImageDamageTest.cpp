@@ -10,9 +10,9 @@ namespace {
 using namespace imagefiles;
 using vrx::imaging::StillImageRequest;
 
-Bytes Little(std::uint64_t value, int bytes) {
+Bytes Little(std::uint32_t value, int bytes) {
   Bytes out;
-  for (int i = 0; i < bytes; ++i) out += static_cast<char>(value >> (8 * i));
+  for (int i = 0; i < bytes; ++i, value >>= 8) out += static_cast<char>(value);
   return out;
 }
 
