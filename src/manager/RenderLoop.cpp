@@ -3,8 +3,8 @@
 #include "foundation/platform/Module.h"
 #include "foundation/text/XpFormat.h"
 #include "src/gpu/GPUChecker.h"
-#include "src/manager/ProgressFilter.h"
 #include "src/log/RenderLog.h"
+#include "src/manager/ProgressFilter.h"
 #include "src/manager/VRXWrapperManager.h"
 
 namespace {
