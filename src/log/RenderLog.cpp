@@ -4,9 +4,8 @@
 
 namespace vrx::render {
 
-void LogLine(const char16_t* function, const XpString& line, const std::source_location& place) {
-  SfWriteLog(SfLogOutput, false, u"%s", u"src\\VRXWrapperManager.cpp", function,
-             static_cast<std::int32_t>(place.line()), line);
+void LogLine(const char16_t* function, const XpString& line, std::int32_t sourceLine) {
+  SfWriteLog(SfLogOutput, false, u"%s", u"src\\VRXWrapperManager.cpp", function, sourceLine, line);
 }
 
 }  // namespace vrx::render

@@ -25,11 +25,10 @@ std::uint32_t HostCode(std::int32_t engineResult) {
   }
 }
 
-void LogResult(const char16_t* format, std::int32_t result,
-               const std::source_location& place = std::source_location::current()) {
+void LogResult(const char16_t* format, std::int32_t result, std::int32_t sourceLine = __builtin_LINE()) {
   XpString line;
   line.Format(format, result);
-  LogLine(kRender, line, place);
+  LogLine(kRender, line, sourceLine);
 }
 
 }  // namespace
