@@ -233,6 +233,16 @@ void WritePlain(const PlanarPicture& picture, const InverseCoefficients c, BgrRo
   WriteRows(picture, c, rows);
 }
 
+[[gnu::always_inline]] inline void Gather(const std::uint32_t* __restrict a,
+                                          const std::uint32_t* __restrict b, int count,
+                                          std::uint32_t* __restrict changes) {
+  for (int i = 0; i < count; ++i) changes[i] |= (a[i] ^ b[i]) & kColours;
+}
+
+void GatherPlain(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes) {
+  Gather(a, b, count, changes);
+}
+
 void ConvertAllPlain(BgrRows rows, const Coefficients& c, const PlanarPicture& picture) {
   ConvertRows<false>(rows, {}, c, picture);
 }
@@ -256,6 +266,11 @@ void ConvertChangedPlain(BgrRows rows, BgrRows before, const Coefficients& c, co
 [[gnu::target("avx2")]] void WriteWide(const PlanarPicture& picture, const InverseCoefficients c,
                                        BgrRows rows) {
   WriteRows(picture, c, rows);
+}
+
+[[gnu::target("avx2")]] void GatherWide(const std::uint32_t* a, const std::uint32_t* b, int count,
+                                        std::uint32_t* changes) {
+  Gather(a, b, count, changes);
 }
 
 bool HasWideVectors() {
@@ -305,9 +320,11 @@ bool SameRows(BgrRows a, BgrRows b, int width, int height) {
   return true;
 }
 
-void GatherChanges(const std::uint32_t* __restrict a, const std::uint32_t* __restrict b, int count,
-                   std::uint32_t* __restrict changes) {
-  for (int i = 0; i < count; ++i) changes[i] |= (a[i] ^ b[i]) & kColours;
+void GatherChanges(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes) {
+#if defined(__x86_64__)
+  if (HasWideVectors()) return GatherWide(a, b, count, changes);
+#endif
+  GatherPlain(a, b, count, changes);
 }
 
 }  // namespace vrx::engine
