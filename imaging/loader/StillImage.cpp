@@ -70,6 +70,9 @@ XpResult OpenAndRead(const XpString& path, const StillImageRequest& request, Sti
   try {
     XpFile file(path);
     const XpResult opened = file.Open(XpOpenRead | XpOpenSequential, XpShareRead);
+    if (opened == XpErrFileNotFound || opened == XpErrPathNotFound || opened == XpErrNoSuchFile) {
+      return Report(opened, "the file does not exist", problem);
+    }
     if (opened != XpOk) return Report(opened, "the file cannot be opened", problem);
     return ReadStillImage(file, request, image, width, height, problem);
   } catch (const std::bad_alloc&) {
