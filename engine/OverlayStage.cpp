@@ -77,21 +77,12 @@ bool OverlayStage::TakeOverStrip(int top, bool writable, FramePtr& frame) {
   const BgrRows before{m_strip.data(), m_width};
   PlanarToBgr(PlanarPicture::Of(*frame).Part(0, top, m_width, rows), m_matrix, before);
   const BgrRows after = DrawnRows(top);
-  std::fill(m_changes.begin(), m_changes.end(), 0);
-  for (int row = 0; row < rows; ++row) {
-    GatherChanges(after.top + row * after.stride, before.top + row * before.stride, m_width,
-                  m_changes.data());
-  }
-  const auto changed = [&](int x) {
-    const auto* block = m_changes.data() + x;
-    return std::any_of(block, block + std::min(kBlock, m_width - x),
-                       [](std::uint32_t bits) { return bits != 0; });
-  };
+  FindChangedBlocks(before, after, rows);
   bool any = false;
   for (int x = 0; x < m_width; x += kBlock) {
     const int first = x;
     // Neighbours go together: long rows convert faster.
-    while (x < m_width && changed(x)) x += kBlock;
+    while (x < m_width && IsBlockChanged(x)) x += kBlock;
     if (x == first) continue;
     if (!writable && !any) MakeWritable(frame);
     any = true;
@@ -99,6 +90,28 @@ bool OverlayStage::TakeOverStrip(int top, bool writable, FramePtr& frame) {
                        PlanarPicture::Of(*frame).Part(first, top, std::min(x, m_width) - first, rows));
   }
   return any;
+}
+
+bool OverlayStage::IsBlockChanged(int x) const {
+  const auto block = m_changes.begin() + x;
+  return std::any_of(block, block + std::min(kBlock, m_width - x),
+                     [](std::uint32_t bits) { return bits != 0; });
+}
+
+void OverlayStage::FindChangedBlocks(BgrRows before, BgrRows after, int rows) {
+  std::fill(m_changes.begin(), m_changes.end(), 0);
+  const auto isWholeStripChanged = [&] {
+    for (int x = 0; x < m_width; x += kBlock) {
+      if (!IsBlockChanged(x)) return false;
+    }
+    return true;
+  };
+  for (int row = 0; row < rows; ++row) {
+    GatherChanges(after.top + row * after.stride, before.top + row * before.stride, m_width,
+                  m_changes.data());
+    // A picture that is drawn all over shows it in the first row.
+    if (row == 0 && isWholeStripChanged()) return;
+  }
 }
 
 /// Other frames may still be predicted from a decoder's picture, and a picture on hold comes again.

@@ -30,6 +30,9 @@ class OverlayStage {
   bool IsUntouched(int top, int rows, const AVFrame& frame);
   void TakeOver(FramePtr& frame);
   bool TakeOverStrip(int top, bool writable, FramePtr& frame);
+  /// Fills m_changes.
+  void FindChangedBlocks(BgrRows before, BgrRows after, int rows);
+  bool IsBlockChanged(int x) const;
   void MakeWritable(FramePtr& frame);
 
   IVRXIntermediateRawOutputCallback* m_callback;
