@@ -24,6 +24,7 @@ constexpr char16_t kSeparator[] =
 struct ChannelState {
   std::mutex guard;  // of all below, between the threads of this process
   XpFile file;
+  XpString openFolder;      // whose file is open, once it was found safe to write to
   XpString unstoredFolder;  // the run folder, when the settings could not be told of it
   bool isStuck = false;     // the last wait for the other processes was in vain
 };
@@ -87,14 +88,13 @@ std::string AsFileBytes(const XpString& text) {
   return textcodec::ToUtf8(units);
 }
 
-/// The folder of the current run; made when there is none, or when it has been cleared away.
-XpString RunFolder(const Channel& channel, bool newFolder, ChannelState& state) {
-  if (!newFolder) {
-    const XpString stored = StoredRunFolder(channel);
-    if (!stored.IsEmpty() && IsRunFolderUsable(stored)) return stored;
-    if (!state.unstoredFolder.IsEmpty() && IsRunFolderUsable(state.unstoredFolder))
-      return state.unstoredFolder;
-  }
+/// The folder of the current run; empty when there is none yet.
+XpString CurrentFolder(const Channel& channel, const ChannelState& state) {
+  const XpString stored = StoredRunFolder(channel);
+  return stored.IsEmpty() ? state.unstoredFolder : stored;
+}
+
+XpString NewFolder(const Channel& channel, ChannelState& state) {
   const XpString made = MakeRunFolder(channel);
   // Without settings each entry would start a folder of its own and push the older ones out.
   if (!made.IsEmpty()) state.unstoredFolder = StoreRunFolder(channel, made) ? XpString() : made;
@@ -107,12 +107,20 @@ bool IsLink(const XpString& path) {
   return !platform::StatPath(path, platform::Links::Keep, status) && status.isLink;
 }
 
-bool OpenLog(XpFile& file, const XpString& path) {
-  XpString current;
-  file.GetPath(current);
-  if (current == path && file.Tell() >= 0 && XpPathExists(path, nullptr)) return true;
-  if (IsLink(path)) return false;
-  return file.OpenPath(path, XpOpenReadWrite | XpOpenText, XpShareRead | XpShareWrite) == XpOk;
+/// Opens the log of the current run, in a new folder when there is none or when it has been cleared away.
+/// Once open it is only looked for: a project of many clips writes thousands of entries.
+bool EnsureOpen(const Channel& channel, bool newFolder, ChannelState& state) {
+  XpString folder = newFolder ? XpString() : CurrentFolder(channel, state);
+  if (!folder.IsEmpty() && folder == state.openFolder && XpPathExists(LogFilePath(folder), nullptr))
+    return true;
+  state.openFolder = XpString();
+  if (folder.IsEmpty() || !IsRunFolderUsable(folder)) folder = NewFolder(channel, state);
+  const XpString path = LogFilePath(folder);
+  if (folder.IsEmpty() || IsLink(path)) return false;
+  if (state.file.OpenPath(path, XpOpenReadWrite | XpOpenText, XpShareRead | XpShareWrite) != XpOk)
+    return false;
+  state.openFolder = folder;
+  return true;
 }
 
 /// One write for the whole entry. What did not get through is taken back, so that no entry is ever torn.
@@ -127,8 +135,7 @@ void WriteUnguarded(std::uint32_t number, const Channel& channel, bool newFolder
   const std::scoped_lock guard(state.guard);
   const ChannelLock lock(MutexName(number), state.isStuck);
   if (!lock.IsHeld()) return;
-  const XpString folder = RunFolder(channel, newFolder, state);
-  if (folder.IsEmpty() || !OpenLog(state.file, LogFilePath(folder))) return;
+  if (!EnsureOpen(channel, newFolder, state)) return;
   const XpString time = XpDateTime::GetCurrentTime().FormatDateTime(XpDateShort, XpTimeSecond, true);
   Append(state.file, AsFileBytes(XpString(u"Time:") + time + u"\n" + text + kSeparator));
 }
