@@ -62,7 +62,6 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
   m_pTimeline->audio.Clear();
   m_pTimeline->video.Clear();
   m_pRawOutputCallback.reset();
-  if (m_pBasebandObject) m_pBasebandObject->Restart(0, 0, {});
   m_clipSums = {};
   m_bProjectUsable = false;
 
@@ -71,6 +70,11 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
     XpString line;
     line.Format(u"Load VRXWrapper.xml Error(%d)", result);
     LogLine(kUpdate, line);
+  }
+  if (m_pBasebandObject) {
+    const VRXVideoOutputSetting none;
+    const VRXVideoOutputSetting& video = project.videoSettings ? *project.videoSettings : none;
+    m_pBasebandObject->Restart(video.width, video.height, video.frameDuration);
   }
   // Without output settings there is no frame to count in and nothing to render to.
   if (!project.videoSettings) return;
@@ -88,10 +92,6 @@ void VRXWrapperManager::updateOutputInfoByCurrentProjectFile() {
             LogClip(u"AudioSourceType: %d\n", u"AudioFilePath: %s\n", clip, source);
           },
   };
-  if (m_pBasebandObject) {
-    const VRXVideoOutputSetting& video = *project.videoSettings;
-    m_pBasebandObject->Restart(video.width, video.height, video.frameDuration);
-  }
   m_bProjectUsable = context.clock.IsUsable();
   if (AddVideoTrack(project.videoTracks, context, *m_pTimeline, m_clipSums)) m_bGpuSettingWanted = true;
   AddAudioTrack(project.audioTracks, context, *m_pTimeline);

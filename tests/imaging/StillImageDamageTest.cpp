@@ -1,5 +1,6 @@
 // Hostile and broken picture files, and BMP by literal bytes.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include "tests/imaging/ImageFiles.h"
 #include "tests/imaging/LoadedImage.h"
@@ -133,11 +134,14 @@ TEST(StillImageDamage, AFileCutAnywhereIsAnErrorInWordsAndLeavesNoPicture) {
 TEST(StillImageDamage, SizesBeyondTheLimitsAreRefusedFromTheHead) {
   Bytes png = Png(Noise(1, 1, 3)), jpeg = Jpeg(Noise(8, 8, 3)),
         gif = Gif(Noise(1, 1, 1), {65535, 65535, 0, 0, -1, false});
-  // A PNG head's own checksum is wrong then, which is damage; a library's limit would be as well.
+  // Type and fields of the PNG's first chunk are 17 bytes from 12 on, and its checksum follows them.
+  png.replace(16, 8, Big(65535, 4) + Big(65535, 4));
+  const auto* chunk = reinterpret_cast<const unsigned char*>(png.data()) + 12;
+  png.replace(29, 4, Big(static_cast<std::uint32_t>(crc32(0, chunk, 17)), 4));
   const std::size_t frame = jpeg.find("\xFF\xC0");
   jpeg.replace(frame + 5, 4, "\xFF\xDC\xFF\xDC");
   const Bytes bmp = Bmp(65535, 65535, {24, 0, {}, "1234"});
-  for (const Bytes& file : {jpeg, gif, bmp}) {
+  for (const Bytes& file : {png, jpeg, gif, bmp}) {
     for (const bool wantsPixels : {true, false}) {
       const Loaded loaded = Load(file, {}, wantsPixels);
       EXPECT_EQ(loaded.result, XpErrOutOfMemory) << loaded.problem;
