@@ -2,282 +2,101 @@
 
 #include <cstring>
 
+#include "engine/WideConversion.h"
+
 namespace vrx::engine {
 namespace {
 
 constexpr std::uint32_t kColours = 0x00FFFFFF;  // the fourth byte carries no colour
-constexpr int kFraction = 16;                   // bits behind the point
-constexpr int kQuad = 2;                        // bits: a chroma sample sums four pixels
+constexpr std::uint32_t kOpaque = 0xFF000000;
 
-/// Coefficients of ITU-R BT.601 and BT.709 for limited range, times 2^kFraction.
-struct Coefficients {
-  int yr, yg, yb, ur, ug, ub, vr, vg, vb;
+std::uint8_t Luma(std::uint32_t pixel, const Coefficients& c) {
+  const int b = static_cast<int>(pixel & 0xFF);
+  const int g = static_cast<int>(pixel >> 8 & 0xFF);
+  const int r = static_cast<int>(pixel >> 16 & 0xFF);
+  return static_cast<std::uint8_t>((c.yr * r + c.yg * g + c.yb * b + kLumaBias) >> kFraction);
+}
+
+struct Chroma {
+  std::uint8_t u, v;
 };
 
-constexpr Coefficients MakeCoefficients(double kr, double kb) {
-  const double kg = 1 - kr - kb;
-  const double luma = 219.0 / 255 * (1 << kFraction);
-  const double blue = 224.0 / 255 * (1 << kFraction) / 2 / (1 - kb);
-  const double red = 224.0 / 255 * (1 << kFraction) / 2 / (1 - kr);
-  constexpr auto round = [](double value) { return static_cast<int>(value < 0 ? value - 0.5 : value + 0.5); };
-  Coefficients c{};
-  c.yr = round(luma * kr), c.yb = round(luma * kb);
-  c.yg = round(luma) - c.yr - c.yb;  // white stays exactly white
-  c.ur = round(-blue * kr), c.ug = round(-blue * kg);
-  c.ub = -c.ur - c.ug;  // and grey exactly grey
-  c.vg = round(-red * kg), c.vb = round(-red * kb);
-  c.vr = -c.vg - c.vb;
-  return c;
-}
-
-constexpr Coefficients kBt601Coefficients = MakeCoefficients(0.299, 0.114);
-constexpr Coefficients kBt709Coefficients = MakeCoefficients(0.2126, 0.0722);
-/// The inverse, for products of sixteen bits: luma and chroma samples go in times kLumaGain and kChromaGain,
-/// and Multiply gives colours times 2^kInverseFraction.
-struct InverseCoefficients {
-  std::int16_t y, rv, gu, gv, bu;
-};
-
-constexpr int kInverseFraction = 5;  // so that no sum of three terms leaves 16 bits
-constexpr int kLumaGain = 1 << 7;    // a luma sample less its floor has eight bits
-constexpr int kChromaGain = 1 << 8;  // a chroma sample less its bias has seven bits and a sign
-constexpr int kProductShift = 15;
-
-constexpr InverseCoefficients MakeInverse(double kr, double kb) {
-  const double kg = 1 - kr - kb;
-  constexpr double kUnit = 1 << (kInverseFraction + kProductShift);
-  const double luma = 255.0 / 219 * kUnit / kLumaGain;
-  const double chroma = 255.0 / 224 * 2 * kUnit / kChromaGain;
-  constexpr auto round = [](double value) { return static_cast<std::int16_t>(value + 0.5); };
-  return {round(luma), round(chroma * (1 - kr)), round(chroma * (1 - kb) * kb / kg),
-          round(chroma * (1 - kr) * kr / kg), round(chroma * (1 - kb))};
-}
-
-constexpr InverseCoefficients kBt601Inverse = MakeInverse(0.299, 0.114);
-constexpr InverseCoefficients kBt709Inverse = MakeInverse(0.2126, 0.0722);
-constexpr int kLumaFloor = 16;
-constexpr int kNeutral = 128;
-
-constexpr int kLumaBias = (16 << kFraction) + (1 << (kFraction - 1));
-constexpr int kChromaBias = (128 << (kFraction + kQuad)) + (1 << (kFraction + kQuad - 1));
-
-const Coefficients& CoefficientsOf(OutputMatrix matrix) {
-  return matrix == OutputMatrix::kBt709 ? kBt709Coefficients : kBt601Coefficients;
-}
-
-const InverseCoefficients& InverseOf(OutputMatrix matrix) {
-  return matrix == OutputMatrix::kBt709 ? kBt709Inverse : kBt601Inverse;
-}
-
-template <bool kOnlyChanged>
-[[gnu::always_inline]] inline void LumaRow(const std::uint32_t* __restrict row,
-                                           const std::uint32_t* __restrict before, int count,
-                                           const Coefficients c, std::uint8_t* __restrict y) {
-  for (int i = 0; i < count; ++i) {
-    const std::uint32_t pixel = row[i];
-    const int b = static_cast<int>(pixel & 0xFF);
-    const int g = static_cast<int>(pixel >> 8 & 0xFF);
-    const int r = static_cast<int>(pixel >> 16 & 0xFF);
-    const auto luma = static_cast<std::uint8_t>((c.yr * r + c.yg * g + c.yb * b + kLumaBias) >> kFraction);
-    if constexpr (kOnlyChanged) {
-      const std::uint8_t old = y[i];
-      y[i] = ((pixel ^ before[i]) & kColours) != 0 ? luma : old;
-    } else {
-      y[i] = luma;
-    }
+/// Of the four pixels that share it.
+Chroma ChromaOf(const std::uint32_t (&quad)[4], const Coefficients& c) {
+  int b = 0, g = 0, r = 0;
+  for (const std::uint32_t pixel : quad) {
+    b += static_cast<int>(pixel & 0xFF);
+    g += static_cast<int>(pixel >> 8 & 0xFF);
+    r += static_cast<int>(pixel >> 16 & 0xFF);
   }
-}
-
-/// Two rows of pixels, and the same rows as they were before. Null where nobody asks.
-struct RowPair {
-  const std::uint32_t* __restrict row0;
-  const std::uint32_t* __restrict row1;
-  const std::uint32_t* __restrict before0;
-  const std::uint32_t* __restrict before1;
-};
-
-/// The chroma samples `first` to `last` - 1; sample i comes from the columns 2i and 2i + `step`.
-template <bool kOnlyChanged>
-[[gnu::always_inline]] inline void ChromaRow(const RowPair pair, int first, int last, int step,
-                                             const Coefficients c, std::uint8_t* __restrict u,
-                                             std::uint8_t* __restrict v) {
-  constexpr std::uint32_t kRedBlue = 0x00FF00FF;
   constexpr int kShift = kFraction + kQuad;
-  for (int i = first; i < last; ++i) {
-    const int x0 = 2 * i, x1 = 2 * i + step;
-    const std::uint32_t p = pair.row0[x0], q = pair.row0[x1], r = pair.row1[x0], s = pair.row1[x1];
-    // Four bytes fit into the sixteen bits that each of the two colours has here.
-    const std::uint32_t redBlue = (p & kRedBlue) + (q & kRedBlue) + (r & kRedBlue) + (s & kRedBlue);
-    const int green = static_cast<int>((p >> 8 & 0xFF) + (q >> 8 & 0xFF) + (r >> 8 & 0xFF) + (s >> 8 & 0xFF));
-    const int blue = static_cast<int>(redBlue & 0xFFFF);
-    const int red = static_cast<int>(redBlue >> 16);
-    const auto newU =
-        static_cast<std::uint8_t>((c.ur * red + c.ug * green + c.ub * blue + kChromaBias) >> kShift);
-    const auto newV =
-        static_cast<std::uint8_t>((c.vr * red + c.vg * green + c.vb * blue + kChromaBias) >> kShift);
-    if constexpr (kOnlyChanged) {
-      const std::uint32_t change =
-          (p ^ pair.before0[x0]) | (q ^ pair.before0[x1]) | (r ^ pair.before1[x0]) | (s ^ pair.before1[x1]);
-      const std::uint8_t oldU = u[i], oldV = v[i];
-      u[i] = (change & kColours) != 0 ? newU : oldU;
-      v[i] = (change & kColours) != 0 ? newV : oldV;
-    } else {
-      u[i] = newU;
-      v[i] = newV;
+  return {static_cast<std::uint8_t>((c.ur * r + c.ug * g + c.ub * b + kChromaBias) >> kShift),
+          static_cast<std::uint8_t>((c.vr * r + c.vg * g + c.vb * b + kChromaBias) >> kShift)};
+}
+
+/// The columns from `first` on, which is even. Without `before` every sample is written.
+void PlainToPlanar(const BgrRowPair& pixels, const BgrRowPair* before, const Coefficients& c, int first,
+                   int width, const PlanarRowPair& samples) {
+  const auto isChanged = [&](int x, bool second) {
+    if (before == nullptr) return true;
+    const std::uint32_t bits = second ? pixels.row1[x] ^ before->row1[x] : pixels.row0[x] ^ before->row0[x];
+    return (bits & kColours) != 0;
+  };
+  for (int x = first; x < width; x += 2) {
+    const int next = x + 1 < width ? x + 1 : x;
+    bool any = false;
+    for (int column = x; column <= next; ++column) {
+      if (isChanged(column, false)) samples.y0[column] = Luma(pixels.row0[column], c), any = true;
+      if (isChanged(column, true)) samples.y1[column] = Luma(pixels.row1[column], c), any = true;
     }
+    if (!any) continue;
+    const Chroma chroma = ChromaOf({pixels.row0[x], pixels.row0[next], pixels.row1[x], pixels.row1[next]}, c);
+    samples.u[x / 2] = chroma.u;
+    samples.v[x / 2] = chroma.v;
   }
 }
 
-template <bool kOnlyChanged>
-[[gnu::always_inline]] inline void ConvertRows(BgrRows rows, BgrRows before, const Coefficients c,
-                                               const PlanarPicture& picture) {
-  const int pairs = picture.width / 2;
+/// The rounded product.
+int Multiply(int a, int b) { return ((a * b >> (kProductShift - 1)) + 1) >> 1; }
+
+std::uint32_t Colour(int luma, int chroma) {
+  const int whole = (luma + chroma) >> kInverseFraction;
+  return static_cast<std::uint32_t>(whole < 0 ? 0 : whole > 255 ? 255 : whole);
+}
+
+/// The columns from `first` on, which is even.
+void PlainToBgr(const PlanarRowPair& samples, const InverseCoefficients& c, int first, int width,
+                const BgrRowPair& pixels) {
+  constexpr int kHalf = 1 << (kInverseFraction - 1);
+  for (int x = first; x < width; ++x) {
+    const int cb = (samples.u[x / 2] - kNeutral) * kChromaGain;
+    const int cr = (samples.v[x / 2] - kNeutral) * kChromaGain;
+    const int red = Multiply(cr, c.rv), blue = Multiply(cb, c.bu);
+    const int green = -Multiply(cb, c.gu) - Multiply(cr, c.gv);
+    const auto pixel = [&](std::uint8_t y) {
+      const int luma = Multiply((y - kLumaFloor) * kLumaGain, c.y) + kHalf;
+      return Colour(luma, blue) | Colour(luma, green) << 8 | Colour(luma, red) << 16 | kOpaque;
+    };
+    pixels.row0[x] = pixel(samples.y0[x]);
+    pixels.row1[x] = pixel(samples.y1[x]);
+  }
+}
+
+BgrRowPair PixelPair(BgrRows rows, int top, int second) {
+  return {rows.top + top * rows.stride, rows.top + second * rows.stride};
+}
+
+/// Calls `convert` with the places of two rows after the other.
+template <typename Convert>
+void ForEachRowPair(const PlanarPicture& picture, Convert convert) {
   for (int top = 0; top < picture.height; top += 2) {
     const int second = top + 1 < picture.height ? top + 1 : top;
-    RowPair pair{rows.top + top * rows.stride, rows.top + second * rows.stride, nullptr, nullptr};
-    if constexpr (kOnlyChanged) {
-      pair.before0 = before.top + top * before.stride;
-      pair.before1 = before.top + second * before.stride;
-    }
-    LumaRow<kOnlyChanged>(pair.row0, pair.before0, picture.width, c, picture.y + top * picture.lumaStride);
-    if (second != top) {
-      LumaRow<kOnlyChanged>(pair.row1, pair.before1, picture.width, c,
-                            picture.y + second * picture.lumaStride);
-    }
-    std::uint8_t* u = picture.u + top / 2 * picture.chromaStride;
-    std::uint8_t* v = picture.v + top / 2 * picture.chromaStride;
-    ChromaRow<kOnlyChanged>(pair, 0, pairs, 1, c, u, v);
-    if (picture.width % 2 != 0) ChromaRow<kOnlyChanged>(pair, pairs, pairs + 1, 0, c, u, v);
-  }
-}
-
-/// Two of the four bytes of a pixel, so that whole vectors of sixteen bits can be written.
-using Half [[gnu::may_alias]] = std::uint16_t;
-
-/// The rounded product, in the form that compilers know as one instruction.
-[[gnu::always_inline]] inline std::int16_t Multiply(std::int16_t a, std::int16_t b) {
-  return static_cast<std::int16_t>(((a * b >> (kProductShift - 1)) + 1) >> 1);
-}
-
-[[gnu::always_inline]] inline std::uint16_t Colour(std::int16_t luma, std::int16_t chroma) {
-  const auto sum = static_cast<std::int16_t>(luma + chroma);
-  const auto whole = static_cast<std::int16_t>(sum >> kInverseFraction);
-  const auto positive = whole < 0 ? std::int16_t{0} : whole;
-  return static_cast<std::uint16_t>(positive > 255 ? std::int16_t{255} : positive);
-}
-
-/// Two rows of luma over one of chroma, and where their pixels go. Without a second row those are not used.
-struct WritePair {
-  const std::uint8_t* __restrict y0;
-  const std::uint8_t* __restrict y1;
-  const std::uint8_t* __restrict u;
-  const std::uint8_t* __restrict v;
-  Half* __restrict row0;
-  Half* __restrict row1;
-};
-
-/// What a chroma sample adds to the colours of its four pixels.
-struct ChromaTerms {
-  std::int16_t red, green, blue;
-};
-
-[[gnu::always_inline]] inline void WritePixel(std::uint8_t y, const ChromaTerms chroma,
-                                              const InverseCoefficients c, Half* __restrict pixel) {
-  constexpr std::uint16_t kOpaque = 0xFF00;
-  constexpr std::int16_t kHalf = 1 << (kInverseFraction - 1);
-  const auto luma = static_cast<std::int16_t>(
-      Multiply(static_cast<std::int16_t>((y - kLumaFloor) * kLumaGain), c.y) + kHalf);
-  pixel[0] = static_cast<Half>(Colour(luma, chroma.blue) | Colour(luma, chroma.green) << 8);
-  pixel[1] = static_cast<Half>(Colour(luma, chroma.red) | kOpaque);
-}
-
-template <bool kBothRows>
-[[gnu::always_inline]] inline void WriteRowPair(const WritePair pair, int width,
-                                                const InverseCoefficients c) {
-  const auto quad = [&](int i, bool both) __attribute__((always_inline)) {
-    const auto cb = static_cast<std::int16_t>((pair.u[i] - kNeutral) * kChromaGain);
-    const auto cr = static_cast<std::int16_t>((pair.v[i] - kNeutral) * kChromaGain);
-    const ChromaTerms chroma{Multiply(cr, c.rv),
-                             static_cast<std::int16_t>(-Multiply(cb, c.gu) - Multiply(cr, c.gv)),
-                             Multiply(cb, c.bu)};
-    const int x = 2 * i;
-    WritePixel(pair.y0[x], chroma, c, pair.row0 + 2 * x);
-    if (both) WritePixel(pair.y0[x + 1], chroma, c, pair.row0 + 2 * x + 2);
-    if constexpr (kBothRows) {
-      WritePixel(pair.y1[x], chroma, c, pair.row1 + 2 * x);
-      if (both) WritePixel(pair.y1[x + 1], chroma, c, pair.row1 + 2 * x + 2);
-    }
-  };
-  for (int i = 0; i < width / 2; ++i) quad(i, true);
-  if (width % 2 != 0) quad(width / 2, false);
-}
-
-[[gnu::always_inline]] inline void WriteRows(const PlanarPicture& picture, const InverseCoefficients c,
-                                             BgrRows rows) {
-  for (int top = 0; top < picture.height; top += 2) {
     const std::ptrdiff_t chroma = top / 2 * picture.chromaStride;
-    const std::uint8_t* y = picture.y + top * picture.lumaStride;
-    auto* row = reinterpret_cast<Half*>(rows.top + top * rows.stride);
-    WritePair pair{y, y, picture.u + chroma, picture.v + chroma, row, row};
-    if (top + 1 == picture.height) {
-      WriteRowPair<false>(pair, picture.width, c);
-      continue;
-    }
-    pair.y1 += picture.lumaStride;
-    pair.row1 = reinterpret_cast<Half*>(rows.top + (top + 1) * rows.stride);
-    WriteRowPair<true>(pair, picture.width, c);
+    convert(top, second,
+            PlanarRowPair{picture.y + top * picture.lumaStride, picture.y + second * picture.lumaStride,
+                          picture.u + chroma, picture.v + chroma});
   }
 }
-
-void WritePlain(const PlanarPicture& picture, const InverseCoefficients c, BgrRows rows) {
-  WriteRows(picture, c, rows);
-}
-
-[[gnu::always_inline]] inline void Gather(const std::uint32_t* __restrict a,
-                                          const std::uint32_t* __restrict b, int count,
-                                          std::uint32_t* __restrict changes) {
-  for (int i = 0; i < count; ++i) changes[i] |= (a[i] ^ b[i]) & kColours;
-}
-
-void GatherPlain(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes) {
-  Gather(a, b, count, changes);
-}
-
-void ConvertAllPlain(BgrRows rows, const Coefficients& c, const PlanarPicture& picture) {
-  ConvertRows<false>(rows, {}, c, picture);
-}
-
-void ConvertChangedPlain(BgrRows rows, BgrRows before, const Coefficients& c, const PlanarPicture& picture) {
-  ConvertRows<true>(rows, before, c, picture);
-}
-
-#if defined(__x86_64__)
-// The same code once more for processors with wide multiplication.
-[[gnu::target("avx2")]] void ConvertAllWide(BgrRows rows, const Coefficients& c,
-                                            const PlanarPicture& picture) {
-  ConvertRows<false>(rows, {}, c, picture);
-}
-
-[[gnu::target("avx2")]] void ConvertChangedWide(BgrRows rows, BgrRows before, const Coefficients& c,
-                                                const PlanarPicture& picture) {
-  ConvertRows<true>(rows, before, c, picture);
-}
-
-[[gnu::target("avx2")]] void WriteWide(const PlanarPicture& picture, const InverseCoefficients c,
-                                       BgrRows rows) {
-  WriteRows(picture, c, rows);
-}
-
-[[gnu::target("avx2")]] void GatherWide(const std::uint32_t* a, const std::uint32_t* b, int count,
-                                        std::uint32_t* changes) {
-  Gather(a, b, count, changes);
-}
-
-bool HasWideVectors() {
-  static const bool has = __builtin_cpu_supports("avx2") != 0;
-  return has;
-}
-#endif
 
 }  // namespace
 
@@ -292,24 +111,33 @@ PlanarPicture PlanarPicture::Part(int x, int top, int partWidth, int partHeight)
 }
 
 void PlanarToBgr(const PlanarPicture& picture, OutputMatrix matrix, BgrRows rows) {
-#if defined(__x86_64__)
-  if (HasWideVectors()) return WriteWide(picture, InverseOf(matrix), rows);
-#endif
-  WritePlain(picture, InverseOf(matrix), rows);
+  const InverseCoefficients& c = InverseOf(matrix);
+  const bool isWide = HasWideVectors();
+  ForEachRowPair(picture, [&](int top, int second, const PlanarRowPair& samples) {
+    const BgrRowPair pixels = PixelPair(rows, top, second);
+    const int done = isWide ? WideToBgr(samples, c, picture.width, pixels) : 0;
+    PlainToBgr(samples, c, done, picture.width, pixels);
+  });
 }
 
 void BgrToPlanar(BgrRows rows, OutputMatrix matrix, const PlanarPicture& picture) {
-#if defined(__x86_64__)
-  if (HasWideVectors()) return ConvertAllWide(rows, CoefficientsOf(matrix), picture);
-#endif
-  ConvertAllPlain(rows, CoefficientsOf(matrix), picture);
+  const Coefficients& c = CoefficientsOf(matrix);
+  const bool isWide = HasWideVectors();
+  ForEachRowPair(picture, [&](int top, int second, const PlanarRowPair& samples) {
+    const BgrRowPair pixels = PixelPair(rows, top, second);
+    const int done = isWide ? WideToPlanar(pixels, c, picture.width, samples) : 0;
+    PlainToPlanar(pixels, nullptr, c, done, picture.width, samples);
+  });
 }
 
 void ChangedBgrToPlanar(BgrRows rows, BgrRows before, OutputMatrix matrix, const PlanarPicture& picture) {
-#if defined(__x86_64__)
-  if (HasWideVectors()) return ConvertChangedWide(rows, before, CoefficientsOf(matrix), picture);
-#endif
-  ConvertChangedPlain(rows, before, CoefficientsOf(matrix), picture);
+  const Coefficients& c = CoefficientsOf(matrix);
+  const bool isWide = HasWideVectors();
+  ForEachRowPair(picture, [&](int top, int second, const PlanarRowPair& samples) {
+    const BgrRowPair pixels = PixelPair(rows, top, second), old = PixelPair(before, top, second);
+    const int done = isWide ? WideChangedToPlanar(pixels, old, c, picture.width, samples) : 0;
+    PlainToPlanar(pixels, &old, c, done, picture.width, samples);
+  });
 }
 
 bool SameRows(BgrRows a, BgrRows b, int width, int height) {
@@ -318,13 +146,6 @@ bool SameRows(BgrRows a, BgrRows b, int width, int height) {
     if (std::memcmp(a.top + row * a.stride, b.top + row * b.stride, bytes) != 0) return false;
   }
   return true;
-}
-
-void GatherChanges(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes) {
-#if defined(__x86_64__)
-  if (HasWideVectors()) return GatherWide(a, b, count, changes);
-#endif
-  GatherPlain(a, b, count, changes);
 }
 
 }  // namespace vrx::engine

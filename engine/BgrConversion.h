@@ -44,7 +44,4 @@ void ChangedBgrToPlanar(BgrRows rows, BgrRows before, OutputMatrix matrix, const
 /// Whether two pictures are the same to the last byte.
 bool SameRows(BgrRows a, BgrRows b, int width, int height);
 
-/// Gathers the bits in which the colours of two rows differ, pixel by pixel, into `changes`.
-void GatherChanges(const std::uint32_t* a, const std::uint32_t* b, int count, std::uint32_t* changes);
-
 }  // namespace vrx::engine

@@ -27,12 +27,7 @@ class OverlayStage {
   const OverlaySpan* SpanOf(std::int64_t number);
   /// The rows of the callback's picture from `top` on, counted from the upper edge.
   BgrRows DrawnRows(int top);
-  bool IsUntouched(int top, int rows, const AVFrame& frame);
   void TakeOver(FramePtr& frame);
-  bool TakeOverStrip(int top, bool writable, FramePtr& frame);
-  /// Fills m_changes.
-  void FindChangedBlocks(BgrRows before, BgrRows after, int rows);
-  bool IsBlockChanged(int x) const;
   void MakeWritable(FramePtr& frame);
 
   IVRXIntermediateRawOutputCallback* m_callback;
@@ -41,9 +36,8 @@ class OverlayStage {
   int m_width;
   int m_height;
   OutputMatrix m_matrix;
-  std::vector<std::uint32_t> m_buffer;   // the callback's picture, bottom row first
-  std::vector<std::uint32_t> m_strip;    // some rows of the frame as they were before the callback
-  std::vector<std::uint32_t> m_changes;  // differing bits of the strip's columns
+  std::vector<std::uint32_t> m_buffer;  // the callback's picture, bottom row first
+  std::vector<std::uint32_t> m_pair;    // two rows of the frame as they were before the callback
   FramePool m_frames;
 };
 

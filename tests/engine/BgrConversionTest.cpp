@@ -100,7 +100,6 @@ TEST_P(Conversion, PureColoursComeBackAsTheyWere) {
     std::mt19937 random(1);
     Planes planes(16, 16, random);
     BgrToPlanar({pixels.data(), 16}, GetParam(), planes.View());
-    // Bottom-up rows take the other way through the library.
     PlanarToBgr(planes.View(), GetParam(), {pixels.data() + 15 * 16, -16});
     for (const int shift : {0, 8, 16}) {
       EXPECT_NEAR(static_cast<int>(pixels[37] >> shift & 0xFF), static_cast<int>(colour >> shift & 0xFF), 3)
@@ -112,7 +111,7 @@ TEST_P(Conversion, PureColoursComeBackAsTheyWere) {
 TEST_P(Conversion, OnlyChangedPixelsReachThePicture) {
   std::mt19937 random(11);
   for (int round = 0; round < 200; ++round) {
-    const int w = 1 + static_cast<int>(random() % 40), h = 1 + static_cast<int>(random() % 20);
+    const int w = 1 + static_cast<int>(random() % 80), h = 1 + static_cast<int>(random() % 20);
     Planes planes(w, h, random);
     const Planes original = planes;
     std::vector<std::uint32_t> before(static_cast<std::size_t>(w * h));
@@ -142,6 +141,42 @@ TEST_P(Conversion, OnlyChangedPixelsReachThePicture) {
             << x << "," << y << " of " << w << "x" << h;
       }
     }
+  }
+}
+
+TEST_P(Conversion, WholeRowsGiveTheSameBytesAsPairsOfColumns) {
+  std::mt19937 random(13);
+  for (const auto& [w, h] : {std::pair{32, 2}, {33, 3}, {62, 1}, {64, 4}, {301, 5}}) {
+    Planes planes(w, h, random);
+    for (auto* plane : {&planes.y, &planes.u, &planes.v}) {
+      for (auto& sample : *plane) sample = static_cast<std::uint8_t>(random());  // beyond the range as well
+    }
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(w * h)), narrowPixels = pixels;
+    PlanarToBgr(planes.View(), GetParam(), {pixels.data(), w});
+    const auto forPairs = [&, width = w, height = h](Planes& of, auto convert) {
+      for (int x = 0; x < width; x += 2) convert(x, of.View().Part(x, 0, std::min(2, width - x), height));
+    };
+    forPairs(planes, [&](int x, const PlanarPicture& pair) {
+      PlanarToBgr(pair, GetParam(), {narrowPixels.data() + x, pair.lumaStride});
+    });
+    ASSERT_EQ(pixels, narrowPixels) << w << "x" << h;
+
+    std::vector<std::uint32_t> drawn = pixels;
+    for (auto& pixel : drawn) {
+      if (random() % 3 == 0) pixel = static_cast<std::uint32_t>(random());
+    }
+    Planes whole = planes, narrow = planes;
+    ChangedBgrToPlanar({drawn.data(), w}, {pixels.data(), w}, GetParam(), whole.View());
+    forPairs(narrow, [&](int x, const PlanarPicture& pair) {
+      ChangedBgrToPlanar({drawn.data() + x, pair.lumaStride}, {pixels.data() + x, pair.lumaStride},
+                         GetParam(), pair);
+    });
+    ASSERT_EQ(whole, narrow) << w << "x" << h;
+    BgrToPlanar({drawn.data(), w}, GetParam(), whole.View());
+    forPairs(narrow, [&](int x, const PlanarPicture& pair) {
+      BgrToPlanar({drawn.data() + x, pair.lumaStride}, GetParam(), pair);
+    });
+    ASSERT_EQ(whole, narrow) << w << "x" << h;
   }
 }
 
