@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "imaging/pixmap/XpPixelVector.h"
+
 namespace vrx::drawing {
 namespace {
 
@@ -49,27 +51,52 @@ void ComposeColoredRow(unsigned char* dest, XpBitmapFormat format, const unsigne
   }
 }
 
+constexpr std::size_t kGroup = 8;  // pixels looked at together
+
+bool IsBlank(const unsigned char* coverage) {
+  std::uint64_t eight;
+  static_assert(sizeof eight == kGroup);
+  std::memcpy(&eight, coverage, sizeof eight);
+  return eight == 0;
+}
+
+/// Whether a group's pixels are all zero.
+bool IsEmpty(const unsigned char* dest) {
+  static_assert(kGroup == 2 * pixels::kVectorPixels);
+  return !pixels::AnyBits(pixels::Load(dest) | pixels::Load(dest + sizeof(pixels::Vector32)));
+}
+
+void ComposeOnEmpty(unsigned char* dest, const unsigned char* coverage, const unsigned char* color) {
+  using namespace pixels;
+  const std::uint32_t plain =
+      std::uint32_t{color[0]} | std::uint32_t{color[1]} << 8 | std::uint32_t{color[2]} << 16;
+  for (std::size_t i = 0; i < kGroup; i += kVectorPixels) {
+    const Vector32 alpha = {coverage[i], coverage[i + 1], coverage[i + 2], coverage[i + 3]};
+    const Vector32 isDrawn = reinterpret_cast<Vector32>(alpha != 0u);
+    Store(dest + i * sizeof plain, (plain | alpha << 24) & isDrawn);
+  }
+}
+
 }  // namespace
 
 void ComposeRow(unsigned char* dest, XpBitmapFormat format, const unsigned char* coverage, std::size_t count,
                 ColorRef color) {
   const unsigned char bytes[3] = {BlueOf(color), GreenOf(color), RedOf(color)};
-  const std::size_t step = format == XpBitmapFormat::Bgra32 ? 4 : 3;
-  std::size_t i = 0;
-  while (i < count) {
-    // Most of a text is the space between its strokes.
-    std::uint64_t eight = 0;
-    if (i + sizeof eight <= count) {
-      std::memcpy(&eight, coverage + i, sizeof eight);
-      if (eight == 0) {
-        i += sizeof eight;
+  const bool hasAlpha = format == XpBitmapFormat::Bgra32;
+  const std::size_t step = hasAlpha ? 4 : 3;
+  for (std::size_t first = 0; first < count; first += kGroup) {
+    const std::size_t end = std::min(count, first + kGroup);
+    if (end - first == kGroup) {
+      // Most of a text is the space between its strokes, and most strokes fall on nothing.
+      if (IsBlank(coverage + first)) continue;
+      if (hasAlpha && IsEmpty(dest + first * step)) {
+        ComposeOnEmpty(dest + first * step, coverage + first, bytes);
         continue;
       }
     }
-    const std::size_t end = std::min(count, i + sizeof eight);
-    for (; i < end; ++i) {
+    for (std::size_t i = first; i < end; ++i) {
       if (coverage[i] == 0) continue;
-      if (format == XpBitmapFormat::Bgra32) {
+      if (hasAlpha) {
         ComposePixel(dest + i * step, bytes, coverage[i]);
       } else {
         ComposePixel24(dest + i * step, bytes, coverage[i]);

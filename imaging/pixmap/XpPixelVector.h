@@ -54,7 +54,8 @@ inline bool AreClear(const unsigned char* pixels, std::size_t count, std::uint32
 /// Runs `four` on groups of four pixels, and on the rest through a buffer that is filled up with zeros.
 /// `four` takes destination and source vector and returns the new destination.
 template <class Four>
-void ForEachFour(unsigned char* dest, const unsigned char* source, std::size_t count, Four four) {
+[[gnu::always_inline]] inline void ForEachFour(unsigned char* dest, const unsigned char* source,
+                                               std::size_t count, Four four) {
   std::size_t i = 0;
   for (; i + kVectorPixels <= count; i += kVectorPixels) {
     const Vector32 from = Load(source + i * 4);

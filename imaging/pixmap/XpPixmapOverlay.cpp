@@ -48,6 +48,9 @@ struct OverlayWithAlphaRule {
     const std::uint32_t constant = alpha;
     ForEachFour(dest, source, count, [constant](Vector32 d, Vector32 s) {
       const Vector32 weight = (s >> 24) * constant;
+      const Vector32 replaced = (s & ~kAlphaMask) | (weight >> 8) << 24;
+      const Vector32 under = d & kAlphaMask;
+      if (!AnyBits(under)) return replaced;
       // The wrap-around of a negative difference is undone by the sum, as all of it is modulo 2^32.
       const auto mixed = [&weight](Vector32 from, Vector32 to) {
         return ((from << 16) + (to - from) * weight) >> 16 & 0xFFu;
@@ -55,8 +58,7 @@ struct OverlayWithAlphaRule {
       const Vector32 full = {0xFF, 0xFF, 0xFF, 0xFF};
       const Vector32 blended = mixed(d & 0xFFu, s & 0xFFu) | mixed(d >> 8 & 0xFFu, s >> 8 & 0xFFu) << 8 |
                                mixed(d >> 16 & 0xFFu, s >> 16 & 0xFFu) << 16 | mixed(d >> 24, full) << 24;
-      const Vector32 replaced = (s & ~kAlphaMask) | (weight >> 8) << 24;
-      const Vector32 empty = reinterpret_cast<Vector32>((d & kAlphaMask) == 0u);
+      const Vector32 empty = reinterpret_cast<Vector32>(under == 0u);
       return (replaced & empty) | (blended & ~empty);
     });
   }
@@ -92,23 +94,41 @@ class GatheredRun {
   }
 
   template <class Rule>
-  void ComposeRow(unsigned char* destRow, const unsigned char* sourceRow, const Rule& rule) {
-    const std::size_t count = static_cast<std::size_t>(m_count);
-    const std::int64_t sourceFirst = m_columns[0];
-    const std::size_t sourceCount = static_cast<std::size_t>(m_columns[count - 1] - sourceFirst + 1);
+  void ComposeRow(unsigned char* destRow, const unsigned char* sourceRow, const Rule& rule) const {
     unsigned char* dest = destRow + m_first * 4;
-    if (Rule::LeavesAlone(dest, count, sourceRow + sourceFirst * 4, sourceCount)) return;
-    for (std::size_t i = 0; i < count; ++i) {
-      std::memcpy(&m_pixels[i], sourceRow + std::int64_t{m_columns[i]} * 4, kBytesPerPixel);
+    if (IsLeftAlone(dest, sourceRow, 0, m_count, rule)) return;
+    for (std::int64_t i = 0; i < m_count; i += kGroup) {
+      const std::int64_t count = std::min(kGroup, m_count - i);
+      if (!IsLeftAlone(dest, sourceRow, i, count, rule)) ComposeGroup(dest, sourceRow, i, count, rule);
     }
-    rule(dest, reinterpret_cast<const unsigned char*>(m_pixels.data()), count);
   }
 
  private:
+  static constexpr std::int64_t kGroup = 16;  // pixels gathered and skipped together
+
+  template <class Rule>
+  bool IsLeftAlone(const unsigned char* dest, const unsigned char* sourceRow, std::int64_t i,
+                   std::int64_t count, const Rule&) const {
+    const std::int64_t first = Column(i);
+    return Rule::LeavesAlone(dest + i * 4, static_cast<std::size_t>(count), sourceRow + first * 4,
+                             static_cast<std::size_t>(Column(i + count - 1) - first + 1));
+  }
+
+  template <class Rule>
+  void ComposeGroup(unsigned char* dest, const unsigned char* sourceRow, std::int64_t i, std::int64_t count,
+                    const Rule& rule) const {
+    std::uint32_t pixels[kGroup];
+    for (std::int64_t k = 0; k < count; ++k) {
+      std::memcpy(&pixels[k], sourceRow + Column(i + k) * 4, kBytesPerPixel);
+    }
+    rule(dest + i * 4, reinterpret_cast<const unsigned char*>(pixels), static_cast<std::size_t>(count));
+  }
+
+  std::int64_t Column(std::int64_t i) const { return m_columns[static_cast<std::size_t>(i)]; }
+
   std::int64_t m_first;
   std::int64_t m_count;
   std::array<std::int32_t, kLength> m_columns;
-  std::array<std::uint32_t, kLength> m_pixels;
 };
 
 template <class Rule>
@@ -129,7 +149,7 @@ void Overlay(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, st
   while (!rows.IsEmpty() && rows.SourceAt(rows.last - 1) >= drawn.last) --rows.last;
   if (columns.IsEmpty() || rows.IsEmpty()) return;
   for (std::int64_t x = columns.first; x < columns.last; x += GatheredRun::kLength) {
-    GatheredRun run(columns, x);
+    const GatheredRun run(columns, x);
     for (std::int64_t y = rows.first; y < rows.last; ++y) {
       run.ComposeRow(to->Row(static_cast<std::int32_t>(y)),
                      from->Row(static_cast<std::int32_t>(rows.SourceAt(y))), rule);
