@@ -1,15 +1,18 @@
-// Reads any bytes as captions and paints the first of them at several moments.
+// Reads any bytes as captions, checks them and paints the first of them at several moments.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "drawing/BoxTextRenderer.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
+#include "src/check/PainterTextCheck.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   PainterInfo info;
   info.captionInfo.captionString =
       XpNarrowString(std::string_view(reinterpret_cast<const char*>(data), size)).ToWide();
+  std::vector<vrx::check::Problem> problems;
+  vrx::check::CheckCaptionText(info.captionInfo.captionString, u"", problems);
   static vrx::drawing::BoxTextRenderer boxes;
   static KVSCaptionPainterPlugIn painter(boxes);
   painter.SetPainterInfo(&info, &info.captionInfo);

@@ -1,15 +1,18 @@
-// Reads any bytes as speed segments and runs the clocks and a caption along them.
+// Reads any bytes as speed segments, checks them and runs the clocks and a caption along them.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "overlay/callback/TimeGenerators.h"
+#include "src/check/PainterTextCheck.h"
 #include "src/overlay/CaptionTimes.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::vector<SlowInfoRecord> records;
-  ParseSlowInfoData(XpNarrowString(std::string_view(reinterpret_cast<const char*>(data), size)).ToWide(),
-                    records);
+  const XpString text = XpNarrowString(std::string_view(reinterpret_cast<const char*>(data), size)).ToWide();
+  ParseSlowInfoData(text, records);
+  std::vector<vrx::check::Problem> problems;
+  vrx::check::CheckSlowInfoText(text, u"", problems);
   VRXGPSTimeGenerate gps;
   VRXTennisMetaTimeGenerate tennis;
   gps.Reset(records);

@@ -25,6 +25,23 @@ bool TakeSign(std::u16string_view& text) {
   return negative;
 }
 
+/// Takes blanks and a number off the front; false when there is none in the range of a double.
+bool TakeReal(std::u16string_view& text, double& value) {
+  text = SkipBlanks(text);
+  const bool negative = TakeSign(text);
+  if (text.empty() || !(IsDigit(text.front()) || text.front() == u'.' || text.front() == u',')) return false;
+  std::string digits;
+  for (const char16_t c : text) {
+    if (c >= 0x80) break;
+    digits.push_back(c == u',' ? '.' : static_cast<char>(c));
+  }
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (error != std::errc()) return false;
+  text.remove_prefix(static_cast<std::size_t>(end - digits.data()));
+  if (negative) value = -value;
+  return true;
+}
+
 }  // namespace
 
 std::int64_t ParseInteger(std::u16string_view text) {
@@ -42,17 +59,13 @@ std::int64_t ParseInteger(std::u16string_view text) {
 }
 
 double ParseReal(std::u16string_view text) {
-  text = SkipBlanks(text);
-  const bool negative = TakeSign(text);
-  if (text.empty() || !(IsDigit(text.front()) || text.front() == u'.' || text.front() == u',')) return 0.0;
-  std::string digits;
-  for (const char16_t c : text) {
-    if (c >= 0x80) break;
-    digits.push_back(c == u',' ? '.' : static_cast<char>(c));
-  }
   double value = 0.0;
-  if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec != std::errc()) return 0.0;
-  return negative ? -value : value;
+  return TakeReal(text, value) ? value : 0.0;
+}
+
+bool IsReal(std::u16string_view text) {
+  double value = 0.0;
+  return TakeReal(text, value) && SkipBlanks(text).empty();
 }
 
 XpDateTime ParseDate(std::u16string_view text) {

@@ -17,6 +17,9 @@ std::int64_t ParseInteger(std::u16string_view text);
 /// the value is 0; neither infinities nor NaN can be read.
 double ParseReal(std::u16string_view text);
 
+/// Whether the whole text, but for blanks around it, is a number that ParseReal reads.
+bool IsReal(std::u16string_view text);
+
 /// "2018:01:01T12:00:05Z": six runs of digits, divided by exactly one character of any kind. Fewer runs, or a
 /// year below 100, give an invalid date.
 XpDateTime ParseDate(std::u16string_view text);

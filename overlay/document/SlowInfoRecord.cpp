@@ -39,6 +39,8 @@ class FieldReader {
     return true;
   }
 
+  std::string_view GetRest() const { return m_rest; }
+
  private:
   void SkipToNumber() {
     m_rest.remove_prefix(std::min(m_rest.find_first_not_of(" \t\r\n\f\v"), m_rest.size()));
@@ -53,16 +55,22 @@ class FieldReader {
   std::string_view m_rest;
 };
 
-void ReadRecord(std::string_view text, SlowInfoRecord& record) {
-  FieldReader reader(text);
-  if (!reader.Read(record.videoId)) return;
-  for (float* field :
-       {&record.speed, &record.startTime, &record.endTime, &record.sourceTime, &record.sourceTimeWithTrim}) {
-    if (!reader.ReadComma() || !reader.Read(*field)) return;
-  }
-}
-
 }  // namespace
+
+std::size_t vrx::overlay::ReadSlowInfoRecord(std::string_view& text, SlowInfoRecord& record) {
+  FieldReader reader(text);
+  std::size_t fields = 0;
+  if (reader.Read(record.videoId)) {
+    ++fields;
+    for (float* field : {&record.speed, &record.startTime, &record.endTime, &record.sourceTime,
+                         &record.sourceTimeWithTrim}) {
+      if (!reader.ReadComma() || !reader.Read(*field)) break;
+      ++fields;
+    }
+  }
+  text = reader.GetRest();
+  return fields;
+}
 
 void ParseSlowInfoData(const XpString& text, std::vector<SlowInfoRecord>& list) {
   // Only ASCII means something here; every other character ends a number.
@@ -72,7 +80,8 @@ void ParseSlowInfoData(const XpString& text, std::vector<SlowInfoRecord>& list) 
   while (list.size() < vrx::overlay::kMaxSpeedSections) {
     const std::size_t bar = rest.find('|');
     if (bar == rest.npos) return;
-    ReadRecord(rest.substr(0, bar), record);
+    std::string_view fields = rest.substr(0, bar);
+    vrx::overlay::ReadSlowInfoRecord(fields, record);
     list.push_back(record);
     rest.remove_prefix(bar + 1);
   }

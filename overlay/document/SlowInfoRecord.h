@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "vrx/XpString.h"
@@ -21,6 +22,12 @@ namespace vrx::overlay {
 
 /// Records beyond this number are not read; a movie has a handful.
 inline constexpr std::size_t kMaxSpeedSections = 2048;
+
+inline constexpr std::size_t kSlowInfoFields = 6;
+
+/// Reads "id,speed,start,end,source,sourceWithTrim" up to the first field that cannot be read; that one and
+/// those behind it keep their values. Returns how many were read, and leaves in `text` what it did not read.
+std::size_t ReadSlowInfoRecord(std::string_view& text, SlowInfoRecord& record);
 
 }  // namespace vrx::overlay
 

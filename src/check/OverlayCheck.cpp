@@ -12,6 +12,7 @@
 #include "overlay/callback/TimeGenerators.h"
 #include "overlay/document/PainterKeys.h"
 #include "src/check/PainterDocumentCheck.h"
+#include "src/check/PainterTextCheck.h"
 #include "src/overlay/OverlayRanges.h"
 #include "src/overlay/PainterTable.h"
 #include "src/project/ProjectKeys.h"
@@ -123,6 +124,8 @@ class OverlayChecker {
     PainterInfo info;
     AdoptPainterInfo(document.GetPainterInfo(), info);
     CheckValid(document.GetPainterInfo(), info);
+    if (info.captionInfo.valid) CheckCaptionText(info.captionInfo.captionString, path, m_report.problems);
+    CheckSlowInfoText(info.slowInfoData, path, m_report.problems);
     CheckPainters(info);
     CheckClipTimes();
     if (m_report.videoSettings) AddRows(project, info);

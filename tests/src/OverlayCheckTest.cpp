@@ -14,10 +14,12 @@ using testing::HasSubstr;
 using vrx::check::ProjectReport;
 
 std::string Caption(int startMs, int endMs, int layout = 5, int videoId = 0, const std::string& text = "x") {
-  return "&lt;Caption&gt;&lt;Text&gt;" + text + "&lt;/Text&gt;&lt;LayoutType&gt;" + std::to_string(layout) +
-         "&lt;/LayoutType&gt;&lt;LeftPos&gt;" + std::to_string(startMs) + "&lt;/LeftPos&gt;&lt;RightPos&gt;" +
-         std::to_string(endMs) + "&lt;/RightPos&gt;&lt;VideoID&gt;" + std::to_string(videoId) +
-         "&lt;/VideoID&gt;&lt;/Caption&gt;";
+  return "&lt;Caption&gt;&lt;Text&gt;" + text +
+         "&lt;/Text&gt;&lt;FontName&gt;Sans&lt;/FontName&gt;&lt;FontSize&gt;60&lt;/FontSize&gt;"
+         "&lt;FontColor&gt;255&lt;/FontColor&gt;&lt;LayoutType&gt;" +
+         std::to_string(layout) + "&lt;/LayoutType&gt;&lt;LeftPos&gt;" + std::to_string(startMs) +
+         "&lt;/LeftPos&gt;&lt;RightPos&gt;" + std::to_string(endMs) + "&lt;/RightPos&gt;&lt;VideoID&gt;" +
+         std::to_string(videoId) + "&lt;/VideoID&gt;&lt;/Caption&gt;";
 }
 
 class OverlayCheckTest : public testing::Test {

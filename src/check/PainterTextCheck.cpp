@@ -1,0 +1,209 @@
+#include "src/check/PainterTextCheck.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "content/plist/PlistNumbers.h"
+#include "drawing/TextRenderer.h"
+#include "foundation/text/XpFormat.h"
+#include "overlay/document/CaptionItem.h"
+#include "overlay/document/CaptionTags.h"
+#include "overlay/document/PainterKeys.h"
+#include "overlay/document/SlowInfoRecord.h"
+
+namespace vrx::check {
+namespace {
+
+using namespace overlay;
+using View = std::u16string_view;
+
+constexpr std::size_t kMostProblems = 50;
+constexpr std::size_t kMostQuoted = 24;  // code units of a text that is no number
+constexpr double kPictureHeight = 1080;  // of the picture that font sizes are counted in
+constexpr double kLargestColor = 0xFFFFFF;
+
+/// Cut to a length that a line of a report has room for.
+XpString Quoted(View text) {
+  XpString quoted = u"\"" + XpString(text.substr(0, kMostQuoted));
+  return quoted + (text.size() > kMostQuoted ? u"...\"" : u"\"");
+}
+
+/// Names the first problems of one key and counts the rest.
+class TextReport {
+ public:
+  TextReport(const XpString& file, const XpString& key, std::vector<Problem>& problems)
+      : m_file(file), m_key(key), m_problems(problems) {}
+  TextReport(const TextReport&) = delete;
+  TextReport& operator=(const TextReport&) = delete;
+  ~TextReport() {
+    if (m_count <= kMostProblems) return;
+    XpString message;
+    message.Format(u"has %I64u more problems", static_cast<std::uint64_t>(m_count - kMostProblems));
+    Push(message);
+  }
+
+  void Add(const XpString& message) {
+    if (++m_count <= kMostProblems) Push(message);
+  }
+  /// `what` is "caption" or "record"; `number` counts from 1.
+  void Add(const XpString& what, std::size_t number, const XpString& message) {
+    XpString place;
+    place.Format(u"%s %u: %s", what, static_cast<std::uint32_t>(number), message);
+    Add(place);
+  }
+
+ private:
+  void Push(const XpString& message) {
+    m_problems.push_back({Severity::Warning, m_file, XpString(), 0, m_key, message});
+  }
+
+  XpString m_file;
+  XpString m_key;
+  std::vector<Problem>& m_problems;
+  std::size_t m_count = 0;
+};
+
+class CaptionTextChecker {
+ public:
+  explicit CaptionTextChecker(TextReport& report) : m_report(report) {}
+
+  void Run(View text) {
+    CaptionBodies bodies(text);
+    View body;
+    TagSearch found = bodies.Next(body);
+    for (; found == TagSearch::Found && m_number < kMaxCaptions; found = bodies.Next(body)) {
+      ++m_number;
+      CheckCaption(body);
+    }
+    if (found == TagSearch::NoClosing) {
+      ++m_number;
+      Add(u"</Caption> is missing: the caption is not read, nor what follows");
+    } else if (found == TagSearch::Found) {
+      XpString message;
+      message.Format(u"holds more than %u captions: the others are not read",
+                     static_cast<std::uint32_t>(kMaxCaptions));
+      m_report.Add(message);
+    }
+  }
+
+ private:
+  void Add(const XpString& message) { m_report.Add(u"caption", m_number, message); }
+
+  void CheckCaption(View body) {
+    View text;
+    if (Find(body, kTextTag, text) && text.size() > drawing::kMaxTextUnits) {
+      XpString message;
+      message.Format(u"its text has %I64u characters, of which no more than %u are drawn",
+                     static_cast<std::uint64_t>(text.size()),
+                     static_cast<std::uint32_t>(drawing::kMaxTextUnits));
+      Add(message);
+    }
+    Find(body, kFontNameTag, text);
+    if (double size; FindNumber(body, kFontSizeTag, size)) CheckFontSize(std::trunc(size));
+    double number;
+    FindNumber(body, kLayoutTypeTag, number);
+    if (FindNumber(body, kFontColorTag, number) && (number < 0 || number >= kLargestColor + 1)) {
+      Add(u"FontColor lies outside 0 to 16777215: its higher bits are dropped");
+    }
+    for (const CaptionTag& tag : {kLeftPosTag, kRightPosTag, kVideoIdTag}) {
+      if (FindNumber(body, tag, number)) CheckInteger(tag, number);
+    }
+  }
+
+  static XpString NameOf(const CaptionTag& tag) { return XpString(tag.open.substr(1, tag.open.size() - 2)); }
+
+  bool Find(View body, const CaptionTag& tag, View& text) {
+    const TagSearch found = FindTagged(body, tag, text);
+    if (found == TagSearch::NoClosing) {
+      Add(XpString(tag.close) + u" is missing: the caption keeps the value of the one before");
+    } else if (found == TagSearch::NoOpening && m_number == 1) {
+      Add(NameOf(tag) + u" is missing, and no caption before it has one");
+    }
+    return found == TagSearch::Found;
+  }
+
+  bool FindNumber(View body, const CaptionTag& tag, double& number) {
+    View text;
+    if (!Find(body, tag, text)) return false;
+    number = plist::ParseReal(text);
+    if (plist::IsReal(text)) return true;
+    XpString message;
+    message.Format(u"%s is %s, which is no number: it counts as %.6g", NameOf(tag), Quoted(text), number);
+    Add(message);
+    return false;
+  }
+
+  void CheckFontSize(double size) {
+    XpString message;
+    if (size == 0) {
+      message = u"FontSize is 0: the letters get a size of their own";
+    } else if (size < 0) {
+      message.Format(u"FontSize is %.6g: below 0 it gives the height of a line, not of the letters", size);
+    } else if (size > kPictureHeight) {
+      message.Format(u"FontSize is %.6g: the letters are larger than the picture", size);
+    } else {
+      return;
+    }
+    Add(message);
+  }
+
+  void CheckInteger(const CaptionTag& tag, double number) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (number >= Limits::min() && number <= Limits::max()) return;
+    XpString message;
+    message.Format(u"%s is %.6g: it counts as %d, which is as far as it goes", NameOf(tag), number,
+                   number < 0 ? Limits::min() : Limits::max());
+    Add(message);
+  }
+
+  TextReport& m_report;
+  std::size_t m_number = 0;  // of the caption, counted from 1
+};
+
+constexpr std::array<View, kSlowInfoFields> kFieldNames{
+    u"the VideoID", u"the speed",           u"the start",
+    u"the end",     u"the time of the log", u"the time with trimmed parts"};
+
+/// Of one record, without its bar.
+XpString JudgeRecord(std::string_view text) {
+  SlowInfoRecord record;
+  const std::size_t fields = ReadSlowInfoRecord(text, record);
+  if (fields < kSlowInfoFields) {
+    return XpString(kFieldNames[fields]) +
+           u" cannot be read: it and the fields behind it keep the values of the record before";
+  }
+  if (!text.empty()) return u"more than six fields: the others are not read";
+  if (record.endTime < record.startTime) return u"it ends before it starts";
+  if (record.speed == 0) return u"at a speed of 0 it takes no time";
+  return {};
+}
+
+}  // namespace
+
+void CheckCaptionText(const XpString& text, const XpString& file, std::vector<Problem>& problems) {
+  TextReport report(file, kCaptionString.name, problems);
+  CaptionTextChecker(report).Run(text.AsView());
+}
+
+void CheckSlowInfoText(const XpString& text, const XpString& file, std::vector<Problem>& problems) {
+  TextReport report(file, kSlowInfoData.name, problems);
+  const XpNarrowString narrow = text.ToNarrow();
+  std::string_view rest = narrow.AsView();
+  std::size_t number = 0;
+  for (std::size_t bar; (bar = rest.find('|')) != rest.npos; rest.remove_prefix(bar + 1)) {
+    if (++number > kMaxSpeedSections) {
+      XpString message;
+      message.Format(u"holds more than %u records: the others are not read",
+                     static_cast<std::uint32_t>(kMaxSpeedSections));
+      return report.Add(message);
+    }
+    const XpString problem = JudgeRecord(rest.substr(0, bar));
+    if (!problem.IsEmpty()) report.Add(u"record", number, problem);
+  }
+  if (rest.empty()) return;
+  report.Add(u"record", number + 1, u"no bar closes it: it is not read");
+}
+
+}  // namespace vrx::check

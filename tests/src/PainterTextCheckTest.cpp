@@ -1,0 +1,110 @@
+// Every kind of damage in captions and speed sections is named with its place, and sound texts with nothing.
+#include "src/check/PainterTextCheck.h"
+
+#include <gmock/gmock.h>
+
+#include "overlay/document/CaptionItem.h"
+
+namespace vrx::check {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Check = void (*)(const XpString&, const XpString&, std::vector<Problem>&);
+
+std::vector<std::string> Messages(Check check, const std::string& text) {
+  std::vector<Problem> problems;
+  check(XpNarrowString(text).ToWide(), u"/p.vrx", problems);
+  std::vector<std::string> messages;
+  for (const Problem& problem : problems) {
+    EXPECT_EQ(problem.severity, Severity::Warning);
+    EXPECT_EQ(problem.file, u"/p.vrx");
+    messages.push_back((problem.key + u" " + problem.message).ToNarrow().c_str());
+  }
+  return messages;
+}
+
+constexpr char kGood[] =
+    "<Caption><Text>a < b</Text><FontName>Sans</FontName><FontSize>60,5</FontSize><LayoutType>8</LayoutType>"
+    "<FontColor>16777215</FontColor><LeftPos>10.5</LeftPos><RightPos> 1e3 </RightPos><VideoID>0</VideoID>"
+    "</Caption>";
+
+/// The good caption with one tag's text replaced, or the tag taken out of it.
+std::string With(const std::string& tag, const std::string& value) {
+  std::string text = kGood;
+  const std::size_t start = text.find("<" + tag + ">") + tag.size() + 2;
+  return text.replace(start, text.find("</" + tag + ">") - start, value);
+}
+std::string Without(const std::string& part) {
+  std::string text = kGood;
+  return text.erase(text.find(part), part.size());
+}
+
+TEST(PainterTextCheck, DamagedCaptionsAreNamed) {
+  EXPECT_THAT(Messages(CheckCaptionText, std::string(kGood) + "\n" + Without("<FontSize>60,5</FontSize>")),
+              IsEmpty());
+  struct Case {
+    std::string text;
+    std::string message;
+  };
+  const std::string good = kGood;
+  for (const Case& c :
+       {Case{good + Without("</FontName>"), "CaptionString caption 2: </FontName> is missing"},
+        Case{Without("<LeftPos>10.5</LeftPos>"), "caption 1: LeftPos is missing, and no caption before it"},
+        Case{good + Without("</Caption>"), "caption 2: </Caption> is missing"},
+        Case{With("Text", std::string(1'000'000, 'w')), "caption 1: its text has 1000000 characters"},
+        Case{With("FontSize", "12px"),
+             "caption 1: FontSize is \"12px\", which is no number: it counts as 12"},
+        Case{With("FontSize", "nan"), "it counts as 0"}, Case{With("FontSize", "0.9"), "FontSize is 0"},
+        Case{With("FontSize", "-5"), "FontSize is -5: below 0"},
+        Case{With("FontSize", "10000"), "FontSize is 10000: the letters are larger than the picture"},
+        Case{With("LayoutType", ""), "LayoutType is \"\", which is no number"},
+        Case{With("FontColor", "16777216"), "FontColor lies outside"},
+        Case{With("FontColor", "-1"), "FontColor lies outside"},
+        Case{With("RightPos", "1e20"), "RightPos is 1e+20: it counts as 2147483647"},
+        Case{With("VideoID", "-3e9"), "VideoID is -3e+09: it counts as -2147483648"},
+        Case{With("LeftPos", std::string(500, 'x')), "\"" + std::string(24, 'x') + "...\""}}) {
+    EXPECT_THAT(Messages(CheckCaptionText, c.text), ElementsAre(HasSubstr(c.message)))
+        << c.text.substr(0, 400);
+  }
+}
+
+TEST(PainterTextCheck, DamagedSpeedSectionsAreNamed) {
+  const std::string good = "1,0.5,1.0,2.0,3.0,3.0|";
+  EXPECT_THAT(Messages(CheckSlowInfoText, ""), IsEmpty());
+  EXPECT_THAT(Messages(CheckSlowInfoText, good + "1,-1,2.0,3.0,3.0,3.0|"), IsEmpty());
+  struct Case {
+    std::string text;
+    std::string message;
+  };
+  for (const Case& c : {Case{good + "garbage|", "SlowInfoData record 2: the VideoID cannot be read"},
+                        Case{"1,0.5,1.0|", "record 1: the end cannot be read"},
+                        Case{"1,fast,1,2,3,3|", "record 1: the speed cannot be read"},
+                        Case{"1,0.5,1,2,3,nan|", "record 1: the time with trimmed parts cannot be read"},
+                        Case{"1,0.5,1,2,3,3,4|", "record 1: more than six fields"},
+                        Case{"1,0.5,3,2,3,3|", "record 1: it ends before it starts"},
+                        Case{"1,0,1,2,3,3|", "record 1: at a speed of 0"},
+                        Case{"|" + good, "record 1: the VideoID cannot be read"},
+                        Case{good + "1,0.5,1", "record 2: no bar closes it"}}) {
+    EXPECT_THAT(Messages(CheckSlowInfoText, c.text), ElementsAre(HasSubstr(c.message))) << c.text;
+  }
+}
+
+TEST(PainterTextCheck, ManyProblemsAreCountedAndLimitsAreNamed) {
+  const auto repeated = [](const std::string& text, std::size_t times) {
+    std::string all;
+    for (std::size_t i = 0; i < times; ++i) all += text;
+    return all;
+  };
+  const auto captions = Messages(CheckCaptionText, repeated(With("FontSize", "x"), 1000));
+  EXPECT_EQ(captions.size(), 51u);
+  EXPECT_THAT(captions.back(), HasSubstr("has 950 more problems"));
+  EXPECT_THAT(Messages(CheckCaptionText, kGood + repeated("<Caption></Caption>", overlay::kMaxCaptions)),
+              ElementsAre(HasSubstr("holds more than 200000 captions")));
+  EXPECT_THAT(Messages(CheckSlowInfoText, repeated("1,1,0,1,0,0|", 5000)),
+              ElementsAre(HasSubstr("holds more than 2048 records")));
+}
+
+}  // namespace
+}  // namespace vrx::check
