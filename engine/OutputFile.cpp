@@ -1,15 +1,19 @@
 #include "engine/OutputFile.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <random>
+#include <string_view>
 #include <system_error>
 
 #include "engine/EngineLog.h"
@@ -62,12 +66,50 @@ Result Fail(const std::string& path, int systemError) {
   return ResultOf(systemError);
 }
 
-std::string TemporaryName(const std::string& folder, const std::string& name, std::random_device& random) {
-  constexpr const char* kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
-  constexpr unsigned kLetterCount = 36;
-  std::string path = folder + "." + name.substr(0, kMaxNameInTemporary) + ".part-";
-  for (std::size_t i = 0; i < kRandomLetters; ++i) path.push_back(kLetters[random() % kLetterCount]);
-  return path;
+constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
+
+/// The temporary names of a movie, without the letters that tell its renders apart.
+std::string TemporaryPrefix(const std::string& name) {
+  return "." + name.substr(0, kMaxNameInTemporary) + ".part-";
+}
+
+std::string RandomLetters(std::random_device& random) {
+  std::string letters;
+  for (std::size_t i = 0; i < kRandomLetters; ++i) {
+    letters.push_back(kLetters[random() % static_cast<unsigned>(kLetters.size())]);
+  }
+  return letters;
+}
+
+/// A render holds the lock on its temporary file as long as it lives, so one that can be locked is nobody's.
+bool Lock(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
+
+/// Whether the file still has a name: another render may have taken it for a leftover before it was locked.
+bool HasName(int descriptor) {
+  struct stat status {};
+  return fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+}
+
+/// Removes what renders of the same movie left behind when they were killed.
+void RemoveLeftovers(const std::string& folder, const std::string& prefix) {
+  struct CloseFolder {
+    void operator()(DIR* open) const { closedir(open); }
+  };
+  const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.empty() ? "." : folder.c_str()));
+  if (entries == nullptr) return;
+  while (const dirent* entry = readdir(entries.get())) {
+    const std::string_view name = entry->d_name;
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomLetters ||
+        name.find_first_not_of(kLetters, prefix.size()) != name.npos) {
+      continue;
+    }
+    const std::string path = folder + entry->d_name;
+    const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) continue;
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && Lock(descriptor)) unlink(path.c_str());
+    close(descriptor);
+  }
 }
 
 }  // namespace
@@ -84,12 +126,21 @@ Result OutputFile::Create(const std::string& finalPath) {
   if (name.empty() || (stat(finalPath.c_str(), &status) == 0 && S_ISDIR(status.st_mode))) {
     return Fail(finalPath, EISDIR);
   }
+  const std::string prefix = TemporaryPrefix(name);
+  RemoveLeftovers(folder, prefix);
   std::random_device random;
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-    m_temporaryPath = TemporaryName(folder, name, random);
+    m_temporaryPath = folder + prefix + RandomLetters(random);
     m_descriptor = open(m_temporaryPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
-    if (m_descriptor >= 0) return kOk;
-    if (errno != EEXIST && errno != EINTR) break;
+    if (m_descriptor < 0) {
+      if (errno != EEXIST && errno != EINTR) break;
+      continue;
+    }
+    // A file system without locks keeps no render from its work; nothing there is taken for a leftover
+    // either.
+    const bool isOurs = Lock(m_descriptor) || errno != EWOULDBLOCK;
+    if (isOurs && HasName(m_descriptor)) return kOk;
+    Discard();
   }
   const int cause = errno;
   m_temporaryPath.clear();
@@ -127,11 +178,14 @@ std::int64_t OutputFile::Size() const {
 Result OutputFile::Commit() {
   if (m_descriptor < 0) return kOutputFailed;
   if (m_systemError == 0 && fdatasync(m_descriptor) != 0) Remember(errno);
-  // Some file systems report a full disk only now.
+  // Some file systems report a full disk only now. The second descriptor keeps the lock until the file has
+  // its name.
+  const int lock = fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
   const int descriptor = m_descriptor;
   m_descriptor = -1;
   if (close(descriptor) != 0 && errno != EINTR) Remember(errno);
   if (m_systemError == 0 && std::rename(m_temporaryPath.c_str(), m_finalPath.c_str()) != 0) Remember(errno);
+  if (lock >= 0) close(lock);
   if (m_systemError == 0) {
     m_temporaryPath.clear();
     return kOk;

@@ -19,7 +19,8 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  /// Makes the temporary file. kOutputFailed or kDiskFull with a logged line.
+  /// Makes the temporary file, and removes those that killed renders of the same movie left behind.
+  /// kOutputFailed or kDiskFull with a logged line.
   Result Create(const std::string& finalPath);
 
   /// False on failure; the cause is kept.
