@@ -25,12 +25,16 @@ constexpr double kMillisecondsPerSecond = 1000.0;
 constexpr double kCountableFrames = 1e15;  // a double still tells one from the next
 constexpr std::size_t kMostCaptionProblems = 50;
 
-/// Times that earlier captions already fill, as intervals that do not touch, by their start.
-class CoveredTime {
+/// Times or frames that are taken, as intervals that do not touch, by their start. Both ends belong to them.
+class Intervals {
  public:
-  bool Covers(std::int64_t first, std::int64_t last) const {
+  bool Cover(std::int64_t first, std::int64_t last) const {
     auto it = m_intervals.upper_bound(first);
     return it != m_intervals.begin() && (--it)->second >= last;
+  }
+  bool Meet(std::int64_t first, std::int64_t last) const {
+    auto it = m_intervals.upper_bound(last);
+    return it != m_intervals.begin() && (--it)->second >= first;
   }
   void Add(std::int64_t first, std::int64_t last) {
     auto it = m_intervals.upper_bound(first);
@@ -52,7 +56,14 @@ class CaptionJudge {
  public:
   CaptionJudge(const PainterInfo& info, const overlay::OverlayPlan& plan, const VRXTimeInfo& frame,
                double movieSeconds)
-      : m_showsAlways(info.saveMovieMode), m_frame(frame), m_movieMs(movieSeconds * kMillisecondsPerSecond) {
+      : m_showsAlways(info.saveMovieMode),
+        m_frame(frame),
+        m_movieMs(movieSeconds * kMillisecondsPerSecond),
+        m_movieFrames(FirstFrameAt(Saturate<std::int64_t>(m_movieMs))) {
+    const auto value = static_cast<std::int64_t>(frame.value);
+    for (const overlay::OverlayRange& range : plan.ranges) {
+      if (range.start <= range.end) m_drawnFrames.Add(range.start / value, range.end / value);
+    }
     // Without a log no clip is ever named as the current one.
     if (!info.templateInfo.valid) return;
     for (const SlowInfoRecord& record : plan.speedSections) m_currentIds.insert(record.videoId);
@@ -71,30 +82,51 @@ class CaptionJudge {
     }
     if (FallsBetweenFrames(caption)) return u"it falls between two frames";
     // One without a place hides those behind it all the same.
-    CoveredTime& covered = m_covered[m_showsAlways ? 0 : caption.videoId];
-    const bool isHidden = covered.Covers(caption.startMs, caption.endMs);
+    Intervals& covered = m_covered[m_showsAlways ? 0 : caption.videoId];
+    const bool isHidden = covered.Cover(caption.startMs, caption.endMs);
     covered.Add(caption.startMs, caption.endMs);
     if (caption.layoutType == 0) return u"its LayoutType is not one of 1 to 9";
-    return isHidden ? XpString(u"earlier captions are shown all the time") : XpString();
+    if (isHidden) return u"earlier captions are shown all the time";
+    return Draws(caption, false) ? XpString() : XpString(kWithoutRange);
+  }
+
+  /// Whether frames that are drawn on show the caption: all of its frames, or any.
+  bool Draws(const CaptionItem& caption, bool all) const {
+    const std::int64_t first = FirstFrame(caption);
+    // Where captions meet, a frame at the end may go to either; that is not worth a word.
+    const std::int64_t last = std::max(first, std::min(FirstFrameBehind(caption.endMs), m_movieFrames) - 2);
+    return all ? m_drawnFrames.Cover(first, last) : m_drawnFrames.Meet(first, last);
   }
 
  private:
-  bool FallsBetweenFrames(const CaptionItem& caption) const {
-    const overlay::FrameLength length{m_frame.value, m_frame.scale};
-    const auto timeOf = [&](std::uint64_t frame) { return VRXCaptionTimeGenerate().Generate(frame, length); };
-    const double frames = std::max(caption.startMs, 0) / kMillisecondsPerSecond *
+  static constexpr char16_t kWithoutRange[] =
+      u"no frame that is drawn on shows it (are the captions listed in the order of their times?)";
+
+  std::int64_t TimeOf(std::int64_t frame) const {
+    return VRXCaptionTimeGenerate().Generate(static_cast<std::uint64_t>(frame),
+                                             {m_frame.value, m_frame.scale});
+  }
+  /// The first whose time, which is cut to whole milliseconds, does not lie before `ms`.
+  std::int64_t FirstFrameAt(std::int64_t ms) const {
+    const double frames = static_cast<double>(std::max<std::int64_t>(ms, 0)) / kMillisecondsPerSecond *
                           static_cast<double>(m_frame.scale) / static_cast<double>(m_frame.value);
-    auto frame = static_cast<std::uint64_t>(Saturate<std::int64_t>(frames));
-    // A frame's time is cut to whole milliseconds, so the one that begins with the caption may not show it.
-    while (timeOf(frame) < caption.startMs && frames < kCountableFrames) ++frame;
-    return timeOf(frame) > caption.endMs;
+    auto frame = Saturate<std::int64_t>(frames);
+    while (TimeOf(frame) < ms && frames < kCountableFrames) ++frame;
+    return frame;
+  }
+  std::int64_t FirstFrame(const CaptionItem& caption) const { return FirstFrameAt(caption.startMs); }
+  std::int64_t FirstFrameBehind(std::int64_t ms) const { return FirstFrameAt(ms + 1); }
+  bool FallsBetweenFrames(const CaptionItem& caption) const {
+    return TimeOf(FirstFrame(caption)) > caption.endMs;
   }
 
   bool m_showsAlways;
   VRXTimeInfo m_frame;
   double m_movieMs;  // 0 when unknown
+  std::int64_t m_movieFrames;
+  Intervals m_drawnFrames;
   std::set<std::int32_t> m_currentIds{0};
-  std::map<std::int32_t, CoveredTime> m_covered;
+  std::map<std::int32_t, Intervals> m_covered;
 };
 
 class OverlayChecker {
@@ -216,16 +248,23 @@ class OverlayChecker {
                      .endSeconds = caption.endMs / kMillisecondsPerSecond,
                      .layoutType = caption.layoutType,
                      .hiddenBecause = judge.Judge(caption)};
-      if (!row.hiddenBecause.IsEmpty() && hidden++ < kMostCaptionProblems) {
-        XpString message;
+      XpString message;
+      if (!row.hiddenBecause.IsEmpty()) {
         message.Format(u"caption %u never shows: %s", row.number, row.hiddenBecause);
-        Report(m_report.painterPath, Severity::Warning, overlay::kCaptionString.name, message);
+      } else if (!judge.Draws(caption, true)) {
+        message.Format(
+            u"caption %u shows only in part: another in the list cuts the drawn frames short "
+            u"(captions belong in the order of their times, none inside another)",
+            row.number);
       }
       m_report.captions.push_back(row);
+      if (!message.IsEmpty() && hidden++ < kMostCaptionProblems) {
+        Report(m_report.painterPath, Severity::Warning, overlay::kCaptionString.name, message);
+      }
     }
     if (hidden <= kMostCaptionProblems) return;
     XpString message;
-    message.Format(u"%I64u more captions never show",
+    message.Format(u"%I64u more captions never show, or only in part",
                    static_cast<std::uint64_t>(hidden - kMostCaptionProblems));
     Report(m_report.painterPath, Severity::Warning, overlay::kCaptionString.name, message);
   }

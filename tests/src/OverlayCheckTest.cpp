@@ -86,6 +86,19 @@ TEST_F(OverlayCheckTest, EachHiddenCaptionHasItsCause) {
               ElementsAre(""));
 }
 
+TEST_F(OverlayCheckTest, CaptionsThatOthersCutShortAreTold) {
+  const ProjectReport unordered = CheckCaptions(Caption(6000, 8000) + Caption(1000, 3000));
+  EXPECT_THAT(Causes(unordered),
+              ElementsAre(HasSubstr("no frame that is drawn on"), HasSubstr("in the order")));
+  const ProjectReport nested = CheckCaptions(Caption(1000, 9000) + Caption(2000, 3000));
+  EXPECT_THAT(Causes(nested), ElementsAre("", HasSubstr("earlier captions")));
+  EXPECT_THAT(Lines(nested), Contains(HasSubstr("caption 1 shows only in part")));
+  const ProjectReport sound = CheckCaptions(Caption(0, 999) + Caption(1000, 2000) + Caption(2001, 3000) +
+                                            Caption(2500, 4000) + Caption(5000, 5033) + Caption(9000, 99000));
+  EXPECT_THAT(Causes(sound), ElementsAre("", "", "", "", "", ""));
+  EXPECT_THAT(Lines(sound), ElementsAre());
+}
+
 TEST_F(OverlayCheckTest, ManyHiddenCaptionsAreSummedUp) {
   std::string captions;
   for (int i = 0; i < 1000; ++i) captions += Caption(1000, 2000, 0);
