@@ -20,12 +20,20 @@ XpString Wide(const std::string& text) { return platform::PathFromNative(text); 
 
 XpString ProductKey() { return SfRegistryKeyPath(u"LBR", XpString(), XpString()); }
 
-XpString KeyPath(std::string text) {
+/// Readers of settings turn the separators in names as well.
+XpString Turned(std::string text) {
   std::replace(text.begin(), text.end(), '/', '\\');
-  const XpString path = NormalKeyPath(Wide(text));
-  constexpr char16_t kTop[] = u"Software";
-  const bool isWhole = XpCompareNoCase(path.Left(std::size(kTop) - 1), kTop) == 0;
-  if (isWhole) return path;
+  return Wide(text);
+}
+
+bool IsAtOrBelow(const XpString& key, const XpString& path) {
+  const XpString below = path + u"\\";
+  return XpCompareNoCase(key, path) == 0 || XpCompareNoCase(key.Left(below.Length()), below) == 0;
+}
+
+XpString KeyPath(const std::string& text) {
+  const XpString path = NormalKeyPath(Turned(text));
+  if (IsAtOrBelow(path, u"Software")) return path;
   return path.IsEmpty() ? ProductKey() : ProductKey() + u"\\" + path;
 }
 
@@ -52,15 +60,10 @@ int NoSuchSetting(const ConfigOptions& options, const XpString& path) {
 
 int Get(const ConfigOptions& options, Root root, const XpString& path) {
   const Document document = ReadStore(root);
-  const Value* value = document.Find(path, Wide(options.name));
+  const Value* value = document.Find(path, Turned(options.name));
   if (value == nullptr) return NoSuchSetting(options, path);
   std::puts(TextOf(*value).c_str());
   return kDone;
-}
-
-bool IsAtOrBelow(const XpString& key, const XpString& path) {
-  const XpString below = path + u"\\";
-  return XpCompareNoCase(key, path) == 0 || XpCompareNoCase(key.Left(below.Length()), below) == 0;
 }
 
 int List(const ConfigOptions& options, Root root, const XpString& path) {
@@ -84,7 +87,7 @@ int Change(Root root, const std::function<bool(Document&)>& change) {
 int Set(const ConfigOptions& options, Root root, const XpString& path) {
   const auto number = options.isText ? std::nullopt : ParseNumber(options.value);
   return Change(root, [&](Document& document) {
-    document.keys[path][Wide(options.name)] = number ? Value(*number) : Value(Wide(options.value));
+    document.keys[path][Turned(options.name)] = number ? Value(*number) : Value(Wide(options.value));
     return true;
   });
 }
@@ -96,7 +99,7 @@ int Unset(const ConfigOptions& options, Root root, const XpString& path) {
       found =
           std::erase_if(document.keys, [&](const auto& key) { return IsAtOrBelow(key.first, path); }) != 0;
     } else if (const auto key = document.keys.find(path); key != document.keys.end()) {
-      found = key->second.erase(Wide(options.name)) != 0;
+      found = key->second.erase(Turned(options.name)) != 0;
     }
     return found;
   });

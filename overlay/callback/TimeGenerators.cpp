@@ -66,7 +66,8 @@ double VRXTennisMetaTimeGenerate::PositionInside(const SlowInfoRecord& segment, 
 
 double VRXTennisMetaTimeGenerate::PositionBehind(const SlowInfoRecord& last, double time, double start,
                                                  double /*position*/) const {
-  const double end = std::abs(last.speed) * (last.endTime - last.startTime) + last.sourceTime;
+  const double seconds = double{last.endTime} - double{last.startTime};
+  const double end = std::abs(double{last.speed}) * seconds + double{last.sourceTime};
   return end + (time - start - last.endTime);
 }
 

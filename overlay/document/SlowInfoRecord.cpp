@@ -26,10 +26,12 @@ class FieldReader {
 
   bool Read(float& value) {
     SkipToNumber();
-    float number = 0;
+    // Numbers too small for a float are 0, not unreadable.
+    double number = 0;
     const auto [end, error] = std::from_chars(m_rest.data(), m_rest.data() + m_rest.size(), number);
-    if (error != std::errc() || !std::isfinite(number)) return false;
-    value = number;
+    if (error != std::errc() || !(std::abs(number) <= double{std::numeric_limits<float>::max()}))
+      return false;
+    value = static_cast<float>(number);
     return Advance(end);
   }
 

@@ -27,7 +27,7 @@ void VRXWrapperManager::SetupOverlayRanges() {
       {video.frameDuration, m_clipSums, m_pBasebandObject != nullptr}, m_painterInfo);
   m_speedSections = std::move(plan.speedSections);
   m_captions = std::move(plan.captions);
-  if (plan.ranges.empty() || !EnsurePainters()) return;
+  if (!plan.isWanted || !EnsurePainters()) return;
   for (const vrx::overlay::OverlayRange& range : plan.ranges) {
     VRXIntermediateRawOutputSetting setting;
     setting.startTime = {static_cast<std::uint64_t>(range.start), video.frameDuration.scale};

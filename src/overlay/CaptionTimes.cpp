@@ -175,7 +175,9 @@ void ApplySpeedSections(std::span<const SlowInfoRecord> sections, CaptionItem& c
       continue;
     }
     if (record.speed == 1.0f || record.speed == 0.0f) continue;
-    if (!ApplyStretch({record, std::abs(static_cast<double>(record.speed))}, span)) break;
+    const double speed = record.speed;
+    const bool isLast = i + 1 == sections.size();
+    if (!ApplyStretch({record, isLast ? std::abs(speed) : speed}, span)) break;
   }
   caption.startMs = Saturate<std::int32_t>(static_cast<double>(span.start));
   caption.endMs = Saturate<std::int32_t>(static_cast<double>(span.end));

@@ -20,7 +20,7 @@ struct CaptionTimeContext {
 };
 
 /// Where a caption that runs from `startMs` to `endMs` of the unchanged material lies in the movie. A section
-/// of speed 0 changes nothing, and one of negative speed without neighbours counts with its absolute speed.
+/// of speed 0 changes nothing, and a last one of negative speed counts with its absolute speed.
 void ApplySpeedSections(std::span<const SlowInfoRecord> sections, CaptionItem& caption);
 
 /// Adjusts all captions in place, in order: speed sections, gaps of up to two frames, clip ends, start of the

@@ -92,6 +92,7 @@ OverlayPlan PlanOverlays(const MovieTimes& movie, const PainterInfo& info) {
   OverlayPlan plan;
   const bool hasTemplate = info.templateInfo.valid || info.tennisMetaInfo.valid;
   if ((!hasTemplate && !info.captionInfo.valid) || !movie.IsUsable()) return plan;
+  plan.isWanted = true;
   ParseSlowInfoData(info.slowInfoData, plan.speedSections);
   ParseCaptionString(info.captionInfo.captionString, plan.captions);
   PrepareCaptions({movie.frame, movie.sums.clipRanges, info.templateInfo.drawStartTime}, plan.speedSections,

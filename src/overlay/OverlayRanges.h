@@ -44,7 +44,8 @@ std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie,
 struct OverlayPlan {
   std::vector<SlowInfoRecord> speedSections;
   std::vector<CaptionItem> captions;  // in the movie's time
-  std::vector<OverlayRange> ranges;   // empty: nothing is drawn
+  std::vector<OverlayRange> ranges;
+  bool isWanted = false;  // a record is valid: the callback is set, though there may be no range
 };
 OverlayPlan PlanOverlays(const MovieTimes& movie, const PainterInfo& info);
 

@@ -160,6 +160,12 @@ INSTANTIATE_TEST_SUITE_P(
                   .slow = "0,1,0,2,0,0|0,-0.5,2,4,0,0|",
                   .adjusted = {{5000, 6000}},
                   .ranges = {{125, 151}}},
+        // T1 = 0 - 2000; e = -2000 / -1 + 0 + (1000 + 2000 - 0) = 5000, where the next section begins.
+        RangeCase{.name = "FirstRecordBackwards",
+                  .captions = {{0, 1000}},
+                  .slow = "0,-1,0,2,0,0|0,0.5,5,6,5,5|",
+                  .adjusted = {{0, 5000}},
+                  .ranges = {{0, 126}}},
         RangeCase{.name = "SpeedZeroChangesNothing",
                   .captions = {{2200, 2600}},
                   .slow = "0,0,2,4,0,0|",
