@@ -4,38 +4,13 @@
 #include <cstring>
 
 #include "imaging/pixmap/XpPixelVector.h"
+#include "imaging/pixmap/XpStraightAlpha.h"
 
 namespace vrx::drawing {
 namespace {
 
-constexpr std::uint32_t kOpaque = 255;
-
-unsigned char Mixed(std::uint32_t under, std::uint32_t over, std::uint32_t coverage) {
-  return static_cast<unsigned char>((under * (kOpaque - coverage) + over * coverage + kOpaque / 2) / kOpaque);
-}
-
-/// "Over" for colours that are not premultiplied.
-void ComposePixel(unsigned char* dest, const unsigned char* color, std::uint32_t coverage) {
-  const std::uint32_t under = dest[3];
-  if (coverage == kOpaque || under == 0) {
-    std::memcpy(dest, color, 3);
-    dest[3] = static_cast<unsigned char>(coverage);
-    return;
-  }
-  if (under == kOpaque) {
-    for (int c = 0; c < 3; ++c) dest[c] = Mixed(dest[c], color[c], coverage);
-    return;
-  }
-  const std::uint32_t overShare = coverage * kOpaque, underShare = under * (kOpaque - coverage);
-  const std::uint32_t whole = overShare + underShare;
-  for (int c = 0; c < 3; ++c) {
-    dest[c] = static_cast<unsigned char>((color[c] * overShare + dest[c] * underShare + whole / 2) / whole);
-  }
-  dest[3] = static_cast<unsigned char>((whole + kOpaque / 2) / kOpaque);
-}
-
 void ComposePixel24(unsigned char* dest, const unsigned char* color, std::uint32_t coverage) {
-  for (int c = 0; c < 3; ++c) dest[c] = Mixed(dest[c], color[c], coverage);
+  for (int c = 0; c < 3; ++c) dest[c] = pixels::Mixed(dest[c], color[c], coverage);
 }
 
 void ComposeColoredRow(unsigned char* dest, XpBitmapFormat format, const unsigned char* pixels,
@@ -44,7 +19,7 @@ void ComposeColoredRow(unsigned char* dest, XpBitmapFormat format, const unsigne
   for (std::size_t i = 0; i < count; ++i, dest += step, pixels += 4) {
     if (pixels[3] == 0) continue;
     if (format == XpBitmapFormat::Bgra32) {
-      ComposePixel(dest, pixels, pixels[3]);
+      pixels::ComposeOver(dest, pixels, pixels[3]);
     } else {
       ComposePixel24(dest, pixels, pixels[3]);
     }
@@ -97,7 +72,7 @@ void ComposeRow(unsigned char* dest, XpBitmapFormat format, const unsigned char*
     for (std::size_t i = first; i < end; ++i) {
       if (coverage[i] == 0) continue;
       if (hasAlpha) {
-        ComposePixel(dest + i * step, bytes, coverage[i]);
+        pixels::ComposeOver(dest + i * step, bytes, coverage[i]);
       } else {
         ComposePixel24(dest + i * step, bytes, coverage[i]);
       }

@@ -6,6 +6,7 @@
 
 #include "imaging/pixmap/XpBlockClip.h"
 #include "imaging/pixmap/XpPixelVector.h"
+#include "imaging/pixmap/XpStraightAlpha.h"
 
 namespace {
 
@@ -32,6 +33,39 @@ struct OverlayRule {
       const Vector16 odd = As16(d >> 8 & kEvenBytes) * rest + sourceOdd * factor;
       return As32(even) | (As32(odd) & ~kEvenBytes);
     });
+  }
+};
+
+/// Straight alpha, to the rounded byte.
+struct OverlaySmoothRule {
+  static bool LeavesAlone(const unsigned char* dest, std::size_t count, const unsigned char* source,
+                          std::size_t sourceCount) {
+    return OverlayRule::LeavesAlone(dest, count, source, sourceCount);
+  }
+
+  void operator()(unsigned char* dest, const unsigned char* source, std::size_t count) const {
+    std::size_t i = 0;
+    for (; i + kVectorPixels <= count; i += kVectorPixels) {
+      const Vector32 s = Load(source + i * kBytesPerPixel), d = Load(dest + i * kBytesPerPixel);
+      const Vector32 alpha = s & kAlphaMask;
+      if (!AnyBits(alpha)) continue;
+      const Vector32 isDrawn = reinterpret_cast<Vector32>(alpha != 0u);
+      const Vector32 isTaken = reinterpret_cast<Vector32>((alpha == kAlphaMask) | ((d & kAlphaMask) == 0u));
+      if (AnyBits(isDrawn & ~isTaken)) {
+        ComposeEach(dest, source, i, i + kVectorPixels);  // edges on something drawn are few
+      } else {
+        Store(dest + i * kBytesPerPixel, (s & isDrawn) | (d & ~isDrawn));
+      }
+    }
+    ComposeEach(dest, source, i, count);
+  }
+
+  static void ComposeEach(unsigned char* dest, const unsigned char* source, std::size_t first,
+                          std::size_t last) {
+    for (std::size_t i = first; i < last; ++i) {
+      const unsigned char* from = source + i * kBytesPerPixel;
+      if (from[3] != 0) ComposeOver(dest + i * kBytesPerPixel, from, from[3]);
+    }
   }
 };
 
@@ -164,6 +198,13 @@ void OverlayPixmap(XpPixmap32& destination, std::int32_t destX, std::int32_t des
                    std::int32_t sourceHeight, XpRowRange drawn) {
   Overlay(destination, destX, destY, destWidth, destHeight, source, sourceWidth, sourceHeight, drawn,
           OverlayRule{});
+}
+
+void OverlaySmoothPixmap(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
+                         std::int32_t destWidth, std::int32_t destHeight, const XpPixmap32& source,
+                         std::int32_t sourceWidth, std::int32_t sourceHeight, XpRowRange drawn) {
+  Overlay(destination, destX, destY, destWidth, destHeight, source, sourceWidth, sourceHeight, drawn,
+          OverlaySmoothRule{});
 }
 
 void OverlayPixmapWithAlpha(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,

@@ -22,7 +22,13 @@ void OverlayPixmap(XpPixmap32& destination, std::int32_t destX, std::int32_t des
                    std::int32_t destHeight, const XpPixmap32& source, std::int32_t sourceWidth,
                    std::int32_t sourceHeight, XpRowRange drawn = {});
 
-/// The same with a further constant alpha, w = a * alpha, and >> 16. A destination of alpha 0 takes the
+/// For pictures with smooth edges: the exact "over" of straight alpha, rounded, so that an edge on an empty
+/// destination keeps its colour. The same as OverlayPixmap where the source's alpha is 0 or 255.
+void OverlaySmoothPixmap(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
+                         std::int32_t destWidth, std::int32_t destHeight, const XpPixmap32& source,
+                         std::int32_t sourceWidth, std::int32_t sourceHeight, XpRowRange drawn = {});
+
+/// OverlayPixmap with a further constant alpha, w = a * alpha, and >> 16. A destination of alpha 0 takes the
 /// source's colours and w >> 8 as alpha, also when w is 0.
 void OverlayPixmapWithAlpha(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
                             std::int32_t destWidth, std::int32_t destHeight, const XpPixmap32& source,

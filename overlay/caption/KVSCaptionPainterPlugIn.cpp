@@ -156,7 +156,7 @@ bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32
   }
   m_textRenderer.Draw(canvas, text, font, m_layout->textColor, Moved(place, -kShadowOffset, -kShadowOffset),
                       format);
-  OverlayPixmap(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight, drawn);
+  OverlaySmoothPixmap(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight, drawn);
   ClearCanvas(drawn);
   return true;
 }

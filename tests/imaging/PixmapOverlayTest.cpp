@@ -22,6 +22,15 @@ void ComposePlainly(unsigned char* d, const unsigned char* s) {
   d[3] = static_cast<unsigned char>(d[3] + (((255 - d[3]) * a) >> 8));
 }
 
+/// The equations of straight alpha.
+void ComposeSmoothlyPlainly(unsigned char* d, const unsigned char* s) {
+  const double over = s[3] / 255.0, under = d[3] / 255.0 * (1 - over), whole = over + under;
+  constexpr double kHalf = 0.5 + 1e-9;  // halves go up
+  if (over == 0) return;
+  for (int c = 0; c < 3; ++c) d[c] = static_cast<unsigned char>((s[c] * over + d[c] * under) / whole + kHalf);
+  d[3] = static_cast<unsigned char>(whole * 255 + kHalf);
+}
+
 void ComposeWithAlphaPlainly(unsigned char* d, const unsigned char* s, int alpha) {
   const int w = s[3] * alpha;
   if (d[3] == 0) {
@@ -80,7 +89,7 @@ TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
                 0,
                 Between(random, 1, 2 * sw + 3),
                 Between(random, 1, 2 * sh + 3)};
-    const int kind = static_cast<int>(random() % 4);
+    const int kind = static_cast<int>(random() % 5);
     if (kind == 0 || kind == 3) {
       p.sourceWidth = p.destWidth;
       p.sourceHeight = p.destHeight;
@@ -109,6 +118,11 @@ TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
       const Bytes expected = OverlaidPlainly(dest, source, p, ComposePlainly);
       OverlayPixmap(dest, p.destX, p.destY, p.destWidth, p.destHeight, source, p.sourceWidth, p.sourceHeight,
                     drawn);
+      ASSERT_TRUE(SamePicture(expected, dest));
+    } else if (kind == 4) {
+      const Bytes expected = OverlaidPlainly(dest, source, p, ComposeSmoothlyPlainly);
+      OverlaySmoothPixmap(dest, p.destX, p.destY, p.destWidth, p.destHeight, source, p.sourceWidth,
+                          p.sourceHeight);
       ASSERT_TRUE(SamePicture(expected, dest));
     } else {
       const Bytes expected = OverlaidPlainly(
