@@ -3,15 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 
 #include "imaging/pixmap/XpPixmap.h"
-
-/// Rows `first` to `last` - 1 of a source.
-struct XpRowRange {
-  std::int32_t first = 0;
-  std::int32_t last = std::numeric_limits<std::int32_t>::max();
-};
+#include "imaging/pixmap/XpRowRange.h"
 
 /// Composes the top-left `sourceWidth` by `sourceHeight` pixels of `source`, scaled by nearest neighbour,
 /// over `destWidth` by `destHeight` pixels of `destination`, clipped to both. A size below 1 draws nothing.

@@ -27,12 +27,13 @@ DrawnArea::Span FindSpan(const unsigned char* row, std::int32_t width) {
 
 }  // namespace
 
-void DrawnArea::Find(const XpPixmap32& picture) {
+void DrawnArea::Find(const XpPixmap32& picture, XpRowRange rows) {
   m_spans.resize(static_cast<std::size_t>(picture.height));
   m_firstRow = picture.height;
   m_lastRow = 0;
   const std::size_t stride = static_cast<std::size_t>(picture.width) * kPixelBytes;
-  for (std::int32_t y = 0; y < picture.height; ++y) {
+  const std::int32_t last = std::min(rows.last, picture.height);
+  for (std::int32_t y = std::max(rows.first, 0); y < last; ++y) {
     Span& span = m_spans[static_cast<std::size_t>(y)];
     span = FindSpan(picture.data + static_cast<std::size_t>(y) * stride, picture.width);
     if (span.first == span.last) continue;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "imaging/pixmap/XpPixmap.h"
+#include "imaging/pixmap/XpRowRange.h"
 
 namespace vrx::overlay {
 
@@ -17,8 +18,9 @@ class DrawnArea {
     std::int32_t last = 0;
   };
 
-  /// Looks for pixels with any byte that is not 0. A span may be wider than what is drawn, never narrower.
-  void Find(const XpPixmap32& picture);
+  /// Looks for pixels with any byte that is not 0; there is none outside `rows`. A span may be wider than
+  /// what is drawn, never narrower.
+  void Find(const XpPixmap32& picture, XpRowRange rows = {});
   /// Zeroes what Find found, and forgets it.
   void Clear(XpPixmap32& picture);
   void Reset() { m_firstRow = m_lastRow = 0; }

@@ -49,7 +49,7 @@ bool VRXIntermediateRawOutputCallback::Paint(const PainterTimes& times) {
   m_drawn.Clear(*m_overlay);
   const bool drawn = m_context.painters->DrawAllForVideo(times.videoId, times.gpsMs, times.tennisMs,
                                                          times.captionMs, m_overlay);
-  m_drawn.Find(*m_overlay);
+  m_drawn.Find(*m_overlay, m_context.painters->GetDrawnRows());
   if (!drawn) return false;
   m_isShown = isKnown;
   m_shown.swap(m_wanted);

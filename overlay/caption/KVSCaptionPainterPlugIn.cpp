@@ -40,6 +40,13 @@ Rect PlaceOf(std::int32_t layoutType, std::int32_t textHeight) {
   return rect;
 }
 
+/// The rows of a frame that rows of the canvas fall on, and one more on each side for the rounding.
+XpRowRange RowsOnFrame(XpRowRange canvas, std::int32_t frameHeight) {
+  const std::int64_t height = std::int64_t{frameHeight} - 2 * kMargin;
+  const auto onFrame = [&](std::int64_t row) { return kMargin + row * height / kCanvasHeight; };
+  return {Saturated(onFrame(canvas.first) - 1), Saturated(onFrame(canvas.last) + 2)};
+}
+
 /// A shown caption differs from all others by its place in the list; no caption is 0.
 constexpr std::uint64_t kNoCaption = 0;
 
@@ -111,6 +118,7 @@ bool KVSCaptionPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t /*tennis
   if (!holder) return false;
   const XpSingleLock lock(&m_lock);
   XpPixmap32& target = *holder;
+  m_drawnRows = {0, 0};
   if (target.width != m_outputWidth || target.height != m_outputHeight)
     SetOutputSize(target.width, target.height);
   const CaptionItem* caption = SelectCaption(captionMs, m_currentVideoId);
@@ -146,6 +154,7 @@ bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32
   const XpRowRange drawn{std::clamp(place.top - kShadowOffset, 0, kCanvasHeight),
                          std::clamp(place.bottom, 0, kCanvasHeight)};
 
+  m_drawnRows = RowsOnFrame(drawn, target.height);
   Canvas canvas(m_canvas.GetBitmapHandle());
   m_textRenderer.Draw(canvas, text, font, kShadowColor, place, format);
   if (m_saveMovieMode) {

@@ -32,6 +32,7 @@ class KVSCaptionPainterPlugIn final : public KVSPainterPlugInBase {
   void SetVideoLayout(std::int32_t, std::int32_t) override {}
   void SetMode(std::uint32_t) override {}
   PainterStamp GetContentStamp(const PainterTimes& times) override;
+  XpRowRange GetDrawnRows() const override { return m_drawnRows; }
 
   /// Replaces the captions by copies, in this order: where two overlap, the earlier in the list is shown.
   void SetCaptionItems(std::span<const CaptionItem> items);
@@ -52,6 +53,7 @@ class KVSCaptionPainterPlugIn final : public KVSPainterPlugInBase {
   std::vector<CaptionItem> m_captions;
   std::uint64_t m_generation = 0;  // of configuration and captions
   std::unique_ptr<KVSCaptionPainterLayoutBase> m_layout;
+  XpRowRange m_drawnRows;
   XpPixmap32 m_canvas;  // made with the first caption; clear between captions
   XpCriticalSection m_lock;
 };

@@ -50,6 +50,8 @@ class IKVSDynamicInfoPainter {
   /// Appends the stamp of each painter that DrawAllForVideo would ask, in that order. False when one of them
   /// cannot tell its content.
   virtual bool GetContentStamps(const PainterTimes& times, std::vector<PainterStamp>& stamps) const = 0;
+  /// The rows outside of which the last DrawAllForVideo touched nothing.
+  virtual XpRowRange GetDrawnRows() const = 0;
 };
 
 /// Makes the painters of one kind each; an empty entry is a kind that nobody makes. Filled where the program

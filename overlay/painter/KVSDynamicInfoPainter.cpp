@@ -1,5 +1,6 @@
 #include "overlay/painter/KVSDynamicInfoPainter.h"
 
+#include <algorithm>
 #include <new>
 
 #include "overlay/painter/VideoLayouts.h"
@@ -116,6 +117,17 @@ bool KVSDynamicInfoPainter::GetContentStamps(const PainterTimes& times,
     stamps.push_back(stamp);
   }
   return allKnown;
+}
+
+XpRowRange KVSDynamicInfoPainter::GetDrawnRows() const {
+  XpRowRange all{0, 0};
+  for (const auto& [layer, entry] : m_byLayer) {
+    if (!entry.painter->enabled) continue;
+    const XpRowRange rows = entry.painter->GetDrawnRows();
+    if (rows.IsEmpty()) continue;
+    all = all.IsEmpty() ? rows : XpRowRange{std::min(all.first, rows.first), std::max(all.last, rows.last)};
+  }
+  return all;
 }
 
 bool KVSDynamicInfoPainter::IsAnyDrawable() const {

@@ -33,6 +33,7 @@ class KVSDynamicInfoPainter final : public IKVSDynamicInfoPainter {
   void SetSubVideoSize(std::int32_t subVideoSize) override { m_subVideoSize = subVideoSize; }
   void Release() override { delete this; }
   bool GetContentStamps(const PainterTimes& times, std::vector<PainterStamp>& stamps) const override;
+  XpRowRange GetDrawnRows() const override;
 
  private:
   struct Layered {

@@ -6,6 +6,7 @@
 
 #include "foundation/memory/XpSharedPtr.h"
 #include "imaging/pixmap/XpPixmap.h"
+#include "imaging/pixmap/XpRowRange.h"
 #include "overlay/document/PainterInfo.h"
 #include "overlay/painter/PainterStamp.h"
 
@@ -40,6 +41,9 @@ class KVSPainterPlugInBase {
 
   /// The content that DrawForVideo would draw. A painter that doesn't know draws every frame.
   virtual PainterStamp GetContentStamp(const PainterTimes& /*times*/) { return {}; }
+
+  /// The rows of the pixmap outside of which the last DrawForVideo touched nothing.
+  virtual XpRowRange GetDrawnRows() const { return {}; }
 
   std::int32_t painterType = KVSPainterNone;
   bool enabled = false;

@@ -64,6 +64,22 @@ TEST_F(CaptionPainterTest, ShowsTheFirstCaptionOfItsTimeAndClip) {
   EXPECT_NE(Drawn(Draw(1000)), Rect{});  // whatever clip is current
 }
 
+TEST_F(CaptionPainterTest, NothingIsDrawnOutsideTheRowsThatItNames) {
+  for (const auto& [width, height] :
+       {std::pair{1920, 1080}, {64, 48}, {90, 61}, {199, 1000}, {301, 2160}, {640, 359}}) {
+    for (std::int32_t layout = 1; layout <= 9; ++layout) {
+      Set({Caption(u"aa\nbb", 1000, 2000, layout)}, layout % 2 == 0);
+      const Rect drawn = Drawn(Draw(1000, 0, width, height));
+      const XpRowRange rows = painter.GetDrawnRows();
+      ASSERT_FALSE(drawn.IsEmpty()) << layout << " on " << width << "x" << height;
+      EXPECT_GE(drawn.top, rows.first) << layout << " on " << width << "x" << height;
+      EXPECT_LE(drawn.bottom, rows.last) << layout << " on " << width << "x" << height;
+    }
+  }
+  Draw(5000);
+  EXPECT_TRUE(painter.GetDrawnRows().IsEmpty());
+}
+
 TEST_F(CaptionPainterTest, NinePlacesOnTheCanvasInsideTheMargin) {
   // A box of 60 by 80 on a line of 120 with an em of 100, on the canvas; the frame's margin squeezes it a
   // little.
