@@ -5,40 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
-#include <vector>
 
 #include "engine/EngineExports.h"
 #include "engine/EngineResult.h"
 #include "vrx/XpTextCodec.h"
 
 namespace vrx::engine::test {
-
-/// A folder of the test's own, removed at the end.
-class Folder {
- public:
-  Folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "vrx-engine-XXXXXX").string();
-    m_path = mkdtemp(name.data());
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-  std::string operator/(const std::string& name) const { return (m_path / name).string(); }
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_path))
-      names.push_back(entry.path().filename());
-    return names;
-  }
-
- private:
-  std::filesystem::path m_path;
-};
 
 class RenderJob {
  public:
