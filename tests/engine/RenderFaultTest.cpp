@@ -28,11 +28,15 @@ class Fault : public testing::Test {
   const std::string source = Path("source.mp4");
 };
 
-TEST_F(Fault, ReleasingTheEngineEndsForgottenSequences) {
+TEST_F(Fault, ACancelledRenderStandsStillAndReleasingTheEngineEndsIt) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(source, 0, 50);
   ASSERT_EQ(job.Create(), kOk);
-  ASSERT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  while (job.progress.processed == 0) ASSERT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  const auto before = job.progress.processed;
+  job.endFlag = true;
+  EXPECT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  EXPECT_EQ(job.progress.processed, before);
   VRXHandle second = nullptr;
   ASSERT_EQ(VRX_CreateVRX(&second), kOk);
   EXPECT_EQ(VRX_ReleaseSequence(second, &job.sequence), kInvalidArgument);
