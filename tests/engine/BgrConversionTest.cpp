@@ -80,29 +80,18 @@ TEST_P(Conversion, MatchesTheDefiningEquationsAtEverySize) {
   }
 }
 
-TEST_P(Conversion, GreysAndTheirWayBackStayGrey) {
-  for (int grey = 0; grey < 256; ++grey) {
-    std::vector<std::uint32_t> pixels(4, 0x010101u * static_cast<std::uint32_t>(grey));
-    std::mt19937 random(1);
-    Planes planes(2, 2, random);
-    BgrToPlanar({pixels.data(), 2}, GetParam(), planes.View());
-    EXPECT_EQ(planes.u[0], 128);
-    EXPECT_EQ(planes.v[0], 128);
-    EXPECT_NEAR(planes.y[0], 16 + grey * 219 / 255.0, 0.51);
-    PlanarToBgr(planes.View(), GetParam(), {pixels.data(), 2});
-    for (const int shift : {0, 8, 16}) EXPECT_NEAR(static_cast<int>(pixels[0] >> shift & 0xFF), grey, 2);
-  }
-}
-
-TEST_P(Conversion, PureColoursComeBackAsTheyWere) {
-  for (const std::uint32_t colour : {0xFF0000u, 0x00FF00u, 0x0000FFu, 0xFFFF00u, 0xFFFFFFu, 0x000000u}) {
+TEST_P(Conversion, GreysAndPureColoursComeBackAsTheyWere) {
+  std::vector<std::uint32_t> colours = {0xFF0000u, 0x00FF00u, 0x0000FFu, 0xFFFF00u};
+  for (std::uint32_t grey = 0; grey < 256; ++grey) colours.push_back(0x010101u * grey);
+  for (const std::uint32_t colour : colours) {
     std::vector<std::uint32_t> pixels(16 * 16, colour);
     std::mt19937 random(1);
     Planes planes(16, 16, random);
     BgrToPlanar({pixels.data(), 16}, GetParam(), planes.View());
     PlanarToBgr(planes.View(), GetParam(), {pixels.data() + 15 * 16, -16});
     for (const int shift : {0, 8, 16}) {
-      EXPECT_NEAR(static_cast<int>(pixels[37] >> shift & 0xFF), static_cast<int>(colour >> shift & 0xFF), 3)
+      EXPECT_NEAR(static_cast<int>(pixels[37] >> shift & 0xFF), static_cast<int>(colour >> shift & 0xFF),
+                  colour % 0x010101u == 0 ? 2 : 3)
           << std::hex << colour;
     }
   }
