@@ -4,9 +4,11 @@
 #include "drawing/BoxTextRenderer.h"
 #include "imaging/pixmap/XpPixmapOverlay.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
+#include "tests/drawing/Sheet.h"
 
 namespace {
 
+using vrx::drawing::PixelAt;
 using vrx::drawing::Rect;
 
 CaptionItem Caption(const char16_t* text, std::int32_t startMs, std::int32_t endMs, std::int32_t layout = 5,
@@ -28,23 +30,7 @@ class CaptionPainterTest : public testing::Test {
     EXPECT_TRUE(painter.DrawForVideo(videoId, 0, 0, ms, holder));
     return holder;
   }
-  /// The smallest rectangle that holds everything drawn.
-  static Rect Drawn(const PixmapHolder& holder) {
-    Rect box{INT32_MAX, INT32_MAX, 0, 0};
-    for (std::int32_t i = 0; i < holder->width * holder->height; ++i) {
-      const unsigned char* p = holder->data + i * 4;
-      if ((p[0] | p[1] | p[2] | p[3]) == 0) continue;
-      const std::int32_t x = i % holder->width, y = i / holder->width;
-      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1),
-             std::max(box.bottom, y + 1)};
-    }
-    return box.right == 0 ? Rect{} : box;
-  }
-  static std::uint32_t PixelAt(const PixmapHolder& holder, std::int32_t x, std::int32_t y) {
-    std::uint32_t pixel = 0;
-    std::memcpy(&pixel, holder->data + (y * holder->width + x) * 4, 4);
-    return pixel;
-  }
+  static Rect Drawn(const PixmapHolder& holder) { return vrx::drawing::InkOf(*holder); }
 
   vrx::drawing::BoxTextRenderer boxes;
   KVSCaptionPainterPlugIn painter{boxes};
@@ -88,10 +74,10 @@ TEST_F(CaptionPainterTest, ShadowLiesBelowTheTextAndIsHalfAsStrongInSaveMode) {
     Set({Caption(u"x", 0, 10, 5)}, saveMode);
     const PixmapHolder holder = Draw(5);
     const Rect box = Drawn(holder);
-    EXPECT_EQ(PixelAt(holder, box.left + 20, box.top + 20), 0xFFFF0000u);
+    EXPECT_EQ(PixelAt(*holder, box.left + 20, box.top + 20), 0xFFFF0000u);
     // The right and bottom edges of what is drawn belong to the shadow alone; the outermost pixel is
     // smoothed.
-    const std::uint32_t shadow = PixelAt(holder, box.right - 2, box.bottom - 30);
+    const std::uint32_t shadow = PixelAt(*holder, box.right - 2, box.bottom - 30);
     EXPECT_EQ(shadow & 0xFFFFFF, 0x000002u) << saveMode;
     EXPECT_EQ(shadow >> 24 > 0x80, !saveMode) << saveMode;
   }
