@@ -13,24 +13,13 @@ constexpr std::int32_t kWidth = 37;
 constexpr std::int32_t kHeight = 11;
 constexpr std::uint32_t kFrameBytes = kWidth * kHeight * 4;
 
-class CallbackTest : public testing::Test {
+class CallbackTest : public FakePaintersTest {
  protected:
   CallbackTest() {
-    PainterMakers makers;
-    for (const std::size_t type : {std::size_t{1}, std::size_t{3}}) {
-      makers[type] = [this, type] {
-        return std::make_unique<FakePainter>(static_cast<std::int32_t>(type), &journal);
-      };
-    }
-    IKVSDynamicInfoPainter* made = nullptr;
-    EXPECT_TRUE(CreateDynamicInfoPainter(&made, makers));
-    painters.reset(made);
     info.captionInfo.valid = true;
     painters->SetPainterInfo(&info);
-    journal.clear();
   }
   OverlayContext Context() { return {kWidth, kHeight, {1, 10}, &info, painters.get()}; }
-  FakePainter& Painter() { return *static_cast<FakePainter*>(painters->GetPainter(0)); }
 
   /// The frame after a picture of its own was made for it.
   Bytes PlainFrame(std::uint64_t frame) {
@@ -44,14 +33,12 @@ class CallbackTest : public testing::Test {
     return bytes;
   }
 
-  std::vector<std::string> journal;
-  std::unique_ptr<IKVSDynamicInfoPainter, PaintersRelease> painters;
   PainterInfo info;
 };
 
 TEST_F(CallbackTest, KeptOverlaysEqualFreshOnesBitForBit) {
   for (const bool knowsContent : {true, false}) {
-    Painter().knowsContent = knowsContent;
+    Painter(0).knowsContent = knowsContent;
     VRXIntermediateRawOutputCallback callback(Context());
     callback.ResetTimeGenerators({});
     journal.clear();

@@ -1,44 +1,35 @@
 // Painters are made once a kind, configured, and drawn from the lowest layer to the highest.
 #include <gmock/gmock.h>
 
-#include "overlay/painter/IKVSDynamicInfoPainter.h"
 #include "tests/overlay/FakePainter.h"
 
 namespace {
 
 using testing::ElementsAre;
 
-class PainterManagerTest : public testing::Test {
+class PainterManagerTest : public FakePaintersTest {
  protected:
-  PainterManagerTest() {
-    PainterMakers makers;
-    for (const std::int32_t type : {0, 1, 3}) {
-      makers[static_cast<std::size_t>(type)] = [this, type] {
-        return std::make_unique<FakePainter>(type, &journal);
-      };
-    }
-    IKVSDynamicInfoPainter* made = nullptr;
-    EXPECT_TRUE(CreateDynamicInfoPainter(&made, makers));
-    painters.reset(made);
-    EXPECT_EQ(holder->Allocate(4, 4), XpOk);
-  }
+  PainterManagerTest() { EXPECT_EQ(holder->Allocate(4, 4), XpOk); }
   std::vector<std::string> DrawAll() {
     journal.clear();
     EXPECT_TRUE(painters->DrawAllForVideo(0, 0, 0, 0, holder));
     return journal;
   }
 
-  std::vector<std::string> journal;
-  std::unique_ptr<IKVSDynamicInfoPainter, PaintersRelease> painters;
   PixmapHolder holder{new XpPixmap32};
   std::int32_t id = -7;
 };
 
-TEST_F(PainterManagerTest, LayersDecideTheOrderWhateverTheCreation) {
+TEST_F(PainterManagerTest, LayersDecideTheOrderOfThoseThatAreEnabled) {
+  for (const std::int32_t type : {-1, 2, 4, INT32_MAX, INT32_MIN}) {
+    EXPECT_FALSE(painters->CreatePainter(id, type, 1)) << type << ", which nobody makes";
+  }
+  EXPECT_EQ(id, -7);
   ASSERT_TRUE(painters->CreatePainter(id, 3, 5));
   ASSERT_TRUE(painters->CreatePainter(id, 0, 1));
   ASSERT_TRUE(painters->CreatePainter(id, 1, 1));
   EXPECT_EQ(id, 2);
+  EXPECT_FALSE(painters->IsAnyDrawable());
   for (std::int32_t i = 0; i < 3; ++i) EXPECT_TRUE(painters->EnablePainter(i, true));
   EXPECT_THAT(DrawAll(), ElementsAre("0video", "1video", "3video"));
   painters->EnablePainter(1, false);
@@ -48,13 +39,10 @@ TEST_F(PainterManagerTest, LayersDecideTheOrderWhateverTheCreation) {
   EXPECT_TRUE(painters->DrawPainter(1, 0, 0, 0, holder));
   EXPECT_FALSE(painters->DrawPainter(1, 0, 0, 0, empty));
   EXPECT_FALSE(painters->DrawPainter(9, 0, 0, 0, holder));
-}
-
-TEST_F(PainterManagerTest, KindsThatNobodyMakesAreRefused) {
-  for (const std::int32_t type : {-1, 2, 4, INT32_MAX, INT32_MIN}) {
-    EXPECT_FALSE(painters->CreatePainter(id, type, 1)) << type;
-  }
-  EXPECT_EQ(id, -7);
+  Painter(0).drawable = false;
+  EXPECT_TRUE(painters->IsAnyDrawable());
+  Painter(2).drawable = false;
+  EXPECT_FALSE(painters->IsAnyDrawable());
 }
 
 TEST_F(PainterManagerTest, ConfigurationMakesEachPainterOnce) {
@@ -80,15 +68,6 @@ TEST_F(PainterManagerTest, ConfigurationMakesEachPainterOnce) {
   EXPECT_EQ(id, 2);
 }
 
-TEST_F(PainterManagerTest, DrawableMeansEnabledAndDrawable) {
-  painters->CreatePainter(id, 1, 1);
-  EXPECT_FALSE(painters->IsAnyDrawable());
-  painters->EnablePainter(id, true);
-  EXPECT_TRUE(painters->IsAnyDrawable());
-  static_cast<FakePainter*>(painters->GetPainter(id))->drawable = false;
-  EXPECT_FALSE(painters->IsAnyDrawable());
-}
-
 TEST_F(PainterManagerTest, VideoPlacesFollowLayoutSizeAndOutput) {
   using vrx::drawing::Rect;
   painters->SetOutputSize(1280, 720);
@@ -100,10 +79,9 @@ TEST_F(PainterManagerTest, VideoPlacesFollowLayoutSizeAndOutput) {
   };
   const Rect untouched{1, 2, 3, 4};
   for (const Case& c :
-       {Case{2, 0, 1, true, {986, 543, 1253, 693}}, Case{2, 1, 1, false, {1380, 759, 1880, 1040}},
-        Case{2, 2, 1, false, {1280, 702, 1880, 1040}}, Case{6, 1, 1, false, {960, 270, 1920, 810}},
+       {Case{2, 0, 1, true, {986, 543, 1253, 693}}, Case{2, 2, 1, false, {1280, 702, 1880, 1040}},
         Case{15, 0, 3, false, {1200, 0, 1680, 270}}, Case{6, 0, 2, true, untouched},
-        Case{16, 0, 0, true, untouched}, Case{0, 0, 0, true, untouched}}) {
+        Case{16, 0, 0, true, untouched}}) {
     painters->SetVideoLayout(c.layout, c.size);
     Rect rect = untouched;
     EXPECT_TRUE(painters->GetVideoRect(c.index, rect, c.scaled));
