@@ -79,19 +79,6 @@ TEST(BlendOverlayTest, EveryAlphaAndColourIsExact) {
   }
 }
 
-TEST(BlendOverlayTest, FrameThatDoesNotFitStaysAsItIs) {
-  XpPixmap32 overlay;
-  ASSERT_EQ(overlay.Allocate(4, 4), XpOk);
-  std::fill_n(overlay.data, overlay.size, static_cast<unsigned char>(255));
-  Bytes frame(4 * 4 * 3 - 1, 9);
-  const Bytes before = frame;
-  BlendOverlay(overlay, frame.data(), static_cast<std::uint32_t>(frame.size()));
-  EXPECT_EQ(frame, before);
-  BlendOverlay(overlay, nullptr, 4 * 4 * 4);
-  BlendOverlay(XpPixmap32(), frame.data(), static_cast<std::uint32_t>(frame.size()));
-  EXPECT_EQ(frame, before);
-}
-
 TEST(DrawnAreaTest, ClearingLeavesNothingBehind) {
   std::mt19937 random(3);
   for (const int emptyInTen : {0, 5, 9, 10}) {

@@ -76,6 +76,7 @@ TEST_F(CallbackTest, RefusesWhatItCannotDo) {
   EXPECT_FALSE(VRXIntermediateRawOutputCallback({}).ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5));
   EXPECT_TRUE(callback.ProcessFrame(10, bytes.data(), kWidth * kHeight - 1, 2, 5));  // too small to touch
   EXPECT_TRUE(callback.ProcessFrame(10, nullptr, kFrameBytes, 2, 5));
+  vrx::overlay::BlendOverlay(XpPixmap32(), bytes.data(), kFrameBytes);
   info.captionInfo.valid = false;
   EXPECT_TRUE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5));
   EXPECT_EQ(bytes, Bytes(kFrameBytes, 50));
