@@ -63,27 +63,9 @@ TEST(PixmapBlock, ExtremeArgumentsWriteNothingOutside) {
   CopyPixmapBlock(dest, source);
   EXPECT_EQ(dest.GetPlane(0)->Row(2)[4 * 3], 9);
   EXPECT_EQ(dest.GetPlane(0)->Row(3)[4 * 3], 0);
+  EXPECT_EQ(BytesOf(*MakeSolidPixmap(0, 1, 2, 178)), (Bytes{2, 1, 0, 178}));
   EXPECT_EQ(RotatePixmap180(empty), nullptr);
   EXPECT_EQ(MirrorPixmap(overlay), nullptr);
-}
-
-TEST(PixmapBlock, FillSetsEveryPixelInMemoryOrderAndNoPadding) {
-  for (const auto& [width, height] : kOddSizes) {
-    XpPixmap32 with;
-    XpPixmap24 without;
-    ASSERT_EQ(with.Allocate(width, height), XpOk);
-    ASSERT_EQ(without.Allocate(width, height), XpOk);
-    FillPixmap(with, 3, 2, 1, 4);
-    FillPixmap(without, 3, 2, 1);
-    for (std::int32_t y = 0; y < height; ++y) {
-      for (std::int32_t i = 0; i < width * 4; ++i) ASSERT_EQ(with.GetPlane(0)->Row(y)[i], i % 4 + 1);
-      for (std::int32_t i = 0; i < without.GetPlane(0)->rowBytes; ++i) {
-        ASSERT_EQ(without.GetPlane(0)->Row(y)[i], i < width * 3 ? i % 3 + 1 : 0);
-      }
-    }
-  }
-  const auto solid = MakeSolidPixmap(0, 0, 0, 178);
-  EXPECT_EQ(BytesOf(*solid), (Bytes{0, 0, 0, 178}));
 }
 
 }  // namespace

@@ -24,19 +24,9 @@ void FillRandom(Pixmap& pixmap, std::mt19937& random) {
   for (std::uint32_t i = 0; i < pixmap.size; ++i) pixmap.data[i] = static_cast<unsigned char>(random());
   if (pixmap.GetPlaneBytesPerPixel(0) != 4) return;
   for (std::uint32_t i = 0; i < pixmap.size; i += 4) {
-    switch (random() % 6) {
-      case 0:
-        pixmap.data[i + 3] = 0;
-        break;
-      case 1:
-        pixmap.data[i + 3] = 255;
-        break;
-      case 2:
-        std::fill_n(pixmap.data + i, 4, static_cast<unsigned char>(0));
-        break;
-      default:
-        break;
-    }
+    const auto kind = random() % 6;
+    if (kind < 2) pixmap.data[i + 3] = kind == 0 ? 0 : 255;
+    if (kind == 2) std::fill_n(pixmap.data + i, 4, static_cast<unsigned char>(0));
   }
 }
 

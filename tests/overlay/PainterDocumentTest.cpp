@@ -114,9 +114,8 @@ TEST_F(PainterDocumentTest, LastReadKeyDecidesWhetherTheDocumentCounts) {
   const std::string log =
       "<key>LogDataArray</key><array><string/><dict><key>VideoID</key><integer>3</integer>";
   for (const Case& c :
-       {Case{"", XpOk}, Case{Dict("CaptionInfo", ""), XpOk}, Case{width, XpOk},
-        Case{noWidth, XpErrElementNotFound}, Case{noWidth + end, XpOk},
-        Case{width + Dict("TemplateInfo", ""), XpErrElementNotFound},
+       {Case{Dict("CaptionInfo", ""), XpOk}, Case{width, XpOk}, Case{noWidth, XpErrElementNotFound},
+        Case{noWidth + end, XpOk}, Case{width + Dict("TemplateInfo", ""), XpErrElementNotFound},
         Case{end + Dict("TennisMetaInfo", ""), XpErrElementNotFound},
         Case{Dict("TennisMetaInfo", "<key>TrimedShift</key><real>1</real>"), XpOk},
         Case{Dict("TemplateInfo", "<key>DrawEndTime</key><real>2</real>" + log + "</dict></array>"),

@@ -20,11 +20,7 @@ class SettingsAndLogsTest : public testing::Test {
   ~SettingsAndLogsTest() override {
     for (const char* name : {"TMPDIR", "VRX_REGISTRY_DIR"}) unsetenv(name);
   }
-  static VrxResult Vrx(std::vector<std::string> arguments) {
-    VrxCall call;
-    call.arguments = std::move(arguments);
-    return RunVrx(call);
-  }
+  static VrxResult Vrx(std::vector<std::string> arguments) { return RunVrx({std::move(arguments)}); }
   /// Makes `name` the current run and writes its log.
   fs::path PutLog(const std::string& name, const std::string& text) const {
     const fs::path folder = m_home.Path() / "LDKAppLog/KRVOOutput" / name;
