@@ -7,6 +7,7 @@ extern "C" {
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 #include "engine/PictureColour.h"
@@ -106,13 +107,11 @@ FramePtr Uniform(AVPixelFormat format, std::array<int, 3> samples, AVColorSpace 
   const bool wide = format == AV_PIX_FMT_YUV422P10LE;
   for (std::size_t plane = 0; plane < samples.size() && frame->data[plane] != nullptr; ++plane) {
     const bool halved = plane > 0 && (format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVJ420P);
-    const int rows = halved ? kSize / 2 : kSize;
-    for (int i = 0; i < rows * frame->linesize[plane] / (wide ? 2 : 1); ++i) {
-      if (wide) {
-        reinterpret_cast<std::uint16_t*>(frame->data[plane])[i] = static_cast<std::uint16_t>(samples[plane]);
-      } else {
-        frame->data[plane][i] = static_cast<std::uint8_t>(samples[plane]);
-      }
+    const int bytes = (halved ? kSize / 2 : kSize) * frame->linesize[plane];
+    if (wide) {
+      std::fill_n(reinterpret_cast<std::uint16_t*>(frame->data[plane]), bytes / 2, samples[plane]);
+    } else {
+      std::fill_n(frame->data[plane], bytes, samples[plane]);
     }
   }
   return frame;

@@ -113,19 +113,6 @@ TEST_F(RenderFaultTest, KilledRenderLeavesTheOlderMovieAndTheNextOneWorks) {
   EXPECT_NE(folder.Read("out.mp4"), kOlderMovie);
 }
 
-TEST_F(RenderFaultTest, UnreadableDocumentEndsInAClearLine) {
-  for (const char* document : {"", "hello", "<?xml version=\"1.0\"?><movie/>"}) {
-    const std::string path = folder.Write("p.vrx", document);
-    const VrxResult render = RunVrx({{"render", path}});
-    EXPECT_EQ(render.status, 1);
-    EXPECT_THAT(render.errors, HasSubstr("render failed (8003): error: " + path));
-    const VrxResult check = RunVrx({{"check", path}});
-    EXPECT_EQ(check.status, 1);
-    EXPECT_THAT(check.output, HasSubstr(path));
-    ExpectNothingLeft();
-  }
-}
-
 TEST_F(RenderFaultTest, MissingEngineIsNamed) {
   const std::string program = Path("vrx");
   std::filesystem::copy_file(VRX_PROGRAM, program);
