@@ -1,21 +1,90 @@
-// Movies come out frame for frame as the timeline says, whatever the sources are made of.
+// Movies come out frame for frame as the timeline says, whatever the sources are made of; and what the result
+// and the log say of a render that the engine refuses.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
+#include "engine/EngineExports.h"
+#include "engine/EngineResult.h"
 #include "samples/clipmaker/FramePattern.h"
 #include "samples/clipmaker/PatternClip.h"
-#include "tests/engine/RenderJob.h"
 #include "tests/support/MovieReader.h"
 #include "tests/support/TempFolder.h"
+#include "vrx/XpTextCodec.h"
 
-namespace vrx::engine::test {
+namespace vrx::engine {
 namespace {
 
 using namespace test_support;
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+/// A render through the exported functions, with the records filled the way a host fills them.
+class RenderJob {
+ public:
+  explicit RenderJob(const std::string& outputPath) {
+    VRX_SetLogCallback(&Collect, this);
+    VRX_CreateVRX(&handle);
+    output.systemType = VRXSystemByExtension;
+    output.outputFilePath = new VRXPathHolder(textcodec::ToUtf16(outputPath));
+    output.video = new VRXVideoOutputSetting;
+    output.video->width = 64;
+    output.video->height = 48;
+    output.video->frameDuration = VRXTimeInfo(1, 25);
+    output.video->averageBitrate = 400'000;
+    output.video->avcEncoderMode = 1;
+  }
+  RenderJob(const RenderJob&) = delete;
+  RenderJob& operator=(const RenderJob&) = delete;
+  ~RenderJob() {
+    if (sequence != nullptr) VRX_ReleaseSequence(handle, &sequence);
+    VRX_ReleaseVRX(&handle);
+    VRX_SetLogCallback(nullptr, nullptr);
+  }
+
+  void AddClip(const std::string& path, std::int64_t start, std::int64_t end, std::uint64_t scale = 25) {
+    VRXFileSourceStreamInfo clip(textcodec::ToUtf16(path));
+    clip.startTime = VRXTimeInfo(static_cast<std::uint64_t>(start), scale);
+    clip.endTime = VRXTimeInfo(static_cast<std::uint64_t>(end), scale);
+    timeline.video.Add(clip);
+  }
+  void AddSound(std::uint16_t channels, std::uint32_t rate, std::int32_t codec) {
+    output.audio = new VRXAudioOutputSetting;
+    output.audio->channels = channels;
+    output.audio->samplingRate = rate;
+    output.audio->codecType = codec;
+    output.audio->bitsPerSample = 16;
+  }
+
+  Result Create() { return VRX_CreateSequence(handle, &timeline, &output, &sequence); }
+  /// Executes until the end or a failure, and releases the sequence.
+  Result Run() {
+    Result result = Create();
+    while (result == kOk && !endFlag) {
+      result = sequence->Execute(&progress, &endFlag);
+      EXPECT_TRUE(result != kOk || progress.total != 0);
+    }
+    if (sequence == nullptr) return result;
+    EXPECT_EQ(VRX_ReleaseSequence(handle, &sequence), kOk);
+    return result;
+  }
+  bool Logged(const std::string& text) const { return log.find(text) != std::string::npos; }
+
+  VRXHandle handle = nullptr;
+  VRXTimeline timeline;
+  VRXSystemOutputSetting output;
+  IVRXSequence* sequence = nullptr;
+  VRXProgressInfo progress;
+  bool endFlag = false;
+  std::string log;  // lines, each with a line end
+
+ private:
+  static void Collect(void* job, std::int32_t, const char* line) {
+    static_cast<RenderJob*>(job)->log += std::string(line) + "\n";
+  }
+};
 
 void Count(std::vector<int>& numbers, int first, int count) {
   for (int i = 0; i < count; ++i) numbers.push_back(first + i);
@@ -192,5 +261,111 @@ TEST_F(Render, SkipsNothingAndRepeatsNothingInThousandsOfClips) {
   EXPECT_EQ(MovieReader(Path("out.mp4")).RemainingNumbers(), expected);
 }
 
+class Fault : public Render {
+ protected:
+  Fault() {
+    folder.Write("out.mp4", "older");
+    folder.Write("text.mp4", std::string(3000, 'x') + "\nno movie\n");
+  }
+  void ExpectNothingLeft() const {
+    EXPECT_EQ(folder.Read("out.mp4"), "older");
+    EXPECT_EQ(folder.Count(), 3);
+  }
+  const std::string source = Write("source.mp4", {});
+};
+
+TEST_F(Fault, ACancelledRenderStandsStillAndReleasingTheEngineEndsIt) {
+  RenderJob job(Path("out.mp4"));
+  job.AddClip(source, 0, 50);
+  ASSERT_EQ(job.Create(), kOk);
+  while (job.progress.processed == 0) ASSERT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  const auto before = job.progress.processed;
+  job.endFlag = true;
+  EXPECT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  EXPECT_EQ(job.progress.processed, before);
+  VRXHandle second = nullptr;
+  ASSERT_EQ(VRX_CreateVRX(&second), kOk);
+  EXPECT_EQ(VRX_ReleaseSequence(second, &job.sequence), kInvalidArgument);
+  EXPECT_EQ(VRX_ReleaseVRX(&second), kOk);
+  EXPECT_EQ(VRX_ReleaseVRX(&job.handle), kOk);
+  job.sequence = nullptr;
+  ExpectNothingLeft();
+}
+
+TEST_F(Fault, EachRefusalHasItsOwnCodeAndAReadableLine) {
+  struct Case {
+    Result expected;
+    const char* logged;
+    std::function<void(RenderJob&)> spoil;
+  };
+  const auto clip = [&](const std::string& path) {
+    return [path](RenderJob& job) { job.AddClip(path, 0, 5); };
+  };
+  const Case cases[] = {
+      {kSourceMissing, "none.mp4", clip(Path("none.mp4"))},
+      {kSourceMissing, "source.mp4/x.mp4", clip(source + "/x.mp4")},
+      {kSourceMissing, "source not found: ", clip("C:\\a\\b.mp4")},
+      {kSourceUnreadable, "not readable", clip(Path("."))},
+      {kSourceNotMovie, "text.mp4", clip(Path("text.mp4"))},
+      {kUnusableSettings, "width", [](RenderJob& job) { job.output.video->width = 63; }},
+      {kUnusableSettings, "no frame", [](RenderJob& job) { job.timeline.video.Clear(); }},
+      {kUnusableSettings, "channels", [](RenderJob& job) { job.AddSound(0, 48000, 0); }},
+      {kUnusableSettings, "samplingRate", [](RenderJob& job) { job.AddSound(2, 22050, 2); }},
+      {kUnusableSettings, "frameDuration",
+       [](RenderJob& job) {
+         job.output.video->codecType = 1;
+         job.output.video->frameDuration = VRXTimeInfo(1, 997);
+       }},
+  };
+  for (const Case& c : cases) {
+    RenderJob job(Path("out.mp4"));
+    job.AddClip(source, 0, 50);
+    c.spoil(job);
+    EXPECT_EQ(job.Run(), c.expected) << job.log;
+    EXPECT_TRUE(job.Logged(c.logged)) << job.log;
+    ExpectNothingLeft();
+  }
+}
+
+TEST_F(Fault, ASourceWithoutPicturesFailsAgainAndAgain) {
+  std::string damaged = folder.Read("source.mp4");
+  const std::size_t data = damaged.find("mdat"), index = damaged.find("moov");
+  ASSERT_LT(data, index);
+  std::fill(&damaged[data + 4], &damaged[index - 4], '\xFF');
+  folder.Write("text.mp4", damaged);
+  RenderJob job(Path("out.mp4"));
+  job.AddClip(Path("text.mp4"), 0, 50);
+  ASSERT_EQ(job.Create(), kOk);
+  Result result = kOk;
+  while (result == kOk && !job.endFlag) result = job.sequence->Execute(&job.progress, &job.endFlag);
+  EXPECT_EQ(result, kSourceNotMovie) << job.log;
+  EXPECT_TRUE(job.Logged("text.mp4"));
+  EXPECT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), result);
+  ExpectNothingLeft();
+}
+
+TEST(Handles, NullAndForeignOnesAreRefused) {
+  int foreign = 0;
+  VRXHandle handle = &foreign;
+  IVRXSequence* sequence = nullptr;
+  VRXTimeline timeline;
+  VRXSystemOutputSetting output;
+  EXPECT_EQ(VRX_CreateVRX(nullptr), kInvalidArgument);
+  EXPECT_EQ(VRX_ReleaseVRX(&handle), kInvalidArgument);
+  EXPECT_EQ(VRX_CreateSequence(handle, &timeline, &output, &sequence), kInvalidArgument);
+  EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 4), kInvalidArgument);
+  EXPECT_EQ(VRX_IsSmartRenderingCapable(nullptr, 0, 0), kInvalidArgument);
+  ASSERT_EQ(VRX_CreateVRX(&handle), kOk);
+  EXPECT_EQ(VRX_CreateSequence(handle, &timeline, &output, &sequence), kInvalidArgument) << "without parts";
+  EXPECT_EQ(VRX_CreateSequence(handle, nullptr, &output, &sequence), kInvalidArgument);
+  EXPECT_EQ(VRX_ReleaseSequence(handle, &sequence), kInvalidArgument);
+  EXPECT_EQ(VRX_SetSTPVSetting(handle, nullptr, 4), kInvalidArgument);
+  EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 0), kInvalidArgument);
+  EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 4), kOk);
+  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 0, 0), kNotCapable);
+  EXPECT_EQ(VRX_ReleaseVRX(&handle), kOk);
+  EXPECT_EQ(handle, nullptr);
+}
+
 }  // namespace
-}  // namespace vrx::engine::test
+}  // namespace vrx::engine
