@@ -98,10 +98,9 @@ TEST(Canvas, EllipsesFillTheirBoundsSymmetricallyWithAClosedEdge) {
   }
   Sheet ring(40, 40);
   ring.canvas.DrawEllipse({5, 5, 35, 35}, {kOrange, 4}, std::nullopt);
-  EXPECT_FALSE(ring.IsSet(20, 20));
-  EXPECT_TRUE(ring.IsSet(3, 20));
-  EXPECT_TRUE(ring.IsSet(6, 20));
-  EXPECT_FALSE(ring.IsSet(7, 20));
+  for (const auto& [x, isSet] : {std::pair{20, false}, {2, false}, {3, true}, {6, true}, {7, false}}) {
+    EXPECT_EQ(ring.IsSet(x, 20), isSet) << x;
+  }
   ring.canvas.DrawEllipse({9, 9, 9, 20}, {kOrange, 1}, Brush{kOrange});
   EXPECT_FALSE(ring.IsSet(9, 15));
 }

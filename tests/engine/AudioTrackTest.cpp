@@ -22,7 +22,6 @@ namespace {
 
 using test_support::ClipSound;
 using test_support::ClipSoundStyle;
-using test_support::PatternClip;
 using test_support::WritePatternClip;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -52,13 +51,12 @@ class AudioTrackTest : public ::testing::Test {
 
   /// A clip with sound, and with a small picture where the container is one for movies.
   std::string Write(const std::string& name, const ClipSound& sound) const {
-    PatternClip clip;
-    clip.width = 64;
-    clip.height = 48;
-    clip.hasSound = true;
-    clip.sound = sound;
-    clip.frames = name.ends_with(".wav") ? 0 : static_cast<int>(sound.samples * 25 / sound.rate);
-    WritePatternClip(Path(name), clip);
+    const auto frames = static_cast<int>(sound.samples * 25 / sound.rate);
+    WritePatternClip(Path(name), {.width = 64,
+                                  .height = 48,
+                                  .frames = name.ends_with(".wav") ? 0 : frames,
+                                  .hasSound = true,
+                                  .sound = sound});
     return Path(name);
   }
 

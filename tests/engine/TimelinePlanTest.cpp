@@ -50,7 +50,7 @@ TEST(TimelinePlan, CountsTheFramesOfFileClipsAndRefusesTimesThatNoMovieHas) {
   }
 }
 
-TEST(TimelinePlan, SourceTimesAreExactFarIntoAFilmRate) {
+TEST(TimelinePlan, SourceTimesAndLengthsAreExactAtAFilmRate) {
   VideoClip clip;
   clip.start = 90'000'000'000;
   clip.scale = 90000;
@@ -58,9 +58,6 @@ TEST(TimelinePlan, SourceTimesAreExactFarIntoAFilmRate) {
   // 10^6 s + 2 * 10^9 * 1001 / 30000 s in ticks of 1 / 90000 s
   EXPECT_EQ(RoundDivide(time.numerator * 90000, time.denominator),
             Int128{90'000'000'000} + 2'000'000'000LL * 3003);
-}
-
-TEST(TimelinePlan, AWholeSourceGivesAsManyFramesAsItHas) {
   EXPECT_EQ(FramesOfSource(100 * 512, 1, 12800, kTwentyFive), 100);
   EXPECT_EQ(FramesOfSource(3337, 1, 1000, kFilm), 100);  // milliseconds, rounded
   EXPECT_EQ(FramesOfSource(1, 1, 1000, kFilm), 1);

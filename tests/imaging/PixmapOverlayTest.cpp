@@ -57,14 +57,9 @@ TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
       std::fill(source.data, source.GetPlane(0)->Row(0) + drawn.first * source.width * 4, 0);
       std::fill(source.data + drawn.last * source.width * 4, source.data + source.size, 0);
     }
-    Bytes expected;
-    if (kind < 2) {
-      expected = ComposedPlainly(dest, source, b, ComposePlainly);
-    } else {
-      expected = ComposedPlainly(dest, source, b, [alpha](unsigned char* d, const unsigned char* s) {
-        ComposeWithAlphaPlainly(d, s, alpha);
-      });
-    }
+    const Bytes expected = ComposedPlainly(dest, source, b, [&](unsigned char* d, const unsigned char* s) {
+      kind < 2 ? ComposePlainly(d, s) : ComposeWithAlphaPlainly(d, s, alpha);
+    });
     if (kind == 0) {
       OverlayPixmapBlock(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceY);
     } else if (kind == 1) {

@@ -71,27 +71,23 @@ TEST_F(PainterManagerTest, ConfigurationMakesEachPainterOnce) {
 TEST_F(PainterManagerTest, VideoPlacesFollowLayoutSizeAndOutput) {
   using vrx::drawing::Rect;
   painters->SetOutputSize(1280, 720);
-  struct Case {
-    std::int32_t layout, size;
-    std::size_t index;
-    bool scaled;
-    Rect rect;
-  };
-  const Rect untouched{1, 2, 3, 4};
-  for (const Case& c :
-       {Case{2, 0, 1, true, {986, 543, 1253, 693}}, Case{2, 2, 1, false, {1280, 702, 1880, 1040}},
-        Case{15, 0, 3, false, {1200, 0, 1680, 270}}, Case{6, 0, 2, true, untouched},
-        Case{16, 0, 0, true, untouched}}) {
-    painters->SetVideoLayout(c.layout, c.size);
-    Rect rect = untouched;
-    EXPECT_TRUE(painters->GetVideoRect(c.index, rect, c.scaled));
-    EXPECT_EQ(rect, c.rect) << c.layout;
-  }
+  Rect rect;
+  painters->SetVideoLayout(2, 0);
+  EXPECT_TRUE(painters->GetVideoRect(1, rect, true));
+  EXPECT_EQ(rect, (Rect{986, 543, 1253, 693}));
+  painters->SetVideoLayout(2, 2);
+  EXPECT_TRUE(painters->GetVideoRect(1, rect, false));
+  EXPECT_EQ(rect, (Rect{1280, 702, 1880, 1040}));
   bool hasSizes = true;
-  painters->SetVideoLayout(99, 0);
-  EXPECT_FALSE(painters->GetVideoLayoutFlag(hasSizes));
-  EXPECT_TRUE(hasSizes);
+  for (const std::int32_t unknown : {16, 99}) {
+    painters->SetVideoLayout(unknown, 0);
+    EXPECT_TRUE(painters->GetVideoRect(0, rect, true));
+    EXPECT_EQ(rect, (Rect{1280, 702, 1880, 1040})) << "stays as it is";
+    EXPECT_FALSE(painters->GetVideoLayoutFlag(hasSizes));
+    EXPECT_TRUE(hasSizes);
+  }
   painters->SetVideoLayout(7, 0);
+  EXPECT_TRUE(painters->GetVideoRect(9, rect, true));
   EXPECT_TRUE(painters->GetVideoLayoutFlag(hasSizes));
   EXPECT_FALSE(hasSizes);
 }

@@ -127,11 +127,13 @@ TEST_F(RenderFaultTest, MissingEngineIsNamed) {
 }
 
 TEST(CommandLineTest, WrongUseIsTold) {
-  EXPECT_EQ(RunVrx({{}}).status, 2);
-  EXPECT_EQ(RunVrx({{"render"}}).status, 2);
-  EXPECT_EQ(RunVrx({{"render", "a", "--progress", "loud"}}).status, 2);
-  EXPECT_EQ(RunVrx({{"paint", "a"}}).status, 2);
-  EXPECT_EQ(RunVrx({{"help", "paint"}}).status, 2);
+  for (const auto& wrong : {std::vector<std::string>{},
+                            {"render"},
+                            {"paint", "a"},
+                            {"help", "paint"},
+                            {"render", "a", "--progress", "loud"}}) {
+    EXPECT_EQ(RunVrx({wrong}).status, 2) << testing::PrintToString(wrong);
+  }
   EXPECT_EQ(RunVrx({{"help", "render"}}).status, 0);
   EXPECT_THAT(RunVrx({{"--version"}}).output, HasSubstr("vrx "));
   const VrxResult missing = RunVrx({{"render", "/no/such.vrx"}});
