@@ -1,19 +1,169 @@
-// An overlay lies over the frame as its alpha says, the right way up; each frame gets its own, whether it was
-// drawn anew or kept from the frame before.
+// Painters are made once a kind, configured, and drawn from the lowest layer to the highest. What they drew
+// lies over the frame as its alpha says, the right way up, whether it was drawn anew or kept.
 #include <random>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "overlay/callback/BlendOverlay.h"
 #include "overlay/callback/DrawnArea.h"
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
-#include "tests/overlay/FakePainter.h"
+#include "overlay/painter/IKVSDynamicInfoPainter.h"
 
 namespace {
 
+using testing::ElementsAre;
 using vrx::overlay::BlendOverlay;
 using vrx::overlay::DrawnArea;
 using Bytes = std::vector<unsigned char>;
+
+/// Marks the pixmap with its colour and keeps a record of what it was asked.
+class FakePainter : public KVSPainterPlugInBase {
+ public:
+  FakePainter(std::int32_t type, std::vector<std::string>& journal) : m_journal(journal) {
+    painterType = type;
+  }
+  bool SetPainterInfo(const PainterInfo*, const PainterInfoBase*) override { return Note("info"); }
+  bool Draw(std::int64_t, std::int64_t, std::int64_t, PixmapHolder&) override { return Note("draw"); }
+  bool DrawForVideo(std::int32_t videoId, std::int64_t, std::int64_t, std::int64_t captionMs,
+                    PixmapHolder& holder) override {
+    Note("video");
+    const auto content = static_cast<std::uint32_t>(captionMs / kPeriodMs);
+    for (std::uint32_t i = 0; i < holder->size && content % 3 != 0; i += 4 * (2 + content)) {
+      holder->data[i] = static_cast<unsigned char>(content + static_cast<std::uint32_t>(videoId));
+      holder->data[i + 3] = 200;
+    }
+    return false;
+  }
+  void SetClipDateTime(std::uint32_t, std::uint32_t, std::uint32_t) override {}
+  void SetClipRange(double, double, std::int32_t) override {}
+  bool IsDrawable() const override { return drawable; }
+  void Configure(const PainterInfo*, const PainterInfoBase*) override {}
+  void SetOutputSize(std::int32_t, std::int32_t) override {}
+  void SetVideoLayout(std::int32_t, std::int32_t) override {}
+  void SetMode(std::uint32_t) override {}
+  PainterStamp GetContentStamp(const PainterTimes& times) override {
+    return {.isKnown = knowsContent, .content = static_cast<std::uint64_t>(times.captionMs / kPeriodMs)};
+  }
+
+  bool drawable = true;
+  bool knowsContent = true;
+
+ private:
+  static constexpr std::int64_t kPeriodMs = 1000;  // the picture changes once in it
+  bool Note(const std::string& what) {
+    m_journal.push_back(std::to_string(painterType) + what);
+    return true;
+  }
+  std::vector<std::string>& m_journal;
+};
+
+/// A manager whose painters of the kinds 0, 1 and 3 are fakes.
+class FakePaintersTest : public testing::Test {
+ protected:
+  FakePaintersTest() {
+    PainterMakers makers;
+    for (const std::int32_t type : {0, 1, 3}) {
+      makers[static_cast<std::size_t>(type)] = [this, type] {
+        return std::make_unique<FakePainter>(type, journal);
+      };
+    }
+    IKVSDynamicInfoPainter* made = nullptr;
+    EXPECT_TRUE(CreateDynamicInfoPainter(&made, makers));
+    painters.reset(made);
+  }
+  FakePainter& Painter(std::int32_t id) { return *static_cast<FakePainter*>(painters->GetPainter(id)); }
+
+  struct Release {
+    void operator()(IKVSDynamicInfoPainter* manager) const { manager->Release(); }
+  };
+  std::vector<std::string> journal;
+  std::unique_ptr<IKVSDynamicInfoPainter, Release> painters;
+};
+
+class PainterManagerTest : public FakePaintersTest {
+ protected:
+  PainterManagerTest() { EXPECT_EQ(holder->Allocate(4, 4), XpOk); }
+  std::vector<std::string> DrawAll() {
+    journal.clear();
+    EXPECT_TRUE(painters->DrawAllForVideo(0, 0, 0, 0, holder));
+    return journal;
+  }
+
+  PixmapHolder holder{new XpPixmap32};
+  std::int32_t id = -7;
+};
+
+TEST_F(PainterManagerTest, LayersDecideTheOrderOfThoseThatAreEnabled) {
+  for (const std::int32_t type : {-1, 2, 4, INT32_MAX, INT32_MIN}) {
+    EXPECT_FALSE(painters->CreatePainter(id, type, 1)) << type << ", which nobody makes";
+  }
+  EXPECT_EQ(id, -7);
+  ASSERT_TRUE(painters->CreatePainter(id, 3, 5));
+  ASSERT_TRUE(painters->CreatePainter(id, 0, 1));
+  ASSERT_TRUE(painters->CreatePainter(id, 1, 1));
+  EXPECT_EQ(id, 2);
+  EXPECT_FALSE(painters->IsAnyDrawable());
+  for (std::int32_t i = 0; i < 3; ++i) EXPECT_TRUE(painters->EnablePainter(i, true));
+  EXPECT_THAT(DrawAll(), ElementsAre("0video", "1video", "3video"));
+  painters->EnablePainter(1, false);
+  EXPECT_THAT(DrawAll(), ElementsAre("1video", "3video"));
+  PixmapHolder empty;
+  EXPECT_FALSE(painters->DrawAllForVideo(0, 0, 0, 0, empty));
+  EXPECT_TRUE(painters->DrawPainter(1, 0, 0, 0, holder));
+  EXPECT_FALSE(painters->DrawPainter(1, 0, 0, 0, empty));
+  EXPECT_FALSE(painters->DrawPainter(9, 0, 0, 0, holder));
+  Painter(0).drawable = false;
+  EXPECT_TRUE(painters->IsAnyDrawable());
+  Painter(2).drawable = false;
+  EXPECT_FALSE(painters->IsAnyDrawable());
+}
+
+TEST_F(PainterManagerTest, ConfigurationMakesEachPainterOnce) {
+  painters->SetPainterInfo(nullptr);
+  PainterInfo info;
+  painters->SetPainterInfo(&info);
+  EXPECT_EQ(painters->GetPainter(0), nullptr);
+  EXPECT_THAT(DrawAll(), ElementsAre());
+  info.captionInfo.valid = info.templateInfo.valid = info.tennisMetaInfo.valid = info.contentImageInfo.valid =
+      true;
+  journal.clear();
+  painters->SetPainterInfo(&info);
+  painters->SetPainterInfo(&info);
+  EXPECT_THAT(journal, ElementsAre("1info", "3info", "1info", "3info"));
+  EXPECT_EQ(painters->FindPainterByType(3), painters->GetPainter(1));
+  info.captionInfo.valid = false;
+  painters->SetPainterInfo(&info);
+  EXPECT_THAT(DrawAll(), ElementsAre("1video", "3video"));  // stays enabled
+
+  painters->ClearPainters();
+  EXPECT_EQ(painters->FindPainterByType(3), nullptr);
+  ASSERT_TRUE(painters->CreatePainter(id, 3, 1));
+  EXPECT_EQ(id, 2);
+}
+
+TEST_F(PainterManagerTest, VideoPlacesFollowLayoutSizeAndOutput) {
+  using vrx::drawing::Rect;
+  painters->SetOutputSize(1280, 720);
+  Rect rect;
+  painters->SetVideoLayout(2, 0);
+  EXPECT_TRUE(painters->GetVideoRect(1, rect, true));
+  EXPECT_EQ(rect, (Rect{986, 543, 1253, 693}));
+  painters->SetVideoLayout(2, 2);
+  EXPECT_TRUE(painters->GetVideoRect(1, rect, false));
+  EXPECT_EQ(rect, (Rect{1280, 702, 1880, 1040}));
+  bool hasSizes = true;
+  for (const std::int32_t unknown : {16, 99}) {
+    painters->SetVideoLayout(unknown, 0);
+    EXPECT_TRUE(painters->GetVideoRect(0, rect, true));
+    EXPECT_EQ(rect, (Rect{1280, 702, 1880, 1040})) << "stays as it is";
+    EXPECT_FALSE(painters->GetVideoLayoutFlag(hasSizes));
+    EXPECT_TRUE(hasSizes);
+  }
+  painters->SetVideoLayout(7, 0);
+  EXPECT_TRUE(painters->GetVideoRect(9, rect, true));
+  EXPECT_TRUE(painters->GetVideoLayoutFlag(hasSizes));
+  EXPECT_FALSE(hasSizes);
+}
 
 constexpr std::int32_t kWidth = 37;
 constexpr std::int32_t kHeight = 11;
