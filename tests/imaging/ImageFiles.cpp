@@ -95,13 +95,10 @@ Bytes Png(const Samples& samples, const PngForm& form) {
     png_set_PLTE(png, info, reinterpret_cast<png_const_colorp>(form.palette.data()),
                  static_cast<int>(form.palette.size() / 3));
   }
-  if (!form.paletteAlpha.empty()) {
-    png_set_tRNS(png, info, form.paletteAlpha.data(), static_cast<int>(form.paletteAlpha.size()), nullptr);
-  }
-  if (form.key >= 0) {
+  if (!form.paletteAlpha.empty() || form.key >= 0) {
     const auto value = static_cast<png_uint_16>(form.key);
     const png_color_16 key{0, value, value, value, value};
-    png_set_tRNS(png, info, nullptr, 0, &key);
+    png_set_tRNS(png, info, form.paletteAlpha.data(), static_cast<int>(form.paletteAlpha.size()), &key);
   }
   png_write_info(png, info);
   if (form.depth < 8) png_set_packing(png);

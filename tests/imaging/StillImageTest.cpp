@@ -11,7 +11,6 @@ namespace {
 
 using namespace imagefiles;
 using vrx::imaging::RowOrder;
-using vrx::imaging::StillImageRequest;
 
 /// Every pixel in both row orders is what `expected` says, within `tolerance` a channel.
 void ExpectPixels(const Bytes& file, int width, int height, const SampleRule& expected, int tolerance = 0) {
@@ -320,9 +319,7 @@ TEST(StillImage, AFileCutAnywhereIsAnErrorInWordsAndAFlippedByteDoesNoHarm) {
       for (const int flip : {0xFF, 0x01, 0x80}) {
         Bytes bent = c.file;
         bent[at] = static_cast<char>(bent[at] ^ flip);
-        StillImageRequest request;
-        request.limits.pixels = 1'000'000;
-        const Loaded loaded = Load(bent, request);
+        const Loaded loaded = Load(bent, {.limits = {.pixels = 1'000'000}});
         EXPECT_EQ(loaded.result == XpOk, loaded.image.pixmap != nullptr);
       }
     }
@@ -347,14 +344,10 @@ TEST(StillImage, SizesBeyondTheLimitsAreRefusedFromTheHead) {
       EXPECT_NE(loaded.problem.find("too large"), std::string::npos) << loaded.problem;
     }
   }
-  StillImageRequest small;
-  small.limits.side = 20;
-  EXPECT_EQ(Load(Png(Noise(21, 2, 3)), small).result, XpErrOutOfMemory);
-  EXPECT_EQ(Load(Tiff(Noise(21, 2, 3)), small).result, XpErrOutOfMemory);
-  small.limits = {.pixels = 99};
-  EXPECT_EQ(Load(Png(Noise(10, 10, 3)), small).result, XpErrOutOfMemory);
-  small.limits = {.fileBytes = 50};
-  EXPECT_EQ(Load(Png(Noise(10, 10, 3)), small).result, XpErrOutOfMemory);
+  EXPECT_EQ(Load(Png(Noise(21, 2, 3)), {.limits = {.side = 20}}).result, XpErrOutOfMemory);
+  EXPECT_EQ(Load(Tiff(Noise(21, 2, 3)), {.limits = {.side = 20}}).result, XpErrOutOfMemory);
+  EXPECT_EQ(Load(Png(Noise(10, 10, 3)), {.limits = {.pixels = 99}}).result, XpErrOutOfMemory);
+  EXPECT_EQ(Load(Png(Noise(10, 10, 3)), {.limits = {.fileBytes = 50}}).result, XpErrOutOfMemory);
   // Within the limits, but more than so small a file can hold.
   for (const Bytes& file :
        {Bmp(12000, 12000, {24, 0, {}, "1234"}), jpeg.replace(frame + 5, 4, "\x2E\xE0\x2E\xE0")}) {

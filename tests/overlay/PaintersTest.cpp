@@ -223,12 +223,12 @@ TEST_F(CallbackTest, RefusesWhatItCannotDo) {
   Bytes bytes(kFrameBytes, 50);
   EXPECT_FALSE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 1, 5));
   EXPECT_FALSE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 2, 4));
-  OverlayContext noSize = Context();
-  noSize.width = 0;
-  EXPECT_FALSE(VRXIntermediateRawOutputCallback(noSize).ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5));
-  OverlayContext huge = Context();
-  huge.width = huge.height = 1 << 30;
-  EXPECT_FALSE(VRXIntermediateRawOutputCallback(huge).ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5));
+  for (const std::int32_t side : {0, 1 << 30}) {
+    OverlayContext unusable = Context();
+    unusable.width = unusable.height = side;
+    VRXIntermediateRawOutputCallback refusing(unusable);
+    EXPECT_FALSE(refusing.ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5)) << side;
+  }
   EXPECT_FALSE(VRXIntermediateRawOutputCallback({}).ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5));
   EXPECT_TRUE(callback.ProcessFrame(10, bytes.data(), kWidth * kHeight - 1, 2, 5));  // too small to touch
   EXPECT_TRUE(callback.ProcessFrame(10, nullptr, kFrameBytes, 2, 5));

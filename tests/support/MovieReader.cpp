@@ -29,22 +29,16 @@ CodecPtr OpenDecoder(const AVStream& stream) {
 // False behind the last frame.
 bool NextDecoded(AVFormatContext& demuxer, AVCodecContext& decoder, int stream, AVPacket& packet,
                  AVFrame& frame) {
-  for (;;) {
-    const int code = avcodec_receive_frame(&decoder, &frame);
-    if (code == AVERROR_EOF) return false;
-    if (code != AVERROR(EAGAIN)) {
-      Check(code, "decoding");
-      return true;
-    }
+  int code = 0;
+  while ((code = avcodec_receive_frame(&decoder, &frame)) == AVERROR(EAGAIN)) {
     av_packet_unref(&packet);
     const int read = av_read_frame(&demuxer, &packet);
-    if (read == AVERROR_EOF) {
-      Check(avcodec_send_packet(&decoder, nullptr), "decoding");
-    } else {
-      Check(read, "reading");
-      if (packet.stream_index == stream) Check(avcodec_send_packet(&decoder, &packet), "decoding");
+    if (read != AVERROR_EOF) Check(read, "reading");
+    if (read == AVERROR_EOF || packet.stream_index == stream) {
+      Check(avcodec_send_packet(&decoder, read == AVERROR_EOF ? nullptr : &packet), "decoding");
     }
   }
+  return code != AVERROR_EOF && Check(code, "decoding") >= 0;
 }
 
 }  // namespace
