@@ -1,12 +1,15 @@
 #include "tests/support/MovieReader.h"
 
 #include <cmath>
+#include <cstdlib>
 
 #include "samples/clipmaker/ClickTrack.h"
 #include "samples/clipmaker/FramePattern.h"
 
 namespace vrx::test_support {
 namespace {
+
+constexpr int kLargestJump = 100;  // parts of a second
 
 DemuxerPtr OpenDemuxer(const std::string& path) {
   AVFormatContext* demuxer = nullptr;
@@ -119,9 +122,11 @@ MovieSound MovieReader::ReadSound() const {
   sound.rate = decoder->sample_rate;
   while (NextDecoded(*demuxer, *decoder, m_audio, *packet, *frame)) {
     const std::size_t before = sound.samples.size();
-    if (before == 0) {
-      const double seconds = static_cast<double>(frame->best_effort_timestamp) * av_q2d(stream.time_base);
-      sound.start = std::llround((seconds - m_info.startSeconds) * sound.rate);
+    const double seconds = static_cast<double>(frame->best_effort_timestamp) * av_q2d(stream.time_base);
+    const std::int64_t place = std::llround((seconds - m_info.startSeconds) * sound.rate);
+    if (before == 0) sound.start = place;
+    if (std::abs(place - sound.start - static_cast<std::int64_t>(before)) > sound.rate / kLargestJump) {
+      throw std::runtime_error(m_path + ": the sound's times run away from its samples");
     }
     sound.samples.resize(before + static_cast<std::size_t>(frame->nb_samples));
     auto* out = reinterpret_cast<std::uint8_t*>(sound.samples.data() + before);
