@@ -9,6 +9,7 @@
 #include "drawing/BoxTextRenderer.h"
 #include "drawing/PangoTextRenderer.h"
 #include "imaging/pixmap/XpPixmapBlock.h"
+#include "tests/drawing/Sheet.h"
 #include "tests/imaging/RandomPixmap.h"
 
 namespace vrx::drawing {
@@ -24,29 +25,6 @@ Font FontOf(std::int32_t height, bool smooth = true) {
   font.smooth = smooth;
   return font;
 }
-
-struct Page {
-  explicit Page(std::int32_t width = 400, std::int32_t height = 200) {
-    EXPECT_EQ(pixmap.Allocate(width, height), XpOk);
-    canvas.Bind(pixmap.GetBitmapHandle());
-  }
-  const unsigned char* At(std::int32_t x, std::int32_t y) const { return pixmap.GetPlane(0)->Row(y) + x * 4; }
-  /// The smallest rectangle with all pixels that aren't four zero bytes.
-  Rect Ink() const {
-    Rect ink{INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN};
-    for (std::int32_t y = 0; y < pixmap.height; ++y) {
-      for (std::int32_t x = 0; x < pixmap.width; ++x) {
-        const unsigned char* p = At(x, y);
-        if ((p[0] | p[1] | p[2] | p[3]) == 0) continue;
-        ink = {std::min(ink.left, x), std::min(ink.top, y), std::max(ink.right, x + 1),
-               std::max(ink.bottom, y + 1)};
-      }
-    }
-    return ink.IsEmpty() ? Rect() : ink;
-  }
-  XpPixmap32 pixmap;
-  Canvas canvas;
-};
 
 bool Contains(const Rect& outer, const Rect& inner) { return Intersect(outer, inner) == inner; }
 
@@ -66,7 +44,7 @@ TEST_P(AnyTextRenderer, TextStaysInItsRectangleAndIsCutThere) {
   const Rect rect{50, 40, 150, 75};
   for (std::uint32_t align : {DT_LEFT, DT_CENTER, DT_RIGHT}) {
     for (std::uint32_t lines : {DT_WORDBREAK, DT_SINGLELINE, DT_SINGLELINE | DT_BOTTOM, DT_TOP}) {
-      Page page;
+      Sheet page;
       renderer->Draw(page.canvas, u"Text that is much too long\nfor it\nall", FontOf(-30), kColor, rect,
                      align | lines);
       const Rect ink = page.Ink();
@@ -75,7 +53,7 @@ TEST_P(AnyTextRenderer, TextStaysInItsRectangleAndIsCutThere) {
                                        << " to " << ink.right << "," << ink.bottom;
     }
   }
-  Page page;
+  Sheet page;
   renderer->Draw(page.canvas, u"Text that is much too long", FontOf(-30), kColor, rect, DT_NOCLIP);
   EXPECT_GT(page.Ink().right, rect.right);
 }
@@ -85,7 +63,7 @@ TEST_P(AnyTextRenderer, AlignmentMovesTheInkByTheRoomThatIsLeft) {
   const Font font = FontOf(-24);
   const Size size = renderer->Measure(u"Hxg", font, 380, DT_SINGLELINE);
   const auto inkOf = [&](std::uint32_t format) {
-    Page page;
+    Sheet page;
     renderer->Draw(page.canvas, u"Hxg", font, kColor, rect, format);
     return page.Ink();
   };
@@ -131,7 +109,7 @@ TEST_P(AnyTextRenderer, WordsWrapAtTheWidthAndLineFeedsAlways) {
 }
 
 TEST_P(AnyTextRenderer, CalculatingMovesTheRectangleAndDrawsNothing) {
-  Page page;
+  Sheet page;
   Rect rect{7, 9, 300, 10};
   const Font font = FontOf(-20);
   const std::int32_t height = renderer->DrawText(page.canvas, u"99\n999", font, kColor, rect,
@@ -159,42 +137,45 @@ TEST_P(AnyTextRenderer, APartlyVisibleLastLineIsLeftOutInAnEditControl) {
   const Font font = FontOf(-20);
   const std::int32_t line = renderer->Measure(u"M", font, 0, 0).height;
   const Rect rect{0, 0, 400, line + line / 2 + 4};
-  Page cut, whole;
+  Sheet cut, whole;
   renderer->Draw(cut.canvas, u"M\nM", font, kColor, rect, kCaption);
   renderer->Draw(whole.canvas, u"M\nM", font, kColor, rect, DT_NOPREFIX | DT_WORDBREAK);
   EXPECT_LE(cut.Ink().bottom, line);
   EXPECT_GT(whole.Ink().bottom, line);
-  Page large;
+  Sheet large;
   renderer->Draw(large.canvas, u"M", FontOf(-300), kColor, {0, 0, 400, 200}, kCaption);
   EXPECT_FALSE(large.Ink().IsEmpty()) << "the first line always shows";
 }
 
 TEST_P(AnyTextRenderer, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaquePixels) {
-  const Rect rect{5, 5, 395, 195};
   for (const ColorRef color : {kColor, ColorRef{0}}) {
-    Page clear, opaque, sparse;
+    Sheet clear, opaque, sparse;
+    XpPixmap24 narrow;
+    ASSERT_EQ(narrow.Allocate(400, 200), XpOk);
     FillPixmap(opaque.pixmap, 10, 220, 90, 255);
     FillPixmap(sparse.pixmap, 10, 220, 90, 100);
-    for (Page* page : {&clear, &opaque, &sparse}) {
-      renderer->Draw(page->canvas, u"Sway & 8\ngo", FontOf(-61), color, rect, DT_NOPREFIX);
+    FillPixmap(narrow, 10, 220, 90);
+    for (const Canvas& canvas :
+         {clear.canvas, opaque.canvas, sparse.canvas, Canvas(narrow.GetBitmapHandle())}) {
+      renderer->Draw(canvas, u"Sway & 8\ngo", FontOf(-61), color, {5, 5, 395, 195}, DT_NOPREFIX);
     }
     const unsigned char text[3] = {BlueOf(color), GreenOf(color), RedOf(color)}, under[3] = {90, 220, 10};
     int partial = 0, full = 0;
-    for (std::int32_t y = 0; y < 200; ++y) {
-      for (std::int32_t x = 0; x < 400; ++x) {
-        const int a = clear.At(x, y)[3];
-        partial += a > 0 && a < 255;
-        full += a == 255;
-        ASSERT_EQ(opaque.At(x, y)[3], 255);
-        const double mixedAlpha = a + 100.0 * (255 - a) / 255;
-        ASSERT_NEAR(sparse.At(x, y)[3], mixedAlpha, 0.51);
-        for (int c = 0; c < 3; ++c) {
-          ASSERT_EQ(clear.At(x, y)[c], a == 0 ? 0 : text[c]) << x << "," << y;
-          ASSERT_NEAR(opaque.At(x, y)[c], (under[c] * (255 - a) + text[c] * a) / 255.0, 0.51)
-              << x << "," << y;
-          const double mixed = (text[c] * a + under[c] * 100.0 * (255 - a) / 255) / mixedAlpha;
-          ASSERT_NEAR(sparse.At(x, y)[c], mixed, 0.51) << x << "," << y;
-        }
+    for (int i = 0; i < 400 * 200; ++i) {
+      const unsigned char *overClear = clear.pixmap.data + i * 4, *overOpaque = opaque.pixmap.data + i * 4,
+                          *overSparse = sparse.pixmap.data + i * 4;
+      const int a = overClear[3];
+      partial += a > 0 && a < 255;
+      full += a == 255;
+      ASSERT_EQ(overOpaque[3], 255) << i;
+      const double mixedAlpha = a + 100.0 * (255 - a) / 255;
+      ASSERT_NEAR(overSparse[3], mixedAlpha, 0.51) << i;
+      for (int c = 0; c < 3; ++c) {
+        ASSERT_EQ(overClear[c], a == 0 ? 0 : text[c]) << i;
+        ASSERT_NEAR(overOpaque[c], (under[c] * (255 - a) + text[c] * a) / 255.0, 0.51) << i;
+        const double mixed = (text[c] * a + under[c] * 100.0 * (255 - a) / 255) / mixedAlpha;
+        ASSERT_NEAR(overSparse[c], mixed, 0.51) << i;
+        ASSERT_EQ(narrow.data[i * 3 + c], overOpaque[c]) << i;
       }
     }
     EXPECT_GT(partial, 50);
@@ -204,26 +185,12 @@ TEST_P(AnyTextRenderer, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaquePix
 
 TEST_P(AnyTextRenderer, UnsmoothedTextIsThereOrNotAtEverySize) {
   for (std::int32_t height : {-9, -20, -86, -700}) {
-    Page page;
-    renderer->Draw(page.canvas, u"M+128 km", FontOf(height, false), kColor, {0, 0, 400, 200}, 0);
-    EXPECT_FALSE(page.Ink().IsEmpty()) << height;
-    for (std::int32_t i = 0; i < 400 * 200; ++i) {
-      const int alpha = page.pixmap.data[i * 4 + 3];
-      ASSERT_TRUE(alpha == 0 || alpha == 255) << height << ": " << alpha;
+    Sheet sheet;
+    renderer->Draw(sheet.canvas, u"M+128 km", FontOf(height, false), kColor, {0, 0, 400, 200}, 0);
+    EXPECT_FALSE(sheet.Ink().IsEmpty()) << height;
+    for (std::int32_t i = 3; i < 400 * 200 * 4; i += 4) {
+      ASSERT_TRUE(sheet.pixmap.data[i] == 0 || sheet.pixmap.data[i] == 255) << height;
     }
-  }
-}
-
-TEST_P(AnyTextRenderer, OpaquePixmapsOfThreeBytesTakeTextToo) {
-  Page page;
-  XpPixmap24 narrow;
-  ASSERT_EQ(narrow.Allocate(400, 200), XpOk);
-  FillPixmap(page.pixmap, 7, 8, 9, 255);
-  FillPixmap(narrow, 7, 8, 9);
-  renderer->Draw(page.canvas, u"Text", FontOf(-50), kColor, {0, 0, 400, 200}, 0);
-  renderer->Draw(Canvas(narrow.GetBitmapHandle()), u"Text", FontOf(-50), kColor, {0, 0, 400, 200}, 0);
-  for (std::int32_t i = 0; i < 400 * 200; ++i) {
-    for (int c = 0; c < 3; ++c) ASSERT_EQ(narrow.data[i * 3 + c], page.pixmap.data[i * 4 + c]) << i;
   }
 }
 
@@ -238,7 +205,7 @@ TEST_P(AnyTextRenderer, HostileTextsSizesAndRectanglesAreHarmless) {
                         {kMax - 4, 0, kMax, 16}, {-5000, -5000, -4000, -4000}};
   for (const std::u16string& text : {marks, words, feeds, broken, controls}) {
     for (std::int32_t height : {0, 1, -1, -40, 10000, -10000, kMin, kMax}) {
-      Page page(16, 16);
+      Sheet page(16, 16);
       Font font = FontOf(height);
       font.weight = height;
       const Size size = renderer->Measure(text, font, 16, kCaption);
@@ -253,75 +220,52 @@ TEST_P(AnyTextRenderer, HostileTextsSizesAndRectanglesAreHarmless) {
   renderer->Draw(Canvas(), u"x", FontOf(-20), kColor, {0, 0, 9, 9}, 0);
 }
 
-TEST(BoxTextRenderer, ACharacterIsOneBoxOfKnownPixels) {
-  Page page(12, 12);
-  BoxTextRenderer().Draw(page.canvas, u"a b", FontOf(-5), kColor, {1, 2, 12, 12}, 0);
-  const char* expected[] = {"............", "............", "............", "++....++....",
-                            "++....++....", "++....++....", "++....++....", "............"};
-  for (std::int32_t y = 0; y < 8; ++y) {
-    for (std::int32_t x = 0; x < 11; ++x) {
-      const int alpha = page.At(x + 1, y)[3];
-      EXPECT_EQ(alpha == 255 ? '#' : alpha == 128 ? '+' : '.', expected[y][x]) << x << "," << y;
-    }
-  }
-}
-
 TEST(PangoTextRenderer, AKeptTextHasThePixelsOfAFreshRendererInEveryCombination) {
-  const char16_t* texts[] = {u"Caption one", u"Caption two\nwith lines", u"日本語 مرحبا 😀"};
   PangoTextRenderer kept({8, 1 << 20});
-  for (int pass = 0; pass < 2; ++pass) {
-    for (const char16_t* text : texts) {
-      for (std::int32_t height : {-20, 20, -21}) {
-        for (int style = 0; style < 5; ++style) {
-          for (std::uint32_t format :
-               {kCaption, kCaption | DT_CENTER, DT_RIGHT | DT_SINGLELINE | DT_BOTTOM}) {
-            Font font = FontOf(height, style != 1);
-            if (style == 2) font.weight = 700;
-            if (style == 3) font.italic = true;
-            if (style == 4) font.underline = font.strikeOut = true;
-            const ColorRef color = style == 0 ? kColor : MakeColor(1, 2, 3);
-            const Rect rect{20 - style, 10, 150, 60 + style};
-            Page a, b;
-            PangoTextRenderer fresh;
-            kept.Draw(a.canvas, text, font, color, rect, format);
-            kept.Draw(b.canvas, text, font, color, rect, format);
-            ASSERT_TRUE(SamePicture(BytesOf(a.pixmap), b.pixmap));
-            Page c;
-            fresh.Draw(c.canvas, text, font, color, rect, format);
-            ASSERT_TRUE(SamePicture(BytesOf(c.pixmap), a.pixmap))
-                << "style " << style << " format " << format;
+  for (const char16_t* text : {u"Caption one", u"Caption two\nwith lines", u"日本語 مرحبا 😀"}) {
+    for (std::int32_t height : {-20, 20, -21}) {
+      for (int style = 0; style < 5; ++style) {
+        Font font = FontOf(height, style != 1);
+        font.weight = style == 2 ? 700 : 400;
+        font.italic = style == 3;
+        font.underline = font.strikeOut = style == 4;
+        const ColorRef color = style == 0 ? kColor : MakeColor(1, 2, 3);
+        const Rect rect{20 - style, 10, 150, 60 + style};
+        for (std::uint32_t format : {kCaption, kCaption | DT_CENTER, DT_RIGHT | DT_SINGLELINE | DT_BOTTOM}) {
+          Sheet first, again, other;
+          PangoTextRenderer fresh;
+          kept.Draw(first.canvas, text, font, color, rect, format);
+          kept.Draw(again.canvas, text, font, color, rect, format);
+          fresh.Draw(other.canvas, text, font, color, rect, format);
+          for (const Sheet* sheet : {&first, &again}) {
+            ASSERT_TRUE(SamePicture(BytesOf(other.pixmap), sheet->pixmap))
+                << "height " << height << " style " << style << " format " << format;
           }
         }
-        if (pass == 1) break;
       }
     }
   }
 }
 
-TEST(PangoTextRenderer, AShadowAndItsTextAndLaterFramesShareOneCoverage) {
-  PangoTextRenderer renderer;
+TEST(PangoTextRenderer, TheCacheIsSharedByShadowsAndLaterFramesAndStaysWithinItsLimits) {
+  constexpr std::size_t kBytes = 1 << 20;
+  PangoTextRenderer renderer({10, kBytes});
+  Sheet sheet;
   for (int frame = 0; frame < 5; ++frame) {
-    Page page;
-    renderer.Draw(page.canvas, u"Caption", FontOf(-40), 0x020000, {0, 50, 400, 150}, kCaption | DT_CENTER);
-    renderer.Draw(page.canvas, u"Caption", FontOf(-40), kColor, {-2, 48, 398, 148}, kCaption | DT_CENTER);
+    renderer.Draw(sheet.canvas, u"Caption", FontOf(-40), 0x020000, {0, 50, 400, 150}, kCaption | DT_CENTER);
+    renderer.Draw(sheet.canvas, u"Caption", FontOf(-40), kColor, {-2, 48, 398, 148}, kCaption | DT_CENTER);
   }
   EXPECT_EQ(renderer.GetCacheUse().rendered, 1u);
   EXPECT_EQ(renderer.GetCacheUse().layouts, 1u);
-}
-
-TEST(PangoTextRenderer, TheCacheStaysWithinItsLimits) {
-  constexpr std::size_t kBytes = 1 << 20;
-  PangoTextRenderer renderer({10, kBytes});
-  Page page;
   for (int i = 0; i < 60; ++i) {
     const std::u16string text(static_cast<std::size_t>(i + 1) * 20, static_cast<char16_t>(u'a' + i % 26));
-    renderer.Draw(page.canvas, text, FontOf(-30), kColor, {0, 0, 400, 200}, kCaption);
+    renderer.Draw(sheet.canvas, text, FontOf(-30), kColor, {0, 0, 400, 200}, kCaption);
     EXPECT_LE(renderer.GetCacheUse().layouts, 10u);
     EXPECT_LE(renderer.GetCacheUse().bytes, kBytes);
   }
 }
 
-TEST(PangoTextRenderer, HeightsAreEmSizesOrLineHeights) {
+TEST(PangoTextRenderer, HeightsAreEmSizesOrLineHeightsAndAnUnknownFaceStillDraws) {
   PangoTextRenderer renderer;
   for (std::int32_t height : {16, 40, 100}) {
     EXPECT_NEAR(renderer.Measure(u"Hg", FontOf(height), 0, 0).height, height, 2);
@@ -329,27 +273,23 @@ TEST(PangoTextRenderer, HeightsAreEmSizesOrLineHeights) {
   }
   EXPECT_EQ(renderer.Measure(u"Hg", FontOf(0), 0, 0),
             renderer.Measure(u"Hg", FontOf(kDefaultLineHeight), 0, 0));
-}
-
-TEST(PangoTextRenderer, AnUnknownFaceFallsBackAndStillDraws) {
-  PangoTextRenderer renderer;
-  for (const char16_t* face : {u"", u"No Such Face, Really", u"\xD800,,\n", u"Meiryo"}) {
-    Page page;
+  for (const char16_t* face : {u"", u"No Such Face, Really", u"\xD800,,\n"}) {
+    Sheet sheet;
     Font font = FontOf(-30);
     font.face = face;
-    renderer.Draw(page.canvas, u"Text", font, kColor, {0, 0, 400, 200}, 0);
-    EXPECT_FALSE(page.Ink().IsEmpty());
+    renderer.Draw(sheet.canvas, u"Text", font, kColor, {0, 0, 400, 200}, 0);
+    EXPECT_FALSE(sheet.Ink().IsEmpty());
   }
 }
 
 TEST(PangoTextRenderer, PaintersOnTwoThreadsGetTheSamePixelsAsOnOne) {
-  const auto drawAll = [](TextRenderer& renderer, Page& page) {
+  const auto drawAll = [](TextRenderer& renderer, Sheet& page) {
     for (int i = 0; i < 30; ++i) {
       const std::u16string text = u"Speed " + std::u16string(1, static_cast<char16_t>(u'0' + i % 10));
       renderer.Draw(page.canvas, text, FontOf(-20 - i % 3), kColor, {i * 5, i * 5, 400, 200}, DT_SINGLELINE);
     }
   };
-  Page expected, one, two;
+  Sheet expected, one, two;
   PangoTextRenderer alone, shared({4, 1 << 20});
   drawAll(alone, expected);
   std::thread other([&] { drawAll(shared, two); });

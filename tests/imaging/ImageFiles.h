@@ -1,13 +1,22 @@
-// Writers of small picture files for the loader's tests, on the formats' own libraries.
+// Small picture files in memory for the loader's tests, written by the formats' own libraries, and the
+// loading of such bytes.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
+
+#include "foundation/file/XpMemoryFile.h"
+#include "imaging/loader/ImageFormats.h"
+#include "imaging/loader/StillImage.h"
 
 namespace imagefiles {
 
 using Bytes = std::string;
+
+/// A sample by its column, its row and its channel, red first.
+using SampleRule = std::function<int(int x, int y, int c)>;
 
 /// Rows from the top without padding, `channels` samples a pixel, 8 bits each unless the writer says more.
 struct Samples {
@@ -26,8 +35,6 @@ Samples Smooth(int width, int height, int channels);
 struct JpegForm {
   bool isProgressive = false;
   bool isAdobeInk = false;  // with four channels: the Adobe marker and YCCK
-  bool isSubsampled = false;
-  int quality = 100;
 };
 Bytes Jpeg(const Samples& samples, const JpegForm& form = {});
 
@@ -48,17 +55,22 @@ struct GifForm {
 };
 /// One channel: indices into a palette of 256, see GifColour.
 Bytes Gif(const Samples& indices, const GifForm& form);
-std::uint8_t GifColour(int index, int channel);
+int GifColour(int index, int channel);
 
 struct TiffForm {
   int photometric = 2;
   int compression = 1;
-  int depth = 8;
-  int rowsPerStrip = 3;
-  int tile = 0;  // side in pixels, a multiple of 16; 0 for strips
-  int orientation = 1;
+  int tile = 0;         // side in pixels, a multiple of 16; 0 for strips of 3 rows
   int extraSample = 0;  // TIFF's kind of the last channel; 0 for none
 };
 Bytes Tiff(const Samples& samples, const TiffForm& form = {});
+
+struct Loaded {
+  XpResult result = XpOk;
+  vrx::imaging::StillImage image;
+  std::int32_t width = 0, height = 0;
+  std::string problem;
+};
+Loaded Load(Bytes bytes, const vrx::imaging::StillImageRequest& request = {}, bool wantsPixels = true);
 
 }  // namespace imagefiles

@@ -2,14 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "imaging/pixmap/XpPixmapBlock.h"
 #include "tests/imaging/RandomPixmap.h"
 
 namespace {
-
-using PixelRule = std::function<void(unsigned char* dest, const unsigned char* source)>;
 
 void ComposePlainly(unsigned char* d, const unsigned char* s) {
   const int a = s[3];
@@ -42,36 +38,6 @@ void ComposeWithAlphaPlainly(unsigned char* d, const unsigned char* s, int alpha
   d[3] = static_cast<unsigned char>(d[3] + (((255 - d[3]) * w) >> 16));
 }
 
-struct Placement {
-  std::int32_t destX, destY, destWidth, destHeight, sourceY, sourceWidth, sourceHeight;
-};
-
-Bytes OverlaidPlainly(const XpPixmap32& dest, const XpPixmap32& source, const Placement& p,
-                      const PixelRule& rule) {
-  Bytes result = BytesOf(dest);
-  const auto visibleEnd = [](std::int64_t d, std::int64_t dn, std::int64_t sn, std::int64_t size) {
-    return d + dn + std::min<std::int64_t>(0, size - sn) * dn / sn;
-  };
-  const std::int64_t stepX = (std::int64_t{p.sourceWidth} << 16) / p.destWidth;
-  const std::int64_t stepY = (std::int64_t{p.sourceHeight} << 16) / p.destHeight;
-  const bool scaled = p.destWidth != p.sourceWidth || p.destHeight != p.sourceHeight;
-  for (std::int64_t y = 0; y < p.destHeight; ++y) {
-    for (std::int64_t x = 0; x < p.destWidth; ++x) {
-      const std::int64_t dx = p.destX + x, dy = p.destY + y;
-      if (dx < 0 || dy < 0 || dx >= dest.width || dy >= dest.height) continue;
-      if (scaled && (dx >= visibleEnd(p.destX, p.destWidth, p.sourceWidth, source.width) ||
-                     dy >= visibleEnd(p.destY, p.destHeight, p.sourceHeight, source.height))) {
-        continue;
-      }
-      const std::int64_t sx = scaled ? x * stepX >> 16 : x;
-      const std::int64_t sy = scaled ? y * stepY >> 16 : y + p.sourceY;
-      if (sx < 0 || sy < 0 || sx >= source.width || sy >= source.height) continue;
-      rule(result.data() + (dy * dest.width + dx) * 4, source.data + (sy * source.width + sx) * 4);
-    }
-  }
-  return result;
-}
-
 TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
   std::mt19937 random(4);
   for (int round = 0; round < 2000; ++round) {
@@ -82,56 +48,42 @@ TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
     ASSERT_EQ(source.Allocate(sw, sh), XpOk);
     FillRandom(dest, random);
     FillRandom(source, random);
-    Placement p{Between(random, -dw - 2, dw + 2),
-                Between(random, -dh - 2, dh + 2),
-                Between(random, 1, 2 * dw + 3),
-                Between(random, 1, 2 * dh + 3),
-                0,
-                Between(random, 1, 2 * sw + 3),
-                Between(random, 1, 2 * sh + 3)};
     const int kind = static_cast<int>(random() % 5);
+    Block b = RandomBlock(random, dest, source);
+    b.sourceX = 0;
+    if (kind != 0) b.sourceY = 0;
     if (kind == 0 || kind == 3) {
-      p.sourceWidth = p.destWidth;
-      p.sourceHeight = p.destHeight;
+      b.sourceWidth = b.destWidth;
+      b.sourceHeight = b.destHeight;
     }
-    if (kind == 0) p.sourceY = Between(random, -sh - 2, sh + 2);
     const auto alpha =
         static_cast<std::uint8_t>(std::array<std::uint_fast32_t, 4>{0, 255, 128, random()}[random() % 4]);
-    SCOPED_TRACE(testing::Message() << "round " << round << " kind " << kind << " alpha " << int{alpha}
-                                    << " at " << p.destX << "," << p.destY << " size " << p.destWidth << "x"
-                                    << p.destHeight << " from row " << p.sourceY << " " << p.sourceWidth
-                                    << "x" << p.sourceHeight);
-    if (kind == 0) {
-      const Bytes expected = OverlaidPlainly(dest, source, p, ComposePlainly);
-      OverlayPixmapBlock(dest, p.destX, p.destY, p.destWidth, p.destHeight, source, p.sourceY);
-      ASSERT_TRUE(SamePicture(expected, dest));
-    } else if (kind == 1) {
-      // A caller who knows which rows hold something gets the same picture.
-      XpRowRange drawn;
-      if (random() % 2 == 0) {
-        drawn.last = static_cast<std::int32_t>(random() % static_cast<unsigned>(source.height + 1));
-        drawn.first = static_cast<std::int32_t>(random() % static_cast<unsigned>(drawn.last + 1));
-        const std::size_t row = source.size / static_cast<std::size_t>(source.height);
-        std::fill(source.data, source.data + row * static_cast<std::size_t>(drawn.first), 0);
-        std::fill(source.data + row * static_cast<std::size_t>(drawn.last), source.data + source.size, 0);
-      }
-      const Bytes expected = OverlaidPlainly(dest, source, p, ComposePlainly);
-      OverlayPixmap(dest, p.destX, p.destY, p.destWidth, p.destHeight, source, p.sourceWidth, p.sourceHeight,
-                    drawn);
-      ASSERT_TRUE(SamePicture(expected, dest));
-    } else if (kind == 4) {
-      const Bytes expected = OverlaidPlainly(dest, source, p, ComposeSmoothlyPlainly);
-      OverlaySmoothPixmap(dest, p.destX, p.destY, p.destWidth, p.destHeight, source, p.sourceWidth,
-                          p.sourceHeight);
-      ASSERT_TRUE(SamePicture(expected, dest));
-    } else {
-      const Bytes expected = OverlaidPlainly(
-          dest, source, p,
-          [alpha](unsigned char* d, const unsigned char* s) { ComposeWithAlphaPlainly(d, s, alpha); });
-      OverlayPixmapWithAlpha(dest, p.destX, p.destY, p.destWidth, p.destHeight, source, p.sourceWidth,
-                             p.sourceHeight, alpha);
-      ASSERT_TRUE(SamePicture(expected, dest));
+    // A caller who knows which rows hold something gets the same picture.
+    XpRowRange drawn;
+    if (kind == 1 && random() % 2 == 0) {
+      drawn.last = Between(random, 0, source.height);
+      drawn.first = Between(random, 0, drawn.last);
+      std::fill(source.data, source.GetPlane(0)->Row(0) + drawn.first * source.width * 4, 0);
+      std::fill(source.data + drawn.last * source.width * 4, source.data + source.size, 0);
     }
+    const Bytes expected = ComposedPlainly(dest, source, b, [&](unsigned char* d, const unsigned char* s) {
+      if (kind < 2) return ComposePlainly(d, s);
+      kind == 4 ? ComposeSmoothlyPlainly(d, s) : ComposeWithAlphaPlainly(d, s, alpha);
+    });
+    if (kind == 0) {
+      OverlayPixmapBlock(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceY);
+    } else if (kind == 1) {
+      OverlayPixmap(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceWidth, b.sourceHeight,
+                    drawn);
+    } else if (kind == 4) {
+      OverlaySmoothPixmap(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceWidth,
+                          b.sourceHeight);
+    } else {
+      OverlayPixmapWithAlpha(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceWidth,
+                             b.sourceHeight, alpha);
+    }
+    ASSERT_TRUE(SamePicture(expected, dest))
+        << "round " << round << " kind " << kind << " alpha " << int{alpha} << " at " << b;
   }
 }
 
@@ -149,14 +101,14 @@ TEST(PixmapOverlay, EveryPairOfBytesGivesTheExactResult) {
       std::copy_n(to, 4, dest.data + i * 4);
       std::copy_n(from, 4, source.data + i * 4);
     }
-    const Placement whole{0, 0, 256, 256, 0, 256, 256};
+    const Block whole{0, 0, 256, 256, 0, 0, 256, 256};
     const Bytes before = BytesOf(dest);
-    const Bytes once = OverlaidPlainly(dest, source, whole, ComposePlainly);
+    const Bytes once = ComposedPlainly(dest, source, whole, ComposePlainly);
     OverlayPixmap(dest, 0, 0, 256, 256, source, 256, 256);
     ASSERT_TRUE(SamePicture(once, dest)) << "alpha " << a;
     std::copy(before.begin(), before.end(), dest.data);
     const int constant = 255 - a / 3;
-    const Bytes twice = OverlaidPlainly(
+    const Bytes twice = ComposedPlainly(
         dest, source, whole,
         [constant](unsigned char* d, const unsigned char* s) { ComposeWithAlphaPlainly(d, s, constant); });
     OverlayPixmapWithAlpha(dest, 0, 0, 256, 256, source, 256, 256, static_cast<std::uint8_t>(constant));

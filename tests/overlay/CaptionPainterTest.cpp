@@ -1,12 +1,15 @@
 // Captions stand where, when and how the document says. Text is drawn as boxes, so pixels are known.
-#include <gmock/gmock.h>
+#include <optional>
+
+#include <gtest/gtest.h>
 
 #include "drawing/BoxTextRenderer.h"
-#include "imaging/pixmap/XpPixmapOverlay.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
+#include "tests/drawing/Sheet.h"
 
 namespace {
 
+using vrx::drawing::PixelAt;
 using vrx::drawing::Rect;
 
 CaptionItem Caption(const char16_t* text, std::int32_t startMs, std::int32_t endMs, std::int32_t layout = 5,
@@ -18,36 +21,20 @@ class CaptionPainterTest : public testing::Test {
  protected:
   void Set(std::vector<CaptionItem> items, bool saveMovieMode = false) {
     info.saveMovieMode = saveMovieMode;
-    ASSERT_TRUE(painter.SetPainterInfo(&info, &info.captionInfo));
-    painter.SetCaptionItems(items);
+    ASSERT_TRUE(painter->SetPainterInfo(&info, &info.captionInfo));
+    painter->SetCaptionItems(items);
   }
   PixmapHolder Draw(std::int64_t ms, std::int32_t videoId = 0, std::int32_t width = 1920,
                     std::int32_t height = 1080) {
     PixmapHolder holder(new XpPixmap32);
     EXPECT_EQ(holder->Allocate(width, height), XpOk);
-    EXPECT_TRUE(painter.DrawForVideo(videoId, 0, 0, ms, holder));
+    EXPECT_TRUE(painter->DrawForVideo(videoId, 0, 0, ms, holder));
     return holder;
   }
-  /// The smallest rectangle that holds everything drawn.
-  static Rect Drawn(const PixmapHolder& holder) {
-    Rect box{INT32_MAX, INT32_MAX, 0, 0};
-    for (std::int32_t i = 0; i < holder->width * holder->height; ++i) {
-      const unsigned char* p = holder->data + i * 4;
-      if ((p[0] | p[1] | p[2] | p[3]) == 0) continue;
-      const std::int32_t x = i % holder->width, y = i / holder->width;
-      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1),
-             std::max(box.bottom, y + 1)};
-    }
-    return box.right == 0 ? Rect{} : box;
-  }
-  static std::uint32_t PixelAt(const PixmapHolder& holder, std::int32_t x, std::int32_t y) {
-    std::uint32_t pixel = 0;
-    std::memcpy(&pixel, holder->data + (y * holder->width + x) * 4, 4);
-    return pixel;
-  }
+  static Rect Drawn(const PixmapHolder& holder) { return vrx::drawing::InkOf(*holder); }
 
   vrx::drawing::BoxTextRenderer boxes;
-  KVSCaptionPainterPlugIn painter{boxes};
+  std::optional<KVSCaptionPainterPlugIn> painter{boxes};
   PainterInfo info;
 };
 
@@ -70,14 +57,14 @@ TEST_F(CaptionPainterTest, NothingIsDrawnOutsideTheRowsThatItNames) {
     for (std::int32_t layout = 1; layout <= 9; ++layout) {
       Set({Caption(u"aa\nbb", 1000, 2000, layout)}, layout % 2 == 0);
       const Rect drawn = Drawn(Draw(1000, 0, width, height));
-      const XpRowRange rows = painter.GetDrawnRows();
+      const XpRowRange rows = painter->GetDrawnRows();
       ASSERT_FALSE(drawn.IsEmpty()) << layout << " on " << width << "x" << height;
       EXPECT_GE(drawn.top, rows.first) << layout << " on " << width << "x" << height;
       EXPECT_LE(drawn.bottom, rows.last) << layout << " on " << width << "x" << height;
     }
   }
   Draw(5000);
-  EXPECT_TRUE(painter.GetDrawnRows().IsEmpty());
+  EXPECT_TRUE(painter->GetDrawnRows().IsEmpty());
 }
 
 TEST_F(CaptionPainterTest, NinePlacesOnTheCanvasInsideTheMargin) {
@@ -104,19 +91,17 @@ TEST_F(CaptionPainterTest, ShadowLiesBelowTheTextAndIsHalfAsStrongInSaveMode) {
     Set({Caption(u"x", 0, 10, 5)}, saveMode);
     const PixmapHolder holder = Draw(5);
     const Rect box = Drawn(holder);
-    EXPECT_EQ(PixelAt(holder, box.left + 20, box.top + 20), 0xFFFF0000u);
+    EXPECT_EQ(PixelAt(*holder, box.left + 20, box.top + 20), 0xFFFF0000u);
     // The right and bottom edges of what is drawn belong to the shadow alone; the outermost pixel is
     // smoothed.
-    const std::uint32_t shadow = PixelAt(holder, box.right - 2, box.bottom - 30);
+    const std::uint32_t shadow = PixelAt(*holder, box.right - 2, box.bottom - 30);
     EXPECT_EQ(shadow & 0xFFFFFF, 0x000002u) << saveMode;
     EXPECT_EQ(shadow >> 24 > 0x80, !saveMode) << saveMode;
   }
 }
 
 TEST_F(CaptionPainterTest, TallTextStartsAtTheTop) {
-  std::u16string lines(30, u'\n');
-  for (auto& c : lines) c = u'\n';
-  const std::u16string text = u"x" + lines + u"x";
+  const std::u16string text = u"x" + std::u16string(30, u'\n') + u"x";
   for (const std::int32_t layout : {4, 7}) {
     Set({Caption(text.c_str(), 0, 10, layout)});
     EXPECT_NEAR(Drawn(Draw(5)).top, 10 + 18, 3) << layout;
@@ -127,17 +112,12 @@ TEST_F(CaptionPainterTest, ACaptionLeavesNothingForTheNextOne) {
   for (const bool saveMode : {false, true}) {
     for (std::int32_t layout = 1; layout <= 9; ++layout) {
       const CaptionItem next = Caption(u"next", 20, 30, layout);
-      KVSCaptionPainterPlugIn fresh(boxes);
-      info.saveMovieMode = saveMode;
-      ASSERT_TRUE(fresh.SetPainterInfo(&info, &info.captionInfo));
-      fresh.SetCaptionItems({&next, 1});
-      PixmapHolder expected(new XpPixmap32);
-      ASSERT_EQ(expected->Allocate(1920, 1080), XpOk);
-      ASSERT_TRUE(fresh.DrawForVideo(0, 0, 0, 25, expected));
+      painter.emplace(boxes);
+      Set({next}, saveMode);
+      const PixmapHolder expected = Draw(25);
       Set({Caption(u"WWWWWWWW\nmore\nand more", 0, 10, 10 - layout), next}, saveMode);
       Draw(5);
-      const PixmapHolder frame = Draw(25);
-      EXPECT_EQ(std::memcmp(frame->data, expected->data, frame->size), 0) << layout;
+      EXPECT_EQ(std::memcmp(Draw(25)->data, expected->data, expected->size), 0) << layout;
     }
   }
 }
@@ -157,7 +137,7 @@ TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeIsSafe) {
 
 TEST_F(CaptionPainterTest, StampsTellContentApart) {
   const auto stamp = [this](std::int64_t ms, std::int32_t videoId = 0) {
-    return painter.GetContentStamp({.videoId = videoId, .captionMs = ms});
+    return painter->GetContentStamp({.videoId = videoId, .captionMs = ms});
   };
   Set({Caption(u"a", 0, 10), Caption(u"b", 20, 30)});
   const PainterStamp first = stamp(0);
@@ -166,17 +146,17 @@ TEST_F(CaptionPainterTest, StampsTellContentApart) {
   EXPECT_NE(first, stamp(15));
   EXPECT_NE(first, stamp(25));
   EXPECT_EQ(stamp(15), stamp(5, 3));
-  painter.SetCaptionItems({});
+  painter->SetCaptionItems({});
   EXPECT_NE(first, stamp(0));
 }
 
 TEST_F(CaptionPainterTest, UnconfiguredPainterDrawsNothing) {
   PixmapHolder empty;
-  EXPECT_FALSE(painter.Draw(0, 0, 0, empty));
-  EXPECT_FALSE(painter.SetPainterInfo(&info, &info.templateInfo));
-  EXPECT_FALSE(painter.SetPainterInfo(&info, nullptr));
+  EXPECT_FALSE(painter->Draw(0, 0, 0, empty));
+  EXPECT_FALSE(painter->SetPainterInfo(&info, &info.templateInfo));
+  EXPECT_FALSE(painter->SetPainterInfo(&info, nullptr));
   const CaptionItem caption = Caption(u"a", 0, 10);
-  painter.SetCaptionItems({&caption, 1});
+  painter->SetCaptionItems({&caption, 1});
   EXPECT_EQ(Drawn(Draw(5)), Rect{});
 }
 

@@ -52,36 +52,29 @@ TEST(SlowInfoDataTest, DamagedRecordsKeepWhatWentBefore) {
   EXPECT_EQ(Segments(XpString(std::u16string(1'000'000, u'|'))).size(), vrx::overlay::kMaxSpeedSections);
 }
 
-TEST(CaptionStringTest, TagsAreReadAndMissingOnesInherited) {
-  const auto items = Captions(
-      u"x<Caption><Text>a &\n "
-      u"b</Text><FontName>F</FontName><FontSize>12.5</FontSize><LayoutType>9</LayoutType>"
-      u"<FontColor>16711680</FontColor><LeftPos>10.9</LeftPos><RightPos>-5</RightPos><VideoID>7</VideoID></"
-      u"Caption>"
-      u"<Caption><LayoutType>12</LayoutType><Text>c</Text></Caption><Caption><Text>lost</Text>");
-  ASSERT_EQ(items.size(), 2u);
-  EXPECT_EQ(items[0].text, u"a &\n b");
-  EXPECT_EQ(items[0].fontName, u"F");
-  EXPECT_EQ(items[0].fontSize, 12.5);
-  EXPECT_EQ(items[0].layoutType, 9);
-  EXPECT_EQ(items[0].fontColor, 0xFF0000u);  // blue lies in the third byte
-  EXPECT_EQ(items[0].startMs, 10);
-  EXPECT_EQ(items[0].endMs, -5);
-  EXPECT_EQ(items[1].text, u"c");
-  EXPECT_EQ(items[1].layoutType, 0);
-  EXPECT_EQ(items[1].videoId, 7);
-}
-
-TEST(CaptionStringTest, DamageStaysInsideItsCaption) {
+TEST(CaptionStringTest, TagsAreReadMissingOnesInheritedAndDamageStaysInside) {
   const auto items = Captions(
       u"</Caption><Caption></Text>a<Text></Caption><Caption><Text>b</Caption></Text>"
-      u"<Caption><LeftPos>1e30</LeftPos><RightPos>-1e30</RightPos><FontColor>-1</FontColor></Caption>");
-  ASSERT_EQ(items.size(), 3u);
-  EXPECT_TRUE(items[0].text.IsEmpty());
-  EXPECT_TRUE(items[1].text.IsEmpty());
+      u"<Caption><LeftPos>1e30</LeftPos><RightPos>-1e30</RightPos><FontColor>-1</FontColor></Caption>"
+      u"x<Caption><Text>a &\n b</Text><FontName>F</FontName><FontSize>12.5</FontSize><LayoutType>9"
+      u"</LayoutType><FontColor>16711680</FontColor><LeftPos>10.9</LeftPos><RightPos>-5</RightPos>"
+      u"<VideoID>7</VideoID></Caption>"
+      u"<Caption><LayoutType>12</LayoutType><Text>c</Text></Caption><Caption><Text>lost</Text>");
+  ASSERT_EQ(items.size(), 5u);
+  EXPECT_TRUE(items[0].text.IsEmpty() && items[1].text.IsEmpty());
   EXPECT_EQ(items[2].startMs, std::numeric_limits<std::int32_t>::max());
   EXPECT_EQ(items[2].endMs, std::numeric_limits<std::int32_t>::min());
   EXPECT_EQ(items[2].fontColor, 0xFFFFFFu);
+  EXPECT_EQ(items[3].text, u"a &\n b");
+  EXPECT_EQ(items[3].fontName, u"F");
+  EXPECT_EQ(items[3].fontSize, 12.5);
+  EXPECT_EQ(items[3].layoutType, 9);
+  EXPECT_EQ(items[3].fontColor, 0xFF0000u);  // blue lies in the third byte
+  EXPECT_EQ(items[3].startMs, 10);
+  EXPECT_EQ(items[3].endMs, -5);
+  EXPECT_EQ(items[4].text, u"c");
+  EXPECT_EQ(items[4].layoutType, 0);
+  EXPECT_EQ(items[4].videoId, 7);
 }
 
 TEST(CaptionStringTest, HugeTextsAreReadOnce) {
@@ -98,11 +91,8 @@ TEST(CaptionStringTest, HugeTextsAreReadOnce) {
 
 class PainterDocumentTest : public testing::Test {
  protected:
-  XpResult Load(const std::string& info) {
-    return LoadText("<key>PainterInfo</key><dict>" + info + "</dict>");
-  }
-  XpResult LoadText(const std::string& root) {
-    const std::string path = m_folder.Write("p.vrx", "<plist><dict>" + root + "</dict></plist>");
+  XpResult Load(const std::string& info, const std::string& key = "PainterInfo") {
+    const std::string path = m_folder.Write("p.vrx", "<plist><dict>" + Dict(key, info) + "</dict></plist>");
     return document.Load(XpPath(XpNarrowString(path).ToWide()));
   }
   static std::string Dict(const std::string& key, const std::string& content) {
@@ -124,9 +114,8 @@ TEST_F(PainterDocumentTest, LastReadKeyDecidesWhetherTheDocumentCounts) {
   const std::string log =
       "<key>LogDataArray</key><array><string/><dict><key>VideoID</key><integer>3</integer>";
   for (const Case& c :
-       {Case{"", XpOk}, Case{Dict("CaptionInfo", ""), XpOk}, Case{width, XpOk},
-        Case{noWidth, XpErrElementNotFound}, Case{noWidth + end, XpOk},
-        Case{width + Dict("TemplateInfo", ""), XpErrElementNotFound},
+       {Case{Dict("CaptionInfo", ""), XpOk}, Case{width, XpOk}, Case{noWidth, XpErrElementNotFound},
+        Case{noWidth + end, XpOk}, Case{width + Dict("TemplateInfo", ""), XpErrElementNotFound},
         Case{end + Dict("TennisMetaInfo", ""), XpErrElementNotFound},
         Case{Dict("TennisMetaInfo", "<key>TrimedShift</key><real>1</real>"), XpOk},
         Case{Dict("TemplateInfo", "<key>DrawEndTime</key><real>2</real>" + log + "</dict></array>"),
@@ -134,7 +123,7 @@ TEST_F(PainterDocumentTest, LastReadKeyDecidesWhetherTheDocumentCounts) {
         Case{Dict("TemplateInfo", log + "<key>Duration</key><real>1</real></dict></array>"), XpOk}}) {
     EXPECT_EQ(Load(c.info), c.result) << c.info;
   }
-  EXPECT_EQ(LoadText(""), XpErrFileNotFound);
+  EXPECT_EQ(Load("", "Other"), XpErrFileNotFound);
   EXPECT_EQ(document.Load(XpPath(u"")), XpErrFileNotFound);
   EXPECT_EQ(document.Load(XpPath(u"/")), XpErrFileNotFound);
 }

@@ -18,46 +18,45 @@ SlowInfoRecord Segment(std::int32_t id, float speed, float start, float end, flo
   return {id, speed, start, end, source, withTrim};
 }
 
-/// The time of `frame` after all frames before it were asked for.
-std::int64_t GpsAt(VRXGPSTimeGenerate clock, std::uint64_t frame, const DrawSpan& span,
-                   std::int32_t* id = nullptr) {
+/// The time of `frame` in milliseconds after all frames before it were asked for, and the clip in `id`.
+double GpsAt(VRXGPSTimeGenerate clock, std::uint64_t frame, const DrawSpan& span, std::int32_t& id) {
   std::int64_t ms = -1;
   for (std::uint64_t n = 0; n <= frame; ++n) {
-    std::int32_t videoId = 0;
-    ms = clock.Generate(n, videoId, kTenth, span);
-    if (id != nullptr) *id = videoId;
+    id = 0;
+    ms = clock.Generate(n, id, kTenth, span);
   }
-  return ms;
+  return static_cast<double>(ms);
 }
 
 TEST(GpsClockTest, RunsOnlyInsideTheDrawnSpan) {
   const VRXGPSTimeGenerate clock;
   const DrawSpan span{1.0, 3.0};
-  EXPECT_EQ(GpsAt(clock, 9, span), 0);
-  EXPECT_NEAR(static_cast<double>(GpsAt(clock, 10, span)), 100,
-              1);  // the first frame inside brings its own length
-  EXPECT_NEAR(static_cast<double>(GpsAt(clock, 30, span)), 2100, 1);
-  EXPECT_EQ(GpsAt(clock, 50, span), GpsAt(clock, 30, span));
+  std::int32_t id = 0;
+  EXPECT_EQ(GpsAt(clock, 9, span, id), 0);
+  EXPECT_NEAR(GpsAt(clock, 10, span, id), 100, 1);  // the first frame inside brings its own length
+  EXPECT_NEAR(GpsAt(clock, 30, span, id), 2100, 1);
+  EXPECT_EQ(GpsAt(clock, 50, span, id), GpsAt(clock, 30, span, id));
 }
 
 TEST(GpsClockTest, FollowsSegmentsAndNamesTheirClip) {
   const SlowInfoRecord records[] = {Segment(4, 0.5f, 0, 2, 10, 20), Segment(5, 2.0f, 2, 3, 11, 21)};
+  struct Case {
+    std::uint64_t frame;
+    double ms;
+    std::int32_t id;
+  };
   for (const bool countsTrimmed : {false, true}) {
     VRXGPSTimeGenerate clock;
     clock.SetCountsTrimmed(countsTrimmed);
     clock.Reset(records);
     clock.SetPosition(clock.StartOf(records[0]));
-    const std::int64_t base = countsTrimmed ? 20000 : 10000;
-    std::int32_t id = 0;
-    EXPECT_EQ(GpsAt(clock, 0, {0, 9}, &id), base);
-    EXPECT_EQ(id, 4);
-    EXPECT_NEAR(static_cast<double>(GpsAt(clock, 19, {0, 9}, &id)), static_cast<double>(base + 950), 1);
-    EXPECT_EQ(GpsAt(clock, 20, {0, 9}, &id), base + 1000);  // the end of a segment lies in the next
-    EXPECT_EQ(id, 5);
-    EXPECT_NEAR(static_cast<double>(GpsAt(clock, 25, {0, 9})), static_cast<double>(base + 2000), 1);
-    // Behind the last segment the clock goes on from where it was.
-    EXPECT_NEAR(static_cast<double>(GpsAt(clock, 35, {0, 9}, &id)), static_cast<double>(base + 2800 + 500),
-                1);
+    // The end of a segment lies in the next; behind the last one the clock goes on from where it was.
+    for (const Case& c :
+         {Case{0, 0, 4}, Case{19, 950, 4}, Case{20, 1000, 5}, Case{25, 2000, 5}, Case{35, 2800 + 500, 0}}) {
+      std::int32_t id = 0;
+      EXPECT_NEAR(GpsAt(clock, c.frame, {0, 9}, id), (countsTrimmed ? 20000 : 10000) + c.ms, 1) << c.frame;
+      EXPECT_EQ(id, c.id) << c.frame;
+    }
   }
 }
 

@@ -1,66 +1,40 @@
 // Captions stand on exactly the frames that they are meant for, and the rest of the movie is as without them.
 #include <cstdlib>
+#include <tuple>
+#include <vector>
 
 #include <gmock/gmock.h>
 
-#include "samples/clipmaker/PatternClip.h"
-#include "tests/render/VrxProcess.h"
-#include "tests/src/ProjectText.h"
+#include "tests/render/RenderFixture.h"
 #include "tests/support/MovieReader.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 
 using namespace vrx::test_support;
 
-struct Caption {
-  std::string text;
-  int startMs;
-  int endMs;
-  int layout;
-};
-
-std::string PainterText(const std::vector<Caption>& captions, const std::string& slowInfo = "") {
-  std::string text =
-      "<plist version=\"1.0\"><dict><key>PainterInfo</key><dict><key>GeneralInfo</key><dict>"
-      "<key>SaveMovieMode</key><true/><key>SlowInfoData</key><string>" +
-      slowInfo +
-      "</string><key>VideoWidth</key><integer>320</integer><key>VideoHeight</key><integer>192</integer></"
-      "dict>"
-      "<key>CaptionInfo</key><dict><key>Valid</key><true/><key>CaptionString</key><string><![CDATA[";
-  for (const Caption& caption : captions) {
-    text += "<Caption><Text>" + caption.text +
-            "</Text><FontName>DejaVu Sans</FontName><FontSize>150</FontSize>" + "<LayoutType>" +
-            std::to_string(caption.layout) + "</LayoutType><FontColor>255</FontColor><LeftPos>" +
-            std::to_string(caption.startMs) + "</LeftPos><RightPos>" + std::to_string(caption.endMs) +
-            "</RightPos><VideoID>1</VideoID></Caption>";
-  }
-  return text + "]]></string></dict></dict></dict></plist>";
-}
-
-class CaptionRenderTest : public testing::Test {
+class CaptionRenderTest : public RenderFixture {
  protected:
-  CaptionRenderTest() {
-    WritePatternClip((folder.Path() / "a.mp4").string(), {.width = 320, .height = 192, .frames = 100});
-    project.videoTrack = ClipText("a.mp4", "0", "4000");
-    project.video =
-        "<key>Width</key><integer>320</integer><key>Height</key><integer>192</integer>"
-        "<key>TimeValue</key><integer>1</integer><key>TimeScale</key><integer>25</integer>";
+  CaptionRenderTest() : RenderFixture(320, 192) {
+    project.videoTrack =
+        ClipText(WriteClip("a.mp4", {.width = 320, .height = 192, .frames = 100}), "0", "4000");
   }
-  std::string Render(const std::string& output) {
-    project.output = output;
-    const VrxResult result =
-        RunVrx({{"render", folder.Write("p.vrx", project.Text()), "--progress", "none"}});
-    EXPECT_EQ(result.status, 0) << result.errors;
-    return (folder.Path() / output).string();
-  }
-  void UseCaptions(const std::vector<Caption>& captions, const std::string& slowInfo = "") {
-    folder.Write("painter.vrx", PainterText(captions, slowInfo));
+  /// Words, each with its first and last time in ms.
+  void UseCaptions(const std::vector<std::tuple<const char*, int, int>>& captions) {
+    std::string text =
+        "<plist version=\"1.0\"><dict><key>PainterInfo</key><dict><key>GeneralInfo</key><dict>"
+        "<key>SaveMovieMode</key><true/><key>VideoWidth</key><integer>320</integer><key>VideoHeight</key>"
+        "<integer>192</integer></dict><key>CaptionInfo</key><dict><key>Valid</key><true/>"
+        "<key>CaptionString</key><string><![CDATA[";
+    for (const auto& [word, startMs, endMs] : captions) {
+      text += "<Caption><Text>" + std::string(word) +
+              "</Text><FontName>DejaVu Sans</FontName><FontSize>150</FontSize><LayoutType>8</LayoutType>"
+              "<FontColor>255</FontColor><LeftPos>" +
+              std::to_string(startMs) + "</LeftPos><RightPos>" + std::to_string(endMs) +
+              "</RightPos><VideoID>1</VideoID></Caption>";
+    }
+    folder.Write("painter.vrx", text + "]]></string></dict></dict></dict></plist>");
     project.moreOutput = "<key>PainterEffect</key><string>painter.vrx</string>";
   }
-
-  ProjectText project;
-  TempFolder folder;
 };
 
 /// Pixels in the rows from `top` to `bottom` that differ by more than the encoder's loss.
@@ -78,11 +52,12 @@ int Differences(const RgbImage& a, const RgbImage& b, int top, int bottom) {
 }
 
 TEST_F(CaptionRenderTest, TextStandsOnItsFramesAndNoneBeside) {
-  const std::string plain = Render("plain.mp4");
+  const std::string plain = Render();
   // The last one ends within two frames of the clip's end and is therefore moved to its last frame but one.
-  UseCaptions({{"One", 400, 800, 8}, {"Two", 1400, 1810, 8}, {"Three", 3600, 3980, 8}});
+  UseCaptions({{"One", 400, 800}, {"Two", 1400, 1810}, {"Three", 3600, 3980}});
   MovieReader without(plain);
-  MovieReader with(Render("captions.mp4"));
+  project.output = "captions.mp4";
+  MovieReader with(Render());
   MovieFrame a;
   MovieFrame b;
   std::vector<int> shown;
@@ -101,23 +76,23 @@ TEST_F(CaptionRenderTest, TextStandsOnItsFramesAndNoneBeside) {
 }
 
 TEST_F(CaptionRenderTest, SingleFrameShowsWhatTheMovieWillShow) {
-  UseCaptions({{"One", 400, 800, 8}});
-  const std::string project_path = folder.Write("p.vrx", project.Text());
-  const auto picture = [&](const std::string& name, const std::vector<std::string>& more) {
-    std::vector<std::string> arguments{"frame", project_path, "-o", (folder.Path() / name).string()};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    const VrxResult result = RunVrx({arguments});
+  UseCaptions({{"One", 400, 800}});
+  const std::string document = WriteProject();
+  const auto picture = [&](const std::vector<std::string>& options) {
+    VrxCall call{.arguments = {"frame", document, "-o", Path("frame.png")}};
+    call.arguments.insert(call.arguments.end(), options.begin(), options.end());
+    const VrxResult result = RunVrx(call);
     EXPECT_EQ(result.status, 0) << result.errors;
-    return folder.Read(name);
+    return folder.Read("frame.png");
   };
-  const std::string inside = picture("in.png", {"--frame", "20"});
-  EXPECT_EQ(picture("time.png", {"--time", "0.8"}), inside);
-  EXPECT_NE(picture("out.png", {"--frame", "21"}), inside);
+  const std::string inside = picture({"--frame", "20"});
+  EXPECT_EQ(picture({"--time", "0.8"}), inside);
+  EXPECT_NE(picture({"--frame", "21"}), inside);
   // Clear pictures are all alike, whatever the movie shows.
-  EXPECT_EQ(picture("clear1.png", {"--frame", "21", "--overlay-only"}),
-            picture("clear2.png", {"--frame", "50", "--overlay-only"}));
-  EXPECT_NE(picture("text.png", {"--frame", "15", "--overlay-only"}), folder.Read("clear1.png"));
-  const VrxResult behind = RunVrx({{"frame", project_path, "--frame", "100", "-o", "/dev/null"}});
+  const std::string clear = picture({"--frame", "21", "--overlay-only"});
+  EXPECT_EQ(picture({"--frame", "50", "--overlay-only"}), clear);
+  EXPECT_NE(picture({"--frame", "15", "--overlay-only"}), clear);
+  const VrxResult behind = RunVrx({{"frame", document, "--frame", "100", "-o", "/dev/null"}});
   EXPECT_EQ(behind.status, 1);
   EXPECT_THAT(behind.errors, testing::HasSubstr("has no frame 100"));
 }

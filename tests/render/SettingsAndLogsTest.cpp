@@ -20,11 +20,7 @@ class SettingsAndLogsTest : public testing::Test {
   ~SettingsAndLogsTest() override {
     for (const char* name : {"TMPDIR", "VRX_REGISTRY_DIR"}) unsetenv(name);
   }
-  static VrxResult Vrx(std::vector<std::string> arguments) {
-    VrxCall call;
-    call.arguments = std::move(arguments);
-    return RunVrx(call);
-  }
+  static VrxResult Vrx(std::vector<std::string> arguments) { return RunVrx({std::move(arguments)}); }
   /// Makes `name` the current run and writes its log.
   fs::path PutLog(const std::string& name, const std::string& text) const {
     const fs::path folder = m_home.Path() / "LDKAppLog/KRVOOutput" / name;
@@ -109,10 +105,15 @@ TEST_F(SettingsAndLogsTest, FollowingShowsEntriesAsTheyArriveAndGoesOnWithANewRu
   EXPECT_THAT(seen, testing::ElementsAre("two", "three", "first", "of the next run"));
 }
 
-TEST_F(SettingsAndLogsTest, AFailedRenderCanBeReadUpon) {
-  const std::string project = m_home.Write("broken.vrx", "no project");
-  EXPECT_EQ(Vrx({"render", project, "--quiet"}).status, 1);
-  EXPECT_THAT(Vrx({"logs"}).output, HasSubstr("Load VRXWrapper.xml Error("));
+TEST_F(SettingsAndLogsTest, AnUnreadableDocumentEndsInAClearLineThatCanBeReadUpon) {
+  for (const char* document : {"", "no project", "<?xml version=\"1.0\"?><movie/>"}) {
+    const std::string path = m_home.Write("broken.vrx", document);
+    const VrxResult render = Vrx({"render", path});
+    EXPECT_EQ(render.status, 1);
+    EXPECT_THAT(render.errors, HasSubstr("render failed (8003): error: " + path));
+    EXPECT_THAT(Vrx({"logs"}).output, HasSubstr("Load VRXWrapper.xml Error("));
+    EXPECT_EQ(Vrx({"check", path}).status, 1);
+  }
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
 #include "tests/render/VrxProcess.h"
 
-#include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -28,43 +27,35 @@ namespace {
   _exit(127);
 }
 
-/// Appends what can be read; false at the end of the stream.
-bool Drain(int descriptor, std::string& text) {
-  std::array<char, 4096> bytes;
-  const ssize_t count = read(descriptor, bytes.data(), bytes.size());
-  if (count > 0) text.append(bytes.data(), static_cast<std::size_t>(count));
-  return count > 0;
-}
-
 }  // namespace
 
 VrxResult RunVrx(const VrxCall& call) {
   int output[2];
-  int errors[2];
-  if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) throw std::runtime_error("pipe");
+  std::FILE* errors = std::tmpfile();
+  if (errors == nullptr || pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("pipe");
   const pid_t process = fork();
   if (process < 0) throw std::runtime_error("fork");
-  if (process == 0) Become(call, output[1], errors[1]);
+  if (process == 0) Become(call, output[1], fileno(errors));
   close(output[1]);
-  close(errors[1]);
 
   VrxResult result;
-  std::size_t told = 0;
-  std::array<pollfd, 2> streams{{{output[0], POLLIN, 0}, {errors[0], POLLIN, 0}}};
-  while (streams[0].fd >= 0 || streams[1].fd >= 0) {
-    poll(streams.data(), streams.size(), -1);
-    if (streams[0].revents != 0 && !Drain(output[0], result.output)) streams[0].fd = -1;
-    if (streams[1].revents != 0 && !Drain(errors[0], result.errors)) streams[1].fd = -1;
-    for (auto end = result.output.find('\n', told); end != std::string::npos;
-         end = result.output.find('\n', told)) {
-      if (call.onLine) call.onLine(result.output.substr(told, end - told), process);
-      told = end + 1;
-    }
+  std::FILE* lines = fdopen(output[0], "r");
+  char* bytes = nullptr;
+  std::size_t capacity = 0;
+  for (ssize_t length = 0; (length = getline(&bytes, &capacity, lines)) > 0;) {
+    std::string line(bytes, static_cast<std::size_t>(length));
+    result.output += line;
+    if (!line.ends_with('\n') || !call.onLine) continue;
+    line.pop_back();
+    call.onLine(line, process);
   }
-  close(output[0]);
-  close(errors[0]);
   int status = 0;
   waitpid(process, &status, 0);
+  std::rewind(errors);
+  while (getline(&bytes, &capacity, errors) > 0) result.errors += bytes;
+  std::free(bytes);
+  std::fclose(lines);
+  std::fclose(errors);
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   return result;
 }

@@ -1,5 +1,5 @@
-// Reads a movie back for the tests: frames as RGB with their times, sound as floats on the same clock, and
-// the facts in its headers.
+// Reads a rendered movie back for the tests: frames as RGB with their times, sound as floats on the same
+// clock, and the facts in its headers.
 #pragma once
 
 #include <cstdint>
@@ -11,46 +11,29 @@
 
 namespace vrx::test_support {
 
-/// Facts from the headers. Fields about a stream that is not there keep their defaults.
+/// Facts from the headers; names as libav has them.
 struct MovieInfo {
-  std::string container;    // libav's name of the format
+  std::string container;
   double startSeconds = 0;  // the file's first time, which all other times here are counted from
-  double durationSeconds = 0;
-
-  bool hasVideo = false;
   std::string videoCodec;
-  int width = 0;  // as stored
-  int height = 0;
   AVRational frameRate{0, 1};
-  AVRational sampleAspect{0, 1};  // 0/1: unknown
-  int rotation = 0;               // clockwise turn that the file asks of its player
   AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
   AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
-  std::int64_t videoBitRate = 0;
-
-  bool hasAudio = false;
-  std::string audioCodec;
-  int sampleRate = 0;
-  int channels = 0;
+  std::string audioCodec;  // empty without sound
 };
 
 struct MovieFrame {
-  RgbImage image;  // as stored: no rotation, no sample aspect
+  RgbImage image;
   double seconds = 0;
-  bool keyFrame = false;
   bool interlaced = false;
 };
 
 struct MovieSound {
   int rate = 0;
-  std::int64_t start = 0;  // time of the first sample, in samples
-  std::vector<std::vector<float>> channels;
-  std::int64_t largestJump =
-      0;  // samples by which a packet's time differs most from the end of what came before
+  std::int64_t start = 0;      // time of the first sample, in samples
+  std::vector<float> samples;  // the mean of all channels
 
-  /// One channel: the mean of all.
-  std::vector<float> Mono() const;
-  /// Times of the clicks in samples, found in Mono().
+  /// Times of the clicks in samples.
   std::vector<std::int64_t> Clicks() const;
 };
 
@@ -63,15 +46,14 @@ class MovieReader {
 
   /// The next picture in order of display; false behind the last. Damaged frames throw.
   bool NextFrame(MovieFrame& frame);
-  /// The numbers in the patterns of all remaining frames, -1 for a frame that cannot be read.
+  /// The numbers in the patterns of all remaining frames, -1 for a frame that cannot be read or lies turned.
   std::vector<int> RemainingNumbers();
 
   /// All of the sound, with encoder delay and edit lists honoured. Independent of NextFrame.
   MovieSound ReadSound() const;
 
  private:
-  void FillInfo();
-  void Convert(MovieFrame& frame);
+  void Convert(RgbImage& image);
 
   std::string m_path;
   MovieInfo m_info;
