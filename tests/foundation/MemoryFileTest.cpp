@@ -7,7 +7,7 @@
 #include <limits>
 #include <string>
 
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
 
 namespace {
 
@@ -30,22 +30,28 @@ TEST(MemoryFileTest, IsReadyForUseAndReadsShortAtTheEndWithoutFailing) {
   EXPECT_EQ(count, 0u);
 }
 
-TEST(MemoryFileTest, ANumberCutByTheEndIsNotReadAsRubbish) {
+TEST(MemoryFileTest, NumbersFollowTheByteOrderWhichSticksAndAreWholeOrNotRead) {
   XpMemoryFile file;
-  ASSERT_EQ(file.Write("ab", 2, nullptr), XpOk);
-  ASSERT_EQ(file.Seek(0, XpSeekStart), XpOk);
-  std::uint32_t value = 7;
-  EXPECT_EQ(file.ReadUInt32(&value, XpBigEndian), XpErrEndOfFile);
-  EXPECT_EQ(value, 7u);
-}
-
-TEST(MemoryFileTest, CapacityGrowsInWholeGranules) {
-  const XpMemoryFile file;
-  EXPECT_EQ(file.RoundCapacity(0), 65536);
-  EXPECT_EQ(file.RoundCapacity(65535), 65536);
-  EXPECT_EQ(file.RoundCapacity(65536), 131072);
-  EXPECT_EQ(file.RoundCapacity(-1), -1);
-  EXPECT_EQ(file.RoundCapacity(kMost), -1);
+  EXPECT_EQ(file.WriteUInt16(0x0102, XpKeepByteOrder), XpOk);  // a new file swaps
+  EXPECT_EQ(file.WriteInt32(0x03040506, XpLittleEndian), XpOk);
+  EXPECT_EQ(file.WriteInt16(0x0708, XpKeepByteOrder), XpOk);
+  EXPECT_EQ(file.WriteUInt64(0x1112131415161718, XpBigEndian), XpOk);
+  EXPECT_EQ(file.WriteInt8(-2), XpOk);
+  EXPECT_EQ(file.WriteInt16(1, 9), XpErrFailed);
+  EXPECT_EQ(Content(file),
+            std::string("\x01\x02\x06\x05\x04\x03\x08\x07\x11\x12\x13\x14\x15\x16\x17\x18\xFE"));
+  std::uint32_t u32 = 0;
+  std::int16_t i16 = 0;
+  std::int64_t i64 = 0;
+  ASSERT_EQ(file.Seek(2, XpSeekStart), XpOk);
+  EXPECT_EQ(file.ReadUInt32(&u32, XpLittleEndian), XpOk);
+  EXPECT_EQ(u32, 0x03040506u);
+  EXPECT_EQ(file.ReadInt16(&i16, XpKeepByteOrder), XpOk);
+  EXPECT_EQ(i16, 0x0708);
+  EXPECT_EQ(file.ReadInt64(&i64, XpBigEndian), XpOk);
+  EXPECT_EQ(i64, 0x1112131415161718);
+  EXPECT_EQ(file.ReadUInt32(&u32, XpKeepByteOrder), XpErrEndOfFile);
+  EXPECT_EQ(u32, 0x03040506u) << "cut by the end";
 }
 
 TEST(MemoryFileTest, AGapIsZerosEvenWhereOldBytesLay) {
@@ -122,17 +128,6 @@ TEST(MemoryFileTest, AnOwnedBlockIsFreedOnce) {
   EXPECT_EQ(file.GetSize(), 0);
   ASSERT_EQ(file.Write("again", 5, nullptr), XpOk);
   EXPECT_EQ(Content(file), "again");
-}
-
-TEST(MemoryFileTest, ItsNameShowsTheBlock) {
-  XpMemoryFile file;
-  XpString name;
-  EXPECT_EQ(file.GetName(name), XpOk);
-  EXPECT_EQ(name, XpString(u"Memory File(                0000000000000000)"));
-  XpDateTime time;
-  EXPECT_EQ(file.GetCreationTime(time), XpOk);
-  EXPECT_TRUE(time.IsValid());
-  EXPECT_EQ(file.SetTimes(&time, &time, &time), XpErrNotSupported);
 }
 
 }  // namespace
