@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "tests/foundation/ScopedVariable.h"
 #include "tests/src/WrapperFixture.h"
 
 namespace {
@@ -10,14 +11,6 @@ namespace fs = std::filesystem;
 
 class RenderLogTest : public WrapperTest {
  protected:
-  RenderLogTest() {
-    setenv("TMPDIR", m_home.Path().c_str(), 1);
-    setenv("VRX_REGISTRY_DIR", m_home.Path().c_str(), 1);
-  }
-  ~RenderLogTest() override {
-    unsetenv("TMPDIR");
-    unsetenv("VRX_REGISTRY_DIR");
-  }
   /// The entries' lines without time, source line and separator.
   std::vector<std::string> Lines() const {
     std::vector<std::string> lines;
@@ -36,6 +29,8 @@ class RenderLogTest : public WrapperTest {
   }
 
   TempFolder m_home;
+  ScopedVariable m_temporary{"TMPDIR", m_home.Path()};
+  ScopedVariable m_registry{"VRX_REGISTRY_DIR", m_home.Path()};
 };
 
 TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
