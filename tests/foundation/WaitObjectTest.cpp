@@ -4,6 +4,7 @@
 
 #include <array>
 #include <atomic>
+#include <csignal>
 #include <functional>
 #include <random>
 #include <string>
@@ -106,27 +107,25 @@ TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessPassesOnAndThatOfALiveOneDoesNo
   ofThread.Unlock();
   const MutexName name(u"WaitObjectTest process");
   std::array<int, 2> held;
-  std::array<int, 2> mayEnd;
   ASSERT_EQ(pipe(held.data()), 0);
-  ASSERT_EQ(pipe(mayEnd.data()), 0);
   const pid_t child = fork();
   ASSERT_GE(child, 0);
-  char byte = 0;
+  char taken = 0;
   if (child == 0) {
     XpMutex mutex(name.text);
-    const bool taken = mutex.Lock() == XpOk && write(held[1], &byte, 1) == 1;
-    _exit(taken && read(mayEnd[0], &byte, 1) == 1 ? 0 : 1);
+    taken = mutex.Lock() == XpOk ? 'y' : 'n';
+    [[maybe_unused]] const auto written = write(held[1], &taken, 1);
+    pause();
   }
-  ASSERT_EQ(read(held[0], &byte, 1), 1);
+  ASSERT_EQ(read(held[0], &taken, 1), 1);
+  ASSERT_EQ(taken, 'y');
   XpMutex mutex(name.text);  // opened while the other process has it
   EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
-  ASSERT_EQ(write(mayEnd[1], &byte, 1), 1);
+  kill(child, SIGKILL);
   EXPECT_EQ(mutex.Lock(), XpErrAbandoned);
   mutex.Unlock();
-  int status = -1;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  for (const int file : {held[0], held[1], mayEnd[0], mayEnd[1]}) close(file);
+  EXPECT_EQ(waitpid(child, nullptr, 0), child);
+  for (const int file : held) close(file);
 }
 
 template <class Lock>
@@ -146,8 +145,7 @@ TYPED_TEST(ReadWriteTest, ReadersShareAndAWriterIsAlone) {
   EXPECT_EQ(Elsewhere(lock, &TypeParam::TryRead), XpErrTimeout);
   EXPECT_EQ(Elsewhere(lock, &TypeParam::TryLock), XpErrTimeout);
   lock.Unlock();
-  EXPECT_EQ(lock.TryRead(), XpOk);
-  lock.Unlock();
+  EXPECT_EQ(Elsewhere(lock, &TypeParam::TryLock), XpOk);
 }
 
 TYPED_TEST(ReadWriteTest, AWaitingWriterGoesBeforeNewReaders) {
@@ -222,7 +220,6 @@ TYPED_TEST(ReadWriteTest, HoldsUnderManyThreads) {
         if (lock.WaitRead(random() % 2 == 0 ? 0 : kNoLimit) != XpOk) continue;
         ++readers;
         EXPECT_EQ(writers, 0);
-        EXPECT_GE(written, 0);  // a reader looks at what writers change
         --readers;
       }
       lock.Unlock();
@@ -263,24 +260,13 @@ TEST(MultiWaitTest, OneOfSeveralIsTheFirstThatCanBeHadAndIsGivenBack) {
   EXPECT_EQ(none.GetIndex(), XpMultiLockOne::kNone);
 }
 
-TEST(MultiWaitTest, AllOrNone) {
+TEST(MultiWaitTest, WhoCannotHaveAllHasNone) {
   XpSemaphore first(1);
   XpSemaphore second;
   XpSemaphore sleep;
-  {
-    const XpMultiLockAll all({&first, &second}, sleep, 0);
-    EXPECT_EQ(all.GetResult(), XpErrTimeout);
-    EXPECT_EQ(first.TryLock(), XpOk) << "what it had for a moment is free again";
-    first.Unlock();
-  }
-  std::jthread giver([&] { second.Unlock(); });
-  {
-    const XpMultiLockAll all({&first, &second}, sleep, kNoLimit);
-    EXPECT_TRUE(all.IsLocked());
-    EXPECT_EQ(first.TryLock(), XpErrTimeout);
-  }
-  EXPECT_EQ(first.TryLock(), XpOk);
-  EXPECT_EQ(second.TryLock(), XpOk);
+  const XpMultiLockAll all({&first, &second}, sleep, 0);
+  EXPECT_EQ(all.GetResult(), XpErrTimeout);
+  EXPECT_EQ(first.TryLock(), XpOk) << "what it had for a moment is free again";
 }
 
 // Neighbours round a table share a fork; each takes both or none, in an order that would block a plain wait.
