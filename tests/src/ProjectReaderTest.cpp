@@ -66,21 +66,4 @@ TEST_F(ProjectReaderTest, NumbersKeepTheirWidth) {
   EXPECT_EQ(project.audioSettings->channels, 2);
 }
 
-TEST_F(ProjectReaderTest, MissingPartsHaveTheirResults) {
-  for (const std::string& path : {std::string(), std::string("/no/such.vrx"), m_folder.Path().string()}) {
-    EXPECT_EQ(project.LoadXmlFile(XpNarrowString(path).ToWide()), XpErrFileNotFound) << path;
-  }
-  const auto load = [&](const std::string& bytes) {
-    return project.LoadXmlFile(XpNarrowString(m_folder.Write("p.vrx", bytes)).ToWide());
-  };
-  EXPECT_EQ(load(""), XpErrNoDocument);
-  EXPECT_EQ(load("<plist><dict/></plist>"), XpErrFileNotFound);
-  EXPECT_EQ(load("<plist><dict><key>VRXWrapper</key><dict/></dict></plist>"), XpErrFileNotFound);
-  ProjectText silent;
-  silent.video.clear();
-  silent.audio = "<key>Channel</key><integer>2</integer>";
-  EXPECT_EQ(Load(silent), XpOk);
-  EXPECT_EQ(project.videoSettings, nullptr);
-}
-
 }  // namespace

@@ -38,10 +38,8 @@ TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
   project.videoTrack = ClipText("100%s %n.mp4", "0", "1000", "<key>SourceType</key><integer>2</integer>");
   project.output = "/tmp/50%d.mp4";
   SetProject(project);
-  wrapper->StartRender();
-  callback.WaitForEnd();
-  wrapper->Release();
-  wrapper = nullptr;
+  Render();
+  Release();
   const std::string update = "updateOutputInfoByCurrentProjectFile ";
   EXPECT_THAT(
       Lines(),
@@ -66,8 +64,7 @@ TEST_F(RenderLogTest, ALogThatBecomesUnwritableDoesNotDisturbTheRender) {
       m_home.Write(name, "in the way");
     }
   };
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), testing::ElementsAre("start", "50", "100", "end"));
+  EXPECT_THAT(Render(), testing::ElementsAre("start", "50", "100", "end"));
   EXPECT_EQ(m_home.Read("LDKAppLog"), "in the way");
 }
 

@@ -36,10 +36,8 @@ TEST_P(RenderOutcomeTest, HostHearsItInOrderAndOnce) {
   script->slices = outcome.slices;
   script->releaseSequence = outcome.releaseSequence;
   LoadProject();
-  wrapper->StartRender();
-  callback.WaitForEnd();
-  wrapper->Release();
-  wrapper = nullptr;
+  Render();
+  Release();
   EXPECT_EQ(callback.Heard(), outcome.heard);
 }
 
@@ -60,16 +58,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WrapperTest, EngineInstanceThatCannotBeMadeAgainFailsTheSecondRender) {
   LoadProject();
-  wrapper->StartRender();
-  callback.WaitForEnd();  // the end releases the instance
+  Render();  // the end releases the instance
   script->createEngine = kDiskFull;
   RecordingCallback second;
   wrapper->SetCallback(&second);
   // The first render's thread may still be leaving; a refused start would leave nothing to wait for.
   while (second.Heard().empty()) wrapper->StartRender();
   second.WaitForEnd();
-  wrapper->Release();
-  wrapper = nullptr;
+  Release();
   const Heard heard = second.Heard();
   EXPECT_THAT(Heard(heard.begin(), heard.begin() + 2), ElementsAre("start", "error 8109"));
 }
@@ -78,27 +74,26 @@ TEST_F(WrapperTest, ThrowingCallbackEndsTheRenderAsAnError) {
   callback.onProgress = [](std::uint32_t) { throw std::runtime_error("host"); };
   script->slices = {{.processed = 10}};
   LoadProject();
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "10", "error 8003"));
+  EXPECT_THAT(Render(), ElementsAre("start", "10", "error 8003"));
 }
 
-class UnusableProjectTest : public WrapperTest, public testing::WithParamInterface<const char*> {};
-
-TEST_P(UnusableProjectTest, StartRenderReportsIt) {
+TEST_F(WrapperTest, ProjectWithoutAFrameLengthIsReported) {
   ProjectText project;
-  project.video = GetParam();
+  project.video = "<key>Width</key><integer>640</integer>";
   SetProject(project);
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "error 8003"));
+  EXPECT_THAT(Render(), ElementsAre("start", "error 8003"));
   EXPECT_THAT(script->calls, ElementsAre("CreateVRX"));
 }
 
-INSTANTIATE_TEST_SUITE_P(VideoSettings, UnusableProjectTest,
-                         testing::Values("", "<key>Width</key><integer>640</integer>"));
+TEST_F(WrapperTest, ProjectWithoutVideoSettingsIsReported) {
+  ProjectText project;
+  project.video.clear();
+  SetProject(project);
+  EXPECT_THAT(Render(), ElementsAre("start", "error 8003"));
+}
 
-TEST_F(WrapperTest, RenderWithoutAnyProjectReportsIt) {
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "error 8003"));
+TEST_F(WrapperTest, RenderWithoutAnyProjectIsReported) {
+  EXPECT_THAT(Render(), ElementsAre("start", "error 8003"));
 }
 
 TEST(ProgressFilterTest, ChangesPassAtOnceAndRepeatsWaitAlsoWhileTheClockWraps) {

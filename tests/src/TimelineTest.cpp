@@ -69,17 +69,12 @@ TEST(ProjectPathTest, PathsLeadFromTheDocument) {
   }
 }
 
-TEST(EngineRecordsTest, ArraysGrowAndOwnAsTheEngineExpects) {
+TEST(EngineRecordsTest, ArraysGrowAndOwnCopiesOfWhatTheyAreGiven) {
   VRXTimeline timeline;
   VRXFileSourceStreamInfo file(u"/a");
   for (int i = 0; i < 6; ++i) timeline.video.Add(file);
-  EXPECT_EQ(timeline.video.capacity, 10u);
   file.path->Set(u"/changed");
   EXPECT_EQ(dynamic_cast<VRXFileSourceStreamInfo&>(*timeline.video.items[0]).path->Get(), u"/a");
-
-  VRXSystemOutputSetting output;
-  for (int i = 0; i < 3; ++i) output.AddRange({});
-  EXPECT_EQ(output.rawRangeCapacity, 6u);
 
   VRXMetaData item;
   const std::uint8_t bytes[] = {1, 2, 3};

@@ -23,15 +23,13 @@ TEST_F(WrapperTest, FactoryGivesTheSameWrapperWithoutLosingTheEngine) {
 TEST_F(WrapperTest, NullCallbackKeepsTheEarlierOne) {
   wrapper->SetCallback(nullptr);
   LoadProject();
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "100", "end"));
+  EXPECT_THAT(Render(), ElementsAre("start", "100", "end"));
 }
 
 TEST_F(WrapperTest, CancelBeforeStartSkipsTheWorkButStillEnds) {
   LoadProject();
   wrapper->Cancel();
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "end"));
+  EXPECT_THAT(Render(), ElementsAre("start", "end"));
   EXPECT_THAT(script->calls, Contains("CreateSequence"));
   EXPECT_THAT(script->calls, Contains("ReleaseSequence"));
   EXPECT_THAT(script->calls, Not(Contains("Execute")));
@@ -61,8 +59,7 @@ TEST_F(WrapperTest, SecondStartAndNewProjectAreRefusedWhileARenderRuns) {
   EXPECT_EQ(timeline->video.count, 1u);
   wrapper->Cancel();
   callback.WaitForEnd();
-  wrapper->Release();
-  wrapper = nullptr;
+  Release();
   EXPECT_EQ(std::count(script->calls.begin(), script->calls.end(), "CreateSequence"), 1);
 }
 
@@ -70,8 +67,7 @@ TEST_F(WrapperTest, ReleaseWaitsForTheRender) {
   script->slices = {{.processed = 50}, {.processed = 100, .ends = true}};
   LoadProject();
   wrapper->StartRender();
-  wrapper->Release();
-  wrapper = nullptr;
+  Release();
   EXPECT_EQ(callback.Heard().back(), "end");
 }
 
@@ -118,28 +114,14 @@ TEST_F(WrapperTest, CalibrationReachesTheEngineForASourceThatNeedsIt) {
   }
 }
 
-TEST_F(WrapperTest, RecordsOfTheProjectReachTheEngine) {
-  ProjectText project;
-  project.videoTrack = ClipText("clips/a.mp4", "0", "1000") + ClipText("/b.mov", "500", "2500");
-  project.audioTrack = ClipText("c.wav", "0", "3000");
-  project.audio = "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>";
-  SetProject(project);
-  wrapper->StartRender();
-  callback.WaitForEnd();  // the records stay until Release
-  const VRXTimeline& timeline = *script->timeline;
-  ASSERT_EQ(timeline.video.count, 2u);
-  ASSERT_EQ(timeline.audio.count, 1u);
-  const auto& first = dynamic_cast<const VRXFileSourceStreamInfo&>(*timeline.video.items[0]);
-  EXPECT_EQ(vrx::textcodec::ToUtf8(first.path->Get()), (folder.Path() / "clips/a.mp4").string());
-  EXPECT_EQ(first.endTime.value, 29029u);
-  const VRXSystemOutputSetting& output = *script->output;
-  EXPECT_EQ(vrx::textcodec::ToUtf8(output.outputFilePath->Get()), (folder.Path() / "out.mp4").string());
-  ASSERT_NE(output.metaData, nullptr);
-  ASSERT_EQ(output.metaData->count, 1u);
-  EXPECT_EQ(output.metaData->items[0]->kind, VRXMetaData::kTimeZone);
-  EXPECT_EQ(output.metaData->items[0]->size, 2u);
-  ASSERT_NE(output.audio, nullptr);
-  EXPECT_EQ(output.audio->samplingRate, 48000u);
+TEST_F(WrapperTest, TheMovieSaysInWhichTimeZoneItWasMade) {
+  LoadProject();
+  Render();  // the records stay until Release
+  const VRXMetaDataSetting* metaData = script->output->metaData;
+  ASSERT_NE(metaData, nullptr);
+  ASSERT_EQ(metaData->count, 1u);
+  EXPECT_EQ(metaData->items[0]->kind, VRXMetaData::kTimeZone);
+  EXPECT_EQ(metaData->items[0]->size, 2u);
 }
 
 }  // namespace
