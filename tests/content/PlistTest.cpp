@@ -228,6 +228,7 @@ TEST(PlistTreeTest, OperationsAnswerByTypeAndPath) {
   EXPECT_EQ(dict.GetKeyAt(0, key), XpOk);
   EXPECT_EQ(key, u"a");
   EXPECT_EQ(dict.GetKeyAt(1, key), XpErrElementNotFound);
+  EXPECT_EQ(dict.GetValueAt(1), nullptr);
 }
 
 }  // namespace

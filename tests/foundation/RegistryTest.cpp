@@ -49,10 +49,12 @@ TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
   EXPECT_FALSE(reader->GetBool(u"a/b"));  // a text is no number
   EXPECT_EQ(reader->GetDword(u"Text", 5), 5u);
   EXPECT_EQ(reader->GetString(u"Number", u"none"), u"none");
+  EXPECT_FALSE(reader->HasValue(u"other"));
   EXPECT_EQ(reader->SetDword(u"Number", 1), XpErrFailed);
   key.Close();
   EXPECT_EQ(key.SetDword(u"Number", 1), XpErrFailed);
   EXPECT_EQ(key.GetDword(u"Number", 9), 9u);
+  EXPECT_EQ(key.OpenSubKey(u"x"), nullptr);
 }
 
 TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {

@@ -16,7 +16,8 @@ std::u16string Repeated(std::size_t count) { return std::u16string(count, u'x');
 TEST(TextTest, CopiesShareUntilOneOfThemIsWritten) {
   XpString first(u"shared");
   const XpString second = first;
-  EXPECT_EQ(first.Capacity(), 64);
+  EXPECT_EQ(XpString(Repeated(63)).Capacity(), 64);
+  EXPECT_EQ(XpString(Repeated(64)).Capacity(), 128) << "the terminator needs room";
   EXPECT_EQ(first.c_str(), second.c_str());
   first.Append(u"!");
   EXPECT_STREQ(second.ToNarrow().c_str(), "shared");
@@ -31,6 +32,7 @@ TEST(TextTest, TheEmptyTextCanBeCopiedAssignedAndWritten) {
   other.Append(u"a");
   EXPECT_TRUE(empty.IsEmpty());
   EXPECT_TRUE(XpString(static_cast<const char16_t*>(nullptr)) == empty);
+  EXPECT_TRUE(empty == static_cast<const char16_t*>(nullptr));
   other = XpString();
   EXPECT_EQ(other.c_str()[0], 0);
 }

@@ -19,6 +19,7 @@ TEST(ThreadTest, JoiningGivesTheExitCode) {
   EXPECT_EQ(XpThreadJoin(nullptr), XpErrNoHandle);
   XpThread* none = nullptr;
   EXPECT_EQ(XpThreadJoinShared(&none), XpErrNoHandle);
+  EXPECT_FALSE(XpThreadIsCurrent(nullptr));
 }
 
 struct SelfJoin {

@@ -56,6 +56,7 @@ TEST_F(XmlParserTest, NumbersAreReadAsFarAsTheyGoAndStayWithin32Bits) {
 TEST_F(XmlParserTest, AChangedDocumentTakesTheOldOnesPlace) {
   Notes notes;
   EXPECT_EQ(notes.Parse(), XpErrFailed);
+  EXPECT_EQ(notes.ParseFile(Path("notes.xml")), XpErrFailed);
   EXPECT_EQ(notes.Save(Path("notes.xml")), XpErrFailed) << "there is no document";
   notes.Open(Put("notes.xml", std::string(5000, ' ')));
   ASSERT_TRUE(notes.Read("<notes a=\"1\">text</notes>"));

@@ -66,4 +66,17 @@ TEST_F(ProjectReaderTest, NumbersKeepTheirWidth) {
   EXPECT_EQ(project.audioSettings->channels, 2);
 }
 
+TEST_F(ProjectReaderTest, MissingPartsHaveTheirResults) {
+  for (const std::string& path : {std::string(), std::string("/no/such.vrx"), m_folder.Path().string()}) {
+    EXPECT_EQ(project.LoadXmlFile(XpNarrowString(path).ToWide()), XpErrFileNotFound) << path;
+  }
+  for (const auto& [text, result] :
+       {std::pair{"", XpErrNoDocument},
+        {"<plist><dict/></plist>", XpErrFileNotFound},
+        {"<plist><dict><key>VRXWrapper</key><dict/></dict></plist>", XpErrFileNotFound}}) {
+    const std::string path = m_folder.Write("p.vrx", text);
+    EXPECT_EQ(project.LoadXmlFile(XpNarrowString(path).ToWide()), result) << text;
+  }
+}
+
 }  // namespace

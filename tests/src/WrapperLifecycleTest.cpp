@@ -117,6 +117,7 @@ TEST_F(WrapperTest, CalibrationReachesTheEngineForASourceThatNeedsIt) {
 TEST_F(WrapperTest, TheMovieSaysInWhichTimeZoneItWasMade) {
   LoadProject();
   Render();  // the records stay until Release
+  EXPECT_EQ(script->output->systemType, VRXSystemMp4);
   const VRXMetaDataSetting* metaData = script->output->metaData;
   ASSERT_NE(metaData, nullptr);
   ASSERT_EQ(metaData->count, 1u);
