@@ -11,6 +11,7 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -34,7 +35,10 @@ class ProjectCheckTest : public testing::Test {
   ProjectReport Check() { return CheckText(project.Text()); }
   ProjectReport CheckText(const std::string& text) {
     const std::string path = m_folder.Write("p.vrx", text);
-    return vrx::check::CheckProject(XpNarrowString(path).ToWide(), [this](const XpString&) { return facts; });
+    return vrx::check::CheckProject(XpNarrowString(path).ToWide(), [this](const XpString&) {
+      ++probes;
+      return facts;
+    });
   }
   /// "E VideoTrack/2 SourceFile message" for each problem.
   static std::vector<std::string> Lines(const ProjectReport& report) {
@@ -78,6 +82,7 @@ class ProjectCheckTest : public testing::Test {
 
   ProjectText project;
   SourceFacts facts{.usable = true, .hasVideo = true, .hasAudio = true, .videoSeconds = 4, .audioSeconds = 4};
+  int probes = 0;
   TempFolder m_folder;
 };
 
@@ -160,25 +165,27 @@ TEST_F(ProjectCheckTest, StillsThatLeaveFramesBlackOrSayWhatIsUnknownAreNamed) {
   struct Case {
     std::string images;
     std::uint64_t line;
+    const char* key;
     const char* message;
   };
   const Case cases[] = {
-      {ImageText(1, "no.jpg", 0, 9), 2, "no.jpg is left out"},
-      {ImageText(1, "a", 0, 3) + ImageText(2, "a", 6, 9), 3, "on frames 4 to 5"},
-      {ImageText(1, "a", 0, 5) + ImageText(2, "a", 4, 9), 3, "frames 4 to 5 have an image"},
-      {ImageText(1, "a", 5, 9) + ImageText(2, "a", 0, 4), 3, "must stand in order"},
-      {ImageText(1, "a", 0, 7), 0, "end with frame 7, the clip with frame 9"},
-      {ImageText(1, "a", 0, 12), 0, "go on to frame 12"},
-      {ImageText(1, "a", 0, 9, 4), 2, "Rotation 4 is none of 0 to 3"},
-      {ImageText(1, "a", 0, 9, 0, 2), 2, "Mirror 2 is neither 0 nor 1"},
-      {ImageText(1, "a", 0, 4) + ImageText(1, "a", 5, 9), 3, "ImageId 1 is used before"},
-      {"", 0, "holds no DecImage"},
+      {ImageText(1, "no.jpg", 0, 9), 2, "ImagePath", "no.jpg is left out"},
+      {ImageText(1, "a", 0, 3) + ImageText(2, "a", 6, 9), 3, "InFrame", "on frames 4 to 5"},
+      {ImageText(1, "a", 0, 5) + ImageText(2, "a", 4, 9), 3, "InFrame", "frames 4 to 5 have an image"},
+      {ImageText(1, "a", 5, 9) + ImageText(2, "a", 0, 4), 3, "InFrame", "must stand in order"},
+      {ImageText(1, "a", 0, 7), 0, "", "end with frame 7, the clip with frame 9"},
+      {ImageText(1, "a", 0, 12), 0, "", "go on to frame 12"},
+      {ImageText(1, "a", 0, 9, 4), 2, "Rotation", "4 is none of 0 to 3"},
+      {ImageText(1, "a", 0, 9, 0, 2), 2, "Mirror", "2 is neither 0 nor 1"},
+      {ImageText(1, "a", 0, 4) + ImageText(1, "a", 5, 9), 3, "ImageId", "1 is used before"},
+      {"", 0, "", "holds no DecImage"},
   };
   project.videoTrack = ClipText("b.xml", "0", "334", "<key>SourceType</key><integer>4</integer>");
   for (const Case& c : cases) {
     m_folder.Write("b.xml", BasebandText(c.images));
-    ExpectLine(c.message, true);
     const ProjectReport report = Check();
+    const std::string place = std::string("W VideoTrack/1 ") + c.key + " ";
+    EXPECT_THAT(Lines(report), Contains(AllOf(HasSubstr(place), HasSubstr(c.message))));
     EXPECT_TRUE(c.line == 0 || std::ranges::count(report.problems, c.line, &vrx::check::Problem::line) > 0)
         << c.message;
   }
@@ -196,13 +203,8 @@ TEST_F(ProjectCheckTest, UnreadableDocumentSaysWhy) {
 }
 
 TEST_F(ProjectCheckTest, EachSourceIsProbedOnce) {
-  int probes = 0;
   for (int i = 0; i < 50; ++i) project.videoTrack += ClipText("a.mp4", "0", "1001");
-  const std::string path = m_folder.Write("p.vrx", project.Text());
-  vrx::check::CheckProject(XpNarrowString(path).ToWide(), [&](const XpString&) {
-    ++probes;
-    return facts;
-  });
+  Check();
   EXPECT_EQ(probes, 1);
 }
 

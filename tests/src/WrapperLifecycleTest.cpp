@@ -1,8 +1,10 @@
-// How the wrapper behaves over its life: cancel, second calls, release at awkward moments.
+// How the wrapper behaves over its life: what it needs, cancel, second calls, release at awkward moments.
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 
 #include "tests/foundation/ScopedVariable.h"
 #include "tests/src/WrapperFixture.h"
@@ -123,6 +125,24 @@ TEST_F(WrapperTest, TheMovieSaysInWhichTimeZoneItWasMade) {
   ASSERT_EQ(metaData->count, 1u);
   EXPECT_EQ(metaData->items[0]->kind, VRXMetaData::kTimeZone);
   EXPECT_EQ(metaData->items[0]->size, 2u);
+}
+
+int RunIn(const std::filesystem::path& folder) {
+  const int status = std::system((folder / "host").c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(EngineBindingTest, FactoryFailsUnlessACompleteEngineLiesBesideTheHost) {
+  const TempFolder folder;
+  std::filesystem::copy_file(FACTORY_PROBE_PATH, folder.Path() / "host");
+  EXPECT_EQ(RunIn(folder.Path()), 1) << "no engine";
+  folder.Write("VRXEngine.so", "not a library");
+  EXPECT_EQ(RunIn(folder.Path()), 1) << "not a library";
+  const auto overwrite = std::filesystem::copy_options::overwrite_existing;
+  std::filesystem::copy_file(INCOMPLETE_ENGINE_PATH, folder.Path() / "VRXEngine.so", overwrite);
+  EXPECT_EQ(RunIn(folder.Path()), 1) << "a function is missing";
+  std::filesystem::copy_file(SCRIPTED_ENGINE_PATH, folder.Path() / "VRXEngine.so", overwrite);
+  EXPECT_EQ(RunIn(folder.Path()), 0) << "complete";
 }
 
 }  // namespace
