@@ -86,6 +86,8 @@ TEST(MemoryFileTest, ImpossiblePositionsAndSizesFailAndChangeNothing) {
   EXPECT_EQ(file.Write(&byte, 1, nullptr), XpErrDiskFull);
   EXPECT_EQ(file.SetSize(-1), XpErrInvalidFileOperation);
   EXPECT_EQ(file.SetSize(kMost), XpErrDiskFull);
+  EXPECT_EQ(file.RoundCapacity(kMost), -1);
+  EXPECT_EQ(file.RoundCapacity(65536), 131072);
   EXPECT_EQ(file.Read(&byte, ~std::uint64_t{0}, nullptr), XpErrInvalidFileOperation);
   EXPECT_EQ(Content(file), "abc");
 }

@@ -54,6 +54,7 @@ TEST(CaptionRangesTest, EqualTheNumbersWorkedOutByHand) {
   const std::vector<Times> one{{1000, 2000}};
   const Case cases[] = {
       {"the range ends one frame behind", kMovie, 0, one, one, {{25, 51}}},
+      {"between frames", kMovie, 0, {{1001, 1999}}, {{1001, 1999}}, {{26, 50}}},
       // The second starts one frame before frame 50, the end of the first.
       {"a gap of one frame", kMovie, 0, {one[0], {2040, 3000}}, {one[0], {1960, 3000}}, {{25, 76}}},
       {"three frames", kMovie, 0, {one[0], {2120, 3000}}, {one[0], {2120, 3000}}, {{25, 51}, {53, 76}}},
