@@ -145,6 +145,7 @@ TEST(PlistNumbersTest, TextIsReadAsFarAsItIsANumber) {
   EXPECT_EQ(ParseReal(u" -.5e1 "), -5.0);
   EXPECT_EQ(ParseReal(u"1e999"), 0.0);
   EXPECT_EQ(ParseReal(u"inf"), 0.0);
+  EXPECT_EQ(ParseReal(u"nan"), 0.0);
   for (const char16_t* date : {u"99:01:01T00:00:00", u"2018:01:01T00:00", u"2018::01:01T00:00:00"}) {
     EXPECT_FALSE(vrx::plist::ParseDate(date).IsValid());
   }

@@ -58,6 +58,7 @@ TEST_F(DirTest, AnEmptyFolderIsNoFailureButAMissingNameIs) {
   EXPECT_EQ(XpDir(Path("none")).Open(XpDirEverything, u""), XpErrPathNotFound);
   EXPECT_EQ(XpDir(Put("file")).Open(XpDirEverything, u""), XpErrPathNotFound);
   EXPECT_EQ(XpDir(Path("none")).GetSize(), -1);
+  EXPECT_EQ(XpDir(Path("none")).CountEntries(true), -1);
 }
 
 TEST_F(DirTest, AnEntryAnswersFromTheListing) {
@@ -134,6 +135,7 @@ TEST_F(DirTest, SpaceAddsUpAndSizesRoundToClusters) {
   EXPECT_EQ(dir.RoundToCluster(cluster + 1), 2 * cluster);
   EXPECT_EQ(dir.RoundToCluster(INT64_MAX), -1);
   EXPECT_EQ(dir.RoundToCluster(-1), -1);
+  EXPECT_EQ(XpDir(Path("none")).RoundToCluster(1), 4096);
 }
 
 TEST(WildcardTest, StarsBacktrackAndCaseIsIgnored) {

@@ -135,8 +135,10 @@ TEST_F(FileTest, TimesCanBeSetClosedAtOnceAndOpenAtTheEnd) {
   EXPECT_EQ(file.SetTimes(&written, &written, &written), XpOk);
   EXPECT_EQ(file.Write("x", 1, nullptr), XpOk);
   EXPECT_EQ(file.Close(), XpOk);
-  EXPECT_EQ(file.GetTimes(nullptr, &got, nullptr), XpOk);
+  XpDateTime accessed;
+  EXPECT_EQ(file.GetTimes(nullptr, &got, &accessed), XpOk);
   EXPECT_EQ(got.GetValue(), written.GetValue());
+  EXPECT_EQ(accessed.GetValue(), written.GetValue());
   const XpDateTime invalid;
   EXPECT_EQ(file.SetTimes(nullptr, &invalid, nullptr), XpErrInvalidFileOperation);
 }

@@ -62,6 +62,7 @@ TEST(FormatTest, AConversionThatDoesNotFitIsSeen) {
   };
   const Mismatch cases[] = {
       {"<%s?>", [] { return Formatted(u"%s", 1); }},
+      {"<%d?>", [] { return Formatted(u"%d", u"text"); }},
       {"<%d?>", [] { return Formatted(u"%d", std::int64_t{1}); }},
       {"<%f?>", [] { return Formatted(u"%f", 1); }},
       {"<%d?>", [] { return Formatted(u"%d"); }},

@@ -58,8 +58,9 @@ TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
 }
 
 TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {
-  for (const std::string damage : {"", "{\"Software\\\\A\": {\"n\": 1}", "{\"a\": 1}", "{\"a\": {\"b\": -1}}",
-                                   "{\"a\": {\"b\": 4294967296}}", "{\"a\": {\"b\": null}}"}) {
+  for (const std::string damage :
+       {"", "[]", "{\"Software\\\\A\": {\"n\": 1}", "{\"a\": 1}", "{\"a\": {\"b\": -1}}",
+        "{\"a\": {\"b\": 4294967296}}", "{\"a\": {\"b\": null}}"}) {
     const TempFolder own;
     const ScopedVariable variable("VRX_REGISTRY_DIR", own.Path());
     own.Write("current-user.json", damage);

@@ -50,6 +50,9 @@ TEST_F(XmlParserTest, NumbersAreReadAsFarAsTheyGoAndStayWithin32Bits) {
     EXPECT_EQ(number, expected) << text;
     EXPECT_FALSE(ReadAttributeInt(notes.Root(), u"N", number));
     EXPECT_EQ(number, expected) << text;
+    XpString kept(u"old");
+    EXPECT_FALSE(ReadAttributeString(notes.Root(), u"other", kept));
+    EXPECT_EQ(kept, u"old");
   }
 }
 

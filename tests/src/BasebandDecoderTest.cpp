@@ -178,7 +178,7 @@ TEST_F(BasebandDecoderTest, PictureThatNeverComesEndsTheWaitOnceAndShowsWhenItIs
   EXPECT_EQ(Frame(*object, 100), 99);
 }
 
-TEST_F(BasebandDecoderTest, FrameOnNoSpanEndsItsClipAndNotTheNext) {
+TEST_F(BasebandDecoderTest, WhatEndsOneClipDoesNotEndTheNext) {
   const std::string same = ImageText(1, "10", 0, 1) + ImageText(2, "20", 4, 9);
   IVRXRawInputCallback* first = Parse(same);
   IVRXRawInputCallback* next = Parse(same);
@@ -186,6 +186,9 @@ TEST_F(BasebandDecoderTest, FrameOnNoSpanEndsItsClipAndNotTheNext) {
   EXPECT_EQ(Frame(*first, 3), -1);
   EXPECT_EQ(Frame(*first, 4), -1);
   EXPECT_EQ(Frame(*next, 4), 20);
+  EXPECT_EQ(object->Parse(u"/no/such.xml"), XpErrBasebandDocument);
+  EXPECT_EQ(object->GetLastSource()->GetStage(), 0u);
+  EXPECT_THAT(Log(), HasSubstr("/no/such.xml: does not exist"));
 }
 
 TEST_F(BasebandDecoderTest, NewProjectShowsNothingOfTheOldOne) {

@@ -40,6 +40,7 @@ TEST(BasebandDocumentTest, RefusalSaysWhereAndWhy) {
     const char* cause;
   };
   const Case cases[] = {
+      {"", XpErrNotWellFormed, "empty"},
       {"<VRXBaseband>", XpErrNotWellFormed, "line 1"},
       {"<!DOCTYPE a [<!ENTITY b 'c'>]>" + good, XpErrNotWellFormed, "document types are not allowed"},
       {Replaced(good, "\"Video\"", "\"video\""), XpErrWrongElementType, "SystemType must be \"Video\""},
@@ -55,6 +56,7 @@ TEST(BasebandDocumentTest, RefusalSaysWhereAndWhy) {
   }
   BasebandDocument document;
   EXPECT_EQ(ReadBasebandDocument(u"/no/such.xml", document), XpErrPathNotFound);
+  EXPECT_EQ(document.Cause(), u"does not exist");
   EXPECT_EQ(ReadBasebandDocument(XpString(), document), XpErrUnknownElementType);
 }
 

@@ -96,6 +96,7 @@ TEST(CaptionRangesTest, CaptionsFollowTheirPictureThroughSpeedSections) {
       // 2500 -> 3000; 3000 + (3000 - 2500) / 0.5 + (5000 - 3000) = 6000.
       {"slow at the start", slow, {2500, 5000}, {3000, 6000}},
       {"slow at the end", slow, {1000, 2500}, {1000, 3000}},
+      {"fast before", "0,2,2,3,0,0|", {5000, 6000}, {4000, 5000}},
       {"group before", group, {4000, 5000}, {6000, 7000}},
       {"group covered", group, {1000, 5000}, {1000, 7000}},
       {"group inside", group, {2500, 5000}, {2500, 5000}},

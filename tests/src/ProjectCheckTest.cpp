@@ -109,7 +109,6 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
       {"<dict><key>SourceFile</key><string>a.mp4</string><key>StartTime</key><integer>5</integer></dict>",
        "W VideoTrack/2 StartTime is integer where real is due", true},
       {ClipText("b.mp4", "0", "1001"), "E VideoTrack/2 SourceFile ", false},
-      {ClipText("", "0", "1001"), "E VideoTrack/2 SourceFile names no source", false},
       {ClipText("a.mp4", "900", "900"),
        "W VideoTrack/2 EndTime does not lie behind StartTime: the whole source is used", true},
       {ClipText("a.mp4", "1", "9"), "W VideoTrack/2 EndTime the clip is shorter than a frame", true},
@@ -127,7 +126,7 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
 TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
   struct Case {
     std::string ProjectText::*part;
-    const char* text;
+    std::string text;
     const char* line;
     bool renderable;
   };
@@ -139,6 +138,8 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
       {&ProjectText::video, "<key>interlace</key><true/>",
        "W interlace is an unknown key; did you mean Interlace?", false},
       {&ProjectText::audio, "", "without AudioOutputSettings", true},
+      {&ProjectText::audioTrack, ClipText("", "0", "1001"), "E AudioTrack/1 SourceFile names no source",
+       false},
       {&ProjectText::output, "", "E OutputFilePath names no file", false},
       {&ProjectText::output, "none/out.mp4", "E OutputFilePath the folder ", false},
       {&ProjectText::output, "a.mp4", "is also a source and would be replaced", true},
@@ -253,11 +254,14 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
   const std::string width = "<key>GeneralInfo</key><dict><key>VideoWidth</key>";
   for (const Case& c :
        {Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is real where integer is due"},
+        Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is missing or cannot be read"},
         Case{"<key>TennisMetaInfo</key><dict/>", "TennisMetaInfo/TrimedShift is missing"},
         Case{"<key>TemplateInfo</key><dict><key>LogDataArray</key><array><dict/></array></dict>",
              "LogDataArray/Duration is missing"},
         Case{"<key>CaptionInfo</key><dict><key>captionString</key><string/></dict>",
              "CaptionInfo/captionString is an unknown key; did you mean CaptionString?"},
+        Case{"<key>CaptionInfo</key><dict><key>CaptionString</key><string>x</string></dict>",
+             "Valid is not true"},
         Case{"<key>CaptionInfo</key><dict><key>Valid</key><true/></dict>", "holds no captions"},
         Case{"<key>TennisMetaInfo</key><dict><key>Valid</key><true/><key>Duration</key><real>1</real>"
              "<key>OriginalDateTime</key><string/><key>TennisMetaData</key><string>x</string>"

@@ -76,6 +76,11 @@ TEST(EngineRecordsTest, ArraysGrowAndOwnCopiesOfWhatTheyAreGiven) {
   file.path->Set(u"/changed");
   EXPECT_EQ(dynamic_cast<VRXFileSourceStreamInfo&>(*timeline.video.items[0]).path->Get(), u"/a");
 
+  VRXBasebandSourceStreamInfo still;
+  still.reservedTime = {5, 7};
+  timeline.audio.Add(still);
+  EXPECT_EQ(dynamic_cast<VRXBasebandSourceStreamInfo&>(*timeline.audio.items[0]).reservedTime.value, 0u);
+
   VRXMetaData item;
   const std::uint8_t bytes[] = {1, 2, 3};
   item.SetData(bytes, sizeof(bytes));
