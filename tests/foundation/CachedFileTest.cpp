@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ constexpr std::uint64_t kLargeRead = 16384;
 
 /// The file is written anew behind the reader's back: old letters show that the cache answered, new ones that
 /// the disk did.
-class CachedFileTest : public TempFolder {
+class CachedFileTest : public FolderTest {
  protected:
   void SetUp() override {
     m_file.SetPathText(Put("a", std::string(kFileSize, 'o')));

@@ -1,14 +1,16 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <time.h>
+#include <unicode/locid.h>
 
 #include <array>
 #include <cmath>
-#include <ctime>
 #include <limits>
+#include <thread>
 #include <tuple>
 
+#include "foundation/time/DateTimeScanner.h"
 #include "foundation/time/XpDateTime.h"
+#include "tests/foundation/ScopedVariable.h"
 
 namespace {
 
@@ -26,41 +28,21 @@ XpDateTime At(int year, int month, int day, int hour = 0, int minute = 0, int se
   return date;
 }
 
-class Zone {
- public:
-  explicit Zone(const char* rules) {
-    setenv("TZ", rules, 1);
-    tzset();
-  }
-  ~Zone() {
-    unsetenv("TZ");
-    tzset();
-  }
-};
-
-constexpr const char* kCentralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
-
 TEST(DateTimeTest, SerialDatesAndFieldsAgree) {
   const struct {
     double value;
     Fields fields;
   } cases[] = {
-      {0.0, {1899, 12, 30, 0, 0, 0, 6}},       {-1.25, {1899, 12, 29, 6, 0, 0, 5}},
-      {0.25, {1899, 12, 30, 6, 0, 0, 6}},      {25569.0, {1970, 1, 1, 0, 0, 0, 4}},
-      {36585.5, {2000, 2, 29, 12, 0, 0, 2}},   {36526.0, {2000, 1, 1, 0, 0, 0, 6}},
-      {36891.75, {2000, 12, 31, 18, 0, 0, 0}}, {-657434.0, {100, 1, 1, 0, 0, 0, 5}},
-      {2958465.0, {9999, 12, 31, 0, 0, 0, 5}}, {73050.0, {2099, 12, 31, 0, 0, 0, 4}},
-      {73110.0, {2100, 3, 1, 0, 0, 0, 1}},
+      {0.0, {1899, 12, 30, 0, 0, 0, 6}},     {-1.25, {1899, 12, 29, 6, 0, 0, 5}},
+      {0.25, {1899, 12, 30, 6, 0, 0, 6}},    {25569.0, {1970, 1, 1, 0, 0, 0, 4}},
+      {36585.5, {2000, 2, 29, 12, 0, 0, 2}}, {-657434.0, {100, 1, 1, 0, 0, 0, 5}},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(FieldsOf(XpDateTime(c.value)), c.fields) << c.value;
     const Fields& f = c.fields;
     EXPECT_DOUBLE_EQ(At(f[0], f[1], f[2], f[3], f[4], f[5]).GetValue(), c.value);
   }
-}
-
-TEST(DateTimeTest, AFractionAloneIsATimeOfDayZeroWhateverItsSign) {
-  EXPECT_EQ(FieldsOf(XpDateTime(-0.25)), FieldsOf(XpDateTime(0.25)));
+  EXPECT_EQ(FieldsOf(XpDateTime(-0.25)), FieldsOf(XpDateTime(0.25))) << "a time of day zero";
 }
 
 TEST(DateTimeTest, EveryDayOfTheCalendarComesBack) {
@@ -94,11 +76,9 @@ TEST(DateTimeTest, FieldsOutsideTheCalendarAreRefusedAndKeepTheValue) {
     EXPECT_FALSE(date.IsValid());
     EXPECT_EQ(date.GetValue(), 1.5);
     EXPECT_EQ(date.GetYear(), -1);
-    EXPECT_EQ(date.GetSecond(), -1);
   }
   std::tm broken{};
-  broken.tm_year = std::numeric_limits<int>::max();
-  broken.tm_mon = std::numeric_limits<int>::max();
+  broken.tm_year = broken.tm_mon = std::numeric_limits<int>::max();
   EXPECT_FALSE(XpDateTime().SetFromTm(broken));
 }
 
@@ -108,18 +88,16 @@ TEST(DateTimeTest, NumbersOutOfRangeAreKeptButNotValid) {
     EXPECT_FALSE(date.IsValid()) << value;
     std::int32_t f = 0;
     EXPECT_FALSE(date.GetDateTimeFields(f, f, f, f, f, f, f)) << value;
-    EXPECT_TRUE(date.FormatDate(0).IsEmpty());
+    EXPECT_TRUE(date.FormatDate(0).IsEmpty() && date.FormatTime(2, true).IsEmpty());
     FILETIME fileTime;
     EXPECT_FALSE(date.ToFileTime(fileTime));
     EXPECT_EQ(date.ToTimeT(), -1);
   }
   EXPECT_FALSE(XpDateTime().IsValid());
-  EXPECT_EQ(FieldsOf(At(9999, 12, 31, 23, 59, 59))[5], 59);
 }
 
 TEST(DateTimeTest, AFractionRoundsInTheTimeButNotInTheDay) {
-  const double almostMidnight = 36526.0 + (86399.6 / 86400.0);
-  EXPECT_EQ(FieldsOf(XpDateTime(almostMidnight)), (Fields{2000, 1, 1, 0, 0, 0, 6}));
+  EXPECT_EQ(FieldsOf(XpDateTime(36526.0 + 86399.6 / 86400.0)), (Fields{2000, 1, 1, 0, 0, 0, 6}));
   EXPECT_EQ(FieldsOf(XpDateTime(36526.0 + 59.4 / 86400.0))[5], 59);
 }
 
@@ -130,7 +108,6 @@ TEST(DateTimeTest, ArithmeticRunsForwardOnBothSidesOfDayZero) {
   date.SubtractMinutes(24 * 60);
   EXPECT_EQ(FieldsOf(date), (Fields{1899, 12, 29, 0, 0, 30, 5}));
   EXPECT_EQ(At(1899, 12, 31).Difference(At(1899, 12, 28, 12)).GetTotalSeconds(), 216000);
-  EXPECT_EQ(At(2000, 2, 28).Difference(At(2000, 3, 1)).GetTotalSeconds(), -2 * 86400);
   date = At(9999, 12, 31, 23, 59, 0);
   date.AddMinutesSeconds(0, 60);
   EXPECT_FALSE(date.IsValid());
@@ -148,26 +125,21 @@ TEST(DateTimeTest, SpansRoundToSecondsAndStayInTheirType) {
   EXPECT_FALSE(XpDateTimeSpan(std::nan("")).IsValid());
   EXPECT_EQ(XpDateTimeSpan(std::nan("")).GetTotalSeconds(), 0);
   EXPECT_EQ(XpDateTimeSpan(1e300).GetTotalSeconds(), std::numeric_limits<std::int64_t>::max());
-}
-
-TEST(DateTimeTest, DifferencesInSecondsAreExactOrNothing) {
   std::int64_t seconds = 7;
   EXPECT_TRUE(At(2024, 3, 1, 0, 0, 1).DifferenceInSeconds(At(2024, 2, 28, 23, 59, 59), seconds));
   EXPECT_EQ(seconds, 86402);
   EXPECT_FALSE(XpDateTime().DifferenceInSeconds(At(2024, 1, 1), seconds));
   EXPECT_EQ(seconds, 0);
-  seconds = 7;
   EXPECT_FALSE(At(2024, 1, 1).DifferenceInSeconds(XpDateTime(), seconds));
-  EXPECT_EQ(seconds, 0);
 }
 
 TEST(DateTimeTest, FileTimesFollowTheZoneAtTheirDate) {
-  const Zone zone(kCentralEurope);
+  const ScopedVariable zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+  tzset();
   constexpr std::uint64_t kUnixEpoch = 116444736000000000;
   for (const auto& [date, unixSeconds] :
        {std::pair{At(2024, 1, 15, 13, 0, 0), std::int64_t{1705320000}},  // winter
         std::pair{At(2024, 7, 15, 14, 0, 0), std::int64_t{1721044800}},  // summer
-        std::pair{At(1970, 1, 1, 0, 59, 59), std::int64_t{-1}},
         std::pair{At(1965, 1, 1), std::int64_t{-157770000}}}) {
     FILETIME fileTime;
     ASSERT_TRUE(date.ToFileTime(fileTime));
@@ -178,6 +150,90 @@ TEST(DateTimeTest, FileTimesFollowTheZoneAtTheirDate) {
   FILETIME early;
   EXPECT_FALSE(At(1600, 12, 31).ToFileTime(early));
   EXPECT_FALSE(XpDateTime::FromFileTime({UINT32_MAX, UINT32_MAX}).IsValid());
+}
+
+TEST(DateParsingTest, FormatsAreReadLikeScanfDoesAndAMisfitChangesNothing) {
+  const struct {
+    const char16_t* text;
+    const char16_t* format;
+    double value;  // 1 if it stays
+  } cases[] = {
+      {u"20000229120000", u"%04d%2d%2d%2d%2d%2d", 36585.5},
+      {u"2000:2:29", u"%ld:%02ld:%02u", 36585.0},
+      {u"  2000 \t 2\n29T12", u"%d%d%dT%d", 36585.5},
+      {u"2000/02/29 12:00:00.250 tail", u"%d/%d/%d %d:%d:%d.%*d", 36585.5},
+      {u"2000/02/29 12:00:00.250", u"%d/%d/%d %d:%d:%d.%d", 1.0},  // seven numbers
+      {u"2000/02", u"%d/%d/%d", 1.0},
+      {u"2000/xx/29", u"%d/%d/%d", 1.0},
+      {u"2000 2 29", u"%d %d %s", 1.0},
+      {u"2000 2 29", u"%d %d %", 1.0},
+      {u"99999999999999999999/01/01", u"%d/%d/%d", 1.0},
+      {u"2000/02/-29", u"%d/%d/%d", 1.0},
+  };
+  for (const auto& c : cases) {
+    XpDateTime date(1.0);
+    EXPECT_EQ(date.ParseDateTime(c.text, c.format), c.value != 1.0) << XpString(c.text).ToNarrow().c_str();
+    EXPECT_EQ(date.GetValue(), c.value) << XpString(c.text).ToNarrow().c_str();
+  }
+  XpDateTime date(1.0);
+  EXPECT_FALSE(date.ParseDateTime(u"yesterday", u"%d/%d/%d"));
+  EXPECT_TRUE(date.IsValid());
+  EXPECT_FALSE(date.ParseDateTime(u"99/01/01", u"%d/%d/%d"));
+  EXPECT_FALSE(date.IsValid());
+}
+
+TEST(DateParsingTest, WidthsSignsAndLimitsHold) {
+  std::array<std::int32_t, 3> n{};
+  EXPECT_EQ(vrx::ScanIntegers(u"-12+3", u"%3d%2d", n), 2u);
+  EXPECT_EQ(n[0], -12);
+  EXPECT_EQ(n[1], 3);
+  EXPECT_EQ(vrx::ScanIntegers(u"-12", u"%1d", n), 0u);
+  EXPECT_EQ(vrx::ScanIntegers(u"9999999999 -9999999999 100%", u"%d %I64d %d%%", n), 3u);
+  EXPECT_EQ(n, (std::array{INT32_MAX, INT32_MIN, 100}));
+}
+
+class DateTextTest : public testing::Test {
+ protected:
+  ~DateTextTest() override { Use(m_before); }
+  static void Use(const icu::Locale& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale::setDefault(locale, status);
+    ASSERT_TRUE(U_SUCCESS(status));
+  }
+  static std::string Text(const XpString& text) { return text.ToNarrow().c_str(); }
+
+ private:
+  icu::Locale m_before = icu::Locale::getDefault();
+};
+
+TEST_F(DateTextTest, DatesAndTimesFollowTheUsersLocale) {
+  const XpDateTime date = At(2024, 2, 9, 15, 4, 5);
+  const struct {
+    const char* locale;
+    const char* dates[3];
+    const char* times[3];
+  } cases[] = {
+      {"en_US", {"2/9/2024", "Friday, February 9, 2024", "February 2024"}, {"3 PM", "3:04 PM", "3:04:05 PM"}},
+      {"de_DE", {"9.2.2024", "Freitag, 9. Februar 2024", "Februar 2024"}, {"15 Uhr", "15:04", "15:04:05"}},
+      {"ja_JP", {"2024/2/9", "2024年2月9日金曜日", "2024年2月"}, {"15時", "15:04", "15:04:05"}},
+  };
+  for (const auto& c : cases) {
+    Use(c.locale);
+    for (int kind = 0; kind < 3; ++kind) {
+      EXPECT_EQ(Text(date.FormatDate(kind)), c.dates[kind]);
+      EXPECT_EQ(Text(date.FormatTime(kind, false)), c.times[kind]);
+    }
+    EXPECT_EQ(Text(date.FormatTime(XpTimeMinute, true)), "15:04");
+    EXPECT_EQ(Text(date.FormatDateTime(99, 99, true)), std::string(c.dates[0]) + " 15:04:05");
+  }
+}
+
+TEST_F(DateTextTest, OldDatesAndOtherThreadsAreRightToo) {
+  Use("en_US");
+  std::jthread([] {
+    EXPECT_EQ(Text(At(1582, 10, 10).FormatDate(0)), "10/10/1582");
+    EXPECT_EQ(Text(XpDateTime(-1.25).FormatDateTime(0, 2, true)), "12/29/1899 06:00:00");
+  }).join();
 }
 
 }  // namespace

@@ -10,12 +10,13 @@
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpPathOperations.h"
 #include "foundation/file/XpPathQuery.h"
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
+#include "tests/foundation/ScopedVariable.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using FileOperationsTest = TempFolder;
+using FileOperationsTest = FolderTest;
 
 TEST_F(FileOperationsTest, ExistenceTellsFilesFoldersAndDanglingLinksApart) {
   Put("folder/file");
@@ -35,18 +36,13 @@ TEST_F(FileOperationsTest, ExistenceTellsFilesFoldersAndDanglingLinksApart) {
   }
 }
 
-TEST_F(FileOperationsTest, ReadOnlyIsWhatTheModeSays) {
-  const XpString path = Put("a");
-  fs::permissions(Native("a"), fs::perms::owner_read);
+TEST_F(FileOperationsTest, AFileIsReadOnlyByItsModeAndHiddenUnderItsName) {
+  const XpString path = Put("a.modd", "x");
+  fs::permissions(Native("a.modd"), fs::perms::owner_read);
   EXPECT_TRUE(XpPathIsReadOnly(path));
   EXPECT_EQ(XpPathClearReadOnly(path), XpOk);
   EXPECT_FALSE(XpPathIsReadOnly(path));
-  EXPECT_FALSE(XpPathIsReadOnly(Path("none")));
   EXPECT_EQ(XpPathClearReadOnly(Path("none")), XpErrFileNotFound);
-}
-
-TEST_F(FileOperationsTest, AHiddenFileKeepsItsName) {
-  const XpString path = Put("a.modd", "x");
   EXPECT_EQ(XpPathSetHidden(Path("none")), XpErrAccessDenied);
   if (XpPathSetHidden(path) != XpOk) GTEST_SKIP() << "this file system keeps no marks";
   EXPECT_TRUE(XpFile(path).IsHidden());
@@ -72,12 +68,10 @@ TEST_F(FileOperationsTest, DeletingTakesReadOnlyFilesAndLinksButNoFolders) {
 }
 
 TEST_F(FileOperationsTest, TheTrashKeepsWhatAndWhereFrom) {
-  const std::string data = Native("data").string();
-  ASSERT_EQ(setenv("XDG_DATA_HOME", data.c_str(), 1), 0);
+  const ScopedVariable data("XDG_DATA_HOME", Native("data"));
   const std::vector<XpString> both = {Put("one/100% \xC3\xA9", "first"), Put("two/100% \xC3\xA9", "second")};
   EXPECT_EQ(XpFilesToRecycleBin(both, true), XpOk);
   EXPECT_EQ(XpFileToRecycleBin(Path("none")), XpErrDeleteFailed);
-  unsetenv("XDG_DATA_HOME");
   EXPECT_FALSE(Exists("one/100% \xC3\xA9"));
   EXPECT_EQ(Get("data/Trash/files/100% \xC3\xA9"), "first");
   EXPECT_EQ(Get("data/Trash/files/100% \xC3\xA9.2"), "second");
@@ -85,19 +79,15 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhatAndWhereFrom) {
   EXPECT_NE(info.find("two/100%25%20%C3%A9\nDeletionDate="), std::string::npos) << info;
 }
 
-TEST_F(FileOperationsTest, RenamingReplacesAndReportsWhatFails) {
+TEST_F(FileOperationsTest, RenamingReplacesAFileButMovingReplacesNoFolder) {
   Put("from", "new");
   Put("to", "old");
+  Put("a/x", "1");
+  fs::create_directory(Native("b"));
   EXPECT_EQ(XpFileRename(Path("from"), Path("to")), XpOk);
   EXPECT_EQ(Get("to"), "new");
   EXPECT_EQ(XpFileRename(Path("none"), Path("to")), XpErrFileNotFound);
-  fs::create_directory(Native("folder"));
-  EXPECT_EQ(XpFileRename(Path("to"), Path("folder")), XpErrAccessDenied);
-}
-
-TEST_F(FileOperationsTest, MovingAFolderDoesNotReplace) {
-  Put("a/x", "1");
-  fs::create_directory(Native("b"));
+  EXPECT_EQ(XpFileRename(Path("to"), Path("b")), XpErrAccessDenied);
   XpFileProgress progress;
   EXPECT_EQ(XpFileCopyOrMove(Path("a"), Path("b"), &progress), XpErrAlreadyExists);
   EXPECT_EQ(progress.done, 0);
@@ -108,36 +98,32 @@ TEST_F(FileOperationsTest, MovingAFolderDoesNotReplace) {
 }
 
 TEST_F(FileOperationsTest, MovingToAnotherVolumeCopiesWholeAndThenDeletes) {
+  const ScopedVariable temporary("TMPDIR", "/dev/shm");
+  const TempFolder other;
   struct stat here {};
   struct stat there {};
-  char other[] = "/dev/shm/vrx_test.XXXXXX";
-  if (mkdtemp(other) == nullptr) GTEST_SKIP() << "no second volume";
   ASSERT_EQ(stat(Native("").c_str(), &here), 0);
-  ASSERT_EQ(stat(other, &there), 0);
-  if (here.st_dev != there.st_dev) {
-    const std::string bytes(3'000'000, 'v');
-    const XpString from = Put("from", bytes);
-    fs::permissions(Native("from"), fs::perms::owner_read);
-    XpDateTime written;
-    written.SetDateTime(2015, 6, 7, 8, 9, 10);
-    ASSERT_EQ(XpFile(from).SetTimes(nullptr, &written, nullptr), XpOk);
-    const XpString to = vrx::platform::PathFromNative(std::string(other) + "/to");
-    XpFileProgress progress;
-    EXPECT_EQ(XpFileMove(from, to, &progress), XpOk);
-    EXPECT_EQ(progress.done, 100);
-    EXPECT_FALSE(Exists("from"));
-    XpFile moved(to);
-    EXPECT_EQ(moved.GetSize(), 3'000'000);
-    EXPECT_TRUE(moved.IsReadOnly());
-    XpDateTime got;
-    EXPECT_EQ(moved.GetWriteTime(got), XpOk);
-    EXPECT_EQ(got.GetValue(), written.GetValue());
-    const XpString folder = vrx::platform::PathFromNative(std::string(other));
-    EXPECT_EQ(XpFileMove(Put("file", "x"), folder, nullptr), XpErrAccessDenied);
-    EXPECT_EQ(Get("file"), "x");
-    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "a partial copy was left";
-  }
-  fs::remove_all(other);
+  ASSERT_EQ(stat(other.Path().c_str(), &there), 0);
+  if (here.st_dev == there.st_dev) GTEST_SKIP() << "no second volume";
+  const XpString from = Put("from", std::string(3'000'000, 'v'));
+  fs::permissions(Native("from"), fs::perms::owner_read);
+  XpDateTime written;
+  written.SetDateTime(2015, 6, 7, 8, 9, 10);
+  ASSERT_EQ(XpFile(from).SetTimes(nullptr, &written, nullptr), XpOk);
+  const XpString folder = vrx::platform::PathFromNative(other.Path().native());
+  XpFile moved(folder + u"/to");
+  XpFileProgress progress;
+  EXPECT_EQ(XpFileMove(from, folder + u"/to", &progress), XpOk);
+  EXPECT_EQ(progress.done, 100);
+  EXPECT_FALSE(Exists("from"));
+  EXPECT_EQ(moved.GetSize(), 3'000'000);
+  EXPECT_TRUE(moved.IsReadOnly());
+  XpDateTime got;
+  EXPECT_EQ(moved.GetWriteTime(got), XpOk);
+  EXPECT_EQ(got.GetValue(), written.GetValue());
+  EXPECT_EQ(XpFileMove(Put("file", "x"), folder, nullptr), XpErrAccessDenied);
+  EXPECT_EQ(Get("file"), "x");
+  EXPECT_EQ(other.Count(), 1) << "a partial copy was left";
 }
 
 TEST_F(FileOperationsTest, SeveralFilesMoveIntoAFolderThatIsMade) {
@@ -148,8 +134,7 @@ TEST_F(FileOperationsTest, SeveralFilesMoveIntoAFolderThatIsMade) {
 }
 
 TEST_F(FileOperationsTest, MakingAPathMakesItsParentsAndSaysWhyNot) {
-  EXPECT_EQ(XpPathMake(Path("a/b/c")), XpOk);
-  EXPECT_EQ(XpPathMake(Path("a/b/c/")), XpOk);
+  for (const char* path : {"a/b/c", "a/b/c/"}) EXPECT_EQ(XpPathMake(Path(path)), XpOk);
   EXPECT_TRUE(fs::is_directory(Native("a/b/c")));
   vrx::platform::SetDriveFolder('T', Native("").string());
   EXPECT_EQ(XpPathMake(u"T:\\d\\e"), XpOk);

@@ -2,11 +2,11 @@
 
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpMemoryFile.h"
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
 
 namespace {
 
-using FileTextTest = TempFolder;
+using FileTextTest = FolderTest;
 
 std::u16string ReadUnits(XpAbstractFile& file) {
   std::u16string text;

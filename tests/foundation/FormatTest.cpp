@@ -38,13 +38,12 @@ TEST(FormatTest, ABytewiseStringTakesWideTextAndCharacters) {
   EXPECT_EQ(text.AsView(), "\xE2\x82\xAC \xC3\xA9");
 }
 
-TEST(FormatTest, TextOfAnyLengthComesOutWhole) {
-  for (const std::size_t length : {254u, 255u, 256u, 257u, 511u, 512u, 5000u}) {
-    const std::u16string word(length, u'w');
-    XpString text;
-    text.Format(u"%s", word.c_str());
-    EXPECT_TRUE(text.AsView() == word) << length;
+TEST(FormatTest, TextOfAnyLengthComesOutWholeButHugeWidthsAreBounded) {
+  for (const std::size_t length : {255u, 256u, 511u, 512u, 5000u}) {
+    const std::string word(length, 'w');
+    EXPECT_EQ(Formatted(u"%s", word.c_str()), word) << length;
   }
+  EXPECT_EQ(Formatted(u"%999999999d", 1).size(), 512u);
 }
 
 TEST(FormatTest, AStringMayBeItsOwnArgument) {
@@ -55,15 +54,12 @@ TEST(FormatTest, AStringMayBeItsOwnArgument) {
   EXPECT_EQ(text.ToNarrow().AsView(), "<ab|ab><ab|ab>");
 }
 
-TEST(FormatTest, HugeWidthsAreBounded) { EXPECT_EQ(Formatted(u"%999999999d", 1).size(), 512u); }
-
-struct Mismatch {
-  std::string marker;
-  std::string (*run)();
-};
-
 TEST(FormatTest, AConversionThatDoesNotFitIsSeen) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  struct Mismatch {
+    const char* marker;
+    std::string (*run)();
+  };
   const Mismatch cases[] = {
       {"<%s?>", [] { return Formatted(u"%s", 1); }},
       {"<%d?>", [] { return Formatted(u"%d", u"text"); }},

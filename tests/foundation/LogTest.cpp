@@ -14,24 +14,18 @@
 
 #include "foundation/log/SfLogMutex.h"
 #include "foundation/log/VRXWrapperLog.h"
-#include "foundation/registry/SfReadGPUCalibrationRegistry.h"
 #include "foundation/registry/SfRegistry.h"
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
+#include "tests/foundation/ScopedVariable.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class LogTest : public TempFolder {
+class LogTest : public FolderTest {
  protected:
   LogTest() {
-    fs::create_directories(Native("tmp"));
-    fs::create_directories(Native("registry"));
-    setenv("TMPDIR", Native("tmp").c_str(), 1);
-    setenv("VRX_REGISTRY_DIR", Native("registry").c_str(), 1);
-  }
-  ~LogTest() override {
-    for (const char* name : {"TMPDIR", "VRX_REGISTRY_DIR"}) unsetenv(name);
+    for (const char* folder : {"tmp", "registry"}) fs::create_directories(Native(folder));
   }
 
   static void Log(const char16_t* text, std::uint32_t channel = SfLogOutput, bool newFolder = false) {
@@ -51,6 +45,10 @@ class LogTest : public TempFolder {
   }
 
   const std::string m_output = "tmp/LDKAppLog/KRVOOutput";
+
+ private:
+  ScopedVariable m_temporary{"TMPDIR", Native("tmp")};
+  ScopedVariable m_registry{"VRX_REGISTRY_DIR", Native("registry")};
 };
 
 /// The messages of a log; fails the test at the first entry that has not its whole form.
@@ -72,21 +70,17 @@ std::vector<std::string> Messages(const std::string& log) {
   return messages;
 }
 
-TEST_F(LogTest, AnEntryHasTimePlaceAndMessageAndTextStaysText) {
+TEST_F(LogTest, AnEntryHasTimePlaceAndMessageWhichIsCutIfLongButTextStaysText) {
   SfWriteLog(SfLogOutput, false, u"OutputFilePath: %s (%d)", u"src\\a.cpp", u"work", 7, u"/100%s/ä%n.mp4", 5);
   Log(u"again");
   EXPECT_THAT(StoredLog(),
               testing::MatchesRegex("Time:[^\r\n]+ [0-9]+:[0-9]+:[0-9]+\r\n"
                                     "src\\\\a.cpp->work:7__OutputFilePath: /100%s/ä%n.mp4 \\(5\\)\r\n"
                                     "=+\r\nTime:[^\r\n]+\r\nsrc\\\\a.cpp->work:7__again\r\n=+\r\n"));
-  EXPECT_EQ(Messages(StoredLog()).size(), 2u);
-}
-
-TEST_F(LogTest, ALongMessageIsCutAndItsLineStillEnds) {
   Log(XpString(std::u16string(5000, u'x')).c_str());
   const std::vector<std::string> messages = Messages(StoredLog());
-  ASSERT_EQ(messages.size(), 1u);
-  EXPECT_EQ(messages[0].size(), 1023 - std::string("src\\a.cpp->work:7__").size());
+  ASSERT_EQ(messages.size(), 3u);
+  EXPECT_EQ(messages[2].size(), 1023 - std::string("src\\a.cpp->work:7__").size());
 }
 
 TEST_F(LogTest, AChannelThatDoesNotExistChangesNothing) {
@@ -102,9 +96,8 @@ TEST_F(LogTest, OldRunsMakeRoomAndForeignFoldersStay) {
     int before;
     std::size_t after;
   };
-  for (const Case& c : {Case{SfLogOutput, "KRVOOutput", 10, 10}, Case{SfLogOutput, "KRVOOutput", 9, 10},
-                        Case{SfLogImporter, "ImporterLog", 14, 10}, Case{SfLogAppStart, "LDK", 31, 30},
-                        Case{SfLogDatabase, "DatabaseAction", 29, 30}}) {
+  for (const Case& c : {Case{SfLogOutput, "KRVOOutput", 9, 10}, Case{SfLogImporter, "ImporterLog", 14, 10},
+                        Case{SfLogAppStart, "LDK", 30, 30}, Case{SfLogDatabase, "DatabaseAction", 29, 30}}) {
     const std::string folder = std::string("tmp/LDKAppLog/") + c.folder;
     SCOPED_TRACE(folder + " with " + std::to_string(c.before));
     fs::remove_all(Native("tmp/LDKAppLog"));
@@ -145,16 +138,12 @@ TEST_F(LogTest, AFolderInTheSettingsIsTakenUpAndOneClearedAwayIsReplaced) {
 
 TEST_F(LogTest, LinksInTheTemporaryFolderLeadNowhere) {
   fs::create_directories(Native("precious/20260101000000"));
-  struct Case {
-    const char* link;
-    const char* target;
-  };
-  for (const Case& c : {Case{"tmp/LDKAppLog", "precious"}, Case{"tmp/LDKAppLog/KRVOOutput", "precious"}}) {
+  for (const std::string link : {"tmp/LDKAppLog", "tmp/LDKAppLog/KRVOOutput"}) {
     fs::remove_all(Native("tmp"));
-    fs::create_directories(Native(c.link).parent_path());
-    fs::create_directory_symlink(Native(c.target), Native(c.link));
+    fs::create_directories(Native(link).parent_path());
+    fs::create_directory_symlink(Native("precious"), Native(link));
     Log(u"new", SfLogOutput, true);
-    EXPECT_EQ(Names("precious"), std::vector<std::string>{"20260101000000"}) << c.link;
+    EXPECT_EQ(Names("precious"), std::vector<std::string>{"20260101000000"}) << link;
   }
   fs::create_directories(Native("chosen/run"));
   Put("precious/file", "mine");
@@ -232,43 +221,24 @@ TEST_F(LogTest, ProcessesAndThreadsShareAFileWithoutLosingOrTearingEntries) {
   }
 }
 
-/// A process that has the log's mutex, until it is killed.
-class Holder {
- public:
-  Holder() {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    m_process = StartProcess([&] {
-      SfLogMutex mutex(u"SfLoggerMutex_3_OutputLogFile");
-      const char taken = mutex.Lock() == XpOk ? 'y' : 'n';
-      [[maybe_unused]] const auto written = write(ends[1], &taken, 1);
-      pause();
-    });
-    char taken = 0;
-    EXPECT_EQ(read(ends[0], &taken, 1), 1);
-    EXPECT_EQ(taken, 'y');
-    close(ends[0]);
-    close(ends[1]);
-  }
-  ~Holder() { Kill(); }
-  void Kill() {
-    if (m_process <= 0) return;
-    kill(m_process, SIGKILL);
-    waitpid(m_process, nullptr, 0);
-    m_process = -1;
-  }
-
- private:
-  pid_t m_process = -1;
-};
-
 TEST_F(LogTest, AStuckProcessCostsOneWaitInAllAndItsDeathNone) {
-  Holder holder;
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const pid_t stuck = StartProcess([&] {
+    SfLogMutex mutex(u"SfLoggerMutex_3_OutputLogFile");
+    const char taken = mutex.Lock() == XpOk ? 'y' : 'n';
+    [[maybe_unused]] const auto written = write(ends[1], &taken, 1);
+    pause();
+  });
+  char taken = 0;
+  EXPECT_EQ(read(ends[0], &taken, 1), 1);
+  EXPECT_EQ(taken, 'y');
   const auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < 60; ++i) Log(u"lost");
   // One wait of a second and some milliseconds for the others; a wait for each would take a minute.
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-  holder.Kill();
+  kill(stuck, SIGKILL);
+  waitpid(stuck, nullptr, 0);
   Log(u"found");
   EXPECT_EQ(Messages(StoredLog()), std::vector<std::string>{"found"});
 }
@@ -287,32 +257,6 @@ TEST_F(LogTest, TheWrapperLogIsWrittenOnlyWhenAskedFor) {
   key->SetDword(u"Debug", 1);
   open();
   EXPECT_THAT(Get(path), testing::MatchesRegex("={57}\r\n- VRXWrapper: Start at [^\r\n]+\r\n={57}\r\n"));
-}
-
-TEST_F(LogTest, CalibrationValuesAreFoundWhateverTheyAre) {
-  const auto user = XpRegistryOpen(u"Software\\Test", XpRegistryCurrentUser, 3);
-  user->SetDword(u"HardwareAssistType_TransBitrate", 0x00120034);
-  user->SetDword(u"HardwareAssistType_STPD", 0);
-  user->SetDword(u"HardwareAssistType_SJVTD", 1);
-  const SfReadGPUCalibrationRegistry reader(
-      XpRegistryOpen(u"Software\\Test", XpRegistryCurrentUser, XpRegistryRead));
-  std::uint32_t value = 9;
-  EXPECT_TRUE(reader.GetTransBitrateLow(value));
-  EXPECT_EQ(value, 0x34u);
-  EXPECT_TRUE(reader.GetTransBitrateHigh(value));
-  EXPECT_EQ(value, 0x12u);
-  EXPECT_TRUE(reader.GetHardwareAssistSTPD(value));
-  EXPECT_EQ(value, 0u);
-  EXPECT_TRUE(reader.GetHardwareAssistSJVTD(value));
-  EXPECT_EQ(value, 1u);
-  EXPECT_FALSE(reader.GetDXVA2CanDShowPlayback(value));
-  bool disabled = true;
-  EXPECT_FALSE(reader.GetDisableNVIDIAEncode(disabled));
-  XpRegistryOpen(u"Software\\Kelo Corporation\\LBR\\SGPUCLB\\1.0\\SharedInfo", XpRegistryLocalMachine, 3)
-      ->SetDword(u"DisableOPENCLEncode", 1);
-  EXPECT_TRUE(reader.GetDisableOPENCLEncode(disabled) && disabled);
-  EXPECT_TRUE(reader.GetDisableNVIDIAEncode(disabled) && !disabled);
-  EXPECT_FALSE(SfReadGPUCalibrationRegistry(nullptr).IsOpen());
 }
 
 }  // namespace

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
 
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
 
 namespace {
 
@@ -17,7 +16,7 @@ std::string Content(XpMemoryFile& file) {
   return {static_cast<const char*>(file.GetData()), static_cast<std::size_t>(file.GetSize())};
 }
 
-TEST(MemoryFileTest, IsReadyForUseAndReadsShortAtTheEndWithoutFailing) {
+TEST(MemoryFileTest, IsReadyForUseReadsShortAtTheEndAndIsEmptiedByOpeningForWriting) {
   XpMemoryFile file;
   char buffer[10] = {};
   std::uint64_t count = 0;
@@ -28,24 +27,34 @@ TEST(MemoryFileTest, IsReadyForUseAndReadsShortAtTheEndWithoutFailing) {
   EXPECT_EQ(count, 4u);
   EXPECT_EQ(file.Read(buffer, 10, &count), XpErrEndOfFile);
   EXPECT_EQ(count, 0u);
+  EXPECT_EQ(file.Open(XpOpenRead, XpShareNone), XpOk);
+  EXPECT_EQ(file.GetSize(), 4);
+  EXPECT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
+  EXPECT_EQ(file.GetSize(), 0);
 }
 
-TEST(MemoryFileTest, ANumberCutByTheEndIsNotReadAsRubbish) {
+TEST(MemoryFileTest, NumbersFollowTheByteOrderWhichSticksAndAreWholeOrNotRead) {
   XpMemoryFile file;
-  ASSERT_EQ(file.Write("ab", 2, nullptr), XpOk);
-  ASSERT_EQ(file.Seek(0, XpSeekStart), XpOk);
-  std::uint32_t value = 7;
-  EXPECT_EQ(file.ReadUInt32(&value, XpBigEndian), XpErrEndOfFile);
-  EXPECT_EQ(value, 7u);
-}
-
-TEST(MemoryFileTest, CapacityGrowsInWholeGranules) {
-  const XpMemoryFile file;
-  EXPECT_EQ(file.RoundCapacity(0), 65536);
-  EXPECT_EQ(file.RoundCapacity(65535), 65536);
-  EXPECT_EQ(file.RoundCapacity(65536), 131072);
-  EXPECT_EQ(file.RoundCapacity(-1), -1);
-  EXPECT_EQ(file.RoundCapacity(kMost), -1);
+  EXPECT_EQ(file.WriteUInt16(0x0102, XpKeepByteOrder), XpOk);  // a new file swaps
+  EXPECT_EQ(file.WriteInt32(0x03040506, XpLittleEndian), XpOk);
+  EXPECT_EQ(file.WriteInt16(0x0708, XpKeepByteOrder), XpOk);
+  EXPECT_EQ(file.WriteUInt64(0x1112131415161718, XpBigEndian), XpOk);
+  EXPECT_EQ(file.WriteInt8(-2), XpOk);
+  EXPECT_EQ(file.WriteInt16(1, 9), XpErrFailed);
+  EXPECT_EQ(Content(file),
+            std::string("\x01\x02\x06\x05\x04\x03\x08\x07\x11\x12\x13\x14\x15\x16\x17\x18\xFE"));
+  std::uint32_t u32 = 0;
+  std::int16_t i16 = 0;
+  std::int64_t i64 = 0;
+  ASSERT_EQ(file.Seek(2, XpSeekStart), XpOk);
+  EXPECT_EQ(file.ReadUInt32(&u32, XpLittleEndian), XpOk);
+  EXPECT_EQ(u32, 0x03040506u);
+  EXPECT_EQ(file.ReadInt16(&i16, XpKeepByteOrder), XpOk);
+  EXPECT_EQ(i16, 0x0708);
+  EXPECT_EQ(file.ReadInt64(&i64, XpBigEndian), XpOk);
+  EXPECT_EQ(i64, 0x1112131415161718);
+  EXPECT_EQ(file.ReadUInt32(&u32, XpKeepByteOrder), XpErrEndOfFile);
+  EXPECT_EQ(u32, 0x03040506u) << "cut by the end";
 }
 
 TEST(MemoryFileTest, AGapIsZerosEvenWhereOldBytesLay) {
@@ -77,20 +86,10 @@ TEST(MemoryFileTest, ImpossiblePositionsAndSizesFailAndChangeNothing) {
   EXPECT_EQ(file.Write(&byte, 1, nullptr), XpErrDiskFull);
   EXPECT_EQ(file.SetSize(-1), XpErrInvalidFileOperation);
   EXPECT_EQ(file.SetSize(kMost), XpErrDiskFull);
+  EXPECT_EQ(file.RoundCapacity(kMost), -1);
+  EXPECT_EQ(file.RoundCapacity(65536), 131072);
   EXPECT_EQ(file.Read(&byte, ~std::uint64_t{0}, nullptr), XpErrInvalidFileOperation);
   EXPECT_EQ(Content(file), "abc");
-}
-
-TEST(MemoryFileTest, OpeningForWritingDropsTheContent) {
-  for (const std::uint32_t flags : {XpOpenWrite, XpOpenReadWrite}) {
-    XpMemoryFile file;
-    ASSERT_EQ(file.Write("abc", 3, nullptr), XpOk);
-    EXPECT_EQ(file.Open(XpOpenRead, XpShareNone), XpOk);
-    EXPECT_EQ(file.GetSize(), 3);
-    EXPECT_EQ(file.Open(flags, XpShareNone), XpOk);
-    EXPECT_EQ(file.GetSize(), 0);
-    EXPECT_EQ(file.Close(), XpOk);
-  }
 }
 
 TEST(MemoryFileTest, ABorrowedBlockIsWrittenInPlaceAndNeverFreedOrMoved) {
@@ -111,28 +110,15 @@ TEST(MemoryFileTest, ABorrowedBlockIsWrittenInPlaceAndNeverFreedOrMoved) {
 }
 
 TEST(MemoryFileTest, AnOwnedBlockIsFreedOnce) {
-  void* block = std::malloc(4);
-  std::memcpy(block, "data", 4);
+  void* block = strdup("data");
   XpMemoryFile file;
   ASSERT_EQ(file.Attach(block, 4, true), XpOk);
   ASSERT_EQ(file.Attach(block, 4, true), XpOk);
   EXPECT_EQ(Content(file), "data");
   file.FreeData();
   EXPECT_EQ(file.GetData(), nullptr);
-  EXPECT_EQ(file.GetSize(), 0);
   ASSERT_EQ(file.Write("again", 5, nullptr), XpOk);
   EXPECT_EQ(Content(file), "again");
-}
-
-TEST(MemoryFileTest, ItsNameShowsTheBlock) {
-  XpMemoryFile file;
-  XpString name;
-  EXPECT_EQ(file.GetName(name), XpOk);
-  EXPECT_EQ(name, XpString(u"Memory File(                0000000000000000)"));
-  XpDateTime time;
-  EXPECT_EQ(file.GetCreationTime(time), XpOk);
-  EXPECT_TRUE(time.IsValid());
-  EXPECT_EQ(file.SetTimes(&time, &time, &time), XpErrNotSupported);
 }
 
 }  // namespace

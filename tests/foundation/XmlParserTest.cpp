@@ -4,7 +4,7 @@
 
 #include "foundation/xml/XmlDocument.h"
 #include "foundation/xml/XpXmlParser.h"
-#include "tests/foundation/TempFolder.h"
+#include "tests/foundation/FolderTest.h"
 
 namespace {
 
@@ -31,26 +31,28 @@ class Notes final : public XpXmlParser {
   vrx::xml::XmlDocument m_source;
 };
 
-using XmlParserTest = TempFolder;
+using XmlParserTest = FolderTest;
 
 TEST_F(XmlParserTest, NumbersAreReadAsFarAsTheyGoAndStayWithin32Bits) {
-  struct Case {
-    const char* text;
-    std::int64_t number;
-  };
-  for (const Case& c : {Case{"", 0}, Case{"x", 0}, Case{" \t42", 42}, Case{"-7.9", -7}, Case{"+3 4", 3},
-                        Case{"--1", 0}, Case{"2147483647", 2147483647}, Case{"2147483648", 2147483647},
-                        Case{"-2147483649", -2147483648LL}, Case{"99999999999999999999999", 2147483647}}) {
+  const std::pair<const char*, std::int64_t> cases[] = {{"", 0},
+                                                        {" \t42", 42},
+                                                        {"-7.9", -7},
+                                                        {"+3 4", 3},
+                                                        {"--1", 0},
+                                                        {"2147483648", INT32_MAX},
+                                                        {"-2147483649", INT32_MIN},
+                                                        {"99999999999999999999999", INT32_MAX}};
+  for (const auto& [text, expected] : cases) {
     Notes notes;
-    ASSERT_TRUE(notes.Read(std::string("<a n=\"") + c.text + "\"/>"));
+    ASSERT_TRUE(notes.Read(std::string("<a n=\"") + text + "\"/>"));
     std::int64_t number = 1;
     EXPECT_TRUE(ReadAttributeInt(notes.Root(), u"n", number));
-    EXPECT_EQ(number, c.number) << c.text;
-    XpString text(u"old");
+    EXPECT_EQ(number, expected) << text;
     EXPECT_FALSE(ReadAttributeInt(notes.Root(), u"N", number));
-    EXPECT_FALSE(ReadAttributeString(notes.Root(), u"other", text));
-    EXPECT_EQ(number, c.number);
-    EXPECT_EQ(text, u"old");
+    EXPECT_EQ(number, expected) << text;
+    XpString kept(u"old");
+    EXPECT_FALSE(ReadAttributeString(notes.Root(), u"other", kept));
+    EXPECT_EQ(kept, u"old");
   }
 }
 

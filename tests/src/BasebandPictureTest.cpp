@@ -1,7 +1,7 @@
 // The one-pass way from a photograph to the movie's picture gives what turning, mirroring and scaling one
 // after the other gives.
+#include <array>
 #include <cstring>
-#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -51,9 +51,9 @@ std::unique_ptr<XpPixmap24NoHandle> PlainSteps(const DecodeJob& job, const Still
 }
 
 TEST(BasebandPictureTest, OnePassGivesTheSameBytesAsTheSteps) {
-  const std::tuple<int, int, int, int> sizes[] = {{1, 1, 16, 16},   {1, 7, 16, 18},    {301, 5, 64, 36},
-                                                  {37, 53, 64, 36}, {64, 36, 64, 36},  {36, 64, 64, 36},
-                                                  {63, 35, 34, 62}, {128, 72, 64, 36}, {500, 1, 17, 400}};
+  const std::array<int, 4> sizes[] = {{1, 1, 16, 16},   {1, 7, 16, 18},    {301, 5, 64, 36},
+                                      {37, 53, 64, 36}, {64, 36, 64, 36},  {36, 64, 64, 36},
+                                      {63, 35, 34, 62}, {128, 72, 64, 36}, {500, 1, 17, 400}};
   for (const auto& [w, h, targetWidth, targetHeight] : sizes) {
     const StillImage image = NoiseImage(w, h);
     for (int rotation = -1; rotation <= 4; ++rotation) {
@@ -77,7 +77,7 @@ TEST(BasebandPictureTest, OnePassGivesTheSameBytesAsTheSteps) {
 TEST(BasebandPictureTest, BarsAreComputedByTruncation) {
   struct Case {
     int width, height, targetWidth, targetHeight;
-    FitRect fit;
+    std::array<int, 4> fit;
   };
   const Case cases[] = {{1000, 500, 1920, 1080, {0, 60, 1920, 960}},
                         {500, 1000, 1920, 1080, {690, 0, 540, 1080}},
@@ -86,10 +86,7 @@ TEST(BasebandPictureTest, BarsAreComputedByTruncation) {
                         {0, 5, 64, 36, {}}};
   for (const Case& c : cases) {
     const FitRect fit = FitIntoTarget(c.width, c.height, c.targetWidth, c.targetHeight);
-    EXPECT_TRUE(fit.x == c.fit.x && fit.y == c.fit.y && fit.width == c.fit.width &&
-                fit.height == c.fit.height)
-        << c.width << "x" << c.height << ": " << fit.x << "," << fit.y << " " << fit.width << "x"
-        << fit.height;
+    EXPECT_EQ((std::array{fit.x, fit.y, fit.width, fit.height}), c.fit) << c.width << "x" << c.height;
   }
 }
 

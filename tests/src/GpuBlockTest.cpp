@@ -1,7 +1,12 @@
-// What the engine is told of the graphics hardware before a render.
-#include <gmock/gmock.h>
+// What the engine is told of the graphics hardware: the host's calibration, without what must not be handed
+// on.
+#include <filesystem>
 
-#include "tests/src/WrapperFixture.h"
+#include <gtest/gtest.h>
+
+#include "src/gpu/GPUChecker.h"
+#include "tests/foundation/ScopedVariable.h"
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -30,56 +35,36 @@ void Retire(Bytes& bytes, std::size_t entry) {
   bytes[at + kFlag] = 0;
 }
 
-class GpuBlockTest : public WrapperTest {
+class GpuBlockTest : public testing::Test {
  protected:
-  GpuBlockTest() { setenv("XDG_CONFIG_HOME", m_data.Path().c_str(), 1); }
-  ~GpuBlockTest() override { unsetenv("XDG_CONFIG_HOME"); }
-
-  fs::path File() const { return m_data.Path() / "Kelo Corporation/LBR/CalibrationData.dat"; }
-  void Write(const Bytes& bytes) const {
+  fs::path File() const { return m_folder.Path() / "Kelo Corporation/LBR/CalibrationData.dat"; }
+  /// What is handed on of a file of these bytes; empty for nothing.
+  Bytes Loaded(const Bytes& bytes) const {
     fs::create_directories(File().parent_path());
-    std::ofstream(File(), std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(File(), std::ios::binary) << std::string(bytes.begin(), bytes.end());
+    return Loaded();
   }
-
-  /// Renders on a manager of its own and gives the blocks that the engine got.
-  std::vector<Bytes> Render(const std::string& sourceType = "1") {
-    RecordingCallback heard;
-    if (wrapper == nullptr) {
-      EXPECT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
-    }
-    wrapper->SetCallback(&heard);
-    ProjectText project;
-    project.videoTrack =
-        ClipText("a.mp4", "0", "1000", "<key>SourceType</key><integer>" + sourceType + "</integer>");
-    SetProject(project);
-    script->gpuBlocks.clear();
-    wrapper->StartRender();
-    EXPECT_EQ(heard.WaitForEnd().back(), "end");
-    wrapper->Release();
-    wrapper = nullptr;
-    return script->gpuBlocks;
+  static Bytes Loaded() {
+    GPUChecker& checker = *GPUChecker::GetInstance();
+    const bool isLoaded = checker.Load() == XpOk;
+    return isLoaded ? Bytes(checker.GetData(), checker.GetData() + checker.GetSize()) : Bytes();
   }
 
  private:
-  TempFolder m_data;
+  TempFolder m_folder;
+  ScopedVariable m_variable{"XDG_CONFIG_HOME", m_folder.Path()};
 };
 
-TEST_F(GpuBlockTest, OnlyAWholeFileForASourceThatNeedsItReachesTheEngine) {
-  EXPECT_TRUE(Render().empty());
-  EXPECT_TRUE(fs::is_directory(File().parent_path()));  // made for the host to fill
+TEST_F(GpuBlockTest, OnlyAWholeFileIsHandedOnAndReadAnewEachTime) {
+  EXPECT_EQ(Loaded(), Bytes());
+  EXPECT_TRUE(fs::is_directory(File().parent_path())) << "made for the host to fill";
   for (const std::size_t size : {std::size_t{0}, kSize - 1, kSize + 1, std::size_t{1} << 20}) {
-    Bytes block = Block(1);
-    block.resize(size);
-    Write(block);
-    EXPECT_TRUE(Render().empty()) << size;
+    EXPECT_EQ(Loaded(Bytes(size)), Bytes()) << size;
   }
-  Write(Block(0));
-  EXPECT_TRUE(Render("2").empty());
-  EXPECT_EQ(Render(), std::vector<Bytes>{Block(0)});
+  EXPECT_EQ(Loaded(Block(0)), Block(0));
   fs::remove(File());
   fs::create_directory(File());
-  EXPECT_TRUE(Render().empty());
+  EXPECT_EQ(Loaded(), Bytes());
 }
 
 TEST_F(GpuBlockTest, EntriesOfTheOneKindAreRetiredAndAllElseStays) {
@@ -88,29 +73,18 @@ TEST_F(GpuBlockTest, EntriesOfTheOneKindAreRetiredAndAllElseStays) {
   block[kFirst + 2 * kEntry] = 3;          // another kind with it
   block[kFirst + 3 * kEntry + 3] = 1;      // 2 in the low byte alone
   block[kFirst + 4 * kEntry + kFlag] = 2;  // a flag, but another one
-  Write(block);
+  const Bytes loaded = Loaded(block);
   Retire(block, 0);  // the sixth lies behind the count
-  EXPECT_EQ(Render(), std::vector<Bytes>{block});
+  EXPECT_EQ(loaded, block);
 }
 
 TEST_F(GpuBlockTest, ADamagedCountStopsAtTheEntriesThatFit) {
-  for (const std::uint32_t count : {56u, 57u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+  for (const std::uint32_t count : {56u, 57u, 0xFFFFFFFFu}) {
     Bytes block = Block(count);
-    Write(block);
+    const Bytes loaded = Loaded(block);
     for (std::size_t i = 0; i < 56; ++i) Retire(block, i);
-    EXPECT_EQ(Render(), std::vector<Bytes>{block}) << count;
+    EXPECT_EQ(loaded, block) << count;
   }
-}
-
-TEST_F(GpuBlockTest, EachRenderReadsTheFileAnew) {
-  Write(Block(0));
-  EXPECT_EQ(Render(), std::vector<Bytes>{Block(0)});
-  Bytes other = Block(0);
-  other.back() ^= 0xFF;
-  Write(other);
-  EXPECT_EQ(Render(), std::vector<Bytes>{other});
-  fs::remove(File());
-  EXPECT_TRUE(Render().empty());
 }
 
 }  // namespace

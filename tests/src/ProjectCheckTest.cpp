@@ -1,17 +1,32 @@
-// Every mistake in a project is found and its place named.
+// Every mistake in a project and in the documents that it names is found and its place told, and each caption
+// that never shows with its cause.
 #include <algorithm>
 
 #include <gmock/gmock.h>
 
 #include "src/check/ProjectReport.h"
+#include "tests/src/BasebandText.h"
 #include "tests/src/ProjectText.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
 
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
 using vrx::check::ProjectReport;
 using vrx::check::Severity;
 using vrx::check::SourceFacts;
+
+std::string Caption(int startMs, int endMs, int layout = 5, int videoId = 0, const std::string& text = "x") {
+  return "<Caption><Text>" + text +
+         "</Text><FontName>Sans</FontName><FontSize>60</FontSize>"
+         "<FontColor>255</FontColor><LayoutType>" +
+         std::to_string(layout) + "</LayoutType><LeftPos>" + std::to_string(startMs) +
+         "</LeftPos><RightPos>" + std::to_string(endMs) + "</RightPos><VideoID>" + std::to_string(videoId) +
+         "</VideoID></Caption>";
+}
 
 class ProjectCheckTest : public testing::Test {
  protected:
@@ -23,15 +38,16 @@ class ProjectCheckTest : public testing::Test {
   ProjectReport Check() { return CheckText(project.Text()); }
   ProjectReport CheckText(const std::string& text) {
     const std::string path = m_folder.Write("p.vrx", text);
-    return vrx::check::CheckProject(XpNarrowString(path).ToWide(), [this](const XpString&) { return facts; });
+    return vrx::check::CheckProject(XpNarrowString(path).ToWide(), [this](const XpString&) {
+      ++probes;
+      return facts;
+    });
   }
   /// "E VideoTrack/2 SourceFile message" for each problem.
   static std::vector<std::string> Lines(const ProjectReport& report) {
     std::vector<std::string> lines;
     for (const auto& problem : report.problems) {
-      std::string line = problem.severity == Severity::Error     ? "E "
-                         : problem.severity == Severity::Warning ? "W "
-                                                                 : "N ";
+      std::string line = problem.severity == Severity::Error ? "E " : "W ";
       if (problem.clip != 0) {
         line += problem.track.ToNarrow().c_str() + ("/" + std::to_string(problem.clip)) + " ";
       }
@@ -40,9 +56,36 @@ class ProjectCheckTest : public testing::Test {
     }
     return lines;
   }
+  static std::vector<std::string> Causes(const ProjectReport& report) {
+    std::vector<std::string> causes;
+    for (const auto& row : report.captions) causes.push_back(row.hiddenBecause.ToNarrow().c_str());
+    return causes;
+  }
+  ProjectReport CheckPainter(const std::string& painter) {
+    m_folder.Write("painter.xml", painter);
+    project.videoTrack = ClipText("a.mp4", "0", "10010");
+    project.moreOutput = "<key>PainterEffect</key><string>painter.xml</string>";
+    facts.videoSeconds = 20;
+    return Check();
+  }
+  ProjectReport CheckInfo(const std::string& info) {
+    return CheckPainter("<plist><dict><key>PainterInfo</key><dict>" + info + "</dict></dict></plist>");
+  }
+  ProjectReport CheckCaptions(const std::string& captions, const std::string& general = "") {
+    return CheckInfo(
+        "<key>CaptionInfo</key><dict><key>Valid</key><true/><key>CaptionString</key><string>"
+        "<![CDATA[" +
+        captions + "]]></string></dict>" + general);
+  }
+  void ExpectLine(const std::string& line, bool isRenderable) {
+    const ProjectReport report = Check();
+    EXPECT_THAT(Lines(report), Contains(HasSubstr(line)));
+    EXPECT_EQ(report.HasErrors(), !isRenderable) << line;
+  }
 
   ProjectText project;
   SourceFacts facts{.usable = true, .hasVideo = true, .hasAudio = true, .videoSeconds = 4, .audioSeconds = 4};
+  int probes = 0;
   TempFolder m_folder;
 };
 
@@ -59,109 +102,194 @@ TEST_F(ProjectCheckTest, GoodProjectHasATimelineAndNoProblems) {
   EXPECT_EQ(report.totalFrames, 180);
 }
 
-struct Mistake {
-  const char* name;
-  void (*make)(ProjectText&, SourceFacts&);
-  const char* line;
-  bool renderable;
-};
-
-class ProjectMistakeTest : public ProjectCheckTest, public testing::WithParamInterface<Mistake> {};
-
-TEST_P(ProjectMistakeTest, IsNamedWithItsPlace) {
-  GetParam().make(project, facts);
-  const ProjectReport report = Check();
-  EXPECT_THAT(Lines(report), testing::Contains(testing::HasSubstr(GetParam().line)));
-  EXPECT_EQ(report.HasErrors(), !GetParam().renderable);
+TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
+  struct Case {
+    std::string clip;
+    const char* line;
+    bool renderable;
+  };
+  const Case cases[] = {
+      {"<dict><key>SourceFile</key><string>a.mp4</string><key>StartTime</key><integer>5</integer></dict>",
+       "W VideoTrack/2 StartTime is integer where real is due", true},
+      {ClipText("b.mp4", "0", "1001"), "E VideoTrack/2 SourceFile ", false},
+      {ClipText("a.mp4", "900", "900"),
+       "W VideoTrack/2 EndTime does not lie behind StartTime: the whole source is used", true},
+      {ClipText("a.mp4", "1", "9"), "W VideoTrack/2 EndTime the clip is shorter than a frame", true},
+      {ClipText("a.mp4", "3003", "6006"),
+       "W VideoTrack/2 EndTime lies 2.006 s behind the source's end: the last frame holds", true},
+      {"<string>a.mp4</string>", "W VideoTrack/2  is a string, not a dict: left out", true},
+  };
+  const std::string good = project.videoTrack;
+  for (const Case& c : cases) {
+    project.videoTrack = good + c.clip;
+    ExpectLine(c.line, c.renderable);
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Mistakes, ProjectMistakeTest,
-    testing::Values(
-        Mistake{"WrongType",
-                [](ProjectText& p, SourceFacts&) {
-                  p.videoTrack +=
-                      "<dict><key>SourceFile</key><string>a.mp4</string>"
-                      "<key>StartTime</key><integer>5</integer></dict>";
-                },
-                "W VideoTrack/2 StartTime is integer where real is due", true},
-        Mistake{"MissingSource",
-                [](ProjectText& p, SourceFacts&) { p.videoTrack += ClipText("b.mp4", "0", "1001"); },
-                "E VideoTrack/2 SourceFile ", false},
-        Mistake{"SourceWithoutName",
-                [](ProjectText& p, SourceFacts&) { p.audioTrack = ClipText("", "0", "1001"); },
-                "E AudioTrack/1 SourceFile names no source", false},
-        Mistake{"UnreadableSource",
-                [](ProjectText&, SourceFacts& f) { f = {.usable = false, .cause = "is no movie"}; },
-                "a.mp4 is no movie", false},
-        Mistake{"NoPicture", [](ProjectText&, SourceFacts& f) { f.hasVideo = false; }, "has no picture",
-                false},
-        Mistake{"ClipWithoutLength",
-                [](ProjectText& p, SourceFacts&) { p.videoTrack += ClipText("a.mp4", "900", "900"); },
-                "W VideoTrack/2 EndTime does not lie behind StartTime: the whole source is used", true},
-        Mistake{"ClipShorterThanAFrame",
-                [](ProjectText& p, SourceFacts&) { p.videoTrack += ClipText("a.mp4", "1", "9"); },
-                "W VideoTrack/2 EndTime the clip is shorter than a frame", true},
-        Mistake{"ClipBehindTheEnd",
-                [](ProjectText& p, SourceFacts&) { p.videoTrack += ClipText("a.mp4", "3003", "6006"); },
-                "W VideoTrack/2 EndTime lies 2.006 s behind the source's end: the last frame holds", true},
-        Mistake{"EntryThatIsNoDict",
-                [](ProjectText& p, SourceFacts&) { p.videoTrack += "<string>a.mp4</string>"; },
-                "W VideoTrack/2  is a string, not a dict: left out", true},
-        Mistake{"NoClips", [](ProjectText& p, SourceFacts&) { p.videoTrack.clear(); }, "E  holds no clip",
-                false},
-        Mistake{"NoVideoSettings", [](ProjectText& p, SourceFacts&) { p.video.clear(); },
-                "E VideoOutputSettings is missing", false},
-        Mistake{"SoundWithoutSettings",
-                [](ProjectText& p, SourceFacts&) {
-                  p.audio.clear();
-                  p.audioTrack = ClipText("a.mp4", "0", "1001");
-                },
-                "without AudioOutputSettings", true},
-        Mistake{"NoFrameLength",
-                [](ProjectText& p, SourceFacts&) {
-                  p.video = "<key>Width</key><integer>64</integer><key>Height</key><integer>64</integer>";
-                },
-                "E TimeScale must be above 0", false},
-        Mistake{"OddWidth",
-                [](ProjectText& p, SourceFacts&) { p.video.replace(p.video.find("640"), 3, "641"); },
-                "E Width must be even", false},
-        Mistake{"MisspelledKey",
-                [](ProjectText& p, SourceFacts&) { p.video += "<key>interlace</key><true/>"; },
-                "W interlace is an unknown key; did you mean Interlace?", true},
-        Mistake{"NoOutput", [](ProjectText& p, SourceFacts&) { p.output.clear(); },
-                "E OutputFilePath names no file", false},
-        Mistake{"NoOutputFolder", [](ProjectText& p, SourceFacts&) { p.output = "none/out.mp4"; },
-                "E OutputFilePath the folder ", false},
-        Mistake{"OutputOverSource", [](ProjectText& p, SourceFacts&) { p.output = "a.mp4"; },
-                "is also a source and would be replaced", true},
-        Mistake{"NoPainterDocument",
-                [](ProjectText& p, SourceFacts&) {
-                  p.moreOutput = "<key>PainterEffect</key><string>none.vrx</string>";
-                },
-                "W PainterEffect ", true}),
-    [](const auto& test) { return test.param.name; });
+TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
+  struct Case {
+    std::string ProjectText::*part;
+    std::string text;
+    const char* line;
+    bool renderable;
+  };
+  const Case cases[] = {
+      {&ProjectText::videoTrack, "", "E  holds no clip", false},
+      {&ProjectText::video, "", "E VideoOutputSettings is missing", false},
+      {&ProjectText::video, "<key>Width</key><integer>64</integer>", "E TimeScale must be above 0", false},
+      {&ProjectText::video, "<key>Width</key><integer>641</integer>", "E Width must be even", false},
+      {&ProjectText::video, "<key>interlace</key><true/>",
+       "W interlace is an unknown key; did you mean Interlace?", false},
+      {&ProjectText::audio, "", "without AudioOutputSettings", true},
+      {&ProjectText::audioTrack, ClipText("", "0", "1001"), "E AudioTrack/1 SourceFile names no source",
+       false},
+      {&ProjectText::output, "", "E OutputFilePath names no file", false},
+      {&ProjectText::output, "none/out.mp4", "E OutputFilePath the folder ", false},
+      {&ProjectText::output, "a.mp4", "is also a source and would be replaced", true},
+      {&ProjectText::moreOutput, "<key>PainterEffect</key><string>none.vrx</string>", "W PainterEffect ",
+       true},
+  };
+  project.audioTrack = project.videoTrack;
+  const ProjectText good = project;
+  for (const Case& c : cases) {
+    project = good;
+    project.*c.part = c.text;
+    ExpectLine(c.line, c.renderable);
+  }
+}
+
+TEST_F(ProjectCheckTest, SourceThatCannotGiveItsPictureIsNamed) {
+  facts.hasVideo = false;
+  ExpectLine("has no picture", false);
+  facts = {.usable = false, .cause = "is no movie"};
+  ExpectLine("a.mp4 is no movie", false);
+}
+
+TEST_F(ProjectCheckTest, StillsThatLeaveFramesBlackOrSayWhatIsUnknownAreNamed) {
+  struct Case {
+    std::string images;
+    std::uint64_t line;
+    const char* key;
+    const char* message;
+  };
+  const Case cases[] = {
+      {ImageText(1, "no.jpg", 0, 9), 2, "ImagePath", "no.jpg is left out"},
+      {ImageText(1, "a", 0, 3) + ImageText(2, "a", 6, 9), 3, "InFrame", "on frames 4 to 5"},
+      {ImageText(1, "a", 0, 5) + ImageText(2, "a", 4, 9), 3, "InFrame", "frames 4 to 5 have an image"},
+      {ImageText(1, "a", 5, 9) + ImageText(2, "a", 0, 4), 3, "InFrame", "must stand in order"},
+      {ImageText(1, "a", 0, 7), 0, "", "end with frame 7, the clip with frame 9"},
+      {ImageText(1, "a", 0, 12), 0, "", "go on to frame 12"},
+      {ImageText(1, "a", 0, 9, 4), 2, "Rotation", "4 is none of 0 to 3"},
+      {ImageText(1, "a", 0, 9, 0, 2), 2, "Mirror", "2 is neither 0 nor 1"},
+      {ImageText(1, "a", 0, 4) + ImageText(1, "a", 5, 9), 3, "ImageId", "1 is used before"},
+      {"", 0, "", "holds no DecImage"},
+  };
+  project.videoTrack = ClipText("b.xml", "0", "334", "<key>SourceType</key><integer>4</integer>");
+  for (const Case& c : cases) {
+    m_folder.Write("b.xml", BasebandText(c.images));
+    const ProjectReport report = Check();
+    const std::string place = std::string("W VideoTrack/1 ") + c.key + " ";
+    EXPECT_THAT(Lines(report), Contains(AllOf(HasSubstr(place), HasSubstr(c.message))));
+    EXPECT_TRUE(c.line == 0 || std::ranges::count(report.problems, c.line, &vrx::check::Problem::line) > 0)
+        << c.message;
+  }
+}
 
 TEST_F(ProjectCheckTest, UnreadableDocumentSaysWhy) {
-  EXPECT_THAT(Lines(CheckText("")), testing::ElementsAre(testing::HasSubstr("the document is empty")));
-  EXPECT_THAT(Lines(CheckText("<plist>\n<dict>")), testing::ElementsAre(testing::HasSubstr("line 2")));
-  EXPECT_THAT(Lines(CheckText("<!DOCTYPE x><plist/>")),
-              testing::ElementsAre(testing::HasSubstr("document types are not allowed")));
-  EXPECT_THAT(Lines(CheckText("<plist><dict/></plist>")),
-              testing::ElementsAre(testing::HasSubstr("E VRXWrapper is missing")));
+  for (const auto& [text, line] : {std::pair{"", "the document is empty"},
+                                   {"<plist>\n<dict>", "line 2"},
+                                   {"<!DOCTYPE x><plist/>", "document types are not allowed"},
+                                   {"<plist><dict/></plist>", "E VRXWrapper is missing"}}) {
+    EXPECT_THAT(Lines(CheckText(text)), ElementsAre(HasSubstr(line)));
+  }
   const ProjectReport missing = vrx::check::CheckProject(u"/no/such.vrx", {});
-  EXPECT_THAT(Lines(missing), testing::ElementsAre(testing::HasSubstr("does not exist")));
+  EXPECT_THAT(Lines(missing), ElementsAre(HasSubstr("does not exist")));
 }
 
 TEST_F(ProjectCheckTest, EachSourceIsProbedOnce) {
-  int probes = 0;
   for (int i = 0; i < 50; ++i) project.videoTrack += ClipText("a.mp4", "0", "1001");
-  const std::string path = m_folder.Write("p.vrx", project.Text());
-  vrx::check::CheckProject(XpNarrowString(path).ToWide(), [&](const XpString&) {
-    ++probes;
-    return facts;
-  });
+  Check();
   EXPECT_EQ(probes, 1);
+}
+
+TEST_F(ProjectCheckTest, GoodCaptionsAreListedInTheMoviesTime) {
+  const ProjectReport report = CheckCaptions(Caption(1001, 2002));
+  EXPECT_THAT(Lines(report), ElementsAre());
+  ASSERT_EQ(report.overlays.size(), 1u);
+  EXPECT_EQ(report.overlays[0].firstFrame, 30);
+  EXPECT_EQ(report.overlays[0].lastFrame, 61);
+  ASSERT_EQ(report.captions.size(), 1u);
+  EXPECT_NEAR(report.captions[0].startSeconds, 1.001, 1e-9);
+  EXPECT_THAT(Causes(report), ElementsAre(""));
+}
+
+TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
+  const ProjectReport report = CheckCaptions(
+      Caption(1000, 2000) + Caption(3000, 4000) + Caption(1500, 3500) + Caption(1200, 3900) +
+      Caption(5000, 6000, 12) + Caption(5200, 5500) + Caption(7000, 6500) + Caption(7000, 8000, 5, 3) +
+      Caption(50000, 51000) + Caption(8500, 8501) + Caption(9000, 9500, 5, 0, ""));
+  EXPECT_THAT(Causes(report), ElementsAre("", "", "", HasSubstr("earlier captions"), HasSubstr("LayoutType"),
+                                          HasSubstr("earlier captions"), HasSubstr("ends before it starts"),
+                                          HasSubstr("VideoID 3"), HasSubstr("behind the movie's end"),
+                                          HasSubstr("between two frames"), HasSubstr("text is empty")));
+  EXPECT_THAT(Lines(report), Contains(HasSubstr("caption 8 never shows: its VideoID 3")));
+  EXPECT_FALSE(report.HasErrors());
+  EXPECT_THAT(Causes(CheckCaptions(Caption(7000, 8000, 5, 3),
+                                   "<key>GeneralInfo</key><dict><key>SaveMovieMode</key><true/>"
+                                   "<key>VideoWidth</key><integer>640</integer></dict>")),
+              ElementsAre(""));
+}
+
+TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreTold) {
+  const ProjectReport unordered = CheckCaptions(Caption(6000, 8000) + Caption(1000, 3000));
+  EXPECT_THAT(Causes(unordered),
+              ElementsAre(HasSubstr("no frame that is drawn on"), HasSubstr("in the order")));
+  const ProjectReport nested = CheckCaptions(Caption(1000, 9000) + Caption(2000, 3000));
+  EXPECT_THAT(Causes(nested), ElementsAre("", HasSubstr("earlier captions")));
+  EXPECT_THAT(Lines(nested), Contains(HasSubstr("caption 1 shows only in part")));
+  const ProjectReport sound = CheckCaptions(Caption(0, 999) + Caption(1000, 2000) + Caption(2001, 3000) +
+                                            Caption(2500, 4000) + Caption(5000, 5033) + Caption(9000, 99000));
+  EXPECT_THAT(Causes(sound), ElementsAre("", "", "", "", "", ""));
+  EXPECT_THAT(Lines(sound), ElementsAre());
+}
+
+TEST_F(ProjectCheckTest, ManyHiddenCaptionsAreSummedUp) {
+  std::string captions;
+  for (int i = 0; i < 1000; ++i) captions += Caption(1000, 2000, 0);
+  const ProjectReport report = CheckCaptions(captions);
+  EXPECT_EQ(report.captions.size(), 1000u);
+  EXPECT_LT(report.problems.size(), 60u);
+  EXPECT_THAT(Lines(report), Contains(HasSubstr("950 more captions never show")));
+}
+
+TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
+  struct Case {
+    std::string info;
+    std::string line;
+  };
+  const std::string width = "<key>GeneralInfo</key><dict><key>VideoWidth</key>";
+  for (const Case& c :
+       {Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is real where integer is due"},
+        Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is missing or cannot be read"},
+        Case{"<key>TennisMetaInfo</key><dict/>", "TennisMetaInfo/TrimedShift is missing"},
+        Case{"<key>TemplateInfo</key><dict><key>LogDataArray</key><array><dict/></array></dict>",
+             "LogDataArray/Duration is missing"},
+        Case{"<key>CaptionInfo</key><dict><key>captionString</key><string/></dict>",
+             "CaptionInfo/captionString is an unknown key; did you mean CaptionString?"},
+        Case{"<key>CaptionInfo</key><dict><key>CaptionString</key><string>x</string></dict>",
+             "Valid is not true"},
+        Case{"<key>CaptionInfo</key><dict><key>Valid</key><true/></dict>", "holds no captions"},
+        Case{"<key>TennisMetaInfo</key><dict><key>Valid</key><true/><key>Duration</key><real>1</real>"
+             "<key>OriginalDateTime</key><string/><key>TennisMetaData</key><string>x</string>"
+             "<key>TennisMetaLayoutType</key><integer>0</integer><key>TrimedShift</key><real>0</real></dict>",
+             "TennisMetaInfo is valid, but this version draws no such overlay"},
+        Case{"<key>Other</key><dict/>", "Other is an unknown key"}}) {
+    EXPECT_THAT(Lines(CheckInfo(c.info)), Contains(HasSubstr(c.line))) << c.info;
+  }
+  EXPECT_THAT(Lines(CheckPainter("<plist><dict><key>x</key><true/></dict></plist>")),
+              Contains(HasSubstr("PainterInfo is missing")));
+  EXPECT_THAT(Lines(CheckPainter("<plist>")), Contains(HasSubstr("cannot be read as a painter document")));
+  EXPECT_THAT(Lines(CheckCaptions("junk")), Contains(HasSubstr("no complete <Caption>")));
 }
 
 }  // namespace

@@ -17,9 +17,12 @@ class ProjectReaderTest : public testing::Test {
   TempFolder m_folder;
 };
 
-TEST_F(ProjectReaderTest, ClipWithOnlyASourceTakesTheDefaults) {
+TEST_F(ProjectReaderTest, WhatIsMissingOrOfAnotherTypeTakesItsDefault) {
   ProjectText text;
-  text.videoTrack = "<dict><key>SourceFile</key><string>a &amp; b.mp4</string></dict>";
+  text.videoTrack =
+      "<dict><key>SourceFile</key><string>a &amp; b.mp4</string><key>StartTime</key><integer>5</integer>"
+      "<key>SourceType</key><string>4</string><key>EnableOverlay</key><integer>0</integer></dict>"
+      "<string>no clip</string>";
   EXPECT_EQ(Load(text), XpErrNoObject);  // no audio settings, all else read
   ASSERT_EQ(project.videoTracks.size(), 1u);
   const TKLXOutputXmlInfo& clip = *project.videoTracks[0];
@@ -30,26 +33,14 @@ TEST_F(ProjectReaderTest, ClipWithOnlyASourceTakesTheDefaults) {
   EXPECT_TRUE(clip.enableOverlay);
 }
 
-TEST_F(ProjectReaderTest, ValueOfAnotherTypeCountsAsAbsent) {
-  ProjectText text;
-  text.videoTrack =
-      "<dict><key>StartTime</key><integer>5</integer><key>SourceType</key><string>4</string>"
-      "<key>EnableOverlay</key><integer>0</integer></dict><string>no clip</string>";
-  Load(text);
-  ASSERT_EQ(project.videoTracks.size(), 1u);
-  EXPECT_EQ(project.videoTracks[0]->startTime, -1.0);
-  EXPECT_EQ(project.videoTracks[0]->sourceType, 0);
-  EXPECT_TRUE(project.videoTracks[0]->enableOverlay);
-}
-
 TEST_F(ProjectReaderTest, CodesAreRenumberedForTheEngine) {
   struct Case {
     int inDocument;
     int specification, codec, mode, audio, source;
   };
-  for (const Case& c : {Case{0, 0, 0, 0, 0, 0}, Case{1, 1, 1, 1, 1, 1}, Case{2, 3, 0, 2, 2, 2},
-                        Case{3, 4, 0, 0, 3, 3}, Case{4, 6, 0, 0, 0, 4}, Case{5, 8, 0, 0, 0, 0},
-                        Case{6, 9, 0, 0, 0, 0}, Case{7, 7, 0, 0, 0, 0}, Case{8, 0, 0, 0, 0, 0}}) {
+  for (const Case& c :
+       {Case{1, 1, 1, 1, 1, 1}, Case{2, 3, 0, 2, 2, 2}, Case{3, 4, 0, 0, 3, 3}, Case{4, 6, 0, 0, 0, 4},
+        Case{5, 8, 0, 0, 0, 0}, Case{6, 9, 0, 0, 0, 0}, Case{7, 7, 0, 0, 0, 0}, Case{8, 0, 0, 0, 0, 0}}) {
     const std::string number = "<integer>" + std::to_string(c.inDocument) + "</integer>";
     ProjectText text;
     text.videoTrack = "<dict><key>SourceType</key>" + number + "</dict>";
@@ -76,20 +67,16 @@ TEST_F(ProjectReaderTest, NumbersKeepTheirWidth) {
 }
 
 TEST_F(ProjectReaderTest, MissingPartsHaveTheirResults) {
-  EXPECT_EQ(project.LoadXmlFile(XpString()), XpErrFileNotFound);
-  EXPECT_EQ(project.LoadXmlFile(u"/no/such.vrx"), XpErrFileNotFound);
-  EXPECT_EQ(project.LoadXmlFile(XpNarrowString(m_folder.Path().string()).ToWide()), XpErrFileNotFound);
-  const auto load = [&](const std::string& bytes) {
-    return project.LoadXmlFile(XpNarrowString(m_folder.Write("p.vrx", bytes)).ToWide());
-  };
-  EXPECT_EQ(load(""), XpErrNoDocument);
-  EXPECT_EQ(load("<plist><dict/></plist>"), XpErrFileNotFound);
-  EXPECT_EQ(load("<plist><dict><key>VRXWrapper</key><dict/></dict></plist>"), XpErrFileNotFound);
-  ProjectText silent;
-  silent.video.clear();
-  silent.audio = "<key>Channel</key><integer>2</integer>";
-  EXPECT_EQ(Load(silent), XpOk);
-  EXPECT_EQ(project.videoSettings, nullptr);
+  for (const std::string& path : {std::string(), std::string("/no/such.vrx"), m_folder.Path().string()}) {
+    EXPECT_EQ(project.LoadXmlFile(XpNarrowString(path).ToWide()), XpErrFileNotFound) << path;
+  }
+  for (const auto& [text, result] :
+       {std::pair{"", XpErrNoDocument},
+        {"<plist><dict/></plist>", XpErrFileNotFound},
+        {"<plist><dict><key>VRXWrapper</key><dict/></dict></plist>", XpErrFileNotFound}}) {
+    const std::string path = m_folder.Write("p.vrx", text);
+    EXPECT_EQ(project.LoadXmlFile(XpNarrowString(path).ToWide()), result) << text;
+  }
 }
 
 }  // namespace

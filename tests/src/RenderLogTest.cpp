@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "tests/foundation/ScopedVariable.h"
 #include "tests/src/WrapperFixture.h"
 
 namespace {
@@ -10,14 +11,6 @@ namespace fs = std::filesystem;
 
 class RenderLogTest : public WrapperTest {
  protected:
-  RenderLogTest() {
-    setenv("TMPDIR", m_home.Path().c_str(), 1);
-    setenv("VRX_REGISTRY_DIR", m_home.Path().c_str(), 1);
-  }
-  ~RenderLogTest() override {
-    unsetenv("TMPDIR");
-    unsetenv("VRX_REGISTRY_DIR");
-  }
   /// The entries' lines without time, source line and separator.
   std::vector<std::string> Lines() const {
     std::vector<std::string> lines;
@@ -36,6 +29,8 @@ class RenderLogTest : public WrapperTest {
   }
 
   TempFolder m_home;
+  ScopedVariable m_temporary{"TMPDIR", m_home.Path()};
+  ScopedVariable m_registry{"VRX_REGISTRY_DIR", m_home.Path()};
 };
 
 TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
@@ -43,10 +38,8 @@ TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
   project.videoTrack = ClipText("100%s %n.mp4", "0", "1000", "<key>SourceType</key><integer>2</integer>");
   project.output = "/tmp/50%d.mp4";
   SetProject(project);
-  wrapper->StartRender();
-  callback.WaitForEnd();
-  wrapper->Release();
-  wrapper = nullptr;
+  Render();
+  Release();
   const std::string update = "updateOutputInfoByCurrentProjectFile ";
   EXPECT_THAT(
       Lines(),
@@ -71,8 +64,7 @@ TEST_F(RenderLogTest, ALogThatBecomesUnwritableDoesNotDisturbTheRender) {
       m_home.Write(name, "in the way");
     }
   };
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), testing::ElementsAre("start", "50", "100", "end"));
+  EXPECT_THAT(Render(), testing::ElementsAre("start", "50", "100", "end"));
   EXPECT_EQ(m_home.Read("LDKAppLog"), "in the way");
 }
 

@@ -91,6 +91,15 @@ class WrapperTest : public testing::Test {
     project.videoTrack = ClipText("a.mp4", "0", "1000");
     SetProject(project);
   }
+  /// What the host hears of a render of the project that was set.
+  std::vector<std::string> Render() {
+    wrapper->StartRender();
+    return callback.WaitForEnd();
+  }
+  void Release() {
+    wrapper->Release();
+    wrapper = nullptr;
+  }
   void SetProject(const ProjectText& project) {
     const std::string path = folder.Write("project.vrx", project.Text());
     wrapper->SetProjectFile(XpNarrowString(path).ToWide());

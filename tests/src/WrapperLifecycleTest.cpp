@@ -1,9 +1,12 @@
-// How the wrapper behaves over its life: cancel, second calls, release at awkward moments.
+// How the wrapper behaves over its life: what it needs, cancel, second calls, release at awkward moments.
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 
+#include "tests/foundation/ScopedVariable.h"
 #include "tests/src/WrapperFixture.h"
 
 namespace {
@@ -22,15 +25,13 @@ TEST_F(WrapperTest, FactoryGivesTheSameWrapperWithoutLosingTheEngine) {
 TEST_F(WrapperTest, NullCallbackKeepsTheEarlierOne) {
   wrapper->SetCallback(nullptr);
   LoadProject();
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "100", "end"));
+  EXPECT_THAT(Render(), ElementsAre("start", "100", "end"));
 }
 
 TEST_F(WrapperTest, CancelBeforeStartSkipsTheWorkButStillEnds) {
   LoadProject();
   wrapper->Cancel();
-  wrapper->StartRender();
-  EXPECT_THAT(callback.WaitForEnd(), ElementsAre("start", "end"));
+  EXPECT_THAT(Render(), ElementsAre("start", "end"));
   EXPECT_THAT(script->calls, Contains("CreateSequence"));
   EXPECT_THAT(script->calls, Contains("ReleaseSequence"));
   EXPECT_THAT(script->calls, Not(Contains("Execute")));
@@ -60,8 +61,7 @@ TEST_F(WrapperTest, SecondStartAndNewProjectAreRefusedWhileARenderRuns) {
   EXPECT_EQ(timeline->video.count, 1u);
   wrapper->Cancel();
   callback.WaitForEnd();
-  wrapper->Release();
-  wrapper = nullptr;
+  Release();
   EXPECT_EQ(std::count(script->calls.begin(), script->calls.end(), "CreateSequence"), 1);
 }
 
@@ -69,8 +69,7 @@ TEST_F(WrapperTest, ReleaseWaitsForTheRender) {
   script->slices = {{.processed = 50}, {.processed = 100, .ends = true}};
   LoadProject();
   wrapper->StartRender();
-  wrapper->Release();
-  wrapper = nullptr;
+  Release();
   EXPECT_EQ(callback.Heard().back(), "end");
 }
 
@@ -98,33 +97,52 @@ TEST_F(WrapperTest, SmartRenderingAsksTheEngineWithBothValues) {
   EXPECT_FALSE(wrapper->IsSmartRenderingCapable(7, 9));
 }
 
-TEST_F(WrapperTest, RecordsOfTheProjectReachTheEngine) {
-  ProjectText project;
-  project.videoTrack = ClipText("clips/a.mp4", "0", "1000") + ClipText("/b.mov", "500", "2500");
-  project.audioTrack = ClipText("c.wav", "0", "3000");
-  project.audio = "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>";
-  SetProject(project);
-  wrapper->StartRender();
-  // Cancelled wrappers keep their records until Release, so they can be looked at behind the end.
-  callback.WaitForEnd();
-  const VRXTimeline& timeline = *script->timeline;
-  ASSERT_EQ(timeline.video.count, 2u);
-  const auto& first = dynamic_cast<const VRXFileSourceStreamInfo&>(*timeline.video.items[0]);
-  EXPECT_EQ(vrx::textcodec::ToUtf8(first.path->Get()), (folder.Path() / "clips/a.mp4").string());
-  EXPECT_EQ(first.endTime.value, 29029u);
-  EXPECT_EQ(first.endTime.scale, 30000u);
-  ASSERT_EQ(timeline.audio.count, 1u);
-  const VRXSystemOutputSetting& output = *script->output;
-  EXPECT_EQ(output.systemType, VRXSystemMp4);
-  ASSERT_NE(output.metaData, nullptr);
-  ASSERT_EQ(output.metaData->count, 1u);
-  EXPECT_EQ(output.metaData->items[0]->kind, VRXMetaData::kTimeZone);
-  EXPECT_EQ(output.metaData->items[0]->size, 2u);
-  EXPECT_EQ(output.metaData->items[0]->data[1], 0);
-  EXPECT_EQ(vrx::textcodec::ToUtf8(output.outputFilePath->Get()), (folder.Path() / "out.mp4").string());
-  ASSERT_NE(output.audio, nullptr);
-  EXPECT_EQ(output.audio->samplingRate, 48000u);
-  EXPECT_EQ(output.rawOutput, nullptr);
+TEST_F(WrapperTest, CalibrationReachesTheEngineForASourceThatNeedsIt) {
+  const ScopedVariable data("XDG_CONFIG_HOME", folder.Path());
+  std::filesystem::create_directories(folder.Path() / "Kelo Corporation/LBR");
+  folder.Write("Kelo Corporation/LBR/CalibrationData.dat", std::string(3150, '\0'));
+  for (const auto& [sourceType, blocks] : {std::pair{"2", 0u}, std::pair{"1", 1u}}) {
+    RecordingCallback heard;
+    wrapper->SetCallback(&heard);
+    ProjectText project;
+    project.videoTrack = ClipText("a.mp4", "0", "1000",
+                                  std::string("<key>SourceType</key><integer>") + sourceType + "</integer>");
+    SetProject(project);
+    wrapper->StartRender();
+    heard.WaitForEnd();
+    wrapper->Release();
+    EXPECT_EQ(script->gpuBlocks.size(), blocks) << sourceType;
+    ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
+  }
+}
+
+TEST_F(WrapperTest, TheMovieSaysInWhichTimeZoneItWasMade) {
+  LoadProject();
+  Render();  // the records stay until Release
+  EXPECT_EQ(script->output->systemType, VRXSystemMp4);
+  const VRXMetaDataSetting* metaData = script->output->metaData;
+  ASSERT_NE(metaData, nullptr);
+  ASSERT_EQ(metaData->count, 1u);
+  EXPECT_EQ(metaData->items[0]->kind, VRXMetaData::kTimeZone);
+  EXPECT_EQ(metaData->items[0]->size, 2u);
+}
+
+int RunIn(const std::filesystem::path& folder) {
+  const int status = std::system((folder / "host").c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(EngineBindingTest, FactoryFailsUnlessACompleteEngineLiesBesideTheHost) {
+  const TempFolder folder;
+  std::filesystem::copy_file(FACTORY_PROBE_PATH, folder.Path() / "host");
+  EXPECT_EQ(RunIn(folder.Path()), 1) << "no engine";
+  folder.Write("VRXEngine.so", "not a library");
+  EXPECT_EQ(RunIn(folder.Path()), 1) << "not a library";
+  const auto overwrite = std::filesystem::copy_options::overwrite_existing;
+  std::filesystem::copy_file(INCOMPLETE_ENGINE_PATH, folder.Path() / "VRXEngine.so", overwrite);
+  EXPECT_EQ(RunIn(folder.Path()), 1) << "a function is missing";
+  std::filesystem::copy_file(SCRIPTED_ENGINE_PATH, folder.Path() / "VRXEngine.so", overwrite);
+  EXPECT_EQ(RunIn(folder.Path()), 0) << "complete";
 }
 
 }  // namespace
