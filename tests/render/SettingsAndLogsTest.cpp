@@ -50,6 +50,11 @@ TEST_F(SettingsAndLogsTest, SettingsAreKeptWithTheirTypeAndGoWhenTold) {
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("there is no setting"));
   }
+  // Separators turn in names as in keys, and only the whole word stands for the top.
+  EXPECT_EQ(Vrx({"config", "set", "Software2", "a/b", "7"}).status, 0);
+  EXPECT_EQ(Vrx({"config", "list", "Software2"}).output,
+            "[Software\\Kelo Corporation\\LBR\\Software2]\n  a\\b = 7\n");
+  EXPECT_EQ(Vrx({"config", "unset", "Software2"}).status, 0);
   EXPECT_EQ(Vrx({"config", "unset", "Common"}).status, 0);
   EXPECT_EQ(Vrx({"config", "list"}).output, "");
   EXPECT_EQ(Vrx({"config"}).status, 2);
