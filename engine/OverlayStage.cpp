@@ -12,6 +12,7 @@ namespace vrx::engine {
 namespace {
 
 constexpr std::uint32_t kPixelBytes = 4;
+constexpr int kPair = 2;  // rows that share their chroma
 
 }  // namespace
 
@@ -25,7 +26,7 @@ OverlayStage::OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vec
   if (m_callback == nullptr) m_spans.clear();
   if (m_spans.empty()) return;
   m_buffer.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-  m_pair.resize(static_cast<std::size_t>(width) * 2);
+  m_pair.resize(static_cast<std::size_t>(width) * kPair);
 }
 
 void OverlayStage::Apply(std::int64_t number, FramePtr& frame) {
@@ -47,7 +48,6 @@ const OverlaySpan* OverlayStage::SpanOf(std::int64_t number) {
 /// The frame is converted once more, two rows at a time that stay in the innermost cache: cheaper than a copy
 /// of the whole picture.
 void OverlayStage::TakeOver(FramePtr& frame) {
-  constexpr int kPair = 2;  // rows that share their chroma
   const BgrRows before{m_pair.data(), m_width};
   bool writable = false;
   for (int top = 0; top < m_height; top += kPair) {

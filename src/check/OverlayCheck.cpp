@@ -235,10 +235,6 @@ class OverlayChecker {
   }
 
   void AddCaptions(const PainterInfo& info, const overlay::OverlayPlan& plan, const VRXTimeInfo& frame) {
-    if (plan.captions.empty()) {
-      Report(m_report.painterPath, Severity::Warning, overlay::kCaptionString.name,
-             u"holds no complete <Caption>");
-    }
     CaptionJudge judge(info, plan, frame, m_report.totalSeconds);
     std::size_t hidden = 0;
     for (const CaptionItem& caption : plan.captions) {

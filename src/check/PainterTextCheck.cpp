@@ -80,6 +80,8 @@ class CaptionTextChecker {
     if (found == TagSearch::NoClosing) {
       ++m_number;
       Add(u"</Caption> is missing: the caption is not read, nor what follows");
+    } else if (m_number == 0) {
+      m_report.Add(u"holds no <Caption>");
     } else if (found == TagSearch::Found) {
       XpString message;
       message.Format(u"holds more than %u captions: the others are not read",

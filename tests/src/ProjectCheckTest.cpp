@@ -289,7 +289,7 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
   EXPECT_THAT(Lines(CheckPainter("<plist><dict><key>x</key><true/></dict></plist>")),
               Contains(HasSubstr("PainterInfo is missing")));
   EXPECT_THAT(Lines(CheckPainter("<plist>")), Contains(HasSubstr("cannot be read as a painter document")));
-  EXPECT_THAT(Lines(CheckCaptions("junk")), Contains(HasSubstr("no complete <Caption>")));
+  EXPECT_THAT(Lines(CheckCaptions("junk")), Contains(HasSubstr("holds no <Caption>")));
 }
 
 }  // namespace
