@@ -43,13 +43,18 @@ class CaptionedMovie {
     m_info.templateInfo.width = kWidth;
     m_info.templateInfo.height = kHeight;
     IKVSDynamicInfoPainter* painters = nullptr;
-    if (!CreateDynamicInfoPainter(&painters, vrx::overlay::MakePainterTable(m_text))) return;
+    if (!CreateDynamicInfoPainter(&painters, vrx::overlay::GetPainterKinds(), {&m_text})) return;
     m_painters.reset(painters);
     painters->SetPainterInfo(&m_info);
     auto* painter = dynamic_cast<KVSCaptionPainterPlugIn*>(painters->FindPainterByType(KVSPainterCaption));
     if (painter != nullptr) painter->SetCaptionItems(captions);
-    m_callback = std::make_unique<VRXIntermediateRawOutputCallback>(OverlayContext{
-        .width = kWidth, .height = kHeight, .frameLength = {1, 25}, .info = &m_info, .painters = painters});
+    m_callback = std::make_unique<VRXIntermediateRawOutputCallback>(
+        OverlayContext{.width = kWidth,
+                       .height = kHeight,
+                       .frameLength = {1, 25},
+                       .info = &m_info,
+                       .painters = painters,
+                       .kinds = vrx::overlay::GetPainterKinds()});
   }
   bool Process(std::uint64_t frame) {
     return m_callback->ProcessFrame(frame, m_buffer.data(), static_cast<std::uint32_t>(m_buffer.size()),

@@ -6,7 +6,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "src/manager/VRXWrapperManager.h"
+#include "src/job/RenderJob.h"
 
 namespace {
 
@@ -31,9 +31,9 @@ std::string WriteProject(std::int64_t clips) {
 void OpenProject(benchmark::State& state) {
   const std::string path = WriteProject(state.range(0));
   for (auto _ : state) {
-    VRXWrapperManager manager;
-    manager.SetProjectFile(XpNarrowString(path).ToWide());
-    if (manager.GetTimeline()->video.count != state.range(0)) state.SkipWithError("clips are missing");
+    vrx::job::RenderJob job;
+    job.Load(XpNarrowString(path).ToWide());
+    if (job.GetTimeline()->video.count != state.range(0)) state.SkipWithError("clips are missing");
   }
   state.SetComplexityN(state.range(0));
   std::filesystem::remove(path);

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "src/check/ProjectReport.h"
-#include "src/manager/VRXWrapperManager.h"
+#include "src/job/RenderJob.h"
 
 namespace {
 
@@ -24,8 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::fclose(file);
   }
   const XpString path = XpNarrowString(ScratchPath()).ToWide();
-  VRXWrapperManager manager;
-  manager.SetProjectFile(path);
+  vrx::job::RenderJob job;
+  job.Load(path);
   vrx::check::CheckProject(path, {});
   return 0;
 }

@@ -9,7 +9,7 @@
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "src/check/ProjectReport.h"
-#include "src/manager/VRXWrapperManager.h"
+#include "src/job/RenderJob.h"
 
 namespace vrx::host {
 namespace {
@@ -18,12 +18,11 @@ using Json = nlohmann::ordered_json;
 
 /// Lets the engine open the whole job, so that what only it can know is found as well.
 void TryJob(const XpString& project, EngineModule& engine, check::ProjectReport& report) {
-  // Builds the same records as a render. It is never started, so it needs no engine of its own.
-  VRXWrapperManager manager;
-  manager.SetProjectFile(project);
-  if (manager.GetTimeline() == nullptr || manager.GetSystemOutput()->video == nullptr) return;
+  job::RenderJob job;
+  job.Load(project);
+  if (job.GetTimeline() == nullptr || job.GetSystemOutput()->video == nullptr) return;
   engine.TakeLines();
-  const std::int32_t result = engine.Try(*manager.GetTimeline(), *manager.GetSystemOutput());
+  const std::int32_t result = engine.Try(*job.GetTimeline(), *job.GetSystemOutput());
   bool told = false;
   for (const EngineLine& line : engine.TakeLines()) {
     if (line.severity == VRXLogInfo) continue;

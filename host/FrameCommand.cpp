@@ -9,7 +9,7 @@
 #include "host/EngineModule.h"
 #include "host/PngFile.h"
 #include "src/check/ProjectReport.h"
-#include "src/manager/VRXWrapperManager.h"
+#include "src/job/RenderJob.h"
 #include "src/timeline/FrameClock.h"
 
 namespace vrx::host {
@@ -42,10 +42,10 @@ void TurnOver(std::vector<std::uint32_t>& pixels, std::size_t width) {
 }
 
 /// The overlays alone, top-down with straight alpha; all clear outside the ranges.
-void DrawOverlay(VRXWrapperManager& manager, std::int64_t frame, std::vector<std::uint32_t>& pixels) {
-  const VRXSystemOutputSetting& output = *manager.GetSystemOutput();
+void DrawOverlay(job::RenderJob& job, std::int64_t frame, std::vector<std::uint32_t>& pixels) {
+  const VRXSystemOutputSetting& output = *job.GetSystemOutput();
   const VRXIntermediateRawOutputSetting* range = RangeOf(output, frame);
-  VRXIntermediateRawOutputCallback* callback = manager.GetRawOutputCallback();
+  VRXIntermediateRawOutputCallback* callback = job.GetRawOutputCallback();
   if (range == nullptr || callback == nullptr) return;
   std::vector<std::uint32_t> ground(pixels.size());
   const auto bytes = static_cast<std::uint32_t>(ground.size() * sizeof(std::uint32_t));
@@ -79,13 +79,13 @@ int RunFrame(const FrameOptions& options) {
   std::string cause;
   if (!engine.Load(cause)) return Fail(cause);
   engine.Listen({});
-  VRXWrapperManager manager;
-  manager.SetProjectFile(project);
-  if (manager.GetSystemOutput() == nullptr || manager.GetSystemOutput()->video == nullptr) {
+  job::RenderJob job;
+  job.Load(project);
+  if (job.GetSystemOutput() == nullptr || job.GetSystemOutput()->video == nullptr) {
     for (const check::Problem& problem : check::CheckProject(project, {}).problems) Say(ProblemLine(problem));
     return kFailed;
   }
-  const VRXVideoOutputSetting& video = *manager.GetSystemOutput()->video;
+  const VRXVideoOutputSetting& video = *job.GetSystemOutput()->video;
   constexpr std::int32_t kLargestSide = 8192;
   if (video.width <= 0 || video.height <= 0 || video.width > kLargestSide || video.height > kLargestSide) {
     return Fail(Utf8(project) + ": Width and Height must lie between 16 and 8192 pixels");
@@ -96,9 +96,9 @@ int RunFrame(const FrameOptions& options) {
   const auto height = static_cast<std::uint32_t>(video.height);
   std::vector<std::uint32_t> pixels(std::size_t{width} * height);
   if (options.overlayOnly) {
-    DrawOverlay(manager, frame, pixels);
+    DrawOverlay(job, frame, pixels);
   } else {
-    if (!engine.RenderFrame(*manager.GetTimeline(), *manager.GetSystemOutput(), frame, pixels)) {
+    if (!engine.RenderFrame(*job.GetTimeline(), *job.GetSystemOutput(), frame, pixels)) {
       return Fail(Utf8(project) + ": " + Cause(engine, frame));
     }
     TurnOver(pixels, width);

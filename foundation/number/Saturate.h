@@ -18,4 +18,18 @@ constexpr Integer Saturate(double value) {
   return value <= -kEnd ? Limits::min() : static_cast<Integer>(value);
 }
 
+/// Sums and differences that stay at the limit instead of overflowing.
+constexpr std::int64_t SaturatedAdd(std::int64_t a, std::int64_t b) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  std::int64_t sum = 0;
+  if (!__builtin_add_overflow(a, b, &sum)) return sum;
+  return a > 0 ? Limits::max() : Limits::min();
+}
+constexpr std::int64_t SaturatedSubtract(std::int64_t a, std::int64_t b) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  std::int64_t difference = 0;
+  if (!__builtin_sub_overflow(a, b, &difference)) return difference;
+  return b < 0 ? Limits::max() : Limits::min();
+}
+
 }  // namespace vrx

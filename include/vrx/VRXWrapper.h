@@ -10,7 +10,10 @@
 #define VRX_EXPORT __attribute__((visibility("default")))
 
 /// Implemented by the host, which keeps ownership; it must live until IVRXWrapper::Release returns. Every
-/// call comes on the render thread, so a host with a user interface passes them on to its own thread.
+/// call comes on the render thread, so a host with a user interface passes them on to its own thread. Each
+/// render that starts reports either OnRenderEnd or OnRenderError, once and last. A callback that throws from
+/// OnRenderStart or OnRenderProgress ends the render with OnRenderError; what it throws from the last two is
+/// dropped.
 class IVRXWrapperCallback {
  public:
   virtual void Reserved() {}  // never called; keeps the first slot of the interface
@@ -45,7 +48,10 @@ class IVRXWrapper {
   /// overlap a running render; it is ignored then. A relative path counts from the working folder, relative
   /// paths inside the document from the document's folder.
   virtual void SetProjectFile(XpString path) = 0;
-  /// Starts the render on a thread of its own and returns at once. Ignored while a render runs.
+  /// Starts the render on a thread of its own and returns at once. Ignored while a render runs, and without a
+  /// further report when the system gives no thread. A wrapper renders once: after a render that ended or was
+  /// cancelled a second call reports OnRenderStart and OnRenderEnd but writes no movie. After an error it
+  /// renders again.
   virtual void StartRender() = 0;
   /// Ends the render at the next opportunity; the host then receives OnRenderEnd. A cancelled wrapper stays
   /// cancelled: render again with a new one.

@@ -16,11 +16,11 @@ void SegmentClock::Reset(std::span<const SlowInfoRecord> records) {
   m_cursor = 0;
 }
 
-std::int64_t SegmentClock::Advance(std::uint64_t frame, const FrameLength& length, const DrawSpan& span,
+std::int64_t SegmentClock::Advance(std::uint64_t frame, const VRXTimeInfo& length, const DrawSpan& span,
                                    std::int32_t& videoId) {
   if (length.scale == 0) return kNoTime;
-  const double time = length.SecondsAt(frame);
-  if (frame != 0) m_previousTime = length.SecondsAt(frame - 1);
+  const double time = SecondsAt(frame, length);
+  if (frame != 0) m_previousTime = SecondsAt(frame - 1, length);
   if (time < span.start || time > span.end) {
     if (m_lastMs == kNoTime) m_lastMs = 0;
     return m_lastMs;
@@ -38,13 +38,13 @@ std::int64_t SegmentClock::Advance(std::uint64_t frame, const FrameLength& lengt
 }
 
 void SegmentClock::Enter(double time, double start, std::int32_t& videoId) {
-  // Segments need not be in order, so the search begins anew each time.
+  // Segments need not be in order, so each search starts at the first.
   m_cursor = 0;
   while (m_cursor < m_segments.size() && m_segments[m_cursor].endTime + start <= time) ++m_cursor;
-  const bool isBehind = m_cursor == m_segments.size();
-  const SlowInfoRecord& segment = isBehind ? m_segments.back() : m_segments[m_cursor];
+  const bool isPast = m_cursor == m_segments.size();
+  const SlowInfoRecord& segment = isPast ? m_segments.back() : m_segments[m_cursor];
   m_position =
-      isBehind ? PositionBehind(segment, time, start, m_position) : PositionInside(segment, time, start);
+      isPast ? PositionAfter(segment, time, start, m_position) : PositionInside(segment, time, start);
   videoId = segment.videoId;
 }
 
@@ -54,8 +54,8 @@ double VRXGPSTimeGenerate::PositionInside(const SlowInfoRecord& segment, double 
   return StartOf(segment) + (time - segment.startTime - start) * segment.speed;
 }
 
-double VRXGPSTimeGenerate::PositionBehind(const SlowInfoRecord& last, double time, double start,
-                                          double position) const {
+double VRXGPSTimeGenerate::PositionAfter(const SlowInfoRecord& last, double time, double start,
+                                         double position) const {
   return position + (time - last.endTime - start);
 }
 
@@ -64,15 +64,15 @@ double VRXTennisMetaTimeGenerate::PositionInside(const SlowInfoRecord& segment, 
   return segment.sourceTime + (time - start - segment.startTime) * segment.speed;
 }
 
-double VRXTennisMetaTimeGenerate::PositionBehind(const SlowInfoRecord& last, double time, double start,
-                                                 double /*position*/) const {
+double VRXTennisMetaTimeGenerate::PositionAfter(const SlowInfoRecord& last, double time, double start,
+                                                double /*position*/) const {
   const double seconds = double{last.endTime} - double{last.startTime};
   const double end = std::abs(double{last.speed}) * seconds + double{last.sourceTime};
   return end + (time - start - last.endTime);
 }
 
-std::int64_t VRXCaptionTimeGenerate::Generate(std::uint64_t frameNumber,
-                                              const vrx::overlay::FrameLength& length) const {
+std::int64_t VRXCaptionTimeGenerate::Generate(std::uint64_t frameNumber, const VRXTimeInfo& length) const {
   if (length.scale == 0) return vrx::overlay::SegmentClock::kNoTime;
-  return vrx::Saturate<std::int64_t>(length.SecondsAt(frameNumber) * vrx::overlay::kMillisecondsPerSecond);
+  return vrx::Saturate<std::int64_t>(vrx::overlay::SecondsAt(frameNumber, length) *
+                                     vrx::overlay::kMillisecondsPerSecond);
 }

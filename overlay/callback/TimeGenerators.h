@@ -7,18 +7,14 @@
 #include <vector>
 
 #include "overlay/document/SlowInfoRecord.h"
+#include "vrx/VRXTimeline.h"
 
 namespace vrx::overlay {
 
-/// Length of a frame: `value` / `scale` seconds.
-struct FrameLength {
-  std::uint64_t value = 0;
-  std::uint64_t scale = 0;
-
-  double SecondsAt(std::uint64_t frame) const {
-    return static_cast<double>(frame) * static_cast<double>(value) / static_cast<double>(scale);
-  }
-};
+/// When `frame` begins, in seconds of the movie. `length` is that of a frame and must have a scale.
+inline double SecondsAt(std::uint64_t frame, const VRXTimeInfo& length) {
+  return static_cast<double>(frame) * static_cast<double>(length.value) / static_cast<double>(length.scale);
+}
 
 /// The part of the movie in which the clocks run, seconds in the movie, both ends included.
 struct DrawSpan {
@@ -41,15 +37,15 @@ class SegmentClock {
   SegmentClock& operator=(const SegmentClock&) = default;
 
   /// Milliseconds on the log's axis at `frame`; `videoId` is set when a segment names it.
-  std::int64_t Advance(std::uint64_t frame, const FrameLength& length, const DrawSpan& span,
+  std::int64_t Advance(std::uint64_t frame, const VRXTimeInfo& length, const DrawSpan& span,
                        std::int32_t& videoId);
 
  private:
   /// Position at `time` inside the segment that a frame has just entered.
   virtual double PositionInside(const SlowInfoRecord& segment, double time, double start) const = 0;
-  /// Position at `time` behind the last segment, `position` being the running one.
-  virtual double PositionBehind(const SlowInfoRecord& last, double time, double start,
-                                double position) const = 0;
+  /// Position at `time` after the last segment, `position` being the running one.
+  virtual double PositionAfter(const SlowInfoRecord& last, double time, double start,
+                               double position) const = 0;
 
   void Enter(double time, double start, std::int32_t& videoId);
 
@@ -65,8 +61,8 @@ class SegmentClock {
 class VRXGPSTimeGenerate final : public vrx::overlay::SegmentClock {
  public:
   /// -1, with nothing changed, for a frame length without a scale. Outside the span the clock stands still.
-  std::int64_t Generate(std::uint64_t frameNumber, std::int32_t& videoId,
-                        const vrx::overlay::FrameLength& length, const vrx::overlay::DrawSpan& span) {
+  std::int64_t Generate(std::uint64_t frameNumber, std::int32_t& videoId, const VRXTimeInfo& length,
+                        const vrx::overlay::DrawSpan& span) {
     return Advance(frameNumber, length, span, videoId);
   }
   /// Whether positions count the trimmed parts of a clip.
@@ -77,15 +73,14 @@ class VRXGPSTimeGenerate final : public vrx::overlay::SegmentClock {
 
  private:
   double PositionInside(const SlowInfoRecord& segment, double time, double start) const override;
-  double PositionBehind(const SlowInfoRecord& last, double time, double start,
-                        double position) const override;
+  double PositionAfter(const SlowInfoRecord& last, double time, double start, double position) const override;
 
   bool m_countsTrimmed = false;
 };
 
 class VRXTennisMetaTimeGenerate final : public vrx::overlay::SegmentClock {
  public:
-  std::int64_t Generate(std::uint64_t frameNumber, const vrx::overlay::FrameLength& length,
+  std::int64_t Generate(std::uint64_t frameNumber, const VRXTimeInfo& length,
                         const vrx::overlay::DrawSpan& span) {
     std::int32_t ignored = 0;
     return Advance(frameNumber, length, span, ignored);
@@ -93,12 +88,11 @@ class VRXTennisMetaTimeGenerate final : public vrx::overlay::SegmentClock {
 
  private:
   double PositionInside(const SlowInfoRecord& segment, double time, double start) const override;
-  double PositionBehind(const SlowInfoRecord& last, double time, double start,
-                        double position) const override;
+  double PositionAfter(const SlowInfoRecord& last, double time, double start, double position) const override;
 };
 
 class VRXCaptionTimeGenerate final {
  public:
   /// The movie's time in milliseconds; -1 for a frame length without a scale.
-  std::int64_t Generate(std::uint64_t frameNumber, const vrx::overlay::FrameLength& length) const;
+  std::int64_t Generate(std::uint64_t frameNumber, const VRXTimeInfo& length) const;
 };

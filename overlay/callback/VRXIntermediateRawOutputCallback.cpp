@@ -5,7 +5,13 @@
 #include "overlay/callback/BlendOverlay.h"
 
 using vrx::overlay::DrawSpan;
+using vrx::overlay::PainterClock;
 using vrx::overlay::SegmentClock;
+
+bool VRXIntermediateRawOutputCallback::IsWanted(PainterClock clock) const {
+  return std::any_of(m_context.kinds.begin(), m_context.kinds.end(),
+                     [&](const auto& kind) { return kind.clock == clock && kind.IsWanted(*m_context.info); });
+}
 
 void VRXIntermediateRawOutputCallback::ResetTimeGenerators(std::span<const SlowInfoRecord> records) {
   m_gpsTime.SetCountsTrimmed(m_context.info != nullptr && m_context.info->templateInfo.drawTrimmedOutArea);
@@ -21,10 +27,10 @@ bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* b
   const DrawSpan span{info.templateInfo.drawStartTime, info.templateInfo.drawEndTime};
   PainterTimes times{
       .gpsMs = SegmentClock::kNoTime, .tennisMs = SegmentClock::kNoTime, .captionMs = SegmentClock::kNoTime};
-  if (info.templateInfo.valid)
-    times.gpsMs = m_gpsTime.Generate(frame, times.videoId, m_context.frameLength, span);
-  if (info.tennisMetaInfo.valid) times.tennisMs = m_tennisTime.Generate(frame, m_context.frameLength, span);
-  if (info.captionInfo.valid) times.captionMs = m_captionTime.Generate(frame, m_context.frameLength);
+  const VRXTimeInfo& length = m_context.frameLength;
+  if (IsWanted(PainterClock::Gps)) times.gpsMs = m_gpsTime.Generate(frame, times.videoId, length, span);
+  if (IsWanted(PainterClock::Tennis)) times.tennisMs = m_tennisTime.Generate(frame, length, span);
+  if (IsWanted(PainterClock::Caption)) times.captionMs = m_captionTime.Generate(frame, length);
   if (times.gpsMs < 0 && times.tennisMs < 0 && times.captionMs < 0) return true;
   for (std::int64_t* time : {&times.gpsMs, &times.tennisMs, &times.captionMs}) {
     *time = std::max<std::int64_t>(*time, 0);

@@ -18,9 +18,10 @@
 struct OverlayContext {
   std::int32_t width = 0;   // of the movie, pixels
   std::int32_t height = 0;  // of the movie, pixels
-  vrx::overlay::FrameLength frameLength;
+  VRXTimeInfo frameLength;  // of the movie
   const PainterInfo* info = nullptr;
   IKVSDynamicInfoPainter* painters = nullptr;
+  vrx::overlay::PainterKinds kinds = {};  // which clocks run for which records
 };
 
 class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputCallback {
@@ -43,6 +44,8 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   const XpPixmap32* GetOverlay() const { return m_overlay.Get(); }
 
  private:
+  /// Some wanted kind of painter runs on `clock`.
+  bool IsWanted(vrx::overlay::PainterClock clock) const;
   /// Draws the overlay of these times, unless the picture already shows it.
   bool Paint(const PainterTimes& times);
 

@@ -2,14 +2,11 @@
 // order of their layers. Render control owns one.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <vector>
 
 #include "drawing/Geometry.h"
-#include "overlay/painter/KVSPainterPlugInBase.h"
+#include "overlay/painter/PainterKind.h"
 
 class IKVSDynamicInfoPainter {
  public:
@@ -20,7 +17,7 @@ class IKVSDynamicInfoPainter {
   virtual void SetClipDateTime(std::uint32_t first, std::uint32_t second, std::uint32_t third) = 0;
   virtual void SetClipRange(double startTime, double endTime, std::int32_t videoId) = 0;
   virtual void SetOutputSize(std::int32_t width, std::int32_t height) = 0;
-  /// False, with `id` as it was, for a kind that nobody makes.
+  /// False, with `id` as it was, for a kind without a painter.
   virtual bool CreatePainter(std::int32_t& id, std::int32_t painterType, std::int32_t layer) = 0;
   /// The first by id; null when there is none. Painters stay owned by the manager.
   virtual KVSPainterPlugInBase* FindPainterByType(std::int32_t painterType) const = 0;
@@ -54,10 +51,7 @@ class IKVSDynamicInfoPainter {
   virtual XpRowRange GetDrawnRows() const = 0;
 };
 
-/// Makes the painters of one kind each; an empty entry is a kind that nobody makes. Filled where the program
-/// is put together, since the painters lie in higher rooms.
-using PainterMaker = std::function<std::unique_ptr<KVSPainterPlugInBase>()>;
-using PainterMakers = std::array<PainterMaker, 4>;  // by painter type
-
-/// False when there is no memory; `out` must not be null and is then left as it was.
-bool CreateDynamicInfoPainter(IKVSDynamicInfoPainter** out, const PainterMakers& makers);
+/// Makes the manager of the painters in `kinds`, which must outlive it like the tools. False when there is no
+/// memory; `out` must not be null and is then left as it was.
+bool CreateDynamicInfoPainter(IKVSDynamicInfoPainter** out, vrx::overlay::PainterKinds kinds,
+                              const vrx::overlay::PainterTools& tools);

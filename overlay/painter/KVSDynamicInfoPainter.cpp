@@ -16,8 +16,9 @@ std::int32_t Scaled(std::int32_t position, std::int32_t output, std::int64_t lay
 
 }  // namespace
 
-bool CreateDynamicInfoPainter(IKVSDynamicInfoPainter** out, const PainterMakers& makers) {
-  auto* made = new (std::nothrow) KVSDynamicInfoPainter(makers);
+bool CreateDynamicInfoPainter(IKVSDynamicInfoPainter** out, vrx::overlay::PainterKinds kinds,
+                              const vrx::overlay::PainterTools& tools) {
+  auto* made = new (std::nothrow) KVSDynamicInfoPainter(kinds, tools);
   if (made == nullptr) return false;
   *out = made;
   return true;
@@ -25,10 +26,8 @@ bool CreateDynamicInfoPainter(IKVSDynamicInfoPainter** out, const PainterMakers&
 
 void KVSDynamicInfoPainter::SetPainterInfo(const PainterInfo* info) {
   if (info == nullptr) return;
-  const PainterInfoBase* records[] = {&info->templateInfo, &info->tennisMetaInfo, &info->captionInfo,
-                                      &info->contentImageInfo};
-  for (const PainterInfoBase* record : records) {
-    if (record->valid) Apply(*info, *record);
+  for (const vrx::overlay::PainterKind& kind : m_kinds) {
+    if (kind.IsWanted(*info)) Apply(*info, kind.record(*info));
   }
 }
 
@@ -45,9 +44,9 @@ void KVSDynamicInfoPainter::Apply(const PainterInfo& info, const PainterInfoBase
 }
 
 bool KVSDynamicInfoPainter::CreatePainter(std::int32_t& id, std::int32_t painterType, std::int32_t layer) {
-  if (painterType < 0 || painterType >= static_cast<std::int32_t>(m_makers.size())) return false;
-  const PainterMaker& make = m_makers[static_cast<std::size_t>(painterType)];
-  auto painter = make ? make() : nullptr;
+  const auto kind =
+      std::find_if(m_kinds.begin(), m_kinds.end(), [=](const auto& row) { return row.type == painterType; });
+  auto painter = kind != m_kinds.end() && kind->make != nullptr ? kind->make(m_tools) : nullptr;
   if (!painter) return false;
   id = m_nextId++;
   m_byId.emplace(id, painter.get());

@@ -2,13 +2,15 @@
 #pragma once
 
 #include <map>
+#include <memory>
 
 #include "overlay/painter/IKVSDynamicInfoPainter.h"
 
 /// No lock: painters are made and configured before frames come.
 class KVSDynamicInfoPainter final : public IKVSDynamicInfoPainter {
  public:
-  explicit KVSDynamicInfoPainter(const PainterMakers& makers) : m_makers(makers) {}
+  KVSDynamicInfoPainter(vrx::overlay::PainterKinds kinds, const vrx::overlay::PainterTools& tools)
+      : m_kinds(kinds), m_tools(tools) {}
 
   void SetPainterInfo(const PainterInfo* info) override;
   void SetClipDateTime(std::uint32_t first, std::uint32_t second, std::uint32_t third) override;
@@ -43,7 +45,8 @@ class KVSDynamicInfoPainter final : public IKVSDynamicInfoPainter {
 
   void Apply(const PainterInfo& info, const PainterInfoBase& record);
 
-  PainterMakers m_makers;
+  vrx::overlay::PainterKinds m_kinds;
+  vrx::overlay::PainterTools m_tools;
   std::vector<std::unique_ptr<KVSPainterPlugInBase>> m_painters;  // in order of creation
   std::map<std::int32_t, KVSPainterPlugInBase*> m_byId;
   std::multimap<std::int32_t, KVSPainterPlugInBase*> m_byType;

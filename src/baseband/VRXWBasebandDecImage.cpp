@@ -204,7 +204,7 @@ bool VRXWBasebandDecImage::WaitForImage(Held& held, FrameSpan& span) {
   const Clock::time_point begin = Clock::now();
   const bool isFirst = m_counts.decoded == 0;
   bool hasWaited = false;
-  const auto hasNews = [this] { return !cache.empty() || !running; };
+  const auto hasNews = [this] { return !cache.empty() || !running || m_isCancelled; };
   bool found = false;
   while (!found) {
     if (!cache.empty()) {
@@ -215,7 +215,7 @@ bool VRXWBasebandDecImage::WaitForImage(Held& held, FrameSpan& span) {
       m_changed.notify_all();
       continue;
     }
-    if (!running) break;  // nothing more will come
+    if (!running || m_isCancelled) break;  // nothing more will come, or it is no longer wanted
     if (span.givenUp || waits >= m_hooks.mostWaits) break;
     hasWaited = true;
     const auto length = std::chrono::milliseconds(m_hooks.waitMilliseconds);
@@ -255,6 +255,12 @@ bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, vo
   if (!pixmap || buffer == nullptr || size < pixmap->size) return false;
   std::memcpy(buffer, pixmap->data, pixmap->size);
   return true;
+}
+
+void VRXWBasebandDecImage::CancelWaits() {
+  const Held held(lock);
+  m_isCancelled = true;
+  m_changed.notify_all();
 }
 
 VRXWBasebandDecImage::Counts VRXWBasebandDecImage::GetCounts() {

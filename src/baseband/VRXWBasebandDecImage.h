@@ -55,6 +55,10 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   /// lies on no span ends the document, as does one behind its last.
   bool GetFrame(std::uint32_t index, std::uint64_t frame, void* buffer, std::uint32_t size);
 
+  /// Ends every wait of GetFrame for a picture, now and later: a picture that is not there yet is then missing.
+  /// From any thread.
+  void CancelWaits();
+
   Counts GetCounts();
 
  private:
@@ -105,5 +109,6 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   std::uint64_t m_images = 0;
   FrameSpan m_wanted;  // the one that GetFrame shows
   bool m_hasWanted = false;
+  bool m_isCancelled = false;
   Counts m_counts;
 };

@@ -37,6 +37,9 @@ class VRXWBasebandVideoObject final : public IVRXRawInputCallback {
   std::uint32_t GetStage() override { return static_cast<std::uint32_t>(stage); }
   std::uint32_t GetFormat() override { return static_cast<std::uint32_t>(format); }
 
+  /// Ends every wait of GetFrame for a picture, now and later. From any thread.
+  void CancelWaits() { m_decoder.CancelWaits(); }
+
   VRXWBasebandDecImage::Counts GetCounts() { return m_decoder.GetCounts(); }
 
  private:

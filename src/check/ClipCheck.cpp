@@ -5,6 +5,7 @@
 
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpPathQuery.h"
+#include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
 #include "src/check/BasebandCheck.h"
 #include "src/project/ProjectKeys.h"
@@ -128,7 +129,7 @@ class ClipChecker {
       CheckWholeSource(clip);
       // The engine's rule: the nearest whole number of frames, at least one.
       const double frames = sourceSeconds > 0.0 ? std::max(std::round(FramesIn(sourceSeconds)), 1.0) : 0.0;
-      length = timeline::ToInt64(frames) * m_clock.GetFrameValue();
+      length = Saturate<std::int64_t>(frames) * m_clock.GetFrameValue();
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
       if (isBaseband && length <= 0) Report(Severity::Error, kEndTime, u"must lie behind StartTime");

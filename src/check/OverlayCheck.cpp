@@ -5,7 +5,6 @@
 #include <map>
 #include <set>
 
-#include "drawing/BoxTextRenderer.h"
 #include "foundation/file/XpPathQuery.h"
 #include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
@@ -104,7 +103,7 @@ class CaptionJudge {
 
   std::int64_t TimeOf(std::int64_t frame) const {
     return VRXCaptionTimeGenerate().Generate(static_cast<std::uint64_t>(frame),
-                                             {m_frame.value, m_frame.scale});
+                                             m_frame);
   }
   /// The first whose time, which is cut to whole milliseconds, does not lie before `ms`.
   std::int64_t FirstFrameAt(std::int64_t ms) const {
@@ -194,15 +193,11 @@ class OverlayChecker {
 
   /// Frames of such a record go through the callback, but nobody draws on them.
   void CheckPainters(const PainterInfo& info) {
-    drawing::BoxTextRenderer unused;
-    const PainterMakers makers = overlay::MakePainterTable(unused);
-    const auto check = [&](bool isValid, std::int32_t painterType, const XpString& record) {
-      if (!isValid || makers[static_cast<std::size_t>(painterType)]) return;
-      Report(m_report.painterPath, Severity::Warning, record,
+    for (const overlay::PainterKind& kind : overlay::GetPainterKinds()) {
+      if (!kind.IsWanted(info) || kind.make != nullptr || kind.documentKey == nullptr) continue;
+      Report(m_report.painterPath, Severity::Warning, kind.documentKey,
              u"is valid, but this version draws no such overlay");
-    };
-    check(info.templateInfo.valid, KVSPainterGPSOverlay, overlay::kTemplateInfo.name);
-    check(info.tennisMetaInfo.valid, KVSPainterTennisMeta, overlay::kTennisMetaInfo.name);
+    }
   }
 
   /// Overlays are placed by the times that the document gives, and a whole clip gives none.

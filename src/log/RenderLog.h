@@ -1,14 +1,14 @@
 // The one place through which render control writes its lines to the log of the output channel.
 #pragma once
 
-#include <cstdint>
+#include <source_location>
 
 #include "vrx/XpString.h"
 
 namespace vrx::render {
 
-/// `line` is text, never a format. `function` names the step of render control that the line tells of, and
-/// `sourceLine` is where it is written from.
-void LogLine(const char16_t* function, const XpString& line, std::int32_t sourceLine = __builtin_LINE());
+/// `line` is text, never a format. `function` names the step of render control that the line is about.
+void LogLine(const char16_t* function, const XpString& line,
+             std::source_location place = std::source_location::current());
 
 }  // namespace vrx::render

@@ -1,19 +1,17 @@
-#include <cstdint>
+#include "src/manager/RenderLoop.h"
 
-#include "foundation/platform/Module.h"
-#include "foundation/text/XpFormat.h"
+#include <atomic>
+
 #include "src/gpu/GPUChecker.h"
 #include "src/log/RenderLog.h"
 #include "src/manager/ProgressFilter.h"
-#include "src/manager/VRXWrapperManager.h"
 
+namespace vrx::render {
 namespace {
-
-using vrx::render::LogLine;
 
 constexpr char16_t kRender[] = u"renderToFile";
 
-/// The code that the host hears for a result of the engine.
+/// The code that the host gets for a result of the engine.
 std::uint32_t HostCode(std::int32_t engineResult) {
   switch (static_cast<std::uint32_t>(engineResult)) {
     case VRXEngineDiskFull:
@@ -25,98 +23,86 @@ std::uint32_t HostCode(std::int32_t engineResult) {
   }
 }
 
-void LogResult(const char16_t* format, std::int32_t result, std::int32_t sourceLine = __builtin_LINE()) {
-  XpString line;
-  line.Format(format, result);
-  LogLine(kRender, line, sourceLine);
-}
+/// One render, step by step; `Run` gives XpOk or the code for the host.
+class Render {
+ public:
+  Render(EngineSession& engine, job::RenderJob& job, HostReporter& host, bool& endFlag)
+      : m_engine(engine), m_job(job), m_host(host), m_endFlag(endFlag) {}
+
+  std::uint32_t Run() {
+    if (!m_job.IsUsable()) return XpErrNoObject;
+    if (const std::int32_t result = m_engine.EnsureEngine(kRender); result != VRXEngineOk) {
+      return HostCode(result);
+    }
+    if (m_job.WantsGpuSetting()) SendGpuSetting();
+    const std::int32_t created = m_engine.CreateSequence(*m_job.GetTimeline(), *m_job.GetSystemOutput());
+    if (created != VRXEngineOk) return HostCode(created);
+    const std::int32_t executed = ExecuteUntilEnd();
+    // Released before the host learns of a failure, so that nothing half-written is left when it does.
+    const std::int32_t released = m_engine.ReleaseSequence();
+    const std::int32_t failure = executed != VRXEngineOk ? executed : released;
+    // Without a callback there is no one to report to, and the render counts as ended.
+    if (failure != VRXEngineOk && m_host.HasCallback()) return HostCode(failure);
+    if (m_hostThrew) return XpErrNoObject;
+    m_engine.Release(kRender);
+    return XpOk;
+  }
+
+ private:
+  bool IsEnded() const { return std::atomic_ref<bool>(m_endFlag).load(std::memory_order_acquire); }
+
+  /// Hands the engine what the host's calibration found out, if there is something.
+  void SendGpuSetting() {
+    GPUChecker* checker = GPUChecker::GetInstance();
+    if (checker == nullptr) return;
+    checker->Drop();
+    checker->Load();
+    if (checker->GetData() == nullptr || checker->GetSize() == 0) return;
+    m_engine.SendGpuSetting(checker->GetData(), checker->GetSize());
+  }
+
+  std::int32_t ExecuteUntilEnd() {
+    VRXProgressInfo progress;
+    ProgressFilter filter(XpTickCount());
+    while (!IsEnded() && !m_hostThrew) {
+      if (const std::int32_t result = m_engine.Execute(progress, m_endFlag); result != VRXEngineOk) {
+        return result;
+      }
+      if (!m_host.HasCallback()) continue;
+      const std::uint32_t percentage = ProgressFilter::Percentage(progress);
+      if (filter.Passes(percentage, XpTickCount())) m_hostThrew = !m_host.ReportProgress(percentage);
+    }
+    return VRXEngineOk;
+  }
+
+  EngineSession& m_engine;
+  job::RenderJob& m_job;
+  HostReporter& m_host;
+  bool& m_endFlag;
+  bool m_hostThrew = false;
+};
 
 }  // namespace
 
-std::uint32_t VRXWrapperManager::renderToFile() {
+std::uint32_t RenderToFile(EngineSession& engine, job::RenderJob& job, HostReporter& host, bool& endFlag) {
   LogLine(kRender, u"VRXWrapperManager::renderToFile start");
-  if (IVRXWrapperCallback* callback = m_pCallback) callback->OnRenderStart();
-  std::uint32_t hostError = XpOk;
+  std::uint32_t hostError = host.ReportStart() ? XpOk : XpErrNoObject;
   std::uint32_t exitCode = XpErrFailed;
   try {
-    hostError = RenderThroughEngine();
+    if (hostError == XpOk) hostError = Render(engine, job, host, endFlag).Run();
   } catch (...) {
-    // Engine and callbacks are foreign code: whatever they throw ends the render, not the host.
-    AbandonSequence();
+    // The engine is foreign code: whatever it throws ends the render, not the host.
+    engine.AbandonSequence();
     hostError = XpErrNoObject;
-    if (m_pCallback == nullptr) exitCode = XpOk;
+    if (!host.HasCallback()) exitCode = XpOk;
   }
-  IVRXWrapperCallback* callback = m_pCallback;
   if (hostError != XpOk) {
-    if (callback != nullptr) callback->OnRenderError(hostError);
+    host.ReportError(hostError);
     return exitCode;
   }
   LogLine(kRender, u"VRXWrapperManager::renderToFile end.");
-  if (callback != nullptr) callback->OnRenderEnd();
+  host.ReportEnd();
   return XpOk;
 }
 
-std::uint32_t VRXWrapperManager::RenderThroughEngine() {
-  if (!m_bProjectUsable) return XpErrNoObject;
-  if (const std::int32_t result = EnsureEngine(kRender); result != VRXEngineOk) return HostCode(result);
-  if (m_bGpuSettingWanted) SendGpuSetting();
-  const std::int32_t created =
-      m_engine.createSequence(m_hEngine, m_pTimeline.get(), m_pSystemOutput.get(), &m_pSequence);
-  XpString line;
-  line.Format(u"FUNC_VRX_CreateSequence(%08x) - GetLastError=%08x", created, vrx::platform::LastError());
-  LogLine(kRender, line);
-  if (created != VRXEngineOk) return HostCode(created);
-
-  const std::int32_t executed = ExecuteUntilEnd();
-  // Released before the host hears of a failure, so that nothing half-written is left when it does.
-  const std::int32_t released = ReleaseSequence();
-  const std::int32_t failure = executed != VRXEngineOk ? executed : released;
-  // Without a callback nobody could be told, and the end is reached as if all were well.
-  if (failure != VRXEngineOk && m_pCallback != nullptr) return HostCode(failure);
-  ReleaseEngine(kRender);
-  return XpOk;
-}
-
-void VRXWrapperManager::SendGpuSetting() {
-  GPUChecker* checker = GPUChecker::GetInstance();
-  if (checker == nullptr) return;
-  checker->Drop();
-  checker->Load();
-  if (checker->GetData() == nullptr || checker->GetSize() == 0) return;
-  LogResult(u"FUNC_VRX_SetSTPVSetting(%08x)",
-            m_engine.setSTPVSetting(m_hEngine, checker->GetData(), checker->GetSize()));
-}
-
-std::int32_t VRXWrapperManager::ExecuteUntilEnd() {
-  VRXProgressInfo progress;
-  vrx::render::ProgressFilter filter(XpTickCount());
-  while (!IsEnded()) {
-    const std::int32_t result = m_pSequence->Execute(&progress, &m_bEndFlag);
-    if (result != VRXEngineOk) {
-      LogResult(u"IVRXSequence::Execute(%08x)", result);
-      return result;
-    }
-    IVRXWrapperCallback* callback = m_pCallback;
-    if (callback == nullptr) continue;
-    const std::uint32_t percentage = vrx::render::ProgressFilter::Percentage(progress);
-    if (filter.Passes(percentage, XpTickCount())) callback->OnRenderProgress(percentage);
-  }
-  return VRXEngineOk;
-}
-
-std::int32_t VRXWrapperManager::ReleaseSequence() {
-  if (m_pSequence == nullptr) return VRXEngineOk;
-  const std::int32_t result = m_engine.releaseSequence(m_hEngine, &m_pSequence);
-  m_pSequence = nullptr;
-  LogResult(u"FUNC_VRX_ReleaseSequence(%08x)", result);
-  return result;
-}
-
-void VRXWrapperManager::AbandonSequence() {
-  try {
-    ReleaseSequence();
-  } catch (...) {
-    // The render has failed already and the sequence is given up: there is nobody else to tell.
-    m_pSequence = nullptr;
-  }
-}
+}  // namespace vrx::render

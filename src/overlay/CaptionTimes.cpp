@@ -4,17 +4,19 @@
 #include <cmath>
 
 #include "foundation/number/Saturate.h"
+#include "src/timeline/FrameClock.h"
 
 namespace vrx::overlay {
 namespace {
 
-constexpr double kMillisecondsPerSecond = 1000.0;
+using timeline::kMillisecondsPerSecond;
+
 constexpr std::int64_t kFarMs = std::int64_t{1} << 48;  // no movie is longer; sums of two never overflow
 constexpr std::int64_t kNearFrames = 2;
 
 std::int64_t Milliseconds(double value) { return std::clamp(Saturate<std::int64_t>(value), -kFarMs, kFarMs); }
 
-/// A stretch of the material in milliseconds. `end` lies behind `start` by its length in the movie times its
+/// A stretch of the material in milliseconds. `end` comes after `start` by its length in the movie times its
 /// speed.
 struct Stretch {
   std::int64_t start;
@@ -61,7 +63,7 @@ void ApplyGroup(const Stretch& before, const Stretch& reverse, const Stretch& af
   }
 }
 
-/// False when the sections behind cannot change the caption any more.
+/// False when later sections cannot change the caption any more.
 bool ApplyStretch(const Stretch& stretch, Span& span) {
   const auto real = [](std::int64_t value) { return static_cast<double>(value); };
   const double v = stretch.speed;
@@ -123,22 +125,23 @@ class ClipEnds {
 class CaptionAligner {
  public:
   explicit CaptionAligner(const CaptionTimeContext& context)
-      : m_value(static_cast<double>(context.frame.value)),
+      : m_clock(context.frame),
+        m_value(static_cast<double>(context.frame.value)),
         m_scale(static_cast<double>(context.frame.scale)),
         m_drawStartMs(context.drawStartSeconds * kMillisecondsPerSecond),
         m_ends(context.clipRanges) {}
 
-  /// A gap of at most two frames behind the caption before closes.
+  /// A gap of at most two frames after the caption before it closes.
   void CloseGap(const CaptionItem& before, CaptionItem& caption) const {
-    const double previous = std::ceil(Frames(before.endMs)) * m_value;
-    const double gap = std::floor(Frames(caption.startMs)) * m_value - previous;
+    const double previous = std::ceil(m_clock.FramesIn(before.endMs)) * m_value;
+    const double gap = std::floor(m_clock.FramesIn(caption.startMs)) * m_value - previous;
     if (gap >= 0.0 && gap <= kNearFrames * m_value) caption.startMs = OneFrameBefore(previous);
   }
 
   /// A caption that ends near a clip's end ends one frame before it.
   void FitToClipEnd(CaptionItem& caption) const {
     std::int64_t end = 0;
-    const auto time = Saturate<std::int64_t>(Frames(caption.endMs) * m_value);
+    const auto time = m_clock.TimeOf(m_clock.FramesIn(caption.endMs));
     if (m_ends.FindNear(time, kNearFrames * m_value, end))
       caption.endMs = OneFrameBefore(static_cast<double>(end));
   }
@@ -149,13 +152,11 @@ class CaptionAligner {
   }
 
  private:
-  double Frames(std::int32_t milliseconds) const {
-    return m_scale * milliseconds / (m_value * kMillisecondsPerSecond);
-  }
   std::int32_t OneFrameBefore(double frameTime) const {
     return Saturate<std::int32_t>((frameTime - m_value) * kMillisecondsPerSecond / m_scale);
   }
 
+  timeline::FrameClock m_clock;
   double m_value;
   double m_scale;
   double m_drawStartMs;

@@ -1,15 +1,30 @@
 #include "src/overlay/PainterTable.h"
 
+#include <array>
+
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
+#include "overlay/document/PainterKeys.h"
 
 namespace vrx::overlay {
+namespace {
 
-PainterMakers MakePainterTable(drawing::TextRenderer& textRenderer) {
-  PainterMakers makers;
-  makers[KVSPainterCaption] = [&textRenderer] {
-    return std::make_unique<KVSCaptionPainterPlugIn>(textRenderer);
-  };
-  return makers;
+std::unique_ptr<KVSPainterPlugInBase> MakeCaption(const PainterTools& tools) {
+  return std::make_unique<KVSCaptionPainterPlugIn>(*tools.textRenderer);
 }
+
+constexpr std::array kPainterKinds{
+    PainterKind{KVSPainterGPSOverlay, kTemplateInfo.name, RecordOf<&PainterInfo::templateInfo>,
+                PainterClock::Gps, PainterRange::Template, nullptr},
+    PainterKind{KVSPainterTennisMeta, kTennisMetaInfo.name, RecordOf<&PainterInfo::tennisMetaInfo>,
+                PainterClock::Tennis, PainterRange::Template, nullptr},
+    PainterKind{KVSPainterCaption, kCaptionInfo.name, RecordOf<&PainterInfo::captionInfo>,
+                PainterClock::Caption, PainterRange::Captions, MakeCaption},
+    PainterKind{KVSPainterContentImage, nullptr, RecordOf<&PainterInfo::contentImageInfo>, PainterClock::None,
+                PainterRange::None, nullptr},
+};
+
+}  // namespace
+
+PainterKinds GetPainterKinds() { return kPainterKinds; }
 
 }  // namespace vrx::overlay

@@ -1,12 +1,12 @@
-// Which painters this program has: the one place where kinds and classes meet.
+// The painters that this program has. A new kind of overlay is one row of this table, its own files and the
+// keys of its record.
 #pragma once
 
-#include "drawing/TextRenderer.h"
-#include "overlay/painter/IKVSDynamicInfoPainter.h"
+#include "overlay/painter/PainterKind.h"
 
 namespace vrx::overlay {
 
-/// The renderer must outlive every painter that the makers give.
-PainterMakers MakePainterTable(drawing::TextRenderer& textRenderer);
+/// Constant; every user walks the same rows.
+PainterKinds GetPainterKinds();
 
 }  // namespace vrx::overlay

@@ -8,24 +8,33 @@
 namespace vrx::timeline {
 namespace {
 
-constexpr double kMillisecondsPerSecond = 1000.0;
-
 bool IsPositive(std::uint64_t number) {
   return number != 0 && number <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 }
 
 }  // namespace
 
-std::int64_t ToInt64(double value) { return Saturate<std::int64_t>(value); }
-
 FrameClock::FrameClock(const VRXTimeInfo& frameDuration)
     : m_frame(frameDuration), m_usable(IsPositive(frameDuration.value) && IsPositive(frameDuration.scale)) {}
 
+double FrameClock::FramesIn(double milliseconds) const {
+  if (!m_usable) return 0.0;
+  return static_cast<double>(m_frame.scale) * milliseconds /
+         (static_cast<double>(m_frame.value) * kMillisecondsPerSecond);
+}
+
+double FrameClock::FramesInSeconds(double seconds) const {
+  if (!m_usable) return 0.0;
+  return static_cast<double>(m_frame.scale) * seconds * kMillisecondsPerSecond /
+         (static_cast<double>(m_frame.value) * kMillisecondsPerSecond);
+}
+
+std::int64_t FrameClock::TimeOf(double frames) const {
+  return Saturate<std::int64_t>(frames * static_cast<double>(m_frame.value));
+}
+
 std::int64_t FrameClock::FloorToFrame(double milliseconds) const {
-  if (!m_usable) return 0;
-  const auto value = static_cast<double>(m_frame.value);
-  const auto scale = static_cast<double>(m_frame.scale);
-  return ToInt64(std::floor(scale * milliseconds / (value * kMillisecondsPerSecond)) * value);
+  return TimeOf(std::floor(FramesIn(milliseconds)));
 }
 
 VRXTimeInfo FrameClock::At(std::int64_t frameTime) const {

@@ -8,8 +8,7 @@
 
 namespace vrx::timeline {
 
-/// Truncates toward zero; what is beyond 64 bits stays at the limit, and NaN is 0.
-std::int64_t ToInt64(double value);
+inline constexpr double kMillisecondsPerSecond = 1000.0;
 
 class FrameClock {
  public:
@@ -17,6 +16,12 @@ class FrameClock {
 
   /// False for a frame without a length; every frame time is then 0.
   bool IsUsable() const { return m_usable; }
+  /// How many frames a time lasts, with the fraction of the last; 0 without a frame length. The products are
+  /// formed from left to right in doubles, which decides about times that lie on a frame's edge.
+  double FramesIn(double milliseconds) const;
+  double FramesInSeconds(double seconds) const;
+  /// The time at which frame `frames` begins.
+  std::int64_t TimeOf(double frames) const;
   /// The frame that begins at or before `milliseconds`.
   std::int64_t FloorToFrame(double milliseconds) const;
   VRXTimeInfo At(std::int64_t frameTime) const;

@@ -1,5 +1,6 @@
 // Painters are made once a kind, configured, and drawn from the lowest layer to the highest. What they drew
 // lies over the frame as its alpha says, the right way up, whether it was drawn anew or kept.
+#include <array>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -14,6 +15,10 @@ namespace {
 using testing::ElementsAre;
 using vrx::overlay::BlendOverlay;
 using vrx::overlay::DrawnArea;
+using vrx::overlay::PainterClock;
+using vrx::overlay::PainterKind;
+using vrx::overlay::PainterRange;
+using vrx::overlay::RecordOf;
 using Bytes = std::vector<unsigned char>;
 
 /// Marks the pixmap with its colour and keeps a record of what it was asked.
@@ -61,21 +66,31 @@ class FakePainter : public KVSPainterPlugInBase {
 class FakePaintersTest : public testing::Test {
  protected:
   FakePaintersTest() {
-    PainterMakers makers;
-    for (const std::int32_t type : {0, 1, 3}) {
-      makers[static_cast<std::size_t>(type)] = [this, type] {
-        return std::make_unique<FakePainter>(type, journal);
-      };
-    }
+    s_journal = &journal;
     IKVSDynamicInfoPainter* made = nullptr;
-    EXPECT_TRUE(CreateDynamicInfoPainter(&made, makers));
+    EXPECT_TRUE(CreateDynamicInfoPainter(&made, kKinds, {}));
     painters.reset(made);
   }
   FakePainter& Painter(std::int32_t id) { return *static_cast<FakePainter*>(painters->GetPainter(id)); }
 
+  template <std::int32_t type>
+  static std::unique_ptr<KVSPainterPlugInBase> Make(const vrx::overlay::PainterTools&) {
+    return std::make_unique<FakePainter>(type, *s_journal);
+  }
+  static constexpr std::array<PainterKind, 4> kKinds{
+      PainterKind{1, nullptr, RecordOf<&PainterInfo::templateInfo>, PainterClock::Gps, PainterRange::Template,
+                  Make<1>},
+      {2, nullptr, RecordOf<&PainterInfo::tennisMetaInfo>, PainterClock::Tennis, PainterRange::Template,
+       nullptr},
+      {3, nullptr, RecordOf<&PainterInfo::captionInfo>, PainterClock::Caption, PainterRange::Captions,
+       Make<3>},
+      {0, nullptr, RecordOf<&PainterInfo::contentImageInfo>, PainterClock::None, PainterRange::None,
+       Make<0>}};
+
   struct Release {
     void operator()(IKVSDynamicInfoPainter* manager) const { manager->Release(); }
   };
+  static inline std::vector<std::string>* s_journal = nullptr;  // that of the test which runs
   std::vector<std::string> journal;
   std::unique_ptr<IKVSDynamicInfoPainter, Release> painters;
 };
@@ -175,7 +190,7 @@ class CallbackTest : public FakePaintersTest {
     info.captionInfo.valid = true;
     painters->SetPainterInfo(&info);
   }
-  OverlayContext Context() { return {kWidth, kHeight, {1, 10}, &info, painters.get()}; }
+  OverlayContext Context() { return {kWidth, kHeight, {1, 10}, &info, painters.get(), kKinds}; }
 
   /// The frame after a picture of its own was made for it.
   Bytes PlainFrame(std::uint64_t frame) {

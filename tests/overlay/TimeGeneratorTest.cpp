@@ -9,9 +9,8 @@
 namespace {
 
 using vrx::overlay::DrawSpan;
-using vrx::overlay::FrameLength;
 
-constexpr FrameLength kTenth{1, 10};
+const VRXTimeInfo kTenth{1, 10};
 
 SlowInfoRecord Segment(std::int32_t id, float speed, float start, float end, float source,
                        float withTrim = 0) {

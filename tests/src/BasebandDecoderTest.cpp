@@ -137,6 +137,16 @@ class BasebandDecoderTest : public testing::Test {
   int m_documents = 0;
 };
 
+TEST_F(BasebandDecoderTest, CancelEndsTheWaitForAPictureAndLaterOnes) {
+  IVRXRawInputCallback* source = Parse(ImageText(1, "held", 0, 9));
+  pictures.AwaitLoads(1);
+  std::thread cancels([&] { object->CancelWaits(); });
+  EXPECT_EQ(Frame(*source, 0), -1);  // a wait that runs out takes a minute each time
+  EXPECT_EQ(Frame(*source, 1), -1);
+  cancels.join();
+  pictures.Let();
+}
+
 TEST_F(BasebandDecoderTest, SpansShowTheirPicturesToBothEndsAndFailuresShowNone) {
   // Of adjacent images of one id the first shows.
   Parse(ImageText(1, "10", 0, 0) + ImageText(1, "20", 1, 1) + ImageText(2, "bad", 2, 3) +

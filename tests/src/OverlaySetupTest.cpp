@@ -1,7 +1,7 @@
 // Frames pass through the overlay callback only where a project has something to draw.
 #include <gtest/gtest.h>
 
-#include "src/manager/VRXWrapperManager.h"
+#include "src/job/RenderJob.h"
 #include "tests/src/ProjectText.h"
 #include "tests/support/TempFolder.h"
 
@@ -21,25 +21,25 @@ class OverlaySetupTest : public testing::Test {
     ProjectText project;
     project.videoTrack = ClipText("a.mp4", "0", "10010");
     project.moreOutput = "<key>PainterEffect</key><string>" + painter + "</string>";
-    manager.SetProjectFile(XpNarrowString(folder.Write("p.vrx", project.Text())).ToWide());
+    job.Load(XpNarrowString(folder.Write("p.vrx", project.Text())).ToWide());
   }
 
   TempFolder folder;
-  VRXWrapperManager manager;
+  vrx::job::RenderJob job;
 };
 
 TEST_F(OverlaySetupTest, ProjectsWithoutUsableOverlaysHaveNoCallback) {
   for (const std::string info : {"", "<key>TennisMetaInfo</key><dict/>",
                                  "<key>CaptionInfo</key><dict><key>Valid</key><true/></dict>"}) {
     Load(kCaptions);
-    ASSERT_NE(manager.GetSystemOutput()->rawOutput, nullptr);
+    ASSERT_NE(job.GetSystemOutput()->rawOutput, nullptr);
     Load(info);
-    EXPECT_EQ(manager.GetSystemOutput()->rawOutput, nullptr) << info;
-    EXPECT_EQ(manager.GetSystemOutput()->rawRangeCount, 0u) << info;
+    EXPECT_EQ(job.GetSystemOutput()->rawOutput, nullptr) << info;
+    EXPECT_EQ(job.GetSystemOutput()->rawRangeCount, 0u) << info;
   }
   for (const char* painter : {"none.xml", ""}) {
     Load(kCaptions, painter);
-    EXPECT_EQ(manager.GetSystemOutput()->rawOutput, nullptr) << painter;
+    EXPECT_EQ(job.GetSystemOutput()->rawOutput, nullptr) << painter;
   }
 }
 

@@ -20,7 +20,7 @@ class RenderLogTest : public WrapperTest {
         if (line.starts_with("Time:") || line.starts_with("===")) continue;
         line.pop_back();
         const std::size_t start = line.find("->"), number = line.find(':', start), text = line.find("__");
-        const bool isFirst = line.starts_with("src\\VRXWrapperManager.cpp->") && text != line.npos;
+        const bool isFirst = line.starts_with("src\\") && text != line.npos;
         lines.push_back(isFirst ? line.substr(start + 2, number - start - 2) + " " + line.substr(text + 2)
                                 : "  " + line);
       }

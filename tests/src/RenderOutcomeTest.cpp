@@ -70,11 +70,27 @@ TEST_F(WrapperTest, EngineInstanceThatCannotBeMadeAgainFailsTheSecondRender) {
   EXPECT_THAT(Heard(heard.begin(), heard.begin() + 2), ElementsAre("start", "error 8109"));
 }
 
-TEST_F(WrapperTest, ThrowingCallbackEndsTheRenderAsAnError) {
-  callback.onProgress = [](std::uint32_t) { throw std::runtime_error("host"); };
+TEST_F(WrapperTest, CallbackThatThrowsEndsTheRenderWithOneReport) {
+  const auto fail = [] { throw std::runtime_error("host"); };
+  callback.onProgress = [&](std::uint32_t) { fail(); };
+  callback.onLast = fail;  // from OnRenderError, and once more from OnRenderEnd
   script->slices = {{.processed = 10}};
   LoadProject();
   EXPECT_THAT(Render(), ElementsAre("start", "10", "error 8003"));
+  RecordingCallback throwsFirst, throwsLast;
+  for (RecordingCallback* next : {&throwsFirst, &throwsLast}) {
+    Release();
+    ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
+    wrapper->SetCallback(next);
+    LoadProject();
+    script->slices = {{.processed = 100, .ends = true}};
+    (next == &throwsFirst ? next->onStart : next->onLast) = fail;
+    wrapper->StartRender();
+    next->WaitForEnd();
+  }
+  Release();
+  EXPECT_THAT(throwsFirst.Heard(), ElementsAre("start", "error 8003"));
+  EXPECT_THAT(throwsLast.Heard(), ElementsAre("start", "100", "end"));
 }
 
 TEST_F(WrapperTest, ProjectWithoutAFrameLengthIsReported) {

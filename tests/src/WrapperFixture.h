@@ -1,5 +1,4 @@
-// Drives the library through its public face with the scripted engine behind it, and records what the host
-// hears.
+// Drives the library through its public face with the scripted engine, and records what is reported to the host.
 #pragma once
 
 #include <condition_variable>
@@ -19,6 +18,7 @@
 class RecordingCallback final : public IVRXWrapperCallback {
  public:
   std::function<void()> onStart;
+  std::function<void()> onLast;  // after the end or the error
   std::function<void(std::uint32_t)> onProgress;
 
   void OnRenderStart() override {
@@ -52,10 +52,13 @@ class RecordingCallback final : public IVRXWrapperCallback {
     m_heard.push_back(event);
   }
   void Finish(const std::string& event) {
-    const std::scoped_lock lock(m_mutex);
-    m_heard.push_back(event);
-    m_finished = true;
-    m_changed.notify_all();
+    {
+      const std::scoped_lock lock(m_mutex);
+      m_heard.push_back(event);
+      m_finished = true;
+      m_changed.notify_all();
+    }
+    if (onLast) onLast();
   }
 
   std::mutex m_mutex;
