@@ -19,6 +19,8 @@ class AudioEncoder {
   /// kUnusableSettings when the codec refuses the plan, with a logged line.
   Result Open(const AudioPlan& plan, bool globalHeader);
   const AVCodecContext& context() const { return *m_codec; }
+  /// Samples of each channel that were encoded so far.
+  std::int64_t GetSamples() const { return m_samples; }
 
   /// Encodes blocks until `samples` of each channel are taken or the track has ended.
   Result EncodeUpTo(std::int64_t samples, AudioTrack& track, MovieWriter& writer, int stream);

@@ -100,9 +100,10 @@ Result ClipSequence::CheckArguments() const {
     return kUnusableSettings;
   }
   if (m_total < 0) return kInvalidArgument;
-  for (const AudioClip& clip : m_clips) {
-    if (clip.scale != 0) continue;
-    Log(VRXLogError, "the times of sound clip \"" + clip.path + "\" have a scale of 0");
+  for (std::size_t i = 0; i < m_clips.size(); ++i) {
+    if (m_clips[i].scale != 0) continue;
+    const ClipLogScope scope(VRXAudioTrack, i);
+    Log(VRXLogError, "the times of the clip of \"" + m_clips[i].path + "\" have a scale of 0");
     return kInvalidArgument;
   }
   return kOk;
@@ -114,7 +115,9 @@ Result ClipSequence::Prepare() {
   std::map<std::string, SourceFacts> sources;
   SampleSum sum(m_format.sampleRate, m_total);
   m_ends.reserve(m_clips.size());
-  for (AudioClip& clip : m_clips) {
+  for (std::size_t i = 0; i < m_clips.size(); ++i) {
+    const ClipLogScope scope(VRXAudioTrack, i);
+    AudioClip& clip = m_clips[i];
     clip.start = std::max<std::int64_t>(clip.start, 0);
     const auto [source, first] = sources.try_emplace(clip.path);
     SourceFacts& facts = source->second;
@@ -168,6 +171,7 @@ Result ClipSequence::Play(float* const* planes, int count, int& played) {
     played = count;
     return kOk;
   }
+  const ClipLogScope scope(VRXAudioTrack, m_current);
   if (!m_started) {
     const AudioClip& clip = m_clips[m_current];
     const Result result = m_reader->Start(clip.path, clip.start, clip.scale);

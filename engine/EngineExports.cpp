@@ -13,6 +13,7 @@ extern "C" {
 
 #include "engine/EngineLog.h"
 #include "engine/EngineResult.h"
+#include "engine/RenderSummary.h"
 #include "engine/Sequence.h"
 #include "engine/SourceProbe.h"
 #include "engine/StillFrame.h"
@@ -157,6 +158,11 @@ void VRX_SetLogCallback(VRXLogFunction log, void* context) { engine::SetLogCallb
 std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe) {
   if (path == nullptr || probe == nullptr) return engine::kInvalidArgument;
   return engine::Guarded("VRX_ProbeSource", [&] { return engine::ProbeSource(path, *probe); });
+}
+
+std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary) {
+  if (summary == nullptr) return engine::kInvalidArgument;
+  return engine::LastRenderSummary(*summary);
 }
 
 std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output, std::uint64_t frame,

@@ -21,3 +21,4 @@ VRX_ENGINE_EXPORT void VRX_SetLogCallback(VRXLogFunction log, void* context);
 VRX_ENGINE_EXPORT std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe);
 VRX_ENGINE_EXPORT std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output,
                                                std::uint64_t frame, void* buffer, std::uint32_t size);
+VRX_ENGINE_EXPORT std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary);

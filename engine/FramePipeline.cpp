@@ -73,8 +73,9 @@ void FramePipeline::Run() {
 }
 
 Result FramePipeline::DecodeClips() {
-  for (const VideoClip& clip : m_clips) {
-    if (m_stop) break;
+  for (std::size_t i = 0; i < m_clips.size() && !m_stop; ++i) {
+    const ClipLogScope scope(VRXVideoTrack, i);
+    const VideoClip& clip = m_clips[i];
     if (clip.rawInput != nullptr || clip.frameCount == 0) continue;
     if (const Result result = DecodeClip(clip); result != kOk) return result;
   }

@@ -5,6 +5,7 @@ extern "C" {
 #include <libavutil/mem.h>
 }
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -77,6 +78,7 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   const int error = avcodec_parameters_from_context(stream->codecpar, &encoder);
   if (error < 0) return Fail("a stream cannot be added", error);
   index = stream->index;
+  m_packets.push_back(0);
   return kOk;
 }
 
@@ -93,6 +95,7 @@ Result MovieWriter::Write(AVPacket& packet, int stream, AVRational timeBase) {
   packet.stream_index = stream;
   const int error = av_interleaved_write_frame(m_muxer, &packet);
   if (error < 0 || m_file.error() != kOk) return Fail("a packet cannot be written", error);
+  ++m_packets[static_cast<std::size_t>(stream)];
   return kOk;
 }
 
@@ -105,6 +108,7 @@ Result MovieWriter::Finish() {
     return result;
   }
   FreeMuxer();
+  m_bytes = static_cast<std::uint64_t>(std::max<std::int64_t>(m_file.Size(), 0));
   return m_file.Commit();
 }
 

@@ -2,7 +2,10 @@
 // file. Used by the sequence and the encoders.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "engine/AvPointers.h"
 #include "engine/EngineResult.h"
@@ -31,6 +34,10 @@ class MovieWriter {
   Result Write(AVPacket& packet, int stream, AVRational timeBase);
   /// Writes the trailer and puts the movie in its place.
   Result Finish();
+  /// Packets written to a stream so far; for a picture stream its frames.
+  std::uint64_t GetPacketCount(int stream) const { return m_packets[static_cast<std::size_t>(stream)]; }
+  /// Length of the finished movie.
+  std::uint64_t GetBytes() const { return m_bytes; }
   /// Gives up and removes the temporary file.
   void Abandon();
 
@@ -42,6 +49,8 @@ class MovieWriter {
   AVFormatContext* m_muxer = nullptr;
   AVIOContext* m_io = nullptr;
   std::string m_path;
+  std::vector<std::uint64_t> m_packets;  // of each stream
+  std::uint64_t m_bytes = 0;
 };
 
 }  // namespace vrx::engine

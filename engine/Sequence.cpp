@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "engine/EngineLog.h"
+#include "engine/RenderSummary.h"
 #include "engine/TimelineSources.h"
 
 namespace vrx::engine {
@@ -123,6 +124,7 @@ Result Sequence::NextFrame(FramePtr& frame) {
     ++m_clip;
     m_frameInClip = 0;
   }
+  const ClipLogScope scope(VRXVideoTrack, m_clip);
   const VideoClip& clip = m_timeline.video[m_clip];
   if (!m_pipeline) m_pipeline = std::make_unique<FramePipeline>(m_timeline.video, m_output.video);
   const Result result =
@@ -155,6 +157,8 @@ Result Sequence::Finish() {
   if (const Result result = m_videoEncoder.Drain(m_writer, m_videoStream); result != kOk) return result;
   if (const Result result = m_writer.Finish(); result != kOk) return result;
   m_finished = true;
+  KeepRenderSummary({m_writer.GetPacketCount(m_videoStream),
+                     static_cast<std::uint64_t>(m_audioEncoder.GetSamples()), m_writer.GetBytes()});
   return kOk;
 }
 

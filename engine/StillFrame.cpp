@@ -34,7 +34,9 @@ Result FrameOfClip(const VideoClip& clip, std::int64_t index, const VideoPlan& v
 }
 
 Result FrameOfMovie(const TimelinePlan& plan, std::int64_t number, const VideoPlan& video, FramePtr& frame) {
-  for (const VideoClip& clip : plan.video) {
+  for (std::size_t i = 0; i < plan.video.size(); ++i) {
+    const ClipLogScope scope(VRXVideoTrack, i);
+    const VideoClip& clip = plan.video[i];
     if (number < clip.frameCount) return FrameOfClip(clip, number, video, frame);
     number -= clip.frameCount;
   }

@@ -6,6 +6,7 @@
 
 #include "engine/EngineLog.h"
 #include "engine/SourcePath.h"
+#include "vrx/XpTextCodec.h"
 
 namespace vrx::engine {
 namespace {
@@ -27,11 +28,12 @@ std::int64_t Clamp64(Int128 value) {
 }
 
 /// Both times in the start's unit. The end's own scale counts only where a host made the two differ.
-Result ReadTimes(const VRXSourceStreamInfoBase& source, const std::string& name, ClipTimes& times) {
+Result ReadTimes(const VRXSourceStreamInfoBase& source, ClipTimes& times) {
   const std::uint64_t scale = source.startTime.scale;
   const std::uint64_t endScale = source.endTime.scale == 0 ? scale : source.endTime.scale;
   if (!UsableScale(scale) || !UsableScale(endScale)) {
-    Log(VRXLogError, name + " has the time scale " + std::to_string(UsableScale(scale) ? endScale : scale));
+    const std::uint64_t wrong = UsableScale(scale) ? endScale : scale;
+    Log(VRXLogError, "the clip has the time scale " + std::to_string(wrong));
     return kUnusableSettings;
   }
   times.scale = static_cast<std::int64_t>(scale);
@@ -47,27 +49,28 @@ std::int64_t WholeFrames(Int128 ticks, std::int64_t scale, FrameDuration duratio
   return Clamp64(FloorDivide(ticks * duration.scale, Int128{scale} * duration.value));
 }
 
-Result ReadFileClip(const VRXSourceStreamInfoBase& source, const std::string& name, std::string& path) {
+Result ReadFileClip(const VRXSourceStreamInfoBase& source, std::string& path) {
   const auto* file = dynamic_cast<const VRXFileSourceStreamInfo*>(&source);
   if (file == nullptr || file->path == nullptr) {
-    Log(VRXLogError, name + " is no file record");
+    Log(VRXLogError, "the clip's record names no file");
     return kInvalidArgument;
   }
   path = NativePath(file->path->Get());
   if (!path.empty()) return kOk;
-  Log(VRXLogError, "source not found: " + name + " has an empty path or one on an unknown drive");
+  const std::string given = textcodec::ToUtf8(file->path->Get());
+  Log(VRXLogError, "source not found: " +
+                       (given.empty() ? "the clip's path is empty" : given + " is on an unknown drive"));
   return kSourceMissing;
 }
 
-Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, const std::string& name,
-                        FrameDuration duration, VideoClip& clip) {
+Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, FrameDuration duration, VideoClip& clip) {
   const auto* baseband = dynamic_cast<const VRXBasebandSourceStreamInfo*>(&source);
   if (baseband == nullptr || baseband->rawInput == nullptr) {
-    Log(VRXLogError, name + " has no picture source");
+    Log(VRXLogError, "the clip has no picture source");
     return kInvalidArgument;
   }
   ClipTimes times{};
-  if (const Result result = ReadTimes(source, name, times); result != kOk) return result;
+  if (const Result result = ReadTimes(source, times); result != kOk) return result;
   const std::int64_t first = WholeFrames(std::max<std::int64_t>(times.start, 0), times.scale, duration);
   const std::int64_t end = WholeFrames(std::max<std::int64_t>(times.end, 0), times.scale, duration);
   clip.rawInput = baseband->rawInput;
@@ -76,11 +79,10 @@ Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, const std::string
   return kOk;
 }
 
-Result MakeFileClip(const VRXSourceStreamInfoBase& source, const std::string& name, FrameDuration duration,
-                    VideoClip& clip) {
-  if (const Result result = ReadFileClip(source, name, clip.path); result != kOk) return result;
+Result MakeFileClip(const VRXSourceStreamInfoBase& source, FrameDuration duration, VideoClip& clip) {
+  if (const Result result = ReadFileClip(source, clip.path); result != kOk) return result;
   ClipTimes times{};
-  if (const Result result = ReadTimes(source, name, times); result != kOk) return result;
+  if (const Result result = ReadTimes(source, times); result != kOk) return result;
   clip.scale = times.scale;
   clip.wholeSource = times.end <= times.start;
   if (clip.wholeSource) return kOk;
@@ -105,15 +107,14 @@ Result MakeVideoClips(const VRXSourceStreamInfoArray& array, FrameDuration durat
   if (const Result result = CheckArray(array, "video"); result != kOk) return result;
   std::int64_t total = 0;
   for (std::uint32_t i = 0; i < array.count; ++i) {
+    const ClipLogScope scope(VRXVideoTrack, i);
     const VRXSourceStreamInfoBase& source = *array.items[i];
-    const std::string name = "video clip " + std::to_string(i + 1);
     VideoClip clip;
-    const Result result = source.sourceType == VRXSourceBaseband
-                              ? MakeBasebandClip(source, name, duration, clip)
-                              : MakeFileClip(source, name, duration, clip);
+    const Result result = source.sourceType == VRXSourceBaseband ? MakeBasebandClip(source, duration, clip)
+                                                                 : MakeFileClip(source, duration, clip);
     if (result != kOk) return result;
     if (clip.frameCount > kMaxMovieFrames - total) {
-      Log(VRXLogError, name + " makes the movie longer than 2147483647 frames");
+      Log(VRXLogError, "the clip makes the movie longer than 2147483647 frames");
       return kUnusableSettings;
     }
     total += clip.frameCount;
@@ -125,12 +126,12 @@ Result MakeVideoClips(const VRXSourceStreamInfoArray& array, FrameDuration durat
 Result MakeAudioClips(const VRXSourceStreamInfoArray& array, std::vector<AudioClip>& clips) {
   if (const Result result = CheckArray(array, "audio"); result != kOk) return result;
   for (std::uint32_t i = 0; i < array.count; ++i) {
+    const ClipLogScope scope(VRXAudioTrack, i);
     const VRXSourceStreamInfoBase& source = *array.items[i];
-    const std::string name = "audio clip " + std::to_string(i + 1);
     AudioClip clip{};
-    if (const Result result = ReadFileClip(source, name, clip.path); result != kOk) return result;
+    if (const Result result = ReadFileClip(source, clip.path); result != kOk) return result;
     ClipTimes times{};
-    if (const Result result = ReadTimes(source, name, times); result != kOk) return result;
+    if (const Result result = ReadTimes(source, times); result != kOk) return result;
     clip.start = times.start;
     clip.end = times.end;
     clip.scale = static_cast<std::uint64_t>(times.scale);

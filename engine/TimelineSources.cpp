@@ -15,7 +15,9 @@ namespace {
 Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
   const std::atomic<bool> never = false;
   std::map<std::string, std::int64_t> lengths;  // frames by path; 0 while nobody asked
-  for (VideoClip& clip : plan.video) {
+  for (std::size_t i = 0; i < plan.video.size(); ++i) {
+    const ClipLogScope scope(VRXVideoTrack, i);
+    VideoClip& clip = plan.video[i];
     if (clip.rawInput != nullptr) {
       if (const Result result = BasebandVideoSource::Check(*clip.rawInput); result != kOk) return result;
       continue;

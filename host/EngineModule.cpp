@@ -38,9 +38,9 @@ void EngineModule::Listen(std::function<void(const EngineLine&)> listener) {
   if (const auto setLog = Find<VRX_SetLogCallbackFunction>("VRX_SetLogCallback")) setLog(&OnLine, this);
 }
 
-void EngineModule::OnLine(void* context, std::int32_t severity, const char* line) {
+void EngineModule::OnLine(void* context, const VRXLogEntry& entry) {
   auto& self = *static_cast<EngineModule*>(context);
-  const EngineLine engineLine{static_cast<VRXLogSeverity>(severity), line};
+  const EngineLine engineLine{entry.severity, entry.track, entry.clip, entry.text};
   {
     const std::scoped_lock lock(self.m_mutex);
     self.m_lines.push_back(engineLine);

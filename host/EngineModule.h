@@ -2,6 +2,7 @@
 // into a source, and a trial of a whole job without rendering it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <span>
@@ -16,6 +17,8 @@ namespace vrx::host {
 
 struct EngineLine {
   VRXLogSeverity severity;
+  VRXTrackKind track;
+  std::uint32_t clip;  // counted from 1; 0 for none
   std::string text;
 };
 
@@ -46,7 +49,7 @@ class EngineModule {
                    std::span<std::uint32_t> pixels) const;
 
  private:
-  static void OnLine(void* context, std::int32_t severity, const char* line);
+  static void OnLine(void* context, const VRXLogEntry& entry);
 
   template <class Function>
   Function Find(const char* name) const {

@@ -71,11 +71,20 @@ using VRX_IsSmartRenderingCapableFunction = std::int32_t (*)(VRXHandle engine, s
                                                              std::uint32_t second);
 using VRX_SetSTPVSettingFunction = std::int32_t (*)(VRXHandle engine, const void* data, std::uint32_t size);
 
-/// An extra of our engine, which the library itself does not need: where its readable lines about causes go
-/// (UTF-8, no line end). They go to stderr until it is called, and again after a null `log`. Calls come from
-/// any of the engine's threads, one at a time.
+/// An extra of our engine, which the library itself does not need: where its readable log goes. It goes to
+/// stderr until it is called, and again after a null `log`. Calls come from any of the engine's threads, one
+/// at a time.
 enum VRXLogSeverity : std::int32_t { VRXLogInfo = 0, VRXLogWarning = 1, VRXLogError = 2 };
-using VRXLogFunction = void (*)(void* context, std::int32_t severity, const char* line);
+/// Which track of the timeline an entry speaks of.
+enum VRXTrackKind : std::int32_t { VRXNoTrack = 0, VRXVideoTrack = 1, VRXAudioTrack = 2 };
+/// One entry of the engine's log. `text` is UTF-8 without a line end and lives until the callback returns.
+struct VRXLogEntry {
+  VRXLogSeverity severity;
+  VRXTrackKind track;
+  std::uint32_t clip;  // counted from 1; 0 for none
+  const char* text;
+};
+using VRXLogFunction = void (*)(void* context, const VRXLogEntry& entry);
 using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
 
 /// Another extra: what the engine finds in a source. Seconds are 0 when they cannot be told. On failure
@@ -93,6 +102,15 @@ using VRX_ProbeSourceFunction = std::int32_t (*)(const char16_t* path, VRXSource
 /// with the overlay callback's drawing on it and without rendering the frames before.
 using VRX_RenderFrameFunction = std::int32_t (*)(VRXTimeline* timeline, VRXSystemOutputSetting* output,
                                                  std::uint64_t frame, void* buffer, std::uint32_t size);
+
+/// A fourth extra: what the last movie holds that got its name in this process. Not VRXEngineOk when there is
+/// none.
+struct VRXRenderSummary {
+  std::uint64_t frames = 0;
+  std::uint64_t soundSamples = 0;  // per channel
+  std::uint64_t bytes = 0;
+};
+using VRX_GetRenderSummaryFunction = std::int32_t (*)(VRXRenderSummary* summary);
 
 #if UINTPTR_MAX == UINT32_MAX
 #include "vrx/VRXEngineLayout.h"  // IWYU pragma: keep

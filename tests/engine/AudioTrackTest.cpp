@@ -39,9 +39,10 @@ class AudioTrackTest : public ::testing::Test {
   AudioTrackTest() {
     av_log_set_level(AV_LOG_QUIET);
     SetLogCallback(
-        [](void* context, std::int32_t severity, const char* line) {
+        [](void* context, const VRXLogEntry& entry) {
           auto* self = static_cast<AudioTrackTest*>(context);
-          (severity == VRXLogError ? self->m_errors : self->m_warnings).emplace_back(line);
+          EXPECT_TRUE(entry.clip == 0 || entry.track == VRXAudioTrack);
+          (entry.severity == VRXLogError ? self->m_errors : self->m_warnings).emplace_back(entry.text);
         },
         this);
   }

@@ -81,8 +81,12 @@ class RenderJob {
   std::string log;  // lines, each with a line end
 
  private:
-  static void Collect(void* job, std::int32_t, const char* line) {
-    static_cast<RenderJob*>(job)->log += std::string(line) + "\n";
+  static void Collect(void* job, const VRXLogEntry& entry) {
+    constexpr const char* kTracks[] = {"", "video ", "audio "};
+    auto& log = static_cast<RenderJob*>(job)->log;
+    log += kTracks[entry.track];
+    if (entry.clip != 0) log += std::to_string(entry.clip) + ": ";
+    log += std::string(entry.text) + "\n";
   }
 };
 
@@ -189,6 +193,11 @@ TEST_F(Render, EveryKindOfOutputHoldsPictureSoundAndTimes) {
     EXPECT_EQ(movie.Info().audioCodec, c.sound);
     EXPECT_NEAR(static_cast<double>(movie.ReadSound().samples.size()), 96000,
                 c.audioCodec == 3 ? 0 : 3 * 1536);
+    VRXRenderSummary summary;
+    ASSERT_EQ(VRX_GetRenderSummary(&summary), kOk);
+    EXPECT_EQ(summary.frames, 50u);
+    EXPECT_EQ(summary.soundSamples, 96000u);
+    EXPECT_EQ(summary.bytes, std::filesystem::file_size(Path(c.file)));
     std::filesystem::remove(Path(c.file));
     EXPECT_EQ(folder.Count(), 1) << "a temporary file was left";
   }
@@ -295,18 +304,28 @@ TEST_F(Fault, ACancelledRenderStandsStillAndReleasingTheEngineEndsIt) {
 TEST_F(Fault, EachRefusalHasItsOwnCodeAndAReadableLine) {
   struct Case {
     Result expected;
-    const char* logged;
+    std::string logged;
     std::function<void(RenderJob&)> spoil;
   };
   const auto clip = [&](const std::string& path) {
     return [path](RenderJob& job) { job.AddClip(path, 0, 5); };
   };
   const Case cases[] = {
-      {kSourceMissing, "none.mp4", clip(Path("none.mp4"))},
+      {kSourceMissing, "video 2: source not found: " + Path("none.mp4"), clip(Path("none.mp4"))},
       {kSourceMissing, "source.mp4/x.mp4", clip(source + "/x.mp4")},
-      {kSourceMissing, "source not found: ", clip("C:\\a\\b.mp4")},
-      {kSourceUnreadable, "not readable", clip(Path("."))},
+      {kSourceMissing, "video 2: source not found: C:\\a\\b.mp4", clip("C:\\a\\b.mp4")},
+      {kSourceMissing, "audio 1: cannot use",
+       [&](RenderJob& job) {
+         job.AddSound(2, 48000, 0);
+         VRXFileSourceStreamInfo sound(textcodec::ToUtf16(Path("none.wav")));
+         sound.startTime = VRXTimeInfo(0, 25);
+         sound.endTime = VRXTimeInfo(5, 25);
+         job.timeline.audio.Add(sound);
+       }},
+      {kSourceUnreadable, "video 2: source not readable", clip(Path("."))},
       {kSourceNotMovie, "text.mp4", clip(Path("text.mp4"))},
+      {kUnusableSettings, "video 2: the clip has the time scale 0",
+       [&](RenderJob& job) { job.AddClip(source, 0, 5, 0); }},
       {kUnusableSettings, "width", [](RenderJob& job) { job.output.video->width = 63; }},
       {kUnusableSettings, "no frame", [](RenderJob& job) { job.timeline.video.Clear(); }},
       {kUnusableSettings, "channels", [](RenderJob& job) { job.AddSound(0, 48000, 0); }},
