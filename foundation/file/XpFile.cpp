@@ -77,6 +77,15 @@ XpFile::~XpFile() {
 
 bool XpFile::IsOpen() const { return m_handle != platform::kNoFile; }
 
+void XpFile::Adopt(std::int64_t handle, std::uint32_t flags) {
+  m_handle = handle;
+  BeginAccess(flags);
+}
+
+XpResult XpFile::FlushToDisk() {
+  return IsOpen() ? platform::LastErrorResult(platform::FlushFile(m_handle)) : XpErrNotOpen;
+}
+
 XpResult XpFile::SetTimes(const XpDateTime* creation, const XpDateTime* write, const XpDateTime* access) {
   if (m_isListingEntry) return XpErrNotSupported;
   std::optional<std::uint64_t> ticks;
@@ -148,8 +157,7 @@ XpResult XpFile::Open(std::uint32_t flags, std::uint32_t) {
       return OpenResult(platform::LastErrorResult(error), writes);
     }
   }
-  m_handle = handle;
-  BeginAccess(flags);
+  Adopt(handle, flags);
   return XpOk;
 }
 

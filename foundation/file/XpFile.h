@@ -47,6 +47,10 @@ class XpFile : public XpAbstractFile {
 
  protected:
   bool IsOpen() const;
+  /// Takes over a handle that was opened elsewhere, into a closed object.
+  void Adopt(std::int64_t handle, std::uint32_t flags);
+  /// Returns once the content is on the disk. XpErrNotOpen for a closed file.
+  XpResult FlushToDisk();
 
  private:
   XpResult StatEntry(XpDateTime* creation, XpDateTime* write, XpDateTime* access, std::int64_t* size) const;

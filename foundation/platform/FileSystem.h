@@ -54,10 +54,14 @@ std::error_code ReadFile(FileHandle handle, void* buffer, std::uint64_t count, s
 std::error_code WriteFile(FileHandle handle, const void* buffer, std::uint64_t count, std::uint64_t& done);
 std::error_code SeekFile(FileHandle handle, std::int64_t offset, FileOrigin origin, std::int64_t& position);
 std::error_code ResizeFile(FileHandle handle, std::int64_t size);
+/// Returns once the content is on the disk.
+std::error_code FlushFile(FileHandle handle);
 std::error_code StatFile(FileHandle handle, FileStatus& status);
 
 // Paths.
 std::error_code StatPath(const XpString& path, Links links, FileStatus& status);
+/// True when both paths lead to one file or folder, through links too; false when either is not there.
+bool IsSameFile(const XpString& a, const XpString& b);
 /// LastErrorResult, with a missing file told from a missing folder.
 XpResult PathErrorResult(const std::error_code& error, const XpString& path);
 std::error_code SetReadOnly(const XpString& path, bool readOnly);

@@ -126,6 +126,14 @@ std::error_code ResizeFile(FileHandle handle, std::int64_t size) {
   return result == 0 ? std::error_code() : LastCode();
 }
 
+std::error_code FlushFile(FileHandle handle) {
+  int result = 0;
+  do {
+    result = fsync(DescriptorOf(handle));
+  } while (result != 0 && errno == EINTR);
+  return result == 0 ? std::error_code() : LastCode();
+}
+
 std::error_code StatFile(FileHandle handle, FileStatus& status) {
   return posix::Stat(DescriptorOf(handle), "", AT_EMPTY_PATH, status);
 }

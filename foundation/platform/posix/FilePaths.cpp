@@ -77,6 +77,16 @@ std::error_code StatPath(const XpString& path, Links links, FileStatus& status) 
   return {};
 }
 
+bool IsSameFile(const XpString& a, const XpString& b) {
+  std::string first;
+  std::string second;
+  struct stat one {};
+  struct stat other {};
+  if (posix::PathBytes(a, first) || posix::PathBytes(b, second)) return false;
+  if (stat(first.c_str(), &one) != 0 || stat(second.c_str(), &other) != 0) return false;
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 XpResult PathErrorResult(const std::error_code& error, const XpString& path) {
   if (error != std::errc::no_such_file_or_directory) return LastErrorResult(error);
   std::string bytes;

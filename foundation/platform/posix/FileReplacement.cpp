@@ -1,0 +1,190 @@
+#include "foundation/platform/FileReplacement.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <utility>
+#include <vector>
+
+#include "foundation/platform/Paths.h"
+#include "foundation/platform/posix/FileStatus.h"
+
+namespace vrx::platform {
+namespace {
+
+using posix::ErrnoCode;
+using posix::LastCode;
+
+constexpr int kMostLinks = 40;  // as many as the kernel follows
+constexpr int kMostNames = 100;
+constexpr mode_t kUsualMode = 0666;    // less the user's mask
+constexpr mode_t kPrivateMode = 0600;  // until the old file's permissions are carried over
+constexpr mode_t kModeBits = 0777;
+constexpr std::size_t kLargestAttribute = 65536;  // the kernel takes no more
+
+int DescriptorOf(FileHandle handle) { return static_cast<int>(handle); }
+
+/// The folder part of a path with its slash; empty for a bare name.
+std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+/// In a sticky folder for everyone, anyone could lead a program elsewhere by a link. The kernel refuses such
+/// links when it follows them itself.
+bool IsForeignLink(const std::string& path, const struct stat& link) {
+  const std::string folder = FolderOf(path);
+  struct stat parent {};
+  if (stat(folder.empty() ? "." : folder.c_str(), &parent) != 0) return true;
+  constexpr mode_t kOpenToAll = S_ISVTX | S_IWOTH;
+  return (parent.st_mode & kOpenToAll) == kOpenToAll && link.st_uid != geteuid() &&
+         link.st_uid != parent.st_uid;
+}
+
+/// Replaces `path` by what it finally links to, which need not be there.
+std::error_code FollowLinks(std::string& path) {
+  for (int i = 0; i < kMostLinks; ++i) {
+    struct stat state {};
+    if (lstat(path.c_str(), &state) != 0) return errno == ENOENT ? std::error_code() : LastCode();
+    if (!S_ISLNK(state.st_mode)) return {};
+    if (IsForeignLink(path, state)) return ErrnoCode(EACCES);
+    std::array<char, 4096> link;
+    const ssize_t length = readlink(path.c_str(), link.data(), link.size());
+    if (length < 0) return LastCode();
+    if (length == static_cast<ssize_t>(link.size())) return ErrnoCode(ENAMETOOLONG);
+    const std::string_view to(link.data(), static_cast<std::size_t>(length));
+    path = to.starts_with('/') ? std::string(to) : FolderOf(path).append(to);
+  }
+  return ErrnoCode(ELOOP);
+}
+
+std::error_code RandomName(std::string& name) {
+  constexpr int kHexadecimal = 16;
+  std::uint64_t number = 0;
+  if (getrandom(&number, sizeof(number), 0) != sizeof(number)) return LastCode();
+  std::array<char, 2 * sizeof(number)> digits;
+  const auto end = std::to_chars(digits.begin(), digits.end(), number, kHexadecimal).ptr;
+  // Not made from the target's name, which may be as long as a name can be.
+  name = ".vrx-" + std::string(digits.begin(), end);
+  return {};
+}
+
+/// Marks and access lists. What a file system does not take is left out.
+void CopyAttributes(int from, int to) {
+  const ssize_t size = flistxattr(from, nullptr, 0);
+  if (size <= 0) return;
+  std::vector<char> names(static_cast<std::size_t>(size));
+  const ssize_t listed = flistxattr(from, names.data(), names.size());
+  if (listed <= 0) return;
+  names.resize(static_cast<std::size_t>(listed));
+  std::vector<char> value(kLargestAttribute);
+  for (auto name = names.begin(); name != names.end(); name = std::find(name, names.end(), '\0') + 1) {
+    const ssize_t length = fgetxattr(from, &*name, value.data(), value.size());
+    if (length >= 0) fsetxattr(to, &*name, value.data(), static_cast<std::size_t>(length), 0);
+  }
+}
+
+/// Makes sure that the content will fit; a file that cannot grow keeps its size.
+std::error_code ReserveSpace(int file, std::size_t size) {
+  struct stat state {};
+  if (fstat(file, &state) != 0) return LastCode();
+  const auto wanted = static_cast<off_t>(size);
+  if (wanted <= state.st_size) return {};
+  if (fallocate(file, 0, 0, wanted) == 0 || errno == EOPNOTSUPP) return {};
+  const auto error = LastCode();
+  ResizeFile(file, state.st_size);
+  return error;
+}
+
+}  // namespace
+
+FileReplacement::~FileReplacement() {
+  Discard();
+  if (m_old != kNoFile) CloseFile(m_old);
+}
+
+void FileReplacement::Discard() {
+  if (m_new != kNoFile) CloseFile(std::exchange(m_new, kNoFile));
+  if (!m_newPath.empty()) unlink(m_newPath.c_str());
+  m_newPath.clear();
+}
+
+std::error_code FileReplacement::Begin(const XpString& path) {
+  if (const auto error = posix::PathBytes(path, m_target)) return error;
+  if (const auto error = FollowLinks(m_target)) return error;
+  if (const auto error = OpenTarget()) return error;
+  const auto error = OpenNew();
+  const bool folderIsClosed =
+      error == std::errc::permission_denied || error == std::errc::operation_not_permitted;
+  if (error) return folderIsClosed && m_old != kNoFile ? std::error_code() : error;
+  if (m_old != kNoFile && !CarryOverState()) Discard();
+  return {};
+}
+
+/// Opens the old file, if there is one, which says whether it may be written to.
+std::error_code FileReplacement::OpenTarget() {
+  struct stat state {};
+  // A device or a FIFO can do something as soon as it is opened.
+  if (lstat(m_target.c_str(), &state) != 0) return errno == ENOENT ? std::error_code() : LastCode();
+  if (S_ISDIR(state.st_mode)) return ErrnoCode(EISDIR);
+  if (!S_ISREG(state.st_mode)) return ErrnoCode(EINVAL);
+  return OpenFile(PathFromNative(m_target), FileAccess::Write, FileScan::Normal, m_old);
+}
+
+std::error_code FileReplacement::OpenNew() {
+  const mode_t mode = m_old != kNoFile ? kPrivateMode : kUsualMode;
+  for (int i = 0; i < kMostNames; ++i) {
+    std::string name;
+    if (const auto error = RandomName(name)) return error;
+    name.insert(0, FolderOf(m_target));
+    const int file = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+    if (file < 0 && errno == EEXIST) continue;
+    if (file < 0) return LastCode();
+    m_new = file;
+    m_newPath = name;
+    return {};
+  }
+  return ErrnoCode(EEXIST);
+}
+
+/// False when the new file could not be given to the old one's owner.
+bool FileReplacement::CarryOverState() const {
+  const int from = DescriptorOf(m_old);
+  const int to = DescriptorOf(m_new);
+  struct stat old {};
+  struct stat made {};
+  if (fstat(from, &old) != 0 || fstat(to, &made) != 0) return false;
+  const bool sameOwner = old.st_uid == made.st_uid && old.st_gid == made.st_gid;
+  if (!sameOwner && fchown(to, old.st_uid, old.st_gid) != 0) return false;
+  if (fchmod(to, old.st_mode & kModeBits) != 0) return false;
+  CopyAttributes(from, to);
+  return true;
+}
+
+std::error_code FileReplacement::WriteInPlace(std::span<const std::byte> content) {
+  const int file = DescriptorOf(m_old);
+  if (const auto error = ReserveSpace(file, content.size())) return error;
+  std::uint64_t written = 0;
+  if (const auto error = WriteFile(m_old, content.data(), content.size(), written)) return error;
+  if (const auto error = ResizeFile(m_old, static_cast<std::int64_t>(content.size()))) return error;
+  return FlushFile(m_old);
+}
+
+FileHandle FileReplacement::TakeNewFile() { return std::exchange(m_new, kNoFile); }
+
+std::error_code FileReplacement::Commit() {
+  if (rename(m_newPath.c_str(), m_target.c_str()) != 0) return LastCode();
+  m_newPath.clear();
+  // The file has its name and is whole; a folder that cannot be flushed changes nothing about that.
+  const std::string folder = FolderOf(m_target);
+  const int file = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return {};
+  fsync(file);
+  close(file);
+  return {};
+}
+
+}  // namespace vrx::platform
