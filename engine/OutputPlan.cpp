@@ -6,17 +6,11 @@
 
 #include "engine/EngineLog.h"
 #include "engine/SourcePath.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::engine {
 namespace {
 
-constexpr int kMinSize = 16;  // pixels
-constexpr int kMaxSize = 8192;
-constexpr std::int64_t kMaxFramesPerSecond = 1000;
-constexpr std::int64_t kMaxSecondsPerFrame = 10;
-constexpr std::uint32_t kMinSampleRate = 8000;  // Hz
-constexpr std::uint32_t kMaxSampleRate = 192000;
-constexpr std::array<int, 3> kChannelCounts{1, 2, 6};
 // By avcEncoderMode. Slower presets look further ahead and keep hundreds of MiB of full HD frames for it.
 constexpr std::array<const char*, 3> kPresets{"veryfast", "superfast", "medium"};
 constexpr std::uint32_t kMaxTimeZoneBytes = 4096;
@@ -27,9 +21,9 @@ Result Unusable(const std::string& what) {
 }
 
 Result CheckSize(const char* name, int size) {
-  if (size >= kMinSize && size <= kMaxSize && size % 2 == 0) return kOk;
+  if (limits::IsUsableSide(size)) return kOk;
   return Unusable(std::string(name) + " is " + std::to_string(size) + ", not an even number from " +
-                  std::to_string(kMinSize) + " to " + std::to_string(kMaxSize));
+                  std::to_string(limits::kMinSide) + " to " + std::to_string(limits::kMaxSide));
 }
 
 Result MakeFrameDuration(const VRXTimeInfo& time, FrameDuration& duration) {
@@ -43,11 +37,8 @@ Result MakeFrameDuration(const VRXTimeInfo& time, FrameDuration& duration) {
       scale > static_cast<std::uint64_t>(kMaxTimeScale)) {
     return Unusable(text + ", which no movie file can hold");
   }
+  if (!limits::IsUsableFrameLength(value, scale)) return Unusable(text + ", outside 1/1000 to 10 seconds");
   duration = {static_cast<std::int64_t>(value), static_cast<std::int64_t>(scale)};
-  if (duration.scale > kMaxFramesPerSecond * duration.value ||
-      duration.value > kMaxSecondsPerFrame * duration.scale) {
-    return Unusable(text + ", outside 1/1000 to 10 seconds");
-  }
   return kOk;
 }
 
@@ -105,12 +96,12 @@ Result ChooseAudioCodec(const VRXAudioOutputSetting& setting, Container containe
 }
 
 Result MakeAudioPlan(const VRXAudioOutputSetting& setting, Container container, AudioPlan& plan) {
-  if (std::find(kChannelCounts.begin(), kChannelCounts.end(), setting.channels) == kChannelCounts.end()) {
+  if (!limits::IsUsableChannelCount(setting.channels)) {
     return Unusable("audio channels is " + std::to_string(setting.channels) + ", not 1, 2 or 6");
   }
-  if (setting.samplingRate < kMinSampleRate || setting.samplingRate > kMaxSampleRate) {
-    return Unusable("samplingRate is " + std::to_string(setting.samplingRate) +
-                    " Hz, outside 8000 to 192000");
+  if (!limits::IsUsableSampleRate(setting.samplingRate)) {
+    return Unusable("samplingRate is " + std::to_string(setting.samplingRate) + " Hz, outside " +
+                    std::to_string(limits::kMinSampleRate) + " to " + std::to_string(limits::kMaxSampleRate));
   }
   plan.channels = setting.channels;
   plan.sampleRate = static_cast<int>(setting.samplingRate);

@@ -9,12 +9,13 @@
 #include "engine/AudioTrack.h"
 #include "engine/EngineResult.h"
 #include "engine/ExactTime.h"
+#include "vrx/VRXLimits.h"
 #include "vrx/VRXOutputSetting.h"
 
 namespace vrx::engine {
 
 /// The longest movie: its frame numbers stay below this.
-inline constexpr std::int64_t kMaxMovieFrames = 0x7FFFFFFF;
+inline constexpr std::int64_t kMaxMovieFrames = limits::kMaxMovieFrames;
 
 struct VideoClip {
   std::string path;                          // native bytes; empty for a baseband clip
