@@ -1,41 +1,21 @@
 #include "host/EngineModule.h"
 
-#include <array>
 #include <utility>
-
-#include "foundation/text/XpPath.h"
 
 namespace vrx::host {
 
-EngineModule::~EngineModule() {
-  if (const auto setLog = Find<VRX_SetLogCallbackFunction>("VRX_SetLogCallback")) setLog(nullptr, nullptr);
-  platform::UnloadModule(m_module);
-}
+EngineModule::~EngineModule() { SetLogCallback(nullptr); }
 
-bool EngineModule::Load(std::string& cause) {
-  constexpr std::array kFunctions{"VRX_CreateVRX",
-                                  "VRX_ReleaseVRX",
-                                  "VRX_CreateSequence",
-                                  "VRX_ReleaseSequence",
-                                  "VRX_IsSmartRenderingCapable",
-                                  "VRX_SetSTPVSetting"};
-  const XpString path = XpPathJoin(XpPathDirectory(platform::ExecutablePath()), u"VRXEngine.dll");
-  m_module = platform::LoadModule(path, &cause);
-  if (m_module == nullptr) {
-    cause = "the conversion engine VRXEngine.so cannot be loaded from beside this program: " + cause;
-    return false;
-  }
-  for (const char* function : kFunctions) {
-    if (platform::FindSymbol(m_module, function) != nullptr) continue;
-    cause = std::string("the conversion engine VRXEngine.so lacks the function ") + function;
-    return false;
-  }
-  return true;
+bool EngineModule::Load(std::string& cause) { return m_library.Bind(&cause); }
+
+void EngineModule::SetLogCallback(VRXLogFunction log) {
+  const auto set = m_library.Find<VRX_SetLogCallbackFunction>("VRX_SetLogCallback");
+  if (set != nullptr) set(log, this);
 }
 
 void EngineModule::Listen(std::function<void(const EngineLine&)> listener) {
   m_listener = std::move(listener);
-  if (const auto setLog = Find<VRX_SetLogCallbackFunction>("VRX_SetLogCallback")) setLog(&OnLine, this);
+  SetLogCallback(&OnLine);
 }
 
 void EngineModule::OnLine(void* context, const VRXLogEntry& entry) {
@@ -55,7 +35,7 @@ std::vector<EngineLine> EngineModule::TakeLines() {
 
 check::SourceFacts EngineModule::Probe(const XpString& path) const {
   check::SourceFacts facts;
-  const auto probe = Find<VRX_ProbeSourceFunction>("VRX_ProbeSource");
+  const auto probe = m_library.Find<VRX_ProbeSourceFunction>("VRX_ProbeSource");
   if (probe == nullptr) {
     facts.usable = facts.hasVideo = facts.hasAudio = true;  // an engine that cannot tell is asked later
     return facts;
@@ -75,18 +55,18 @@ check::SourceFacts EngineModule::Probe(const XpString& path) const {
 
 std::int32_t EngineModule::Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const {
   VRXHandle engine = nullptr;
-  std::int32_t result = Find<VRX_CreateVRXFunction>("VRX_CreateVRX")(&engine);
+  std::int32_t result = m_library.createVRX(&engine);
   if (result != VRXEngineOk) return result;
   IVRXSequence* sequence = nullptr;
-  result = Find<VRX_CreateSequenceFunction>("VRX_CreateSequence")(engine, &timeline, &output, &sequence);
-  if (result == VRXEngineOk) Find<VRX_ReleaseSequenceFunction>("VRX_ReleaseSequence")(engine, &sequence);
-  Find<VRX_ReleaseVRXFunction>("VRX_ReleaseVRX")(&engine);
+  result = m_library.createSequence(engine, &timeline, &output, &sequence);
+  if (result == VRXEngineOk) m_library.releaseSequence(engine, &sequence);
+  m_library.releaseVRX(&engine);
   return result;
 }
 
 bool EngineModule::RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& output, std::int64_t number,
                                std::span<std::uint32_t> pixels) const {
-  const auto render = Find<VRX_RenderFrameFunction>("VRX_RenderFrame");
+  const auto render = m_library.Find<VRX_RenderFrameFunction>("VRX_RenderFrame");
   const auto bytes = static_cast<std::uint32_t>(pixels.size_bytes());
   return render != nullptr &&
          render(&timeline, &output, static_cast<std::uint64_t>(number), pixels.data(), bytes) == VRXEngineOk;

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "foundation/platform/Module.h"
 #include "src/check/ProjectReport.h"
+#include "src/manager/EngineLibrary.h"
 #include "vrx/VRXEngine.h"
 
 namespace vrx::host {
@@ -49,14 +49,10 @@ class EngineModule {
                    std::span<std::uint32_t> pixels) const;
 
  private:
+  void SetLogCallback(VRXLogFunction log);
   static void OnLine(void* context, const VRXLogEntry& entry);
 
-  template <class Function>
-  Function Find(const char* name) const {
-    return reinterpret_cast<Function>(platform::FindSymbol(m_module, name));
-  }
-
-  platform::ModuleHandle m_module = nullptr;
+  render::EngineLibrary m_library;
   mutable std::mutex m_mutex;  // guards the lines
   std::vector<EngineLine> m_lines;
   std::function<void(const EngineLine&)> m_listener;

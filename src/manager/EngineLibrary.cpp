@@ -3,33 +3,38 @@
 #include "foundation/text/XpPath.h"
 
 namespace vrx::render {
-namespace {
-
-template <class Function>
-bool BindFunction(platform::ModuleHandle module, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(platform::FindSymbol(module, name));
-  return function != nullptr;
-}
-
-}  // namespace
 
 EngineLibrary::~EngineLibrary() { platform::UnloadModule(m_module); }
 
-bool EngineLibrary::Bind() {
+template <class Function>
+void EngineLibrary::BindFunction(const char* name, Function& function, std::string* cause) {
+  function = Find<Function>(name);
+  if (function != nullptr) return;
+  m_bound = false;
+  if (cause != nullptr && cause->empty()) {
+    *cause = std::string("the conversion engine VRXEngine.so lacks the function ") + name;
+  }
+}
+
+bool EngineLibrary::Bind(std::string* cause) {
   if (m_bound) return true;
   if (m_module == nullptr) {
     const XpString folder = XpPathDirectory(platform::ExecutablePath());
-    m_module = platform::LoadModule(XpPathJoin(folder, u"VRXEngine.dll"));
+    m_module = platform::LoadModule(XpPathJoin(folder, u"VRXEngine.dll"), cause);
   }
-  bool bound = m_module != nullptr;
+  m_bound = m_module != nullptr;
+  if (cause != nullptr) {
+    const char* start = "the conversion engine VRXEngine.so cannot be loaded from beside this program: ";
+    *cause = m_bound ? std::string() : start + *cause;
+  }
   // All six are always tried, so that what is there stays usable.
-  bound &= BindFunction(m_module, "VRX_CreateVRX", createVRX);
-  bound &= BindFunction(m_module, "VRX_ReleaseVRX", releaseVRX);
-  bound &= BindFunction(m_module, "VRX_CreateSequence", createSequence);
-  bound &= BindFunction(m_module, "VRX_ReleaseSequence", releaseSequence);
-  bound &= BindFunction(m_module, "VRX_IsSmartRenderingCapable", isSmartRenderingCapable);
-  bound &= BindFunction(m_module, "VRX_SetSTPVSetting", setSTPVSetting);
-  return m_bound = bound;
+  BindFunction("VRX_CreateVRX", createVRX, cause);
+  BindFunction("VRX_ReleaseVRX", releaseVRX, cause);
+  BindFunction("VRX_CreateSequence", createSequence, cause);
+  BindFunction("VRX_ReleaseSequence", releaseSequence, cause);
+  BindFunction("VRX_IsSmartRenderingCapable", isSmartRenderingCapable, cause);
+  BindFunction("VRX_SetSTPVSetting", setSTPVSetting, cause);
+  return m_bound;
 }
 
 }  // namespace vrx::render

@@ -1,5 +1,8 @@
-// Finds the conversion engine beside the host's executable and binds its six functions.
+// Finds the conversion engine beside the host's executable and binds its functions: the six that a render
+// needs, and by name the extras that the command line uses.
 #pragma once
+
+#include <string>
 
 #include "foundation/platform/Module.h"
 #include "vrx/VRXEngine.h"
@@ -13,9 +16,16 @@ class EngineLibrary {
   EngineLibrary& operator=(const EngineLibrary&) = delete;
   ~EngineLibrary();
 
-  /// True only when the module and all six functions are there. A module that lacks one stays loaded, and its
-  /// other functions stay bound; the next call tries again.
-  bool Bind();
+  /// True only when the module and all six functions are there; else `cause` (may be null) says what is
+  /// missing, for people. A module that lacks one stays loaded, and its other functions stay bound; the next
+  /// call tries again.
+  bool Bind(std::string* cause = nullptr);
+
+  /// A function of the module by name; null when it has none or is not loaded.
+  template <class Function>
+  Function Find(const char* name) const {
+    return m_module == nullptr ? nullptr : reinterpret_cast<Function>(platform::FindSymbol(m_module, name));
+  }
 
   VRX_CreateVRXFunction createVRX = nullptr;
   VRX_ReleaseVRXFunction releaseVRX = nullptr;
@@ -25,6 +35,9 @@ class EngineLibrary {
   VRX_SetSTPVSettingFunction setSTPVSetting = nullptr;
 
  private:
+  template <class Function>
+  void BindFunction(const char* name, Function& function, std::string* cause);
+
   platform::ModuleHandle m_module = nullptr;
   bool m_bound = false;
 };
