@@ -51,7 +51,7 @@ class VRXIntermediateRawOutputSetting {
 class VRXMetaData {
  public:
   static constexpr std::uint32_t kTimeZone = 11;                  // value of `kind`
-  static constexpr std::uint16_t kUndeterminedLanguage = 0x55C4;  // "und" packed as ISO 14496-12 tells
+  static constexpr std::uint16_t kUndeterminedLanguage = 0x55C4;  // "und" packed as in ISO 14496-12
 
   VRXMetaData() = default;
   VRXMetaData(const VRXMetaData& other)

@@ -38,8 +38,8 @@ class IVRXWrapper {
   /// Waits for a running render, then destroys the wrapper. To end sooner, call Cancel first. Not to be
   /// called from a callback.
   virtual void Release() = 0;
-  /// True when the engine can copy the material without encoding it anew. Both values go to the engine
-  /// unread.
+  /// True when the engine can copy the material without encoding it again. Both values are passed to the
+  /// engine as they are.
   virtual bool IsSmartRenderingCapable(std::uint32_t first, std::uint32_t second) = 0;
   /// Null keeps the callback that was set before.
   virtual void SetCallback(IVRXWrapperCallback* callback) = 0;

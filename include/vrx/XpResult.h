@@ -1,5 +1,5 @@
 // Result codes of the whole library. A function that can fail returns an XpResult; 0 means success. The
-// high byte tells the family: 0x80 general, 0x81 files, 0x82 threads, 0x84 memory, 0x85 property lists,
+// high byte is the family: 0x80 general, 0x81 files, 0x82 threads, 0x84 memory, 0x85 property lists,
 // 0x86 image codecs, 0x88 ICC profiles.
 #pragma once
 

@@ -27,7 +27,7 @@ class DrawnArea {
 
   bool IsEmpty() const { return m_firstRow >= m_lastRow; }
   std::int32_t GetFirstRow() const { return m_firstRow; }
-  std::int32_t GetLastRow() const { return m_lastRow; }  // one behind
+  std::int32_t GetLastRow() const { return m_lastRow; }  // one past the last
   Span GetSpan(std::int32_t row) const { return m_spans[static_cast<std::size_t>(row)]; }
 
  private:

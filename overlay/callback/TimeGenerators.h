@@ -60,7 +60,7 @@ class SegmentClock {
 
 class VRXGPSTimeGenerate final : public vrx::overlay::SegmentClock {
  public:
-  /// -1, with nothing changed, for a frame length without a scale. Outside the span the clock stands still.
+  /// -1, with nothing changed, for a frame length without a scale. Outside the span the clock stops.
   std::int64_t Generate(std::uint64_t frameNumber, std::int32_t& videoId, const VRXTimeInfo& length,
                         const vrx::overlay::DrawSpan& span) {
     return Advance(frameNumber, length, span, videoId);

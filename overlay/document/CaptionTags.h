@@ -1,4 +1,4 @@
-// The tagged text of captions, found piece by piece as it stands. Used by its reader and by the check of
+// The tagged text of captions, found piece by piece without changing it. Used by its reader and by the check of
 // painter documents.
 #pragma once
 
@@ -24,7 +24,7 @@ inline constexpr CaptionTag kVideoIdTag{u"<VideoID>", u"</VideoID>"};
 
 enum class TagSearch { Found, NoOpening, NoClosing };
 
-/// The text between the first opening tag and the closing one behind it. `value` stays as it is when one of
+/// The text between the first opening tag and the closing one after it. `value` stays as it is when one of
 /// them is not there.
 TagSearch FindTagged(std::u16string_view text, const CaptionTag& tag, std::u16string_view& value);
 

@@ -26,12 +26,12 @@ inline constexpr std::size_t kMaxSpeedSections = 2048;
 inline constexpr std::size_t kSlowInfoFields = 6;
 
 /// Reads "id,speed,start,end,source,sourceWithTrim" up to the first field that cannot be read; that one and
-/// those behind it keep their values. Returns how many were read, and leaves in `text` what it did not read.
+/// those after it keep their values. Returns how many were read, and leaves in `text` what it did not read.
 std::size_t ReadSlowInfoRecord(std::string_view& text, SlowInfoRecord& record);
 
 }  // namespace vrx::overlay
 
 /// Appends the records of "id,speed,start,end,source,sourceWithTrim|...": a field that cannot be read, and
-/// those behind it, keep the values of the record before. What follows the last bar is ignored. Integers
+/// those after it, keep the values of the record before. What follows the last bar is ignored. Integers
 /// beyond 32 bits stay at the limit, and a number that is not finite cannot be read.
 void ParseSlowInfoData(const XpString& text, std::vector<SlowInfoRecord>& list);

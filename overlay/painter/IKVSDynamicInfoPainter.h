@@ -45,7 +45,7 @@ class IKVSDynamicInfoPainter {
   virtual void Release() = 0;
 
   /// Appends the stamp of each painter that DrawAllForVideo would ask, in that order. False when one of them
-  /// cannot tell its content.
+  /// does not know its content.
   virtual bool GetContentStamps(const PainterTimes& times, std::vector<PainterStamp>& stamps) const = 0;
   /// The rows outside of which the last DrawAllForVideo touched nothing.
   virtual XpRowRange GetDrawnRows() const = 0;

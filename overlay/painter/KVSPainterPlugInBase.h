@@ -28,7 +28,7 @@ class KVSPainterPlugInBase {
   /// The same while the clip `videoId` is current.
   virtual bool DrawForVideo(std::int32_t videoId, std::int64_t gpsMs, std::int64_t tennisMs,
                             std::int64_t captionMs, PixmapHolder& holder) = 0;
-  /// Updates a clip's date or offset; the painters that read the words tell what they mean.
+  /// Updates a clip's date or offset; what the three words mean is up to the painter.
   virtual void SetClipDateTime(std::uint32_t first, std::uint32_t second, std::uint32_t third) = 0;
   virtual void SetClipRange(double startTime, double endTime, std::int32_t videoId) = 0;
   /// There is something to draw at all.

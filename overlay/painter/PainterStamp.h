@@ -1,4 +1,4 @@
-// How a painter tells, without drawing, whether its picture at some times is one that it has drawn before.
+// Lets a painter say, without drawing, that its picture at some times equals one that it has drawn before.
 // The frame callback keeps the overlay picture while all painters give the stamps of the frame before.
 #pragma once
 
@@ -15,7 +15,7 @@ struct PainterTimes {
 /// Two equal known stamps of one painter mean equal pixels on equal pixmaps. `generation` counts the
 /// painter's configurations, so that a stamp never means two pictures.
 struct PainterStamp {
-  bool isKnown = false;       // false: the painter cannot tell, and is asked to draw every frame
+  bool isKnown = false;       // false: the painter is asked to draw every frame
   std::uint64_t painter = 0;  // its id, filled by the painter manager
   std::uint64_t generation = 0;
   std::uint64_t content = 0;

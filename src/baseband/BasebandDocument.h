@@ -1,4 +1,4 @@
-// Reads a baseband document, which tells what picture stands on which frames of a clip of still images, into
+// Reads a baseband document, which says which picture a clip of still images shows on which frames, into
 // plain records. The source of still images and `vrx check` use it.
 #pragma once
 
@@ -31,14 +31,13 @@ struct DecodeRect {
 struct DecodeJob {
   std::int64_t imageId = 0;
   XpString imagePath;  // as the document writes it
-  DecodeRect rect;     // read, and used by nothing
+  DecodeRect rect;     // kept for compatibility; not used
   bool mirror = false;
   std::int32_t rotation = RotateNone;  // as the document writes it
 };
 
-/// The frames that a picture stands on, both ends included, on the clip's own clock. They are compared
-/// without a sign: a negative frame lies behind every other, and a span with its ends the wrong way round
-/// holds none.
+/// The frames that show a picture, both ends included, on the clip's own clock. They are compared as unsigned
+/// numbers: a negative frame comes after all others, and a span whose end is before its start holds none.
 struct FrameSpan {
   std::int64_t imageId = 0;
   std::int64_t inFrame = 0;
@@ -75,8 +74,8 @@ struct BasebandDocument {
 };
 
 /// Reads all that can be read, also of a document that fails. XpErrUnknownElementType for an empty path; the
-/// file layer's code or XpErrNotWellFormed when there is no document; XpErrWrongElementType when it is none
-/// of still images; XpErrWrongRoot when an attribute is missing or no image is there.
+/// file layer's code or XpErrNotWellFormed when there is no document; XpErrWrongElementType when it is no
+/// document of still images; XpErrWrongRoot when an attribute is missing or no image is there.
 XpResult ReadBasebandDocument(const XpString& path, BasebandDocument& document);
 /// The same for bytes at hand.
 XpResult ReadBasebandBytes(std::span<const char> bytes, BasebandDocument& document);

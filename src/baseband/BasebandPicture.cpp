@@ -15,8 +15,8 @@ using imaging::StillImageRequest;
 
 constexpr std::int64_t kPixelBytes = 3;
 
-/// How a turned and mirrored picture lies in the one it is made of: a column of the one is a row or a column
-/// of the other, counted from its begin or its end.
+/// Where the columns of a turned and mirrored picture come from: from columns or rows of the source, counted
+/// from its start or its end.
 struct Turning {
   bool swaps = false;            // columns come from rows
   bool reversesColumns = false;  // of the result, before the mirror

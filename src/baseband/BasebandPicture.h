@@ -49,7 +49,7 @@ struct PictureReader {
 };
 
 /// Loads no more pixels than the fit can show, and composes them. Null, with the cause in `problem`, when the
-/// picture can't be had.
+/// picture cannot be loaded.
 std::unique_ptr<XpPixmap24NoHandle> DecodePicture(const DecodeJob& job, std::int32_t targetWidth,
                                                   std::int32_t targetHeight, const PictureReader& reader,
                                                   XpString& problem);

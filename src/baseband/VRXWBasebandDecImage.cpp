@@ -57,7 +57,7 @@ void VRXWBasebandDecImage::Close() {
   opened = false;
 }
 
-/// Tells whoever wonders why a render of photographs took long.
+/// Explains in the log why a render of photographs took long.
 void VRXWBasebandDecImage::LogCounts() const {
   if (m_counts.decoded == 0) return;
   constexpr double kMillisecondsPerSecond = 1000.0;
@@ -108,7 +108,7 @@ void VRXWBasebandDecImage::DropDocument(std::uint32_t index) {
   std::erase_if(spans, isOfDocument);
 }
 
-/// One that came to its end of jobs is replaced.
+/// A decoder that ran out of jobs has ended; a new one is started.
 bool VRXWBasebandDecImage::EnsureDecoder() {
   {
     const Held held(lock);
@@ -133,7 +133,7 @@ std::uint32_t VRXWBasebandDecImage::DecoderEntry(void* object) {
 
 void VRXWBasebandDecImage::DecodeAll() {
   try {
-    DecodeJob job;
+    QueuedJob job;
     while (TakeJob(job)) {
       XpSharedPtr<XpPixmapBase> pixmap = Decode(job.job);
       const Held held(lock);
@@ -142,7 +142,7 @@ void VRXWBasebandDecImage::DecodeAll() {
       m_changed.notify_all();
     }
   } catch (const std::bad_alloc&) {
-    // Not even the mark of a missing picture fits any more: the frames that are left have none.
+    // There is no memory even to note a missing picture: the frames that are left have none.
     const Held held(lock);
     jobs.clear();
     running = false;
@@ -150,8 +150,8 @@ void VRXWBasebandDecImage::DecodeAll() {
   }
 }
 
-/// Waits for room in the cache. False when the decoder is to end.
-bool VRXWBasebandDecImage::TakeJob(DecodeJob& job) {
+/// Waits for room in the cache. False when the decoder must end.
+bool VRXWBasebandDecImage::TakeJob(QueuedJob& job) {
   Held held(lock);
   m_changed.wait(held, [this] { return !running || cache.size() < kMostCached; });
   while (running && !jobs.empty() && IsPassed(jobs.front())) {
@@ -168,9 +168,9 @@ bool VRXWBasebandDecImage::TakeJob(DecodeJob& job) {
   return false;
 }
 
-/// GetFrame would drop the picture of such a job unseen, so leaving it out only shows in when the next ones
-/// come. One with the id of the span that is shown would be taken for its picture and is decoded.
-bool VRXWBasebandDecImage::IsPassed(const DecodeJob& job) const {
+/// GetFrame would drop the picture of such a job unseen, so it need not be decoded. A job with the image id
+/// of the span that is shown is kept: its picture would be taken for that span.
+bool VRXWBasebandDecImage::IsPassed(const QueuedJob& job) const {
   if (!m_hasWanted || job.place.number >= m_wanted.place.number) return false;
   return job.place.document != m_wanted.place.document || job.job.imageId != m_wanted.span.imageId;
 }
@@ -187,18 +187,18 @@ XpSharedPtr<XpPixmapBase> VRXWBasebandDecImage::Decode(const vrx::baseband::Deco
   return XpSharedPtr<XpPixmapBase>();
 }
 
-/// Drops the spans that are passed, those of earlier documents among them.
-VRXWBasebandDecImage::FrameSpan* VRXWBasebandDecImage::FindSpan(std::uint32_t index, std::uint64_t frame) {
+/// Drops the spans before the frame, also those of earlier documents.
+VRXWBasebandDecImage::QueuedSpan* VRXWBasebandDecImage::FindSpan(std::uint32_t index, std::uint64_t frame) {
   while (!spans.empty() && spans.front().place.document <= index) {
-    FrameSpan& first = spans.front();
+    QueuedSpan& first = spans.front();
     if (first.place.document == index && first.span.Contains(frame)) return &first;
     spans.pop_front();
   }
   return nullptr;
 }
 
-/// True when the first entry of the cache is the span's picture; what stands before it is dropped.
-bool VRXWBasebandDecImage::WaitForImage(Held& held, FrameSpan& span) {
+/// True when the first entry of the cache is the span's picture; entries before it are dropped.
+bool VRXWBasebandDecImage::WaitForImage(Held& held, QueuedSpan& span) {
   using Clock = std::chrono::steady_clock;
   std::uint32_t waits = 0;
   const Clock::time_point begin = Clock::now();
@@ -237,7 +237,7 @@ bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, vo
   bool isLate = false;
   {
     Held held(lock);
-    FrameSpan* span = FindSpan(index, frame);
+    QueuedSpan* span = FindSpan(index, frame);
     if (span == nullptr) return false;
     m_wanted = *span;
     m_hasWanted = true;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-/// A clip behind the first: the same decoder, another document.
+/// A clip after the first: it shares the decoder and has a document of its own.
 class VRXWBasebandVideoObject::LaterClip final : public IVRXRawInputCallback {
  public:
   LaterClip(VRXWBasebandVideoObject& object, std::uint32_t document, bool isParsed)

@@ -1,5 +1,5 @@
 // The source of still images that the engine pulls frames from: one object and one decoder thread for all
-// clips of still images of a project. The manager owns it.
+// clips of still images of a project. The render job owns it.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,7 @@ class VRXWBasebandVideoObject final : public IVRXRawInputCallback {
   VRXWBasebandVideoObject(std::int32_t frameWidth, std::int32_t frameHeight, const VRXTimeInfo& duration,
                           VRXWBasebandHooks hooks = {});
 
-  /// Forgets the documents, pictures and sources of an earlier project; the engine must not use them any
-  /// more.
+  /// Forgets the documents, pictures and sources of an earlier project, which the engine must have released.
   void Restart(std::int32_t frameWidth, std::int32_t frameHeight, const VRXTimeInfo& duration);
 
   /// Reads the document of the next clip. XpErrBasebandDocument when it can't be used; the clip then has no

@@ -1,5 +1,5 @@
 // The result of the host's calibration of the graphics hardware, a block of bytes that is passed on to the
-// engine. Render control reads it anew before each render that wants it.
+// engine. Render control reads it again before each render that asks for it.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ class GPUChecker {
   virtual void Release();
 
   /// Reads CalibrationData.dat from the user's data folder, which is made when missing, and retires the
-  /// entries that this program must not hand on. kNoData, with no data, unless the file is there
+  /// entries that must not reach the engine. kNoData, with no data, unless the file is there
   /// and has exactly its size.
   std::uint32_t Load();
   static constexpr std::uint32_t kNoData = 0x80004005;

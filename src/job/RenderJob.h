@@ -24,7 +24,7 @@ class RenderJob {
   /// Makes the painters; false when there is no memory. Load does it as well, when overlays are wanted.
   bool EnsurePainters() { return m_overlays.EnsurePainters(); }
 
-  /// Builds the records anew from the document at `projectPath`. Reports nothing but log entries: an unusable
+  /// Builds new records from the document at `projectPath`. Reports nothing but log entries: an unusable
   /// project leaves a job that is not usable. The engine must not use the records of before any more. The
   /// painters and the decoder of still pictures stay from one project to the next.
   void Load(const XpString& projectPath);

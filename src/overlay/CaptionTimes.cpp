@@ -131,7 +131,7 @@ class CaptionAligner {
         m_drawStartMs(context.drawStartSeconds * kMillisecondsPerSecond),
         m_ends(context.clipRanges) {}
 
-  /// A gap of at most two frames after the caption before it closes.
+  /// Closes a gap of at most two frames between a caption and the one before it.
   void CloseGap(const CaptionItem& before, CaptionItem& caption) const {
     const double previous = std::ceil(m_clock.FramesIn(before.endMs)) * m_value;
     const double gap = std::floor(m_clock.FramesIn(caption.startMs)) * m_value - previous;

@@ -19,7 +19,7 @@ struct CaptionTimeContext {
   double drawStartSeconds = 0.0;
 };
 
-/// Where a caption that runs from `startMs` to `endMs` of the unchanged material lies in the movie. A section
+/// Where a caption that runs from `startMs` to `endMs` of the unchanged material is in the movie. A section
 /// of speed 0 changes nothing, and a last one of negative speed counts with its absolute speed.
 void ApplySpeedSections(std::span<const SlowInfoRecord> sections, CaptionItem& caption);
 

@@ -1,4 +1,4 @@
-// Where the paths inside a project document lead.
+// Resolves the paths inside a project document.
 #pragma once
 
 #include "vrx/XpString.h"

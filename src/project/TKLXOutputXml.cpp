@@ -42,7 +42,7 @@ std::int32_t OneTo(std::int32_t last, std::int64_t value) {
   return value >= 1 && value <= last ? static_cast<std::int32_t>(value) : 0;
 }
 
-/// The engine numbers the specifications otherwise than the document, which counts from 1.
+/// From the document's number of a specification, which counts from 1, to the engine's.
 std::int32_t EngineSpecification(std::int64_t inDocument) {
   constexpr std::array<std::int32_t, 8> kEngineNumber{0, 1, 3, 4, 6, 8, 9, 7};
   const bool known = inDocument >= 1 && inDocument < std::ssize(kEngineNumber);

@@ -11,14 +11,14 @@
 #include "foundation/xml/XmlDocument.h"
 #include "vrx/VRXOutputSetting.h"
 
-/// One clip of a track as the document tells it.
+/// One clip of a track as the document gives it.
 struct TKLXOutputXmlInfo {
   XpString sourceFile;
   std::int32_t sourceType = VRXSourceFile;
   double startTime = -1.0;    // ms on the source's clock
   double endTime = -1.0;      // ms on the source's clock
-  double inPosition = -1.0;   // read and kept; nothing uses it
-  double outPosition = -1.0;  // read and kept; nothing uses it
+  double inPosition = -1.0;   // kept for compatibility; not used
+  double outPosition = -1.0;  // kept for compatibility; not used
   bool enableOverlay = true;
 };
 

@@ -1,5 +1,5 @@
 // Painters are made once a kind, configured, and drawn from the lowest layer to the highest. What they drew
-// lies over the frame as its alpha says, the right way up, whether it was drawn anew or kept.
+// is blended over the frame by its alpha, the right way up, whether it was drawn again or kept.
 #include <array>
 #include <random>
 
@@ -108,9 +108,9 @@ class PainterManagerTest : public FakePaintersTest {
   std::int32_t id = -7;
 };
 
-TEST_F(PainterManagerTest, LayersDecideTheOrderOfThoseThatAreEnabled) {
+TEST_F(PainterManagerTest, EnabledPaintersDrawInTheOrderOfTheirLayers) {
   for (const std::int32_t type : {-1, 2, 4, INT32_MAX, INT32_MIN}) {
-    EXPECT_FALSE(painters->CreatePainter(id, type, 1)) << type << ", which nobody makes";
+    EXPECT_FALSE(painters->CreatePainter(id, type, 1)) << type << ", a kind without a painter";
   }
   EXPECT_EQ(id, -7);
   ASSERT_TRUE(painters->CreatePainter(id, 3, 5));
@@ -222,7 +222,7 @@ TEST_F(CallbackTest, KeptOverlaysEqualFreshOnesBitForBit) {
   }
 }
 
-TEST_F(CallbackTest, ChangedPaintersAreDrawnAnew) {
+TEST_F(CallbackTest, ChangedPaintersAreDrawnAgain) {
   VRXIntermediateRawOutputCallback callback(Context());
   Bytes bytes(kFrameBytes, 50);
   callback.ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5);
@@ -233,7 +233,7 @@ TEST_F(CallbackTest, ChangedPaintersAreDrawnAnew) {
   EXPECT_EQ(bytes, Bytes(kFrameBytes, 50));
 }
 
-TEST_F(CallbackTest, RefusesWhatItCannotDo) {
+TEST_F(CallbackTest, RefusesForeignFormatsAndUnusableSizes) {
   VRXIntermediateRawOutputCallback callback(Context());
   Bytes bytes(kFrameBytes, 50);
   EXPECT_FALSE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 1, 5));

@@ -49,7 +49,7 @@ TEST(GpsClockTest, FollowsSegmentsAndNamesTheirClip) {
     clock.SetCountsTrimmed(countsTrimmed);
     clock.Reset(records);
     clock.SetPosition(clock.StartOf(records[0]));
-    // The end of a segment lies in the next; behind the last one the clock goes on from where it was.
+    // The end of a segment belongs to the next; after the last one the clock goes on from where it was.
     for (const Case& c :
          {Case{0, 0, 4}, Case{19, 950, 4}, Case{20, 1000, 5}, Case{25, 2000, 5}, Case{35, 2800 + 500, 0}}) {
       std::int32_t id = 0;
@@ -59,7 +59,7 @@ TEST(GpsClockTest, FollowsSegmentsAndNamesTheirClip) {
   }
 }
 
-TEST(TennisClockTest, GoesOnBehindTheLastSegmentFromItsEnd) {
+TEST(TennisClockTest, ContinuesAfterTheLastSegmentFromItsEnd) {
   const SlowInfoRecord records[] = {Segment(4, -2.0f, 0, 1, 10)};
   VRXTennisMetaTimeGenerate clock;
   clock.Reset(records);

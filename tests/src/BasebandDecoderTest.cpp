@@ -147,7 +147,7 @@ TEST_F(BasebandDecoderTest, CancelEndsTheWaitForAPictureAndLaterOnes) {
   pictures.Let();
 }
 
-TEST_F(BasebandDecoderTest, SpansShowTheirPicturesToBothEndsAndFailuresShowNone) {
+TEST_F(BasebandDecoderTest, SpansShowTheirPicturesOnBothEndsAndFailuresShowNone) {
   // Of adjacent images of one id the first shows.
   Parse(ImageText(1, "10", 0, 0) + ImageText(1, "20", 1, 1) + ImageText(2, "bad", 2, 3) +
         ImageText(3, "30", 4, 5) + ImageText(1, "40", 6, 6));
@@ -176,7 +176,7 @@ TEST_F(BasebandDecoderTest, DecoderStaysElevenPicturesAheadAndNoMore) {
   for (int n = 0; n < 30; ++n) EXPECT_EQ(Frame(*object, static_cast<std::uint64_t>(n)), n);
 }
 
-TEST_F(BasebandDecoderTest, PictureThatNeverComesEndsTheWaitOnceAndShowsWhenItIsThere) {
+TEST_F(BasebandDecoderTest, LatePictureIsWaitedForOnceAndShownWhenItIsThere) {
   Make(0);
   Parse(ImageText(1, "held", 0, 1000) + ImageText(2, "20", 1001, 1002));
   for (std::uint64_t frame = 0; frame < 100; ++frame) EXPECT_EQ(Frame(*object, frame), -1);
@@ -188,7 +188,7 @@ TEST_F(BasebandDecoderTest, PictureThatNeverComesEndsTheWaitOnceAndShowsWhenItIs
   EXPECT_EQ(Frame(*object, 100), 99);
 }
 
-TEST_F(BasebandDecoderTest, WhatEndsOneClipDoesNotEndTheNext) {
+TEST_F(BasebandDecoderTest, FrameWithoutASpanEndsItsOwnClipOnly) {
   const std::string same = ImageText(1, "10", 0, 1) + ImageText(2, "20", 4, 9);
   IVRXRawInputCallback* first = Parse(same);
   IVRXRawInputCallback* next = Parse(same);
@@ -210,7 +210,7 @@ TEST_F(BasebandDecoderTest, NewProjectShowsNothingOfTheOldOne) {
   EXPECT_EQ(Frame(*object, 0), 77);
 }
 
-TEST_F(BasebandDecoderTest, GoingAwayInTheMiddleOfADecodeWaitsForItAndEnds) {
+TEST_F(BasebandDecoderTest, DestructionDuringADecodeWaitsForIt) {
   Parse(ImageText(0, "held", 0, 0) + Each(1, 9));
   pictures.AwaitLoads(1);
   std::thread host([&] { object.reset(); });

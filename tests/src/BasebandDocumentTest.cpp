@@ -14,7 +14,7 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
   return text.replace(at, from.size(), to);
 }
 
-TEST(BasebandDocumentTest, ImagesStandInDocumentOrderAndWhatIsForeignIsSkipped) {
+TEST(BasebandDocumentTest, ImagesAreReadInDocumentOrderAndForeignElementsAreSkipped) {
   BasebandDocument document;
   const std::string text = BasebandText(ImageText(7, "a.jpg", 0, 9, 3, 1) + "<!-- c --><Other/>words\n" +
                                         ImageText(-2, "b.png", 10, 12, 9, 2));
@@ -32,7 +32,7 @@ TEST(BasebandDocumentTest, ImagesStandInDocumentOrderAndWhatIsForeignIsSkipped) 
   EXPECT_TRUE(document.problems.empty());
 }
 
-TEST(BasebandDocumentTest, RefusalSaysWhereAndWhy) {
+TEST(BasebandDocumentTest, RefusedDocumentNamesTheLineAndTheCause) {
   const std::string good = BasebandText(ImageText(1, "a.jpg", 0, 9));
   struct Case {
     std::string text;

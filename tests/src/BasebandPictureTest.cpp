@@ -50,7 +50,7 @@ std::unique_ptr<XpPixmap24NoHandle> PlainSteps(const DecodeJob& job, const Still
   return target;
 }
 
-TEST(BasebandPictureTest, OnePassGivesTheSameBytesAsTheSteps) {
+TEST(BasebandPictureTest, ComposingInOnePassEqualsTheSeparateSteps) {
   const std::array<int, 4> sizes[] = {{1, 1, 16, 16},   {1, 7, 16, 18},    {301, 5, 64, 36},
                                       {37, 53, 64, 36}, {64, 36, 64, 36},  {36, 64, 64, 36},
                                       {63, 35, 34, 62}, {128, 72, 64, 36}, {500, 1, 17, 400}};
@@ -90,7 +90,7 @@ TEST(BasebandPictureTest, BarsAreComputedByTruncation) {
   }
 }
 
-TEST(BasebandPictureTest, LoaderIsAskedForNoMoreThanShowsAndTheBarsDoNotMove) {
+TEST(BasebandPictureTest, SmallerDecodedPictureKeepsItsPlace) {
   StillImageRequest asked;
   PictureReader reader;
   reader.measure = [](const XpString&, const auto&, std::int32_t& width, std::int32_t& height, XpString*) {

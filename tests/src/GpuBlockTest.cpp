@@ -1,4 +1,4 @@
-// What the engine is told of the graphics hardware: the host's calibration, without what must not be handed
+// What the engine gets of the graphics hardware: the host's calibration, without what must not be passed
 // on.
 #include <filesystem>
 
@@ -55,7 +55,7 @@ class GpuBlockTest : public testing::Test {
   ScopedVariable m_variable{"XDG_CONFIG_HOME", m_folder.Path()};
 };
 
-TEST_F(GpuBlockTest, OnlyAWholeFileIsHandedOnAndReadAnewEachTime) {
+TEST_F(GpuBlockTest, OnlyACompleteFileIsUsedAndItIsReadAgainEachTime) {
   EXPECT_EQ(Loaded(), Bytes());
   EXPECT_TRUE(fs::is_directory(File().parent_path())) << "made for the host to fill";
   for (const std::size_t size : {std::size_t{0}, kSize - 1, kSize + 1, std::size_t{1} << 20}) {
@@ -67,18 +67,18 @@ TEST_F(GpuBlockTest, OnlyAWholeFileIsHandedOnAndReadAnewEachTime) {
   EXPECT_EQ(Loaded(), Bytes());
 }
 
-TEST_F(GpuBlockTest, EntriesOfTheOneKindAreRetiredAndAllElseStays) {
+TEST_F(GpuBlockTest, EntriesOfTheRetiredKindAreChangedAndNoOthers) {
   Bytes block = Block(5);
   block[kFirst + kEntry + kFlag] = 0;      // kind 2 without the flag
   block[kFirst + 2 * kEntry] = 3;          // another kind with it
   block[kFirst + 3 * kEntry + 3] = 1;      // 2 in the low byte alone
   block[kFirst + 4 * kEntry + kFlag] = 2;  // a flag, but another one
   const Bytes loaded = Loaded(block);
-  Retire(block, 0);  // the sixth lies behind the count
+  Retire(block, 0);  // the sixth is past the count
   EXPECT_EQ(loaded, block);
 }
 
-TEST_F(GpuBlockTest, ADamagedCountStopsAtTheEntriesThatFit) {
+TEST_F(GpuBlockTest, DamagedCountStopsAtTheEntriesThatFit) {
   for (const std::uint32_t count : {56u, 57u, 0xFFFFFFFFu}) {
     Bytes block = Block(count);
     const Bytes loaded = Loaded(block);

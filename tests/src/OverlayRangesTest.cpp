@@ -38,7 +38,7 @@ std::vector<Times> CaptionTimes(const OverlayPlan& plan) {
   return times;
 }
 
-TEST(CaptionRangesTest, EqualTheNumbersWorkedOutByHand) {
+TEST(CaptionRangesTest, RangesEqualTheNumbersWorkedOutByHand) {
   const MovieTimes stills{{1, 25}, {}, true};
   const MovieTimes broadcast{{1001, 30000}, {300300, {}, {{0, 300300}}}};
   // Captions run on the movie's clock, so a clip without overlay before them only lengthens the movie.
@@ -53,14 +53,14 @@ TEST(CaptionRangesTest, EqualTheNumbersWorkedOutByHand) {
   };
   const std::vector<Times> one{{1000, 2000}};
   const Case cases[] = {
-      {"the range ends one frame behind", kMovie, 0, one, one, {{25, 51}}},
+      {"the range ends one frame later", kMovie, 0, one, one, {{25, 51}}},
       {"between frames", kMovie, 0, {{1001, 1999}}, {{1001, 1999}}, {{26, 50}}},
       // The second starts one frame before frame 50, the end of the first.
       {"a gap of one frame", kMovie, 0, {one[0], {2040, 3000}}, {one[0], {1960, 3000}}, {{25, 76}}},
       {"three frames", kMovie, 0, {one[0], {2120, 3000}}, {one[0], {2120, 3000}}, {{25, 51}, {53, 76}}},
       // 19,950 ms is frame 498 of 500.
       {"at the clip's end", kMovie, 0, {{19000, 19950}}, {{19000, 19960}}, {{475, 500}}},
-      {"behind the movie", kMovie, 0, {{19000, 90000}}, {{19000, 90000}}, {{475, 500}}},
+      {"past the movie", kMovie, 0, {{19000, 90000}}, {{19000, 90000}}, {{475, 500}}},
       {"stills", stills, 0, {one[0], {2000, 3000}}, {one[0], {1960, 3000}}, {{25, 50}, {49, 75}}},
       {"bare clip first", bareClipFirst, 0, {{25000, 26000}}, {{25000, 26000}}, {{625, 651}}},
       {"drawing starts later", kMovie, 2.0, one, {{3000, 4000}}, {{75, 101}}},

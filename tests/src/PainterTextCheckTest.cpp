@@ -41,7 +41,7 @@ std::string Without(const std::string& part) {
   return text.erase(text.find(part), part.size());
 }
 
-TEST(PainterTextCheck, DamagedCaptionsAreNamed) {
+TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
   EXPECT_THAT(Messages(CheckCaptionText, std::string(kGood) + "\n" + Without("<FontSize>60,5</FontSize>")),
               IsEmpty());
   struct Case {
@@ -70,7 +70,7 @@ TEST(PainterTextCheck, DamagedCaptionsAreNamed) {
   }
 }
 
-TEST(PainterTextCheck, DamagedSpeedSectionsAreNamed) {
+TEST(PainterTextCheckTest, DamagedSpeedSectionsAreNamed) {
   const std::string good = "1,0.5,1.0,2.0,3.0,3.0|";
   EXPECT_THAT(Messages(CheckSlowInfoText, ""), IsEmpty());
   EXPECT_THAT(Messages(CheckSlowInfoText, good + "1,-1,2.0,3.0,3.0,3.0|"), IsEmpty());
@@ -91,7 +91,7 @@ TEST(PainterTextCheck, DamagedSpeedSectionsAreNamed) {
   }
 }
 
-TEST(PainterTextCheck, ManyProblemsAreCountedAndLimitsAreNamed) {
+TEST(PainterTextCheckTest, ManyProblemsAreCountedAndLimitsAreNamed) {
   const auto repeated = [](const std::string& text, std::size_t times) {
     std::string all;
     for (std::size_t i = 0; i < times; ++i) all += text;

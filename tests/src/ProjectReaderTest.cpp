@@ -17,7 +17,7 @@ class ProjectReaderTest : public testing::Test {
   TempFolder m_folder;
 };
 
-TEST_F(ProjectReaderTest, WhatIsMissingOrOfAnotherTypeTakesItsDefault) {
+TEST_F(ProjectReaderTest, MissingKeyOrWrongTypeGivesTheDefault) {
   ProjectText text;
   text.videoTrack =
       "<dict><key>SourceFile</key><string>a &amp; b.mp4</string><key>StartTime</key><integer>5</integer>"
@@ -59,14 +59,18 @@ TEST_F(ProjectReaderTest, CodesAreRenumberedForTheEngine) {
 TEST_F(ProjectReaderTest, NumbersKeepTheirWidth) {
   ProjectText text;
   text.video = "<key>TimeValue</key><integer>8589934592</integer>";
-  text.audio = "<key>Channel</key><integer>65538</integer>";
+  text.audio =
+      "<key>Channel</key><integer>65538</integer><key>BitPerSample</key><integer>24</integer>"
+      "<key>SamplingRate</key><integer>44100</integer>";
   EXPECT_EQ(Load(text), XpOk);
   EXPECT_EQ(project.videoSettings->frameDuration.value, 8589934592u);
   EXPECT_EQ(project.videoSettings->width, -1);
   EXPECT_EQ(project.audioSettings->channels, 2);
+  EXPECT_EQ(project.audioSettings->bitsPerSample, 24);
+  EXPECT_EQ(project.audioSettings->samplingRate, 44100u);
 }
 
-TEST_F(ProjectReaderTest, MissingPartsHaveTheirResults) {
+TEST_F(ProjectReaderTest, MissingPartGivesItsResultCode) {
   for (const std::string& path : {std::string(), std::string("/no/such.vrx"), m_folder.Path().string()}) {
     EXPECT_EQ(project.LoadXmlFile(XpNarrowString(path).ToWide()), XpErrFileNotFound) << path;
   }

@@ -33,7 +33,7 @@ class RenderLogTest : public WrapperTest {
   ScopedVariable m_registry{"VRX_REGISTRY_DIR", m_home.Path()};
 };
 
-TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
+TEST_F(RenderLogTest, WholeRenderIsLoggedStepByStep) {
   ProjectText project;
   project.videoTrack = ClipText("100%s %n.mp4", "0", "1000", "<key>SourceType</key><integer>2</integer>");
   project.output = "/tmp/50%d.mp4";
@@ -54,7 +54,7 @@ TEST_F(RenderLogTest, TheLogTellsTheWholeRender) {
           "renderToFile VRXWrapperManager::renderToFile end."));
 }
 
-TEST_F(RenderLogTest, ALogThatBecomesUnwritableDoesNotDisturbTheRender) {
+TEST_F(RenderLogTest, UnwritableLogDoesNotDisturbTheRender) {
   LoadProject();
   script->slices = {{.processed = 50}, {.processed = 100, .ends = true}};
   script->onSlice = [this](std::size_t slice) {

@@ -1,4 +1,4 @@
-// Every outcome of a render, as the host hears it.
+// What is reported to the host, for every outcome of a render.
 #include <gmock/gmock.h>
 
 #include "src/manager/ProgressFilter.h"
@@ -7,7 +7,7 @@
 namespace {
 
 using testing::ElementsAre;
-using Heard = std::vector<std::string>;
+using Reports = std::vector<std::string>;
 
 constexpr auto kSourceMissing = static_cast<std::int32_t>(VRXEngineSourceMissing);
 constexpr auto kDiskFull = static_cast<std::int32_t>(VRXEngineDiskFull);
@@ -23,14 +23,14 @@ constexpr ScriptedSlice kThrow{.throws = true};
 struct Outcome {
   const char* name;
   std::vector<ScriptedSlice> slices;
-  Heard heard;
+  Reports reports;
   std::int32_t createSequence = 0;
   std::int32_t releaseSequence = 0;
 };
 
 class RenderOutcomeTest : public WrapperTest, public testing::WithParamInterface<Outcome> {};
 
-TEST_P(RenderOutcomeTest, HostHearsItInOrderAndOnce) {
+TEST_P(RenderOutcomeTest, IsReportedOnceAndInOrder) {
   const Outcome& outcome = GetParam();
   script->createSequence = outcome.createSequence;
   script->slices = outcome.slices;
@@ -38,7 +38,7 @@ TEST_P(RenderOutcomeTest, HostHearsItInOrderAndOnce) {
   LoadProject();
   Render();
   Release();
-  EXPECT_EQ(callback.Heard(), outcome.heard);
+  EXPECT_EQ(callback.GetReports(), outcome.reports);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -63,11 +63,11 @@ TEST_F(WrapperTest, EngineInstanceThatCannotBeMadeAgainFailsTheSecondRender) {
   RecordingCallback second;
   wrapper->SetCallback(&second);
   // The first render's thread may still be leaving; a refused start would leave nothing to wait for.
-  while (second.Heard().empty()) wrapper->StartRender();
+  while (second.GetReports().empty()) wrapper->StartRender();
   second.WaitForEnd();
   Release();
-  const Heard heard = second.Heard();
-  EXPECT_THAT(Heard(heard.begin(), heard.begin() + 2), ElementsAre("start", "error 8109"));
+  const Reports reports = second.GetReports();
+  EXPECT_THAT(Reports(reports.begin(), reports.begin() + 2), ElementsAre("start", "error 8109"));
 }
 
 TEST_F(WrapperTest, CallbackThatThrowsEndsTheRenderWithOneReport) {
@@ -89,8 +89,8 @@ TEST_F(WrapperTest, CallbackThatThrowsEndsTheRenderWithOneReport) {
     next->WaitForEnd();
   }
   Release();
-  EXPECT_THAT(throwsFirst.Heard(), ElementsAre("start", "error 8003"));
-  EXPECT_THAT(throwsLast.Heard(), ElementsAre("start", "100", "end"));
+  EXPECT_THAT(throwsFirst.GetReports(), ElementsAre("start", "error 8003"));
+  EXPECT_THAT(throwsLast.GetReports(), ElementsAre("start", "100", "end"));
 }
 
 TEST_F(WrapperTest, ProjectWithoutAFrameLengthIsReported) {

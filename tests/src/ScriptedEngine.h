@@ -1,4 +1,4 @@
-// A conversion engine that does what a test tells it and keeps a record of what it was asked. It is built as
+// A conversion engine that does what a test scripted and records the calls that it gets. It is built as
 // the module VRXEngine.so beside the test program and loaded by the library like the real one.
 #pragma once
 

@@ -24,7 +24,7 @@ void AddClip(TKLXOutputXml::Track& track, double start, double end, bool overlay
   clip.enableOverlay = overlay;
 }
 
-TEST(FrameClockTest, TimesFallOnTheFrameThatBeginsBeforeThem) {
+TEST(FrameClockTest, TimeIsRoundedDownToAFrame) {
   struct Case {
     std::uint64_t value, scale;
     double milliseconds;
@@ -59,7 +59,7 @@ TEST(TimelineBuilderTest, SumsFollowTheFileClipsAlone) {
   EXPECT_EQ(still.endTime.scale, 1000u);
 }
 
-TEST(ProjectPathTest, PathsLeadFromTheDocument) {
+TEST(ProjectPathTest, RelativePathsCountFromTheDocumentsFolder) {
   for (const auto& [path, resolved] : {std::pair{u"", u""},
                                        {u"clips\\a.mp4", u"/p/clips/a.mp4"},
                                        {u"Z:\\m\\a.mp4", u"/m/a.mp4"},

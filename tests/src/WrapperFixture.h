@@ -1,4 +1,5 @@
-// Drives the library through its public face with the scripted engine, and records what is reported to the host.
+// Drives the library through its public face with the scripted engine, and records what is reported to the
+// host.
 #pragma once
 
 #include <condition_variable>
@@ -39,22 +40,22 @@ class RecordingCallback final : public IVRXWrapperCallback {
   std::vector<std::string> WaitForEnd() {
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_finished; });
-    return m_heard;
+    return m_reports;
   }
-  std::vector<std::string> Heard() {
+  std::vector<std::string> GetReports() {
     const std::scoped_lock lock(m_mutex);
-    return m_heard;
+    return m_reports;
   }
 
  private:
   void Note(const std::string& event) {
     const std::scoped_lock lock(m_mutex);
-    m_heard.push_back(event);
+    m_reports.push_back(event);
   }
   void Finish(const std::string& event) {
     {
       const std::scoped_lock lock(m_mutex);
-      m_heard.push_back(event);
+      m_reports.push_back(event);
       m_finished = true;
       m_changed.notify_all();
     }
@@ -63,7 +64,7 @@ class RecordingCallback final : public IVRXWrapperCallback {
 
   std::mutex m_mutex;
   std::condition_variable m_changed;
-  std::vector<std::string> m_heard;
+  std::vector<std::string> m_reports;
   bool m_finished = false;
 };
 
@@ -94,7 +95,7 @@ class WrapperTest : public testing::Test {
     project.videoTrack = ClipText("a.mp4", "0", "1000");
     SetProject(project);
   }
-  /// What the host hears of a render of the project that was set.
+  /// What is reported to the host in a render of the project that was set.
   std::vector<std::string> Render() {
     wrapper->StartRender();
     return callback.WaitForEnd();

@@ -70,10 +70,10 @@ TEST_F(WrapperTest, ReleaseWaitsForTheRender) {
   LoadProject();
   wrapper->StartRender();
   Release();
-  EXPECT_EQ(callback.Heard().back(), "end");
+  EXPECT_EQ(callback.GetReports().back(), "end");
 }
 
-TEST_F(WrapperTest, ReleaseFromACallbackIsSafeAndSilencesTheRest) {
+TEST_F(WrapperTest, ReleaseFromACallbackEndsTheRenderWithoutFurtherCalls) {
   script->slices = {{.processed = 10}};
   std::atomic<bool> released = false;
   callback.onProgress = [&](std::uint32_t) {
@@ -86,7 +86,7 @@ TEST_F(WrapperTest, ReleaseFromACallbackIsSafeAndSilencesTheRest) {
   wrapper = nullptr;
   // The old manager goes on its own thread; a new one can be had at once.
   while (script->liveSequences != 0 || script->liveEngines != 0) std::this_thread::yield();
-  EXPECT_THAT(callback.Heard(), ElementsAre("start", "10"));
+  EXPECT_THAT(callback.GetReports(), ElementsAre("start", "10"));
   ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
 }
 
@@ -102,29 +102,55 @@ TEST_F(WrapperTest, CalibrationReachesTheEngineForASourceThatNeedsIt) {
   std::filesystem::create_directories(folder.Path() / "Kelo Corporation/LBR");
   folder.Write("Kelo Corporation/LBR/CalibrationData.dat", std::string(3150, '\0'));
   for (const auto& [sourceType, blocks] : {std::pair{"2", 0u}, std::pair{"1", 1u}}) {
-    RecordingCallback heard;
-    wrapper->SetCallback(&heard);
+    RecordingCallback reports;
+    wrapper->SetCallback(&reports);
     ProjectText project;
     project.videoTrack = ClipText("a.mp4", "0", "1000",
                                   std::string("<key>SourceType</key><integer>") + sourceType + "</integer>");
     SetProject(project);
     wrapper->StartRender();
-    heard.WaitForEnd();
+    reports.WaitForEnd();
     wrapper->Release();
     EXPECT_EQ(script->gpuBlocks.size(), blocks) << sourceType;
     ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
   }
 }
 
-TEST_F(WrapperTest, TheMovieSaysInWhichTimeZoneItWasMade) {
-  LoadProject();
-  Render();  // the records stay until Release
-  EXPECT_EQ(script->output->systemType, VRXSystemMp4);
-  const VRXMetaDataSetting* metaData = script->output->metaData;
-  ASSERT_NE(metaData, nullptr);
-  ASSERT_EQ(metaData->count, 1u);
-  EXPECT_EQ(metaData->items[0]->kind, VRXMetaData::kTimeZone);
-  EXPECT_EQ(metaData->items[0]->size, 2u);
+TEST_F(WrapperTest, SpecificationDecidesTheKindOfMovieAndItsTimeZone) {
+  const ScopedVariable zone("TZ", "XXX-9");
+  tzset();
+  struct Case {
+    const char* inDocument;
+    std::int32_t systemType;
+    bool hasTimeZone;
+  };
+  for (const Case& c : {Case{"1", VRXSystemMp4, true}, Case{"2", VRXSystemMp4Broadcast, true},
+                        Case{"3", VRXSystemMp4Broadcast, true}, Case{"4", VRXSystemByExtension, false}}) {
+    SCOPED_TRACE(c.inDocument);
+    ProjectText project;
+    project.videoTrack = ClipText("a.mp4", "0", "1000");
+    project.video.replace(project.video.rfind("1</integer>"), 1, c.inDocument);
+    SetProject(project);
+    RecordingCallback reports;
+    wrapper->SetCallback(&reports);
+    wrapper->StartRender();
+    reports.WaitForEnd();  // the records stay until Release
+    EXPECT_EQ(script->output->systemType, c.systemType);
+    const VRXMetaDataSetting* metaData = script->output->metaData;
+    ASSERT_EQ(metaData != nullptr, c.hasTimeZone);
+    if (metaData != nullptr) {
+      ASSERT_EQ(metaData->count, 1u);
+      const VRXMetaData& item = *metaData->items[0];
+      EXPECT_EQ(item.kind, VRXMetaData::kTimeZone);
+      EXPECT_EQ(item.language, VRXMetaData::kUndeterminedLanguage);
+      ASSERT_EQ(item.size, 2u);
+      constexpr int kMinutesEast = 540;
+      EXPECT_EQ(item.data[0], kMinutesEast >> 8);
+      EXPECT_EQ(item.data[1], 0);
+    }
+    Release();
+    ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
+  }
 }
 
 int RunIn(const std::filesystem::path& folder) {
@@ -132,7 +158,7 @@ int RunIn(const std::filesystem::path& folder) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST(EngineBindingTest, FactoryFailsUnlessACompleteEngineLiesBesideTheHost) {
+TEST(EngineBindingTest, FactoryFailsWithoutACompleteEngineBesideTheHost) {
   const TempFolder folder;
   std::filesystem::copy_file(FACTORY_PROBE_PATH, folder.Path() / "host");
   EXPECT_EQ(RunIn(folder.Path()), 1) << "no engine";
