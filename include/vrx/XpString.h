@@ -40,7 +40,8 @@ class XpBasicString {
     old->Release();
     return *this;
   }
-  XpBasicString& operator=(const Ch* text) { return *this = XpBasicString(text); }
+  /// Reuses this string's own memory when no copy shares it. A null pointer counts as the empty text.
+  XpBasicString& operator=(const Ch* text) { return ReplaceFrom(0, text == nullptr ? View() : View(text)); }
 
   const Ch* c_str() const noexcept { return m_characters; }
   std::int32_t Length() const noexcept { return m_rep->length; }
@@ -64,15 +65,16 @@ class XpBasicString {
     if (count >= Length()) return *this;
     return XpBasicString(AsView().substr(static_cast<std::size_t>(Length() - std::max(count, 0))));
   }
-  /// Right(Length() - first), then Left(count). A `first` at or past the end gives the whole string.
+  /// Right(Length() - first), then Left(count). A `first` at or past the end gives the whole string, whatever
+  /// the count.
   XpBasicString Mid(std::int32_t first, std::int32_t count) const {
-    const XpBasicString tail = first >= Length() ? *this : Right(Length() - std::max(first, 0));
-    return tail.Left(count);
+    if (first >= Length()) return *this;
+    return Right(Length() - std::max(first, 0)).Left(count);
   }
 
   /// Appends `text`, which may lie in this string's own buffer. A null pointer appends nothing.
   XpBasicString& Append(const Ch* text) { return text == nullptr ? *this : Append(View(text)); }
-  XpBasicString& Append(View text);
+  XpBasicString& Append(View text) { return text.empty() ? *this : ReplaceFrom(Length(), text); }
   XpBasicString& Append(const XpBasicString& other) { return Append(other.AsView()); }
 
   /// printf-like formatting; the conversions are told in foundation/text/XpFormat.h, which defines both.
@@ -105,6 +107,7 @@ class XpBasicString {
     m_characters = rep->buffer;
   }
   void Assign(View text);
+  XpBasicString& ReplaceFrom(std::int64_t kept, View text);
 
   Ch* m_characters;  // copy of the block's buffer pointer, so that reading needs one load
   Rep* m_rep;
@@ -123,24 +126,22 @@ void XpBasicString<Ch>::Assign(View text) {
   Adopt(rep);
 }
 
+/// Keeps the first `kept` characters and puts `text` after them, which may lie in this string's own buffer.
 template <class Ch>
-XpBasicString<Ch>& XpBasicString<Ch>::Append(View text) {
-  if (text.empty()) return *this;
-  const std::int64_t oldLength = Length();
-  const std::int64_t newLength = oldLength + static_cast<std::int64_t>(text.size());
-  const bool own = text.data() >= m_characters && text.data() <= m_characters + oldLength;
+XpBasicString<Ch>& XpBasicString<Ch>::ReplaceFrom(std::int64_t kept, View text) {
+  const std::int64_t newLength = kept + static_cast<std::int64_t>(text.size());
+  const bool own = text.data() >= m_characters && text.data() <= m_characters + Length();
   if (m_rep->IsUnshared() && !own) {
     m_rep->Fit(newLength);
     Adopt(m_rep);
+    std::copy(text.begin(), text.end(), m_rep->buffer + kept);
   } else {
     Rep* rep = Rep::Create(newLength);
-    std::copy_n(m_characters, oldLength, rep->buffer);
-    std::copy(text.begin(), text.end(), rep->buffer + oldLength);
+    std::copy_n(m_characters, kept, rep->buffer);
+    std::copy(text.begin(), text.end(), rep->buffer + kept);
     m_rep->Release();
     Adopt(rep);
-    text = View();
   }
-  std::copy(text.begin(), text.end(), m_rep->buffer + oldLength);
   m_rep->length = static_cast<std::int32_t>(newLength);
   m_rep->buffer[newLength] = 0;
   return *this;

@@ -25,8 +25,8 @@ struct XpStringRep {
   }
 
   static XpStringRep* Empty() noexcept {
-    static constinit Ch terminator = 0;
-    static constinit XpStringRep rep{&terminator, 0, 0, kImmortal};
+    static constinit Ch buffer[kBlock] = {};
+    static constinit XpStringRep rep{buffer, 0, kBlock, kImmortal};
     return &rep;
   }
 

@@ -26,6 +26,27 @@ TEST(TextTest, CopiesShareUntilOneOfThemIsWritten) {
   EXPECT_EQ(first.c_str(), second.c_str());
 }
 
+TEST(TextTest, ATextReusesItsOwnMemoryUntilThatIsFarTooLarge) {
+  XpString text(Repeated(100));
+  const char16_t* memory = text.c_str();
+  text = u"q";
+  EXPECT_EQ(text.c_str(), memory);
+  EXPECT_TRUE(text == u"q");
+  text = Repeated(1000).c_str();
+  EXPECT_EQ(text.Capacity(), 1024);
+  text = text.c_str() + 400;
+  EXPECT_EQ(text.Length(), 600);
+  text = Repeated(600).c_str();
+  EXPECT_EQ(text.Capacity(), 640);
+  text = Repeated(200).c_str();
+  EXPECT_EQ(text.Capacity(), 256);
+  const XpString copy = text;
+  text = u"other";
+  EXPECT_EQ(copy.Length(), 200);
+  text = static_cast<const char16_t*>(nullptr);
+  EXPECT_TRUE(text.IsEmpty());
+}
+
 TEST(TextTest, TheEmptyTextCanBeCopiedAssignedAndWritten) {
   XpString empty;
   XpString other = empty;
@@ -44,9 +65,9 @@ TEST(TextTest, PartsAreCutAndFoundAtTheirLimits) {
     const char16_t* expected;
   };
   const Case cases[] = {
-      {abc.Left(5), u"abc"},  {abc.Left(-1), u""},     {abc.Right(2), u"bc"},  {abc.Right(5), u"abc"},
-      {abc.Right(-1), u""},   {abc.Mid(1, 1), u"b"},   {abc.Mid(1, 9), u"bc"}, {abc.Mid(-1, 2), u"ab"},
-      {abc.Mid(3, 2), u"ab"}, {abc.Mid(9, 9), u"abc"}, {abc.Mid(0, -1), u""},
+      {abc.Left(5), u"abc"},   {abc.Left(-1), u""},     {abc.Right(2), u"bc"},  {abc.Right(5), u"abc"},
+      {abc.Right(-1), u""},    {abc.Mid(1, 1), u"b"},   {abc.Mid(1, 9), u"bc"}, {abc.Mid(-1, 2), u"ab"},
+      {abc.Mid(3, 2), u"abc"}, {abc.Mid(7, 1), u"abc"}, {abc.Mid(0, -1), u""},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) EXPECT_TRUE(cases[i].got == cases[i].expected) << i;
   EXPECT_EQ(abc.Find(u'b', -7), 1);
