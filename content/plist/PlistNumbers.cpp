@@ -94,7 +94,8 @@ std::string FormatReal(double value) {
 
 std::string FormatDate(const XpDateTime& date) {
   std::int32_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, weekday = 0;
-  date.GetDateTimeFields(year, month, day, hour, minute, second, weekday);
+  const bool hasFields = date.GetDateTimeFields(year, month, day, hour, minute, second, weekday);
+  if (!date.IsValid() || !hasFields) return "";
   XpNarrowString text;
   text.Format("%04ld:%02ld:%02ldT%02ld:%02ld:%02ldZ", year, month, day, hour, minute, second);
   return text.c_str();

@@ -25,6 +25,7 @@ bool IsReal(std::u16string_view text);
 XpDateTime ParseDate(std::u16string_view text);
 
 std::string FormatReal(double value);  // "%.15f"; what is not finite is written as 0
+/// The form of ParseDate; empty for a date that is not valid, which reads back as not valid.
 std::string FormatDate(const XpDateTime& date);
 
 }  // namespace vrx::plist

@@ -4,11 +4,13 @@
 #include <string_view>
 
 #include "content/plist/PlistNumbers.h"
-#include "foundation/file/XpFile.h"
-#include "foundation/file/XpFileOperations.h"
+#include "foundation/file/XpReplaceFile.h"
+#include "foundation/xml/XmlDocument.h"
 
 namespace vrx::plist {
 namespace {
+
+using xml::XmlLimits;
 
 constexpr std::string_view kHead = R"(<?xml version="1.0" encoding="utf-8" ?><plist version="1.0">)";
 constexpr std::string_view kTail = "</plist>";
@@ -122,29 +124,44 @@ void AppendDict(std::string& out, const XpIniDict& dict) {
   AppendElement(out, "dict", content);
 }
 
-XpResult WriteBytes(const XpString& path, std::string_view bytes) {
-  XpFile file;
-  if (const XpResult result = file.OpenPath(path, XpOpenWrite, XpShareNone); result != XpOk) return result;
-  std::uint64_t written = 0;
-  const XpResult result = file.Write(bytes.data(), bytes.size(), &written);
-  const XpResult closed = file.Close();
-  return result != XpOk ? result : closed;
+/// True when the reader takes an element at this depth with all that it holds. `elements` counts them.
+bool IsWithinLimits(const XpIniElement& element, int depth, std::size_t& elements) {
+  constexpr XmlLimits kLimits;
+  if (depth > kLimits.depth || ++elements > kLimits.elements) return false;
+  if (element.GetType() == XpIniType::Array) {
+    for (std::uint32_t i = 0; i < element.GetCount(); ++i) {
+      if (!IsWithinLimits(*element.GetAt(i), depth + 1, elements)) return false;
+    }
+  } else if (element.GetType() == XpIniType::Dict) {
+    elements += element.GetCount();  // the keys
+    for (const auto& [key, value] : static_cast<const XpIniDict&>(element).GetElements()) {
+      if (!IsWithinLimits(*value, depth + 1, elements)) return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
 
-std::string WriteDocument(const XpIniDict& dict) {
-  std::string text(kHead);
+XpResult WriteDocument(const XpIniDict& dict, std::string& text) {
+  std::size_t elements = 1;        // plist itself
+  constexpr int kDepthOfDict = 2;  // it lies in plist
+  if (!IsWithinLimits(dict, kDepthOfDict, elements)) return XpErrNoDocument;
+  text = kHead;
   AppendDict(text, dict);
-  return text.append(kTail);
+  text.append(kTail);
+  return text.size() > XmlLimits().bytes ? XpErrNoDocument : XpOk;
 }
 
 XpResult WriteFile(const XpIniDict& dict, const XpString& path) {
-  const XpString beside = path + u".new";
-  XpResult result = WriteBytes(beside, WriteDocument(dict));
-  if (result == XpOk) result = XpFileRename(beside, path);
-  if (result != XpOk) XpFileDelete(beside);
-  return result;
+  std::string text;
+  if (const XpResult result = WriteDocument(dict, text)) return result;
+  bool isOpen = false;
+  const XpResult result = XpReplaceFile(path, [&](XpAbstractFile& file) {
+    isOpen = true;
+    return file.Write(text.data(), text.size(), nullptr);
+  });
+  return result != XpOk && isOpen ? XpErrNoDocument : result;
 }
 
 }  // namespace vrx::plist

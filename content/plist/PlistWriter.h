@@ -8,10 +8,10 @@
 namespace vrx::plist {
 
 /// The whole document in UTF-8. Characters that XML 1.0 cannot hold (control characters, lone surrogates) are
-/// written as U+FFFD, so that the document can always be read again.
-std::string WriteDocument(const XpIniDict& dict);
+/// written as U+FFFD. XpErrNoDocument for a tree that is too deep or too large to be read again.
+XpResult WriteDocument(const XpIniDict& dict, std::string& text);
 
-/// Writes the document beside `path` and then renames it, so that an older file stays whole when it fails.
+/// Results as XpIniDict::Save.
 XpResult WriteFile(const XpIniDict& dict, const XpString& path);
 
 }  // namespace vrx::plist

@@ -1,14 +1,20 @@
 #include "content/plist/XpIniArray.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "content/plist/PlistNumbers.h"
 #include "content/plist/XpIniKeyPath.h"
 #include "content/plist/XpIniValues.h"
 
 namespace {
 
-/// Negative numbers wrap, which makes -1 and -2 the indices that append.
+/// A number of 32 bits, or the nearest one. Negative numbers wrap, which makes -1 and -2 the indices that
+/// append.
 std::uint32_t IndexOf(const XpString& key) {
-  return static_cast<std::uint32_t>(vrx::plist::ParseInteger(key.AsView()));
+  using Limits = std::numeric_limits<std::int32_t>;
+  const std::int64_t number = vrx::plist::ParseInteger(key.AsView());
+  return static_cast<std::uint32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "content/plist/XpIniDict.h"
 
 #include <iterator>
+#include <string>
 
 #include "content/plist/PlistReader.h"
 #include "content/plist/PlistWriter.h"
@@ -30,6 +31,7 @@ XpResult XpIniDict::Add(const XpString& key, XpIniType type, const XpIniValue& v
     return found == m_elements.end() ? XpErrElementNotFound : found->second->Add(path.rest, type, value);
   }
   if (found != m_elements.end()) return XpErrKeyExists;
+  if (key.IsEmpty()) return XpErrInvalidArgument;  // it would end the dict when the document is read
   XpResult result = XpOk;
   auto element = XpIniMakeElement(type, value, result);
   if (element) m_elements.emplace(key, std::move(element));
@@ -50,15 +52,17 @@ XpResult XpIniDict::Load(const XpString& path) { return vrx::plist::ReadFile(pat
 XpResult XpIniDict::Save(const XpString& path) const { return vrx::plist::WriteFile(*this, path); }
 
 XpResult XpIniDict::LoadText(const XpString& text) {
-  // The text is told to be UTF-8 whatever its first line declares: that line spoke of the file it came from.
+  // The encoding that the XML declaration names is ignored: the text is UTF-16 in memory, and UTF-8 here.
   const XpNarrowString bytes = text.ToNarrow();
   const auto view = bytes.AsView();
   return vrx::plist::ReadBytes({view.data(), view.size()}, "UTF-8", *this, nullptr);
 }
 
 XpResult XpIniDict::SaveText(XpString& text) const {
-  text = XpNarrowString(vrx::plist::WriteDocument(*this)).ToWide();
-  return XpOk;
+  std::string bytes;
+  const XpResult result = vrx::plist::WriteDocument(*this, bytes);
+  if (result == XpOk) text = XpNarrowString(bytes).ToWide();
+  return result;
 }
 
 XpResult XpIniDict::LoadClipboard(std::uint32_t /*format*/) { return XpErrFailed; }

@@ -21,8 +21,9 @@ class XpIniDict : public XpIniElement {
   /// Reads the document at `path`. On failure the dict is empty: the file layer's code for a file that cannot
   /// be read, XpErrNoDocument for one that is no document, XpErrWrongRoot for one of another kind.
   XpResult Load(const XpString& path) override;
-  /// Writes the document in place of `path` only once it is complete. The file layer's code when it cannot be
-  /// written.
+  /// Replaces the file at `path` by the document as XpReplaceFile does. The file layer's code when the file
+  /// cannot be opened; XpErrNoDocument when it cannot be written, and for a tree that is too deep or too
+  /// large to be read again.
   XpResult Save(const XpString& path) const override;
 
   /// This system has no clipboard, so both answer XpErrFailed and change nothing.

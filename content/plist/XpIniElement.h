@@ -46,7 +46,7 @@ class XpIniElement {
   virtual XpResult Save(const XpString& /*path*/) const { return XpErrWrongElementType; }
   /// XpErrKeyExists when the key is there, XpErrElementNotFound when its path leads nowhere,
   /// XpErrUnknownElementType for a type outside the enumeration, XpErrWrongElementType for a value that is
-  /// not of that type.
+  /// not of that type, XpErrInvalidArgument for an empty key of a dict.
   virtual XpResult Add(const XpString& /*key*/, XpIniType /*type*/, const XpIniValue& /*value*/) {
     return XpErrWrongElementType;
   }

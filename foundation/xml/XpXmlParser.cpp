@@ -5,6 +5,7 @@
 #include <limits>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <thread>
 
@@ -15,9 +16,7 @@
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "foundation/file/XpFile.h"
-#include "foundation/file/XpFileOperations.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpReplaceFile.h"
 
 namespace {
 
@@ -147,12 +146,6 @@ XpResult XpXmlParser::Save(XpString file) {
   }
   const XMLSize_t size = target->getLen();
   if (size == 0) return XpErrFailed;
-  if (XpPathExists(file, nullptr) && XpFileDelete(file) != XpOk) return XpErrFailed;
-  XpFile written;
-  std::uint64_t done = 0;
-  if (written.OpenPath(file, XpOpenWrite, XpShareNone) != XpOk ||
-      written.Write(target->getRawBuffer(), size, &done) != XpOk || done != size) {
-    return XpErrFailed;
-  }
-  return written.Close() == XpOk ? XpOk : XpErrFailed;
+  const XpResult result = XpReplaceFile(file, std::as_bytes(std::span(target->getRawBuffer(), size)));
+  return result == XpOk ? XpOk : XpErrFailed;
 }

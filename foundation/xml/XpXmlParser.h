@@ -44,8 +44,8 @@ class XpXmlParser {
   /// A document that reads otherwise, or only reads, keeps these; they answer XpErrFailed.
   virtual XpResult Parse();
   virtual XpResult ParseFile(XpString file);
-  /// Writes `document` in place of the file at `file`. XpErrFailed without a document or when it can't be
-  /// written; an older file is gone then.
+  /// Writes `document` in place of the file at `file`, as XpReplaceFile does. XpErrFailed without a document
+  /// or when it can't be written.
   virtual XpResult Save(XpString file);
 
  protected:

@@ -8,6 +8,7 @@
 #include "content/plist/PlistWriter.h"
 #include "content/plist/XpIniArray.h"
 #include "content/plist/XpIniDict.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -22,6 +23,8 @@ XpResult Read(const std::string& content, XpIniDict& dict, XmlProblem* problem =
 std::string InPlist(const std::string& dict) {
   return "<plist version=\"1.0\"><dict>" + dict + "</dict></plist>";
 }
+
+XpString Wide(const std::filesystem::path& path) { return XpNarrowString(path.string()).ToWide(); }
 
 template <class T>
 T Value(const XpIniDict& dict, const char16_t* key, XpResult (XpIniElement::*get)(T&) const) {
@@ -53,6 +56,7 @@ TEST(PlistReadTest, EveryTypeIsRead) {
   EXPECT_EQ(Value<XpString>(dict, u"list/2", &XpIniElement::GetString), XpString());
   EXPECT_EQ(Value<std::int64_t>(dict, u"sub/x", &XpIniElement::GetInt64), 9);
   EXPECT_EQ(dict.Get(u"list/3"), nullptr);
+  EXPECT_EQ(dict.Get(u"list/4294967296"), nullptr);
   EXPECT_EQ(dict.Get(u"sub/none"), nullptr);
   const std::byte* data = nullptr;
   std::uint64_t size = 0;
@@ -98,6 +102,17 @@ std::string Repeat(const std::string& text, std::size_t times) {
   return all;
 }
 
+TEST(PlistReadTest, ARepeatedKeyKeepsItsFirstDictAlone) {
+  XpIniDict dict;
+  ASSERT_EQ(
+      Read(InPlist("<key>a</key><dict><key>x</key><true/></dict><key>a</key><dict><key>y</key><true/></dict>"
+                   "<key>a</key><array><true/></array>"),
+           dict),
+      XpOk);
+  EXPECT_NE(dict.Get(u"a/x"), nullptr);
+  EXPECT_EQ(dict.Get(u"a")->GetCount(), 1u);
+}
+
 TEST(PlistReadTest, HostileDocumentsAreRefusedWithAReason) {
   struct Case {
     std::string text;
@@ -124,16 +139,6 @@ TEST(PlistReadTest, HostileDocumentsAreRefusedWithAReason) {
   EXPECT_EQ(problem.message, "the document has too many elements");
 }
 
-TEST(PlistReadTest, EveryCutOfADocumentIsAnErrorOrADocument) {
-  const std::string whole =
-      InPlist("<key>a</key><array><integer>1</integer></array><key>b</key><data>ab</data>");
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    XpIniDict dict;
-    EXPECT_EQ(Read(whole.substr(0, length), dict), XpErrNoDocument) << length;
-    EXPECT_EQ(dict.GetCount(), 0u);
-  }
-}
-
 TEST(PlistNumbersTest, TextIsReadAsFarAsItIsANumber) {
   using vrx::plist::ParseInteger;
   using vrx::plist::ParseReal;
@@ -151,6 +156,12 @@ TEST(PlistNumbersTest, TextIsReadAsFarAsItIsANumber) {
   }
 }
 
+std::string Written(const XpIniDict& dict) {
+  std::string text;
+  EXPECT_EQ(vrx::plist::WriteDocument(dict, text), XpOk);
+  return text;
+}
+
 TEST(PlistWriteTest, DocumentHasItsExactForm) {
   XpIniDict dict;
   XpDateTime date;
@@ -160,29 +171,64 @@ TEST(PlistWriteTest, DocumentHasItsExactForm) {
   dict.Add(u"Zero", XpIniType::Int, std::int64_t{-7});
   dict.Add(u"date", XpIniType::Date, date);
   dict.Add(u"data", XpIniType::MemChunk, std::span<const std::byte>(bytes));
-  dict.Add(u"text", XpIniType::String, XpString(u"<a> & \r\u0001"));
+  dict.Add(u"text", XpIniType::String, XpString(u"<a> & \r\u0001\uFFFE\xD800"));
   dict.Add(u"none", XpIniType::String, XpString());
   dict.Add(u"yes", XpIniType::Bool, true);
   dict.Add(u"sub", XpIniType::Dict, {});
   dict.Add(u"list", XpIniType::Array, {});
   dict.Add(u"list/-1", XpIniType::Bool, false);
-  EXPECT_EQ(vrx::plist::WriteDocument(dict),
+  dict.Add(u"never", XpIniType::Date, XpDateTime());
+  EXPECT_EQ(Written(dict),
             "<?xml version=\"1.0\" encoding=\"utf-8\" ?><plist version=\"1.0\"><dict>"
             "<key>Zero</key><integer>-7</integer>"
             "<key>data</key><data>ab01</data>"
             "<key>date</key><date>2018:01:01T12:00:05Z</date>"
             "<key>list</key><array><false/></array>"
+            "<key>never</key><date/>"
             "<key>none</key><string/>"
             "<key>real</key><real>1.500000000000000</real>"
             "<key>sub</key><dict/>"
-            "<key>text</key><string>&lt;a&gt; &amp; &#13;\xEF\xBF\xBD</string>"
+            "<key>text</key><string>&lt;a&gt; &amp; &#13;\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD</string>"
             "<key>yes</key><true/>"
             "</dict></plist>");
 }
 
+TEST(PlistWriteTest, InvalidDatesStayInvalidInTheFile) {
+  for (const char* text : {"", "2018:13:01T00:00:00Z", "99:1:1", "2018:02:30T00:00:00Z"}) {
+    XpIniDict dict;
+    XpIniDict again;
+    ASSERT_EQ(Read(InPlist("<key>d</key><date>" + std::string(text) + "</date>"), dict), XpOk);
+    ASSERT_EQ(Read(Written(dict), again), XpOk);
+    EXPECT_FALSE(Value<XpDateTime>(again, u"d", &XpIniElement::GetDate).IsValid()) << text;
+  }
+}
+
+TEST(PlistWriteTest, OnlyWhatCanBeReadAgainIsWritten) {
+  XpIniDict dict;
+  XpString key = u"a";
+  const auto deepen = [&] {
+    EXPECT_EQ(dict.Add(key, XpIniType::Dict, {}), XpOk);
+    key.Append(u"/a");
+  };
+  constexpr int kPlistAndDict = 2;
+  const int room = vrx::plist::XmlLimits().depth - kPlistAndDict;
+  for (int i = 0; i < room; ++i) deepen();
+  XpIniDict again;
+  EXPECT_EQ(Read(Written(dict), again), XpOk);
+  EXPECT_EQ(Written(again), Written(dict));
+  deepen();
+  XpString text = u"kept";
+  EXPECT_EQ(dict.SaveText(text), XpErrNoDocument);
+  EXPECT_EQ(text, u"kept");
+  const TempFolder folder;
+  folder.Write("d.plist", "old");
+  EXPECT_EQ(dict.Save(Wide(folder.Path() / "d.plist")), XpErrNoDocument);
+  EXPECT_EQ(folder.Read("d.plist"), "old");
+}
+
 TEST(PlistWriteTest, SavedDocumentLoadsAgainAndAFailedSaveKeepsTheOldOne) {
   const TempFolder folder;
-  const XpString path = XpNarrowString(folder.Path().string()).ToWide() + u"/d.plist";
+  const XpString path = Wide(folder.Path() / "d.plist");
   XpIniDict dict;
   dict.Add(u"名前", XpIniType::String, XpString(u"\U0001F3BE café"));
   ASSERT_EQ(dict.Save(path), XpOk);
@@ -190,8 +236,22 @@ TEST(PlistWriteTest, SavedDocumentLoadsAgainAndAFailedSaveKeepsTheOldOne) {
   ASSERT_EQ(loaded.Load(path), XpOk);
   EXPECT_EQ(Value<XpString>(loaded, u"名前", &XpIniElement::GetString), u"\U0001F3BE café");
   EXPECT_EQ(folder.Count(), 1);
-  EXPECT_NE(dict.Save(path + u"/below-a-file"), XpOk);
+  EXPECT_EQ(dict.Save(path + u"/below-a-file"), XpErrNotAFile);
+  EXPECT_EQ(dict.Save(Wide(folder.Path())), XpErrAccessDenied);
+  std::filesystem::permissions(folder.Path() / "d.plist", std::filesystem::perms::owner_read);
+  folder.Write("d.plist.new", "another file of the user");
+  EXPECT_EQ(XpIniDict().Save(path), XpErrAccessDenied);
+  EXPECT_EQ(loaded.Load(path), XpOk);
+  EXPECT_EQ(loaded.GetCount(), 1u);
+  EXPECT_EQ(folder.Count(), 2);
+  EXPECT_EQ(folder.Read("d.plist.new"), "another file of the user");
   EXPECT_EQ(XpIniDict().Load(path + u".none"), XpErrFileNotFound);
+  {
+    const FullDisk disk(100);
+    EXPECT_EQ(dict.Save(Wide(folder.Path() / "new.plist")), XpErrNoDocument)
+        << "the file itself could be opened";
+  }
+  EXPECT_EQ(folder.Count(), 2);
   XpString text;
   ASSERT_EQ(dict.SaveText(text), XpOk);
   XpIniDict copy;
@@ -205,6 +265,7 @@ TEST(PlistTreeTest, OperationsAnswerByTypeAndPath) {
   EXPECT_EQ(dict.Add(u"a/b", XpIniType::Bool, true), XpErrElementNotFound);
   EXPECT_EQ(dict.Add(u"a", XpIniType::Int, std::int64_t{1} << 31), XpOk);
   EXPECT_EQ(dict.Add(u"a", XpIniType::Bool, true), XpErrKeyExists);
+  EXPECT_EQ(dict.Add(u"", XpIniType::Bool, true), XpErrInvalidArgument);
   EXPECT_EQ(dict.Add(u"x", static_cast<XpIniType>(8), {}), XpErrUnknownElementType);
   EXPECT_EQ(dict.Add(u"x", XpIniType::Int, XpString(u"text")), XpErrWrongElementType);
   EXPECT_EQ(dict.GetCount(), 1u);
@@ -224,6 +285,10 @@ TEST(PlistTreeTest, OperationsAnswerByTypeAndPath) {
   EXPECT_EQ(dict.Remove(u"list/0/none"), XpErrElementNotFound);
   EXPECT_EQ(dict.Remove(u"list/0"), XpOk);
   EXPECT_EQ(list.RemoveAt(7), XpErrElementNotFound);
+  for (const char16_t* key : {u"list/4294967296", u"list/4294967295", u"list/-4294967296"}) {
+    EXPECT_EQ(dict.Remove(key), XpErrElementNotFound) << XpString(key).ToNarrow().c_str();
+    EXPECT_EQ(dict.Add(key, XpIniType::Bool, true), XpErrElementNotFound);
+  }
   EXPECT_EQ(dict.Remove(u"list"), XpOk);
   XpString key;
   EXPECT_EQ(dict.GetKeyAt(0, key), XpOk);

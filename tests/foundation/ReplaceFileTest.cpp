@@ -2,16 +2,14 @@
 #include "foundation/file/XpReplaceFile.h"
 
 #include <linux/capability.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <csignal>
-
 #include "foundation/platform/FileSystem.h"
 #include "tests/foundation/FolderTest.h"
+#include "tests/support/FullDisk.h"
 
 namespace {
 
@@ -129,18 +127,11 @@ TEST_F(ReplaceFileTest, AFailureAnywhereKeepsTheOldFileAndLeavesNothingBeside) {
                                return XpOk;
                              }),
                std::bad_alloc);
-  // A full disk, as far as this process can have one.
-  const auto signalled = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
-  const rlimit small{1000, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  const XpResult full = XpReplaceFile(path, Bytes(std::string(5000, 'x')));
-  const XpResult fullAndNew = XpReplaceFile(Path("fresh"), Bytes(std::string(5000, 'x')));
-  setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, signalled);
-  EXPECT_EQ(full, XpErrDiskFull);
-  EXPECT_EQ(fullAndNew, XpErrDiskFull);
+  {
+    const FullDisk disk(1000);
+    EXPECT_EQ(XpReplaceFile(path, Bytes(std::string(5000, 'x'))), XpErrDiskFull);
+    EXPECT_EQ(XpReplaceFile(Path("fresh"), Bytes(std::string(5000, 'x'))), XpErrDiskFull);
+  }
   EXPECT_EQ(Get("document"), "old");
   EXPECT_EQ(Count(""), 1);
 }
