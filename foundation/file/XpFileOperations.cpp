@@ -17,7 +17,15 @@ constexpr std::int64_t kComplete = 100;
 constexpr int kRenameTries = 10;
 constexpr std::uint32_t kRenamePause = 300;  // milliseconds
 
+/// What lies at `to` may not be replaced: its owner may not write it, or it is no file at all.
+bool IsProtected(const XpString& from, const XpString& to) {
+  platform::FileStatus status;
+  if (platform::StatPath(to, platform::Links::Keep, status) || status.isDirectory) return false;
+  return (status.isReadOnly || status.isSpecial) && !platform::IsSameFile(from, to);
+}
+
 std::error_code RenamePatiently(const XpString& from, const XpString& to) {
+  if (IsProtected(from, to)) return std::make_error_code(std::errc::permission_denied);
   // Unlike on systems with enforced sharing, a plain refusal does not go away here; only a busy file may.
   std::error_code error = platform::Rename(from, to, true);
   for (int i = 0; i < kRenameTries && platform::IsBusy(error); ++i) {
@@ -36,6 +44,18 @@ XpResult MoveByCopy(const XpString& from, const XpString& to, XpFileProgress* pr
   };
   if (const auto error = platform::CopyFile(from, to, report)) return platform::PathErrorResult(error, from);
   return XpFileDelete(from);
+}
+
+/// Moves a file, link or folder to a place where nothing is.
+bool MoveToFreePlace(const XpString& from, const XpString& to) {
+  platform::FileStatus status;
+  if (!platform::StatPath(to, platform::Links::Keep, status)) return false;
+  const auto error = platform::Rename(from, to, false);
+  if (error != std::errc::cross_device_link) return !error;
+  if (platform::CopyTree(from, to)) return false;
+  if (platform::StatPath(from, platform::Links::Keep, status)) return false;
+  const XpResult removed = status.isDirectory ? XpPathRemove(from, true, nullptr) : XpFileDelete(from);
+  return removed == XpOk;
 }
 
 }  // namespace
@@ -64,7 +84,7 @@ XpResult XpFilesMove(std::span<const XpString> paths, const XpString& target) {
     XpString extension;
     XpPathSplit(path, nullptr, &stem, &extension);
     const XpString moved = XpPathJoin(target, stem + extension);
-    if (XpFileCopyOrMove(path, moved, nullptr) != XpOk) return XpErrShellMoveFailed;
+    if (!MoveToFreePlace(path, moved)) return XpErrShellMoveFailed;
   }
   return XpOk;
 }

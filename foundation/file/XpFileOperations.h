@@ -22,16 +22,17 @@ XpResult XpFileToRecycleBin(const XpString& path);
 /// With `useShell` moves all to the trash; otherwise deletes each. Stops at the first failure.
 XpResult XpFilesToRecycleBin(std::span<const XpString> paths, bool useShell);
 
-/// Moves files and folders into the folder `target`, which is made when it is missing. XpErrShellMoveFailed
-/// on the first failure; what was moved by then stays moved.
+/// Moves files and folders into the folder `target`, which is made when it is missing; to another volume by
+/// copying each whole before it is deleted. Nothing that lies there is replaced. XpErrShellMoveFailed on the
+/// first failure; what was moved by then stays moved.
 XpResult XpFilesMove(std::span<const XpString> paths, const XpString& target);
 
-/// Takes the place of an older file. When another program holds one of the two, tries again for up to three
-/// seconds.
+/// Takes the place of an older file. XpErrAccessDenied when its owner may not write that one, or when it is a
+/// device, FIFO or socket. When another program holds one of the two, tries again for up to three seconds.
 XpResult XpFileRename(const XpString& from, const XpString& to);
 
 /// Moves a file, to another volume by copying it, and takes the place of an older one only when the copy is
-/// complete. A folder moves within its volume, and not onto something that is there. `progress`, which may be
-/// null, runs from 0 to 100.
+/// complete; it refuses the same ones as XpFileRename. A folder moves within its volume, and not onto
+/// something that is there. `progress`, which may be null, runs from 0 to 100.
 XpResult XpFileCopyOrMove(const XpString& from, const XpString& to, XpFileProgress* progress);
 XpResult XpFileMove(const XpString& from, const XpString& to, XpFileProgress* progress);

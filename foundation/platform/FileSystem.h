@@ -26,6 +26,7 @@ enum class Links { Follow, Keep };
 struct FileStatus {
   bool isDirectory = false;
   bool isLink = false;      // only seen with Links::Keep
+  bool isSpecial = false;   // a device, FIFO or socket
   bool isReadOnly = false;  // no write permission for the owner, whoever asks
   bool isHidden = false;    // the name begins with a dot, or the file is marked as hidden
   std::int64_t size = 0;    // 0 for a directory
@@ -80,6 +81,9 @@ bool IsBusy(const std::error_code& error);
 /// complete. `report` hears the bytes done and of how many.
 std::error_code CopyFile(const XpString& from, const XpString& to,
                          const std::function<void(std::int64_t, std::int64_t)>& report);
+/// Copies a file, a link as a link, or a folder with all that it holds and in the same way. Appears under its
+/// name only when complete, and never in place of something: EEXIST. EINVAL for a device, FIFO or socket.
+std::error_code CopyTree(const XpString& from, const XpString& to);
 /// Moves a file or folder to the user's trash, from where a desktop restores it.
 std::error_code MoveToTrash(const XpString& path);
 

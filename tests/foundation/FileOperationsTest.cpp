@@ -4,12 +4,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpPathOperations.h"
 #include "foundation/file/XpPathQuery.h"
+#include "foundation/platform/FileSystem.h"
 #include "tests/foundation/FolderTest.h"
 #include "tests/foundation/ScopedVariable.h"
 
@@ -88,6 +91,16 @@ TEST_F(FileOperationsTest, RenamingReplacesAFileButMovingReplacesNoFolder) {
   EXPECT_EQ(Get("to"), "new");
   EXPECT_EQ(XpFileRename(Path("none"), Path("to")), XpErrFileNotFound);
   EXPECT_EQ(XpFileRename(Path("to"), Path("b")), XpErrAccessDenied);
+  Put("locked", "kept");
+  fs::permissions(Native("locked"), fs::perms::owner_read);
+  ASSERT_EQ(mkfifo(Native("fifo").c_str(), 0600), 0);
+  for (const char* target : {"locked", "fifo"}) {
+    EXPECT_EQ(XpFileRename(Path("to"), Path(target)), XpErrAccessDenied) << target;
+    EXPECT_EQ(XpFileMove(Path("to"), Path(target), nullptr), XpErrAccessDenied) << target;
+  }
+  EXPECT_EQ(Get("locked"), "kept");
+  EXPECT_TRUE(fs::is_fifo(Native("fifo")));
+  EXPECT_EQ(XpFileRename(Path("locked"), Path("locked")), XpOk);
   XpFileProgress progress;
   EXPECT_EQ(XpFileCopyOrMove(Path("a"), Path("b"), &progress), XpErrAlreadyExists);
   EXPECT_EQ(progress.done, 0);
@@ -124,6 +137,13 @@ TEST_F(FileOperationsTest, MovingToAnotherVolumeCopiesWholeAndThenDeletes) {
   EXPECT_EQ(XpFileMove(Put("file", "x"), folder, nullptr), XpErrAccessDenied);
   EXPECT_EQ(Get("file"), "x");
   EXPECT_EQ(other.Count(), 1) << "a partial copy was left";
+  Put("tree/sub/deep", "whole");
+  EXPECT_EQ(XpFilesMove(std::vector{Path("tree"), Path("file")}, folder), XpOk);
+  EXPECT_EQ(other.Read("tree/sub/deep") + other.Read("file"), "wholex");
+  EXPECT_FALSE(Exists("tree") || Exists("file"));
+  EXPECT_EQ(XpFilesMove(std::vector{Put("file", "mine")}, folder), XpErrShellMoveFailed);
+  EXPECT_EQ(other.Read("file") + Get("file"), "xmine");
+  EXPECT_EQ(other.Count(), 3);
 }
 
 TEST_F(FileOperationsTest, SeveralFilesMoveIntoAFolderThatIsMade) {
@@ -131,6 +151,43 @@ TEST_F(FileOperationsTest, SeveralFilesMoveIntoAFolderThatIsMade) {
   EXPECT_EQ(XpFilesMove(paths, Path("new/target")), XpOk);
   EXPECT_EQ(Get("new/target/a.txt") + Get("new/target/b.txt"), "12");
   EXPECT_EQ(XpFilesMove(paths, Path("new/target")), XpErrShellMoveFailed);
+  EXPECT_EQ(XpFilesMove(std::vector{Path("sub"), Put("a.txt", "mine")}, Path("new/target")),
+            XpErrShellMoveFailed);
+  EXPECT_TRUE(fs::is_directory(Native("new/target/sub")));
+  EXPECT_EQ(Get("new/target/a.txt") + Get("a.txt"), "1mine") << "nothing is replaced";
+}
+
+TEST_F(FileOperationsTest, ATreeIsCopiedWithItsLinksAndStatesOrNotAtAll) {
+  using vrx::platform::CopyTree;
+  Put("outside", "kept");
+  Put("tree/odd\\name\xFF", "1");
+  Put("tree/private/file", "2");
+  fs::permissions(Native("tree/private/file"), fs::perms::owner_read);
+  fs::permissions(Native("tree/private"), fs::perms::owner_all);
+  fs::create_symlink("../outside", Native("tree/link"));
+  fs::create_symlink("nowhere", Native("tree/dangling"));
+  const auto written = fs::file_time_type::clock::now() - std::chrono::hours(1000);
+  for (const char* name : {"tree/private/file", "tree/private", "tree"})
+    fs::last_write_time(Native(name), written);
+  EXPECT_FALSE(CopyTree(Path("tree"), Path("copy")));
+  EXPECT_EQ(Get("copy/odd\\name\xFF") + Get("copy/private/file"), "12");
+  EXPECT_EQ(fs::read_symlink(Native("copy/link")), "../outside");
+  EXPECT_EQ(fs::read_symlink(Native("copy/dangling")), "nowhere");
+  EXPECT_EQ(fs::status(Native("copy/private/file")).permissions(), fs::perms::owner_read);
+  EXPECT_EQ(fs::status(Native("copy/private")).permissions(), fs::perms::owner_all);
+  for (const char* name : {"copy/private/file", "copy/private", "copy"}) {
+    EXPECT_EQ(fs::last_write_time(Native(name)), written) << name;
+  }
+  EXPECT_FALSE(CopyTree(Path("tree/link"), Path("link")));
+  EXPECT_TRUE(fs::is_symlink(Native("link")));
+
+  EXPECT_EQ(CopyTree(Path("tree"), Path("copy")), std::errc::file_exists);
+  EXPECT_EQ(CopyTree(Path("tree"), Path("tree/private/below")), std::errc::invalid_argument);
+  ASSERT_EQ(mkfifo(Native("tree/private/pipe").c_str(), 0600), 0);
+  EXPECT_EQ(CopyTree(Path("tree"), Path("second")), std::errc::invalid_argument);
+  EXPECT_EQ(CopyTree(Path("none"), Path("second")), std::errc::no_such_file_or_directory);
+  const auto entries = std::distance(fs::directory_iterator(Native("")), fs::directory_iterator());
+  EXPECT_EQ(entries, 4) << "a partial copy was left";
 }
 
 TEST_F(FileOperationsTest, MakingAPathMakesItsParentsAndSaysWhyNot) {

@@ -1,15 +1,27 @@
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <array>
-
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/posix/FileStatus.h"
+#include "foundation/platform/posix/NewNames.h"
 
 namespace vrx::platform {
+namespace posix {
+
+std::error_code CopyState(int source, int target, const struct stat& state) {
+  constexpr mode_t kModeBits = 0777;
+  if (fchmod(target, state.st_mode & kModeBits) != 0) return LastCode();
+  const timespec times[] = {state.st_atim, state.st_mtim};
+  if (futimens(target, times) != 0) return LastCode();
+  // Not every file system holds the mark; a copy that is not hidden is better than no copy.
+  if (fgetxattr(source, kHiddenMark, nullptr, 0) >= 0) fsetxattr(target, kHiddenMark, "1", 1, 0);
+  return {};
+}
+
+}  // namespace posix
+
 namespace {
 
 using posix::ErrnoCode;
@@ -17,20 +29,6 @@ using posix::LastCode;
 using Report = std::function<void(std::int64_t, std::int64_t)>;
 
 constexpr std::size_t kCopyBlock = 1u << 20;
-
-class Descriptor {
- public:
-  explicit Descriptor(int file) : m_file(file) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (m_file >= 0) close(m_file);
-  }
-  int Get() const { return m_file; }
-
- private:
-  int m_file;
-};
 
 std::error_code CopyBytes(int source, int target, std::int64_t size, const Report& report) {
   std::vector<char> block(kCopyBlock);
@@ -46,17 +44,6 @@ std::error_code CopyBytes(int source, int target, std::int64_t size, const Repor
   }
 }
 
-std::error_code CopyState(int source, int target, const struct stat& state) {
-  constexpr mode_t kModeBits = 0777;
-  if (fchmod(target, state.st_mode & kModeBits) != 0) return LastCode();
-  const timespec times[] = {state.st_atim, state.st_mtim};
-  if (futimens(target, times) != 0) return LastCode();
-  // Not every file system holds the mark; a copy that is not hidden is better than no copy.
-  if (fgetxattr(source, posix::kHiddenMark, nullptr, 0) >= 0)
-    fsetxattr(target, posix::kHiddenMark, "1", 1, 0);
-  return {};
-}
-
 }  // namespace
 
 std::error_code CopyFile(const XpString& from, const XpString& to, const Report& report) {
@@ -64,16 +51,18 @@ std::error_code CopyFile(const XpString& from, const XpString& to, const Report&
   if (const auto error = posix::PathBytes(to, target)) return error;
   FileHandle handle = kNoFile;
   if (const auto error = OpenFile(from, FileAccess::Read, FileScan::Sequential, handle)) return error;
-  const Descriptor source(static_cast<int>(handle));
+  const posix::Descriptor source(static_cast<int>(handle));
   struct stat state {};
   if (fstat(source.Get(), &state) != 0) return LastCode();
   if (!S_ISREG(state.st_mode)) return ErrnoCode(EINVAL);
 
-  std::string partial = target + ".XXXXXX";
-  const Descriptor copy(mkostemp(partial.data(), O_CLOEXEC));
-  if (copy.Get() < 0) return LastCode();
+  constexpr mode_t kPrivateMode = 0600;
+  std::string partial;
+  int made = -1;
+  if (const auto failed = posix::MakeFileBeside(target, kPrivateMode, partial, made)) return failed;
+  const posix::Descriptor copy(made);
   std::error_code error = CopyBytes(source.Get(), copy.Get(), state.st_size, report);
-  if (!error) error = CopyState(source.Get(), copy.Get(), state);
+  if (!error) error = posix::CopyState(source.Get(), copy.Get(), state);
   // The source may be deleted next, so the copy has to be on the disk.
   if (!error && fsync(copy.Get()) != 0) error = LastCode();
   if (!error && rename(partial.c_str(), target.c_str()) != 0) error = LastCode();

@@ -54,6 +54,7 @@ std::error_code Stat(int folder, const char* path, int flags, FileStatus& status
   const auto ticks = [](const statx_timestamp& time) { return TicksOf(time.tv_sec, time.tv_nsec); };
   status.isDirectory = S_ISDIR(state.stx_mode);
   status.isLink = S_ISLNK(state.stx_mode);
+  status.isSpecial = !S_ISDIR(state.stx_mode) && !S_ISREG(state.stx_mode) && !status.isLink;
   status.isReadOnly = (state.stx_mode & S_IWUSR) == 0;
   status.size =
       status.isDirectory ? 0 : static_cast<std::int64_t>(std::min<std::uint64_t>(state.stx_size, INT64_MAX));

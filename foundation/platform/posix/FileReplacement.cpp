@@ -1,37 +1,33 @@
 #include "foundation/platform/FileReplacement.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <utility>
 #include <vector>
 
 #include "foundation/platform/Paths.h"
 #include "foundation/platform/posix/FileStatus.h"
+#include "foundation/platform/posix/NewNames.h"
 
 namespace vrx::platform {
 namespace {
 
 using posix::ErrnoCode;
+using posix::FolderOf;
 using posix::LastCode;
 
-constexpr int kMostLinks = 40;  // as many as the kernel follows
-constexpr int kMostNames = 100;
+constexpr int kMostLinks = 40;         // as many as the kernel follows
 constexpr mode_t kUsualMode = 0666;    // less the user's mask
 constexpr mode_t kPrivateMode = 0600;  // until the old file's permissions are carried over
 constexpr mode_t kModeBits = 0777;
 constexpr std::size_t kLargestAttribute = 65536;  // the kernel takes no more
 
 int DescriptorOf(FileHandle handle) { return static_cast<int>(handle); }
-
-/// The folder part of a path with its slash; empty for a bare name.
-std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
 
 /// In a sticky folder for everyone, anyone could lead a program elsewhere by a link. The kernel refuses such
 /// links when it follows them itself.
@@ -59,17 +55,6 @@ std::error_code FollowLinks(std::string& path) {
     path = to.starts_with('/') ? std::string(to) : FolderOf(path).append(to);
   }
   return ErrnoCode(ELOOP);
-}
-
-std::error_code RandomName(std::string& name) {
-  constexpr int kHexadecimal = 16;
-  std::uint64_t number = 0;
-  if (getrandom(&number, sizeof(number), 0) != sizeof(number)) return LastCode();
-  std::array<char, 2 * sizeof(number)> digits;
-  const auto end = std::to_chars(digits.begin(), digits.end(), number, kHexadecimal).ptr;
-  // Not made from the target's name, which may be as long as a name can be.
-  name = ".vrx-" + std::string(digits.begin(), end);
-  return {};
 }
 
 /// Marks and access lists. What a file system does not take is left out.
@@ -136,18 +121,12 @@ std::error_code FileReplacement::OpenTarget() {
 
 std::error_code FileReplacement::OpenNew() {
   const mode_t mode = m_old != kNoFile ? kPrivateMode : kUsualMode;
-  for (int i = 0; i < kMostNames; ++i) {
-    std::string name;
-    if (const auto error = RandomName(name)) return error;
-    name.insert(0, FolderOf(m_target));
-    const int file = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
-    if (file < 0 && errno == EEXIST) continue;
-    if (file < 0) return LastCode();
-    m_new = file;
-    m_newPath = name;
-    return {};
-  }
-  return ErrnoCode(EEXIST);
+  std::string path;
+  int file = -1;
+  if (const auto error = posix::MakeFileBeside(m_target, mode, path, file)) return error;
+  m_new = file;
+  m_newPath = path;
+  return {};
 }
 
 /// False when the new file could not be given to the old one's owner.
