@@ -49,6 +49,7 @@ std::optional<std::uint32_t> ParseNumber(const std::string& text) {
 
 std::string TextOf(const Value& value) {
   if (const auto* text = std::get_if<XpString>(&value)) return Utf8(*text);
+  if (const auto* foreign = std::get_if<ForeignValue>(&value)) return foreign->json;
   return std::to_string(std::get<std::uint32_t>(value));
 }
 

@@ -12,32 +12,37 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kIndent = 2;
+constexpr int kDeepest = 64;
 
 XpString Wide(const std::string& text) { return XpNarrowString(text).ToWide(); }
 std::string Narrow(const XpString& text) { return std::string(text.ToNarrow().AsView()); }
 
-bool ReadValue(const Json& json, Value& value) {
-  if (json.is_string()) {
-    value = Wide(json.get_ref<const std::string&>());
-    return true;
+ForeignValue Foreign(const Json& json) { return {json.dump(-1, ' ', false, Json::error_handler_t::replace)}; }
+
+Value ReadValue(const Json& json) {
+  if (json.is_string()) return Wide(json.get_ref<const std::string&>());
+  if (json.is_number_unsigned()) {
+    const auto number = json.get<std::uint64_t>();
+    if (number <= std::numeric_limits<std::uint32_t>::max()) return static_cast<std::uint32_t>(number);
   }
-  if (!json.is_number_unsigned()) return false;
-  const auto number = json.get<std::uint64_t>();
-  if (number > std::numeric_limits<std::uint32_t>::max()) return false;
-  value = static_cast<std::uint32_t>(number);
-  return true;
+  return Foreign(json);
 }
 
-bool ReadKeys(const Json& json, Document::Keys& keys) {
-  if (!json.is_object()) return false;
-  for (const auto& [path, values] : json.items()) {
-    if (!values.is_object()) return false;
-    Values& key = keys[NormalKeyPath(Wide(path))];
-    for (const auto& [name, content] : values.items()) {
-      if (!ReadValue(content, key[Wide(name)])) return false;
-    }
-  }
-  return true;
+Json WriteValue(const Value& value) {
+  if (const auto* text = std::get_if<XpString>(&value)) return Narrow(*text);
+  if (const auto* number = std::get_if<std::uint32_t>(&value)) return *number;
+  return Json::parse(std::get<ForeignValue>(value).json);
+}
+
+/// Discarded when the bytes are no JSON or nested too deeply for what walks through it.
+Json ParseJson(std::string_view bytes) {
+  bool isTooDeep = false;
+  const auto limit = [&](int depth, Json::parse_event_t, const Json&) {
+    isTooDeep = isTooDeep || depth > kDeepest;
+    return !isTooDeep;
+  };
+  Json json = Json::parse(bytes, limit, false);
+  return isTooDeep ? Json(Json::value_t::discarded) : json;
 }
 
 }  // namespace
@@ -56,31 +61,34 @@ XpString NormalKeyPath(const XpString& path) {
 
 bool Document::Parse(std::string_view bytes) {
   keys.clear();
-  const Json json = Json::parse(bytes, nullptr, false);
-  if (!json.is_discarded() && ReadKeys(json, keys)) return true;
-  keys.clear();
-  return false;
+  foreign.clear();
+  const Json json = ParseJson(bytes);
+  if (!json.is_object()) return false;
+  for (const auto& [path, values] : json.items()) {
+    const XpString key = NormalKeyPath(Wide(path));
+    if (!values.is_object()) {
+      foreign[key] = Foreign(values);
+      continue;
+    }
+    Values& known = keys[key];
+    for (const auto& [name, value] : values.items()) known[Wide(name)] = ReadValue(value);
+  }
+  return true;
 }
 
 std::string Document::Write() const {
   Json json = Json::object();
+  for (const auto& [path, value] : foreign) json[Narrow(path)] = WriteValue(value);
   for (const auto& [path, values] : keys) {
     Json& key = json[Narrow(path)] = Json::object();
-    for (const auto& [name, value] : values) {
-      Json& entry = key[Narrow(name)];
-      if (const auto* text = std::get_if<XpString>(&value)) {
-        entry = Narrow(*text);
-      } else {
-        entry = std::get<std::uint32_t>(value);
-      }
-    }
+    for (const auto& [name, value] : values) key[Narrow(name)] = WriteValue(value);
   }
   // Text that is not Unicode cannot be kept in this form.
   return json.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 bool Document::HasKey(const XpString& path) const {
-  if (keys.contains(path)) return true;
+  if (path.IsEmpty() || keys.contains(path)) return true;
   const XpString below = path + u"\\";
   for (const auto& [key, values] : keys) {
     if (XpCompareNoCase(key.Left(below.Length()), below) == 0) return true;

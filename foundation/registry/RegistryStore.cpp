@@ -5,6 +5,7 @@
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpPathOperations.h"
 #include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpReplaceFile.h"
 #include "foundation/platform/FileLock.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/KnownFolders.h"
@@ -43,22 +44,27 @@ State ReadFile(const XpString& path, Document& document) {
   return document.Parse(bytes) ? State::Good : State::Damaged;
 }
 
-bool KeepDamagedFile(const XpString& path) {
+/// Copies the damaged file beside itself; `kept` is the copy's path.
+bool KeepDamagedFile(const XpString& path, XpString& kept) {
   for (std::int32_t i = 1; i <= kMostDamagedFiles; ++i) {
-    XpString kept = path + u".damaged";
-    if (i > 1) kept.AppendFormat(u"-%d", i);
-    if (XpPathExists(kept, nullptr)) continue;
-    return !platform::Rename(path, kept, false);
+    XpString free = path + u".damaged";
+    if (i > 1) free.AppendFormat(u"-%d", i);
+    if (XpPathExists(free, nullptr)) continue;
+    if (platform::CopyFile(path, free, {})) return false;
+    kept = free;
+    return true;
   }
   return false;
 }
 
-bool WriteFile(const XpString& path, const std::string& bytes) {
-  XpFile file;
-  if (file.OpenPath(path, XpOpenWrite, XpShareRead) != XpOk) return false;
-  std::uint64_t done = 0;
-  const XpResult written = file.Write(bytes.data(), bytes.size(), &done);
-  return file.Close() == XpOk && written == XpOk;
+bool ReplaceStore(const XpString& path, const std::string& bytes, bool isDamaged) {
+  XpString kept;
+  const XpResult result = XpReplaceFile(path, [&](XpAbstractFile& file) -> XpResult {
+    if (isDamaged && !KeepDamagedFile(path, kept)) return XpErrFailed;
+    return file.Write(bytes.data(), bytes.size(), nullptr);
+  });
+  if (result != XpOk && !kept.IsEmpty()) platform::RemoveFile(kept);
+  return result == XpOk;
 }
 
 }  // namespace
@@ -92,12 +98,7 @@ XpResult ChangeStore(Root root, const std::function<bool(Document&)>& change) {
   const State state = ReadFile(path, document);
   if (state == State::Unreadable) return XpErrFailed;
   if (!change(document)) return XpOk;
-  const XpString written = path + u".new";
-  const bool ready = WriteFile(written, document.Write()) &&
-                     (state != State::Damaged || KeepDamagedFile(path)) &&
-                     !platform::Rename(written, path, true);
-  if (!ready) platform::RemoveFile(written);
-  return ready ? XpOk : XpErrFailed;
+  return ReplaceStore(path, document.Write(), state == State::Damaged) ? XpOk : XpErrFailed;
 }
 
 }  // namespace vrx::registry

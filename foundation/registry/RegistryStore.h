@@ -21,9 +21,9 @@ XpString StorePath(Root root);
 /// Reads the file as it is now. A file that is missing or damaged gives an empty document.
 Document ReadStore(Root root);
 
-/// Applies `change` to the file as it is now and puts the result in its place; when `change` answers false,
-/// nothing is written. A damaged file is kept beside the new one as "….damaged". XpErrFailed, and nothing
-/// changed, when the file cannot be written.
+/// Applies `change` to the file as it is now and replaces it as XpReplaceFile does; when `change` answers
+/// false, nothing is written. A damaged file is kept beside the new one as "….damaged". XpErrFailed, and
+/// nothing changed, when the file cannot be written.
 XpResult ChangeStore(Root root, const std::function<bool(Document&)>& change);
 
 }  // namespace vrx::registry

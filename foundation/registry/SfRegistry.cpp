@@ -28,10 +28,6 @@ XpSharedPtr<SfRegistry> OpenSection(const XpString& section, const XpString& sub
 
 }  // namespace
 
-XpResult SfRegistry::Open(const XpString& path, std::uint32_t rootKind, std::uint32_t access) {
-  return XpRegistry::Open(path, m_opensCurrentUser ? std::uint32_t{XpRegistryCurrentUser} : rootKind, access);
-}
-
 XpString SfRegistryKeyPath(const XpString& product, const XpString& section, const XpString& sub) {
   XpString path = kCompanyKey + product;
   if (!section.IsEmpty()) path = path + u"\\" + section;

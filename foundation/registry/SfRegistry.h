@@ -5,15 +5,7 @@
 #include "foundation/memory/XpSharedPtr.h"
 #include "foundation/registry/XpRegistry.h"
 
-class SfRegistry : public XpRegistry {
- public:
-  /// The store already answers for the user that runs the program; kept for callers that say so.
-  void SetOpensCurrentUser(bool opens) { m_opensCurrentUser = opens; }
-  XpResult Open(const XpString& path, std::uint32_t rootKind, std::uint32_t access) override;
-
- private:
-  bool m_opensCurrentUser = false;
-};
+class SfRegistry : public XpRegistry {};
 
 /// Path of a product's section; an empty section is the product itself. The version's folder is left out for
 /// the sections that all versions share.

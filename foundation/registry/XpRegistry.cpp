@@ -44,7 +44,7 @@ XpResult XpRegistry::Close() {
 }
 
 bool XpRegistry::FindValue(const XpString& name, Value& value) const {
-  if (!m_isOpen) return false;
+  if (!m_isOpen || (m_access & XpRegistryRead) == 0) return false;
   const Document document = ReadStore(RootOf(m_rootKind));
   const Value* found = document.Find(m_keyPath, WithBackslashes(name));
   if (found != nullptr) value = *found;

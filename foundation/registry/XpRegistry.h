@@ -29,14 +29,15 @@ class XpRegistry {
   virtual ~XpRegistry() = default;
 
   /// Closes an open key first. Opening for more than reading makes a missing key; a missing key cannot be
-  /// opened for reading: XpErrFailed.
+  /// opened for reading: XpErrFailed. The empty path is the root, which is always there.
   virtual XpResult Open(const XpString& path, std::uint32_t rootKind, std::uint32_t access);
-  /// The same with the path as it stands.
+  /// The same with every '/' of the path as part of a name.
   virtual XpResult OpenRaw(const XpString& path, std::uint32_t rootKind, std::uint32_t access);
   /// XpErrFailed when nothing is open.
   virtual XpResult Close();
 
-  /// The default for a closed key and for a value that is missing or of another type.
+  /// The default for a key that is closed or open for writing alone, and for a value that is missing or of
+  /// another type.
   XpString GetString(const XpString& name, const XpString& absent) const;
   std::uint32_t GetDword(const XpString& name, std::uint32_t absent) const;
   /// A number that isn't 0.

@@ -9,6 +9,7 @@
 #include "foundation/registry/SfRegistry.h"
 #include "foundation/registry/SystemSettings.h"
 #include "tests/foundation/ScopedVariable.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -58,9 +59,10 @@ TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
 }
 
 TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {
-  for (const std::string damage :
-       {"", "[]", "{\"Software\\\\A\": {\"n\": 1}", "{\"a\": 1}", "{\"a\": {\"b\": -1}}",
-        "{\"a\": {\"b\": 4294967296}}", "{\"a\": {\"b\": null}}"}) {
+  const std::string deep =
+      R"({"Software\\A": {"n": )" + std::string(100'000, '[') + std::string(100'000, ']') + "}}";
+  for (const std::string& damage :
+       {std::string(), std::string("[]"), std::string(R"({"Software\\A": {"n": 1})"), deep}) {
     const TempFolder own;
     const ScopedVariable variable("VRX_REGISTRY_DIR", own.Path());
     own.Write("current-user.json", damage);
@@ -70,6 +72,73 @@ TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {
     EXPECT_EQ(own.Read("current-user.json.damaged"), damage);
     EXPECT_TRUE(XpRegistryOpen(u"Software\\B", 0, XpRegistryRead));
   }
+}
+
+TEST_F(RegistryTest, ForeignValuesGiveDefaultsStayInTheFileAndHarmNoOthers) {
+  folder.Write("current-user.json", R"({"Software\\A": {"n": true, "list": [1, {"x": null}], "below": -1,
+      "large": 4294967296, "text": "kept"}, "note": "no key"})");
+  const auto key = XpRegistryOpen(u"Software\\A", 0, kReadWrite);
+  ASSERT_TRUE(key);
+  for (const char16_t* name : {u"n", u"list", u"below", u"large"}) {
+    EXPECT_EQ(key->GetDword(name, 5), 5u);
+    EXPECT_EQ(key->GetString(name, u"none"), u"none");
+    EXPECT_TRUE(key->HasValue(name));
+  }
+  EXPECT_EQ(key->GetString(u"text", u""), u"kept");
+  EXPECT_EQ(key->SetDword(u"n", 7), XpOk);
+  EXPECT_EQ(key->GetDword(u"n", 0), 7u);
+  const std::string file = folder.Read("current-user.json");
+  for (const char* part : {"-1", "4294967296", "null", "no key", "\"n\": 7"})
+    EXPECT_THAT(file, testing::HasSubstr(part));
+  EXPECT_EQ(folder.Count(), 2) << "the file and its lock";
+}
+
+TEST_F(RegistryTest, AStoreThatCannotBeReplacedStaysAndLeavesNothingBeside) {
+  folder.Write("current-user.json", "damaged");
+  std::filesystem::permissions(folder.Path() / "current-user.json", std::filesystem::perms::owner_read);
+  EXPECT_FALSE(XpRegistryOpen(u"Software\\B", 0, kReadWrite)) << "it is write-protected";
+  EXPECT_EQ(folder.Count(), 2) << "the file and its lock";
+  std::filesystem::permissions(folder.Path() / "current-user.json", std::filesystem::perms::owner_all);
+  {
+    const FullDisk disk(3);
+    EXPECT_FALSE(XpRegistryOpen(u"Software\\B", 0, kReadWrite));
+  }
+  EXPECT_EQ(folder.Count(), 2);
+  folder.Write("current-user.json.damaged", "older");
+  for (int i = 2; i <= 100; ++i) folder.Write("current-user.json.damaged-" + std::to_string(i), "older");
+  EXPECT_FALSE(XpRegistryOpen(u"Software\\B", 0, kReadWrite)) << "no name is left to keep it under";
+  EXPECT_EQ(folder.Read("current-user.json"), "damaged");
+  EXPECT_EQ(folder.Count(), 102);
+}
+
+TEST_F(RegistryTest, ALinkedStoreStaysALink) {
+  const TempFolder elsewhere;
+  for (const char* before : {"{}", "damaged"}) {
+    elsewhere.Write("settings", before);
+    std::filesystem::remove(folder.Path() / "current-user.json");
+    std::filesystem::create_symlink(elsewhere.Path() / "settings", folder.Path() / "current-user.json");
+    EXPECT_TRUE(XpRegistryOpen(u"Software\\B", 0, kReadWrite));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "current-user.json"));
+    EXPECT_THAT(elsewhere.Read("settings"), testing::HasSubstr("Software"));
+  }
+  EXPECT_EQ(folder.Read("current-user.json.damaged"), "damaged");
+}
+
+TEST_F(RegistryTest, TheRootIsAlwaysThereAndAKeyGivesOnlyTheAccessAskedFor) {
+  XpRegistry root;
+  ASSERT_EQ(root.Open(u"", 0, XpRegistryRead), XpOk);
+  EXPECT_EQ(folder.Count(), 0);
+  XpRegistry key;
+  ASSERT_EQ(key.Open(u"Software\\A", 0, XpRegistryWrite), XpOk);
+  EXPECT_EQ(key.SetDword(u"n", 1), XpOk);
+  EXPECT_EQ(key.GetDword(u"n", 9), 9u);
+  EXPECT_FALSE(key.HasValue(u"n"));
+  const auto below = root.OpenSubKey(u"Software\\A");
+  ASSERT_TRUE(below);
+  EXPECT_EQ(below->GetDword(u"n", 9), 1u);
+  ASSERT_EQ(root.Open(u"\\", 0, kReadWrite), XpOk);
+  EXPECT_EQ(root.SetString(u"Text", u"at the root"), XpOk);
+  EXPECT_EQ(root.GetString(u"text", u""), u"at the root");
 }
 
 TEST_F(RegistryTest, ManyWritersLoseNothing) {
