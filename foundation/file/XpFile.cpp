@@ -87,7 +87,6 @@ XpResult XpFile::FlushToDisk() {
 }
 
 XpResult XpFile::SetTimes(const XpDateTime* creation, const XpDateTime* write, const XpDateTime* access) {
-  if (m_isListingEntry) return XpErrNotSupported;
   std::optional<std::uint64_t> ticks;
   for (const XpDateTime* time : {creation, write, access}) {
     if (!TicksOf(time, ticks)) return XpErrInvalidFileOperation;

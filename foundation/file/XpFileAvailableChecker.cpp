@@ -9,6 +9,7 @@
 #include "foundation/file/XpPathQuery.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/NetworkPath.h"
+#include "foundation/platform/Paths.h"
 #include "foundation/text/XpPath.h"
 
 namespace platform = vrx::platform;
@@ -16,7 +17,7 @@ namespace platform = vrx::platform;
 namespace {
 
 bool FolderHasStem(const XpString& path) {
-  const XpString folder = XpPathDirectory(path);
+  const XpString folder = XpPathDirectory(platform::AbsolutePath(path));
   const XpString stem = XpPathStem(path);
   std::vector<XpString> names;
   if (platform::ListFolder(folder, names)) return false;

@@ -25,7 +25,7 @@ std::int32_t RootLength(const XpString& path) {
   if (XpPathIsNative(path)) return 1;
   if (!XpPathIsAbsolute(path)) return 0;
   if (path[1] == u':') return IsSeparator(path[2], false) ? 3 : 2;
-  if (path[1] != u'\\') return 0;
+  if (!XpPathNamesServer(path)) return 0;
   constexpr std::int32_t kServer = 2;
   const std::int32_t serverEnd = NextSeparator(path, kServer);
   const std::int32_t shareEnd = NextSeparator(path, serverEnd + 1);

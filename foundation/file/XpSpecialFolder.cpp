@@ -49,7 +49,7 @@ XpString XpGetSpecialFolder(std::int32_t kind) {
     case XpFolderLocalAppData:
       return platform::DataFolder();
     case XpFolderExecutable:
-      return XpPathStripTrailingSlash(XpPathDirectory(platform::ExecutablePath()));
+      return XpPathParent(platform::ExecutablePath());
     case XpExecutablePath:
       return platform::ExecutablePath();
     case XpFolderProfile:

@@ -10,7 +10,7 @@ namespace vrx::platform {
 
 /// The bytes that name `path` to the system: a native path as it is, every other one with slashes and its
 /// drive letter replaced by the folder of the drive table. Empty when the path has no such form: the empty
-/// path, an unknown drive, or a NUL inside.
+/// path, an unknown drive, a server, or a NUL inside.
 std::string NativePath(const XpString& path);
 
 /// The native path that the system's bytes spell.

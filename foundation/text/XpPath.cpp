@@ -1,5 +1,8 @@
 #include "foundation/text/XpPath.h"
 
+#include <algorithm>
+#include <string>
+
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
@@ -13,6 +16,15 @@ bool EndsInSeparator(const XpString& path) {
 
 const char16_t* SeparatorFor(const XpString& path) { return XpPathIsNative(path) ? u"/" : u"\\"; }
 
+/// Ends in a separator, and has the same one throughout where two are understood.
+XpString Comparable(const XpString& path) {
+  const XpString whole = XpPathAddTrailingSlash(path);
+  if (XpPathIsNative(whole)) return whole;
+  std::u16string text(whole.AsView());
+  std::replace(text.begin(), text.end(), u'/', u'\\');
+  return XpString(text);
+}
+
 bool IsDriveLetter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }
 
 }  // namespace
@@ -22,6 +34,8 @@ bool XpPathIsNative(const XpString& path) { return path[0] == u'/'; }
 bool XpPathIsAbsolute(const XpString& path) {
   return XpPathIsNative(path) || path[0] == u'\\' || (IsDriveLetter(path[0]) && path[1] == u':');
 }
+
+bool XpPathNamesServer(const XpString& path) { return path[0] == u'\\' && IsSeparator(path[1], false); }
 
 XpString XpPathJoin(const XpString& dir, const XpString& name) {
   XpString joined = dir;
@@ -63,9 +77,14 @@ XpString XpPathExtension(const XpString& path) {
   return ext;
 }
 
+XpString XpPathParent(const XpString& path) {
+  const XpString dir = XpPathDirectory(path);
+  const XpString bare = XpPathStripTrailingSlash(dir);
+  return bare.IsEmpty() ? dir : bare;
+}
+
 std::int32_t XpPathCompare(const XpString& a, const XpString& b) {
-  const bool equal = XpCompareNoCase(XpPathAddTrailingSlash(a), XpPathAddTrailingSlash(b)) == 0;
-  return equal ? XpPathEqual : XpPathDifferent;
+  return XpCompareNoCase(Comparable(a), Comparable(b)) == 0 ? XpPathEqual : XpPathDifferent;
 }
 
 XpString XpPathStripTrailingSlash(const XpString& path) {

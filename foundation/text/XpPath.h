@@ -7,20 +7,18 @@
 
 #include "vrx/XpString.h"
 
-/// A path together with a kind that this class only stores and hands on.
+/// A text that is meant as a path.
 class XpPath {
  public:
-  explicit XpPath(const XpString& text = XpString(), std::int32_t kind = 0) : m_text(text), m_kind(kind) {}
+  explicit XpPath(const XpString& text = XpString()) : m_text(text) {}
   XpPath(const XpPath&) = default;
   XpPath& operator=(const XpPath&) = default;
   virtual ~XpPath() = default;
 
   const XpString& GetText() const { return m_text; }
-  std::int32_t GetKind() const { return m_kind; }
 
  private:
   XpString m_text;
-  std::int32_t m_kind;
 };
 
 /// Results of XpPathCompare.
@@ -29,6 +27,8 @@ enum : std::int32_t { XpPathEqual = 2, XpPathDifferent = 3 };
 bool XpPathIsNative(const XpString& path);
 /// True for a native path and for one with a drive or a server; false for a path that needs a folder.
 bool XpPathIsAbsolute(const XpString& path);
+/// True for \\server\share: servers are reached through folders that they are mounted on, not by name.
+bool XpPathNamesServer(const XpString& path);
 
 /// The directory, a separator unless it already ends in one, then the name without a leading separator.
 XpString XpPathJoin(const XpString& dir, const XpString& name);
@@ -40,7 +40,11 @@ XpString XpPathDirectory(const XpString& path);
 XpString XpPathStem(const XpString& path);
 XpString XpPathExtension(const XpString& path);
 
-/// XpPathEqual or XpPathDifferent, without regard to case and to one trailing separator.
+/// The directory without its trailing separator, but for a root that is nothing else.
+XpString XpPathParent(const XpString& path);
+
+/// XpPathEqual or XpPathDifferent, without regard to case, to one trailing separator and, but for native
+/// paths, to which separator it is.
 std::int32_t XpPathCompare(const XpString& a, const XpString& b);
 
 XpString XpPathStripTrailingSlash(const XpString& path);

@@ -76,6 +76,15 @@ TEST_F(DirTest, AnEntryAnswersFromTheListing) {
   XpString path;
   EXPECT_EQ(entry->GetPathText(path), XpOk);
   EXPECT_EQ(XpFile(path).GetSize(), 13);
+  XpDateTime written;
+  written.SetDateTime(2016, 2, 29, 12, 34, 56);
+  EXPECT_EQ(entry->SetTimes(nullptr, &written, nullptr), XpOk);
+  XpDateTime listed;
+  XpDateTime now;
+  EXPECT_EQ(entry->GetWriteTime(listed), XpOk);
+  EXPECT_EQ(XpFile(path).GetWriteTime(now), XpOk);
+  EXPECT_NE(listed.GetValue(), written.GetValue());
+  EXPECT_EQ(now.GetValue(), written.GetValue());
 }
 
 TEST_F(DirTest, CountingATreeDoesNotGoRoundInLinks) {

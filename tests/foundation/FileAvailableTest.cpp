@@ -38,6 +38,19 @@ TEST_F(FileAvailableTest, TellsFilesFromFoldersHereAndOnAShare) {
   }
 }
 
+TEST_F(FileAvailableTest, ABareNameIsLookedForInTheWorkingFolder) {
+  Put("DSC1.JPG");
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(Native(""));
+  for (const auto& tests : {XpFileAvailableChecker::Tests::OfSystem(), OnNetwork()}) {
+    XpFileAvailableChecker checker(tests);
+    EXPECT_TRUE(checker.FileExists(u"DSC1.JPG", kPatient));
+    EXPECT_TRUE(checker.StemFileExists(u"dsc1.modd", kPatient));
+    EXPECT_FALSE(checker.StemFileExists(u"DSC2.modd", kPatient));
+  }
+  std::filesystem::current_path(before);
+}
+
 /// A share that answers a path only once the gate is open, and counts the questions.
 struct SlowShare {
   XpManualEvent gate;

@@ -205,6 +205,9 @@ TEST_F(FileOperationsTest, MakingAPathMakesItsParentsAndSaysWhyNot) {
     EXPECT_EQ(XpPathMake(form), XpErrPathForm) << XpString(form);
   }
   EXPECT_EQ(XpPathMake(u"Q:\\x"), XpErrPathNotFound);
+  const XpString likeServer = u"\\" + Path("a");
+  EXPECT_FALSE(XpPathIsDirectory(likeServer)) << "a server is no local folder";
+  EXPECT_EQ(XpPathMake(likeServer + u"\\share\\x"), XpErrPathNotFound);
 }
 
 TEST_F(FileOperationsTest, RemovingATreeNeverLeavesItThroughLinks) {

@@ -44,12 +44,18 @@ TEST(PathTest, SplittingFindsFolderStemAndExtension) {
   }
 }
 
-TEST(PathTest, ComparingIgnoresCaseAndOneTrailingSeparator) {
+TEST(PathTest, ComparingIgnoresCaseOneTrailingSeparatorAndWhichItIs) {
   EXPECT_EQ(XpPathCompare(u"C:\\Videos", u"c:\\videos\\"), XpPathEqual);
   EXPECT_EQ(XpPathCompare(u"/\u00C4", u"/\u00E4/"), XpPathEqual);
   EXPECT_EQ(XpPathCompare(u"C:\\a", u"C:\\b"), XpPathDifferent);
+  EXPECT_EQ(XpPathCompare(u"C:\\a/", u"C:\\a"), XpPathEqual);
+  EXPECT_EQ(XpPathCompare(u"C:/a/b", u"c:\\A\\b\\"), XpPathEqual);
+  EXPECT_EQ(XpPathCompare(u"/a\\b", u"/a/b"), XpPathDifferent) << "a native name may hold a backslash";
+  EXPECT_EQ(XpPathCompare(u"/a", u"\\a"), XpPathDifferent);
   EXPECT_EQ(XpPathStripTrailingSlash(u"C:\\a\\/\\"), XpString(u"C:\\a"));
   EXPECT_EQ(XpPathAddTrailingSlash(u""), XpString());
+  EXPECT_EQ(XpPathParent(u"/opt/vrx"), XpString(u"/opt"));
+  EXPECT_EQ(XpPathParent(u"/vrx"), XpString(u"/")) << "a program may lie in the root";
 }
 
 TEST(PathTest, TheSystemGetsNativeBytes) {
@@ -63,6 +69,8 @@ TEST(PathTest, TheSystemGetsNativeBytes) {
   EXPECT_EQ(NativePath(u"/\xDCFF"), "/\xFF");
   vrx::platform::SetDriveFolder('Q', "");
   EXPECT_EQ(NativePath(u"Q:\\x"), "");
+  EXPECT_EQ(NativePath(u"\\rooted"), "/rooted");
+  for (const char16_t* server : {u"\\\\server\\share\\x", u"\\/tmp/x"}) EXPECT_EQ(NativePath(server), "");
   EXPECT_EQ(NativePath(XpString(std::u16string(u"/a\0b", 4))), "");
   EXPECT_EQ(NativePath(u""), "");
 }

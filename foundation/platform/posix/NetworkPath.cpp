@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "foundation/platform/Paths.h"
+#include "foundation/text/XpPath.h"
 
 namespace vrx::platform {
 namespace {
@@ -114,8 +115,7 @@ bool LiesOnNetwork(const std::string& path, const std::vector<Mount>& mounts) {
 }
 
 bool IsNetworkPath(const XpString& path) {
-  const std::u16string_view text = path.AsView();
-  if (text.starts_with(u"\\\\")) return true;
+  if (XpPathNamesServer(path)) return true;
   const std::string native = NativePath(AbsolutePath(path));
   if (native.empty()) return false;
   std::ifstream file("/proc/self/mountinfo", std::ios::binary);

@@ -32,6 +32,7 @@ std::string NativePath(const XpString& path) {
   std::string bytes = textcodec::ToUtf8(path.AsView());
   if (bytes.find('\0') != std::string::npos) return {};
   if (XpPathIsNative(path)) return bytes;
+  if (XpPathNamesServer(path)) return {};
   std::replace(bytes.begin(), bytes.end(), '\\', '/');
   const int drive = bytes.size() >= 2 && bytes[1] == ':' ? DriveIndex(bytes[0]) : -1;
   if (drive < 0) return bytes;
