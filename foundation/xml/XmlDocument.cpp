@@ -15,6 +15,7 @@
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
 
 #include "foundation/file/XpFile.h"
 #include "foundation/xml/XpXmlParser.h"
@@ -34,6 +35,12 @@ struct Refusal {
   const char* message;
 };
 
+/// Thrown at the first element after a document type without declarations.
+struct DoctypeLine {};
+
+/// Characters at which a scanner that reads past a document type could lose its way.
+constexpr std::u16string_view kEndsDoctype = u"[]>";
+
 class ThrowingErrorHandler : public xercesc::ErrorHandler {
  public:
   void warning(const xercesc::SAXParseException&) override {}
@@ -50,7 +57,8 @@ class XmlDocument::LineTable : public std::unordered_map<const xercesc::DOMNode*
 
 class XmlDocument::Parser : public xercesc::XercesDOMParser {
  public:
-  Parser(const XmlLimits& limits, LineTable* lines) : m_limits(limits), m_lines(lines) {
+  Parser(const XmlLimits& limits, LineTable* lines, const XMLCh* scanner) : m_limits(limits), m_lines(lines) {
+    useScanner(scanner);
     setValidationScheme(Val_Never);
     setDoNamespaces(false);
     setLoadExternalDTD(false);
@@ -59,12 +67,20 @@ class XmlDocument::Parser : public xercesc::XercesDOMParser {
     setErrorHandler(&m_errors);
   }
 
-  void doctypeDecl(const xercesc::DTDElementDecl&, const XMLCh*, const XMLCh*, bool, bool) override {
-    throw Refusal{"document types are not allowed"};
+  void doctypeDecl(const xercesc::DTDElementDecl&, const XMLCh* publicId, const XMLCh* systemId,
+                   bool hasInternalSubset, bool) override {
+    if (hasInternalSubset) throw Refusal{"document types with declarations are not allowed"};
+    for (const XMLCh* id : {publicId, systemId}) {
+      if (id != nullptr && std::u16string_view(id).find_first_of(kEndsDoctype) != std::u16string_view::npos) {
+        throw Refusal{"the identifier of a document type must not contain [, ] or >"};
+      }
+    }
+    m_hasDoctypeLine = true;
   }
   void startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri, const XMLCh* prefix,
                     const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t attributeCount,
                     bool isEmpty, bool isRoot) override {
+    if (m_hasDoctypeLine) throw DoctypeLine();
     if (++m_depth > m_limits.depth) throw Refusal{"elements are nested too deeply"};
     if (++m_elements > m_limits.elements) throw Refusal{"the document has too many elements"};
     XercesDOMParser::startElement(declaration, uri, prefix, attributes, attributeCount, isEmpty, isRoot);
@@ -79,6 +95,7 @@ class XmlDocument::Parser : public xercesc::XercesDOMParser {
  private:
   XmlLimits m_limits;
   LineTable* m_lines;  // not owned; null keeps none
+  bool m_hasDoctypeLine = false;
   int m_depth = 0;
   std::size_t m_elements = 0;
   ThrowingErrorHandler m_errors;
@@ -105,11 +122,9 @@ bool XmlDocument::Parse(std::span<const char> bytes, const char* encoding, const
   }
   XpXmlInitialize();
   try {
-    auto parser = std::make_unique<Parser>(limits, m_lines.get());
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), "memory");
     if (encoding != nullptr) source.setEncoding(textcodec::ToUtf16(encoding).c_str());
-    parser->parse(source);
-    m_parser = std::move(parser);
+    m_parser = ParseSource(source, limits);
     return true;
   } catch (const Refusal& refusal) {
     cause = {refusal.message};
@@ -123,6 +138,20 @@ bool XmlDocument::Parse(std::span<const char> bytes, const char* encoding, const
     throw std::bad_alloc();
   }
   return false;
+}
+
+std::unique_ptr<XmlDocument::Parser> XmlDocument::ParseSource(const xercesc::InputSource& source,
+                                                              const XmlLimits& limits) {
+  auto parser = std::make_unique<Parser>(limits, m_lines.get(), xercesc::XMLUni::fgIGXMLScanner);
+  try {
+    parser->parse(source);
+  } catch (const DoctypeLine&) {
+    // The usual scanner would now take an unknown entity for one that the document type declares. This one
+    // knows no document types, so that no entity but XML's own five can be used.
+    parser = std::make_unique<Parser>(limits, m_lines.get(), xercesc::XMLUni::fgWFXMLScanner);
+    parser->parse(source);
+  }
+  return parser;
 }
 
 void XmlDocument::KeepLines() {

@@ -1,5 +1,5 @@
 // Parses XML from memory into a DOM tree with everything switched off that foreign bytes could abuse:
-// document types, external entities and boundless nesting or size. Used by property-list and baseband
+// declarations of document types, entities and boundless nesting or size. Used by property-list and baseband
 // documents.
 #pragma once
 
@@ -18,6 +18,7 @@
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
 class DOMNode;
+class InputSource;
 XERCES_CPP_NAMESPACE_END
 
 namespace vrx::xml {
@@ -44,8 +45,9 @@ class XmlDocument {
   XmlDocument& operator=(XmlDocument&&) noexcept;
   ~XmlDocument();
 
-  /// Reads `bytes`, whose encoding is `encoding` or, when that is null, the one they declare. False with the
-  /// cause in `problem` (may be null) when they are not a well-formed document within the limits.
+  /// Reads `bytes`, whose encoding is `encoding` or, when that is null, the one they declare. A document type
+  /// line that only names its type is ignored, and what it names is never fetched. False with the cause in
+  /// `problem` (may be null) when the bytes are not a well-formed document within the limits.
   bool Parse(std::span<const char> bytes, const char* encoding, const XmlLimits& limits, XmlProblem* problem);
 
   /// Called before Parse, makes LineOf answer.
@@ -59,6 +61,8 @@ class XmlDocument {
  private:
   class LineTable;
   class Parser;
+  std::unique_ptr<Parser> ParseSource(const xercesc::InputSource& source, const XmlLimits& limits);
+
   std::unique_ptr<LineTable> m_lines;
   std::unique_ptr<Parser> m_parser;
 };

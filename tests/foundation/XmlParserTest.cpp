@@ -1,3 +1,8 @@
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include <xercesc/dom/DOM.hpp>
@@ -30,6 +35,71 @@ class Notes final : public XpXmlParser {
  private:
   vrx::xml::XmlDocument m_source;
 };
+
+using vrx::xml::XmlDocument;
+using vrx::xml::XmlLimits;
+
+/// Why the text was refused; empty when it was read.
+std::string Refusal(const std::string& text, const XmlLimits& limits = {}) {
+  XmlDocument document;
+  vrx::xml::XmlProblem problem;
+  const bool isRead = document.Parse(text, nullptr, limits, &problem);
+  EXPECT_EQ(isRead, problem.message.empty());
+  return problem.message;
+}
+
+std::string Repeat(const std::string& text, std::size_t times) {
+  std::string all;
+  for (std::size_t i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+using XmlDocumentTest = FolderTest;
+
+TEST_F(XmlDocumentTest, ADocumentTypeLineIsIgnoredAndWhatItNamesIsNeverOpened) {
+  const std::string dtd = Put("p.dtd", "<!ENTITY lol \"fetched\">").ToNarrow().c_str();
+  const int watch = inotify_init1(IN_NONBLOCK);
+  ASSERT_GE(inotify_add_watch(watch, dtd.c_str(), IN_OPEN | IN_ACCESS), 0);
+  const std::string root = "<plist a='1&amp;2'>&lt;text</plist>";
+  for (const std::string& line :
+       {"<!DOCTYPE plist SYSTEM \"" + dtd + "\">", "<!DOCTYPE plist SYSTEM 'file://" + dtd + "' >\n",
+        "<!-- <!DOCTYPE x [ -->\n<!DOCTYPE plist PUBLIC \"-//Maker//DTD PLIST 1.0//EN\" \"" + dtd + "\">",
+        std::string("<!DOCTYPE plist>")}) {
+    XmlDocument document;
+    document.KeepLines();
+    vrx::xml::XmlProblem problem;
+    ASSERT_TRUE(document.Parse(line + "\n" + root, nullptr, {}, &problem)) << line << problem.message;
+    const xercesc::DOMElement* element = document.Get()->getDocumentElement();
+    EXPECT_EQ(vrx::xml::FirstText(element), u"<text") << line;
+    EXPECT_EQ(XpString(element->getAttribute(u"a")), u"1&2");
+    EXPECT_EQ(document.LineOf(element), static_cast<std::uint64_t>(std::ranges::count(line, '\n') + 2));
+    EXPECT_EQ(Refusal(line + "<plist>&lol;</plist>"), "entity 'lol' not found") << line;
+    EXPECT_EQ(Refusal(line + "<plist a='&lol;'/>"), "entity 'lol' not found") << line;
+  }
+  char event[4096];
+  EXPECT_LT(read(watch, event, sizeof(event)), 0) << "the file was opened";
+  close(watch);
+}
+
+TEST_F(XmlDocumentTest, DeclarationsAndWhatIsTooDeepOrTooLargeAreRefused) {
+  const std::string declares = "document types with declarations are not allowed";
+  const std::string name = "the identifier of a document type must not contain [, ] or >";
+  const std::pair<std::string, std::string> cases[] = {
+      {"<!DOCTYPE p [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]><p>&b;</p>", declares},
+      {"<!DOCTYPE p SYSTEM \"p.dtd\" [<!ENTITY a \"aaaa\">]><p/>", declares},
+      {"<!DOCTYPE p []><p/>", declares},
+      {"<!DOCTYPE p SYSTEM \"[\"><p/>", name},
+      {"<!DOCTYPE p SYSTEM \"a\" b><p/>", "unterminated DOCTYPE declaration"},
+      {"<p>&lol;</p>", "entity 'lol' not found"},
+      {Repeat("<p>", 300'000), "elements are nested too deeply"},
+      {"<!DOCTYPE p>" + Repeat("<p>", 300'000), "elements are nested too deeply"},
+  };
+  for (const auto& [text, reason] : cases) EXPECT_EQ(Refusal(text), reason) << text.substr(0, 100);
+  const std::string wide = "<p>" + Repeat("<q/>", 100) + "</p>";
+  EXPECT_EQ(Refusal(wide, {.elements = 101}), "");
+  EXPECT_EQ(Refusal(wide, {.elements = 100}), "the document has too many elements");
+  EXPECT_EQ(Refusal(wide, {.bytes = 100}), "the document is larger than 0 MiB");
+}
 
 using XmlParserTest = FolderTest;
 

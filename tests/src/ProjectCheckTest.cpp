@@ -198,7 +198,6 @@ TEST_F(ProjectCheckTest, StillsThatLeaveFramesBlackOrSayWhatIsUnknownAreNamed) {
 TEST_F(ProjectCheckTest, UnreadableDocumentSaysWhy) {
   for (const auto& [text, line] : {std::pair{"", "the document is empty"},
                                    {"<plist>\n<dict>", "line 2"},
-                                   {"<!DOCTYPE x><plist/>", "document types are not allowed"},
                                    {"<plist><dict/></plist>", "E VRXWrapper is missing"}}) {
     EXPECT_THAT(Lines(CheckText(text)), ElementsAre(HasSubstr(line)));
   }
