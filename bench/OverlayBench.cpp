@@ -32,7 +32,7 @@ class CaptionedMovie {
     std::vector<CaptionItem> captions;
     for (std::int32_t i = 0; i < kCaptions; ++i) {
       XpString text;
-      text.Format(u"Third day: from the pass down\nto the lake, 1,240 m of descent\nin hour %d", i);
+      XpFormat(text, u"Third day: from the pass down\nto the lake, 1,240 m of descent\nin hour %d", i);
       const std::int32_t start = i * framesEach * kFrameMs;
       constexpr std::int32_t kBottomCentre = 8, kWhite = 0xFFFFFF;
       captions.push_back(

@@ -88,7 +88,7 @@ XpDateTime ParseDate(std::u16string_view text) {
 
 std::string FormatReal(double value) {
   XpNarrowString text;
-  text.Format("%.15f", std::isfinite(value) ? value : 0.0);
+  XpFormat(text, "%.15f", std::isfinite(value) ? value : 0.0);
   return text.c_str();
 }
 
@@ -97,7 +97,7 @@ std::string FormatDate(const XpDateTime& date) {
   const bool hasFields = date.GetDateTimeFields(year, month, day, hour, minute, second, weekday);
   if (!date.IsValid() || !hasFields) return "";
   XpNarrowString text;
-  text.Format("%04ld:%02ld:%02ldT%02ld:%02ld:%02ldZ", year, month, day, hour, minute, second);
+  XpFormat(text, "%04ld:%02ld:%02ldT%02ld:%02ld:%02ldZ", year, month, day, hour, minute, second);
   return text.c_str();
 }
 

@@ -25,7 +25,7 @@ XpMemoryFile::~XpMemoryFile() {
 }
 
 XpResult XpMemoryFile::GetName(XpString& name) const {
-  name.Format(u"Memory File(%32p)", static_cast<const void*>(m_data));
+  XpFormat(name, u"Memory File(%32p)", static_cast<const void*>(m_data));
   return XpOk;
 }
 

@@ -70,7 +70,7 @@ XpString RunNameNow() {
   std::int32_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, dayOfWeek = 0;
   XpString name;
   if (XpDateTime::GetCurrentTime().GetDateTimeFields(year, month, day, hour, minute, second, dayOfWeek)) {
-    name.Format(kRunFormat, year, month, day, hour, minute, second);
+    XpFormat(name, kRunFormat, year, month, day, hour, minute, second);
   }
   return name;
 }

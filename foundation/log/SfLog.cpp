@@ -59,7 +59,7 @@ class ChannelLock {
 
 XpString MutexName(std::uint32_t channel) {
   XpString name;
-  name.Format(u"SfLoggerMutex_%d_%s", channel, XpPathStem(LogFilePath(u"/")));
+  XpFormat(name, u"SfLoggerMutex_%d_%s", channel, XpPathStem(LogFilePath(u"/")));
   return name;
 }
 

@@ -40,8 +40,8 @@ void VRXWrapperLog::Open() {
   XpSharedPtr<XpFile> file(new XpFile);
   if (file->OpenPath(m_path, XpOpenReadWrite | XpOpenText, XpShareRead) != XpOk) return;
   XpString line;
-  line.Format(u"- %s: Start at %s\n", u"VRXWrapper",
-              XpDateTime::GetCurrentTime().FormatDateTime(XpDateShort, XpTimeSecond, true));
+  XpFormat(line, u"- %s: Start at %s\n", u"VRXWrapper",
+           XpDateTime::GetCurrentTime().FormatDateTime(XpDateShort, XpTimeSecond, true));
   file->WriteString((XpString(kSeparator) + line + kSeparator).c_str());
   m_file = file;
 }

@@ -48,7 +48,7 @@ State ReadFile(const XpString& path, Document& document) {
 bool KeepDamagedFile(const XpString& path, XpString& kept) {
   for (std::int32_t i = 1; i <= kMostDamagedFiles; ++i) {
     XpString free = path + u".damaged";
-    if (i > 1) free.AppendFormat(u"-%d", i);
+    if (i > 1) XpAppendFormat(free, u"-%d", i);
     if (XpPathExists(free, nullptr)) continue;
     if (platform::CopyFile(path, free, {})) return false;
     kept = free;

@@ -14,6 +14,7 @@ namespace vrx::text {
 namespace {
 
 constexpr int kWidthLimit = 512;
+constexpr int kTextLimit = 1'000'000'000;  // a precision of text asks for no memory
 constexpr std::size_t kStackCharacters = 256;
 
 /// One conversion of a format, as it is written between the % and its letter.
@@ -39,13 +40,14 @@ class FormatScanner {
     Conversion c;
     while (ReadFlag(c)) {
     }
-    c.width = ReadNumber();
-    if (Skip('.')) c.precision = ReadNumber();
+    c.width = ReadNumber(kWidthLimit);
+    if (Skip('.')) c.precision = ReadNumber(kTextLimit);
     ReadSize(c);
     if (!m_rest.empty()) {
       c.letter = m_rest.front() < 0x80 ? static_cast<char>(m_rest.front()) : '\0';
       m_rest.remove_prefix(1);
     }
+    if (c.precision && c.letter != 's') c.precision = std::min(*c.precision, kWidthLimit);
     return c;
   }
   std::basic_string_view<Ch> Rest() const { return m_rest; }
@@ -64,13 +66,13 @@ class FormatScanner {
     if (Skip('#')) return c.alternate = true;
     return false;
   }
-  int ReadNumber() {
-    int number = 0;
+  int ReadNumber(int limit) {
+    std::int64_t number = 0;
     while (!m_rest.empty() && m_rest.front() >= '0' && m_rest.front() <= '9') {
-      number = std::min(number * 10 + static_cast<int>(m_rest.front() - '0'), kWidthLimit);
+      number = std::min<std::int64_t>(number * 10 + (m_rest.front() - '0'), limit);
       m_rest.remove_prefix(1);
     }
-    return number;
+    return static_cast<int>(number);
   }
   void ReadSize(Conversion& c) {
     while (Skip('l')) c.wide = true;
@@ -166,6 +168,7 @@ class Formatter {
     if (c.letter == 'X') std::transform(digits.begin(), end, digits.begin(), UpperHex);
     std::string_view sign = negative ? "-" : asSigned && c.plus ? "+" : asSigned && c.blank ? " " : "";
     if (hexadecimal && c.alternate && magnitude != 0) sign = c.letter == 'x' ? "0x" : "0X";
+    if (magnitude == 0 && c.precision == 0) end = digits.begin();  // as in C, no digit at all
     Conversion padded = c;
     if (c.precision) padded.zeros = false;
     PutNumber(padded, {sign, {digits.begin(), end}}, c.precision.value_or(1));
@@ -274,7 +277,7 @@ class Formatter {
 };
 
 template <class Ch>
-void AppendTo(XpBasicString<Ch>& result, std::basic_string_view<Ch> format,
+bool AppendTo(XpBasicString<Ch>& result, std::basic_string_view<Ch> format,
               std::span<const FormatArgument> arguments) {
   // Usual lines fit the stack.
   std::array<Ch, 2 * kStackCharacters> stack;
@@ -284,21 +287,22 @@ void AppendTo(XpBasicString<Ch>& result, std::basic_string_view<Ch> format,
     buffer.reserve(kStackCharacters - 1);
     Formatter<Ch>(buffer, arguments).Run(format);
     result.Append(std::basic_string_view<Ch>(buffer));
+    return true;
   } catch (const std::bad_alloc&) {
-    // Told in the header: without memory the string stays as it was.
+    return false;
   }
 }
 
 }  // namespace
 
-void AppendFormatted(XpString& result, std::u16string_view format,
+bool AppendFormatted(XpString& result, std::u16string_view format,
                      std::span<const FormatArgument> arguments) {
-  AppendTo(result, format, arguments);
+  return AppendTo(result, format, arguments);
 }
 
-void AppendFormatted(XpNarrowString& result, std::string_view format,
+bool AppendFormatted(XpNarrowString& result, std::string_view format,
                      std::span<const FormatArgument> arguments) {
-  AppendTo(result, format, arguments);
+  return AppendTo(result, format, arguments);
 }
 
 }  // namespace vrx::text

@@ -1,6 +1,5 @@
 // printf-like formatting for XpString and XpNarrowString, without printf's dangers: every argument is packed
-// with its type, so a conversion never reads an argument of another type. Include this to use Format and
-// AppendFormat.
+// with its type, so a conversion never reads an argument of another type.
 #pragma once
 
 #include <cstddef>
@@ -64,29 +63,28 @@ FormatArgument PackArgument(const T& value) {
 
 /// Appends the formatted text to `result`. Conversions: d i u x X (32-bit integers), the same with l, ll or
 /// I64 (up to 64 bits), f lf e g (reals, with a decimal point in every locale), s (text of either width), c,
-/// p (upper-case hexadecimal of the machine word) and %%; with the flags - 0 + blank #, width and precision
-/// up to 512. A conversion that does not fit its argument, has none or is unknown prints a marker such as
-/// "<%d?>" and asserts in debug builds. When memory fails, `result` stays as it was.
-void AppendFormatted(XpString& result, std::u16string_view format, std::span<const FormatArgument> arguments);
-void AppendFormatted(XpNarrowString& result, std::string_view format,
+/// p (upper-case hexadecimal of the machine word) and %%; with the flags - 0 + blank #, width up to 512, and
+/// precision, for numbers up to 512. A conversion that does not fit its argument, has none or is unknown
+/// prints a marker such as
+/// "<%d?>" and asserts in debug builds. False when memory fails; `result` is then as it was.
+bool AppendFormatted(XpString& result, std::u16string_view format, std::span<const FormatArgument> arguments);
+bool AppendFormatted(XpNarrowString& result, std::string_view format,
                      std::span<const FormatArgument> arguments);
 
 }  // namespace vrx::text
 
-template <class Ch>
-template <class... Args>
-void XpBasicString<Ch>::AppendFormat(const Ch* format, const Args&... args) {
+/// Appends to `text` by the conversions of AppendFormatted. When memory fails, it stays as it was.
+template <class Ch, class... Args>
+void XpAppendFormat(XpBasicString<Ch>& text, const Ch* format, const Args&... args) {
   // One more than needed, since an array cannot be empty.
   const vrx::text::FormatArgument packed[] = {vrx::text::PackArgument(args)..., {}};
-  vrx::text::AppendFormatted(*this, format, std::span(packed, sizeof...(args)));
+  vrx::text::AppendFormatted(text, format, std::span(packed, sizeof...(args)));
 }
 
-template <class Ch>
-template <class... Args>
-void XpBasicString<Ch>::Format(const Ch* format, const Args&... args) {
-  const XpBasicString kept = *this;  // arguments may point into it
+/// The same in place of the old content of `text`, which may be one of the arguments.
+template <class Ch, class... Args>
+void XpFormat(XpBasicString<Ch>& text, const Ch* format, const Args&... args) {
   const vrx::text::FormatArgument packed[] = {vrx::text::PackArgument(args)..., {}};
-  XpBasicString result;
-  vrx::text::AppendFormatted(result, format, std::span(packed, sizeof...(args)));
-  *this = result;
+  XpBasicString<Ch> result;
+  if (vrx::text::AppendFormatted(result, format, std::span(packed, sizeof...(args)))) text = result;
 }

@@ -12,8 +12,7 @@
 #include "vrx/XpTextCodec.h"
 
 /// A value is not thread-safe as an object; two values that share a block may be used on two threads.
-/// Every operation that needs memory throws std::bad_alloc when there is none, Format and AppendFormat
-/// excepted.
+/// Every operation that needs memory throws std::bad_alloc when there is none.
 template <class Ch>
 class XpBasicString {
   using Rep = XpStringRep<Ch>;
@@ -76,13 +75,6 @@ class XpBasicString {
   XpBasicString& Append(const Ch* text) { return text == nullptr ? *this : Append(View(text)); }
   XpBasicString& Append(View text) { return text.empty() ? *this : ReplaceFrom(Length(), text); }
   XpBasicString& Append(const XpBasicString& other) { return Append(other.AsView()); }
-
-  /// printf-like formatting; the conversions are told in foundation/text/XpFormat.h, which defines both.
-  /// When memory fails the string stays as it was.
-  template <class... Args>
-  void Format(const Ch* format, const Args&... args);
-  template <class... Args>
-  void AppendFormat(const Ch* format, const Args&... args);
 
   XpBasicString<char> ToNarrow() const;
   XpBasicString<char16_t> ToWide() const;

@@ -90,7 +90,7 @@ class Reader {
     XpString value;
     if (ReadAttributeString(element, name, value) && value == wanted) return;
     XpString message;
-    message.Format(u"must be \"%s\"", XpString(wanted));
+    XpFormat(message, u"must be \"%s\"", XpString(wanted));
     Report(true, &element, name, message);
   }
 
@@ -135,7 +135,7 @@ class Reader {
     }
     if (!IsPlainNumber(element.getAttribute(name))) {
       XpString message;
-      message.Format(u"is no whole number of at most nine digits, and is read as %I64d", value);
+      XpFormat(message, u"is no whole number of at most nine digits, and is read as %I64d", value);
       Report(false, &element, name, message);
     }
     return true;
@@ -168,9 +168,9 @@ XpString BasebandDocument::Cause() const {
       std::find_if(problems.begin(), problems.end(), [](const auto& problem) { return problem.isFatal; });
   XpString cause;
   if (found == problems.end()) return cause;
-  if (found->line != 0) cause.AppendFormat(u"line %I64u: ", found->line);
-  if (!found->element.IsEmpty()) cause.AppendFormat(u"%s ", found->element);
-  if (!found->attribute.IsEmpty()) cause.AppendFormat(u"%s ", found->attribute);
+  if (found->line != 0) XpAppendFormat(cause, u"line %I64u: ", found->line);
+  if (!found->element.IsEmpty()) XpAppendFormat(cause, u"%s ", found->element);
+  if (!found->attribute.IsEmpty()) XpAppendFormat(cause, u"%s ", found->attribute);
   return cause + found->message;
 }
 
@@ -197,7 +197,7 @@ XpResult ReadBasebandDocument(const XpString& path, BasebandDocument& document) 
   if (const XpResult result = xml::ReadDocumentBytes(path, {}, bytes, problem); result != XpOk) {
     XpString message = u"does not exist";
     if (result != XpErrFileNotFound && result != XpErrPathNotFound) {
-      message.Format(u"cannot be read (error %04x)", result);
+      XpFormat(message, u"cannot be read (error %04x)", result);
     }
     ReportUnreadable({}, message, document);
     return result;

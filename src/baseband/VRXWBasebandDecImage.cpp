@@ -62,10 +62,10 @@ void VRXWBasebandDecImage::LogCounts() const {
   if (m_counts.decoded == 0) return;
   constexpr double kMillisecondsPerSecond = 1000.0;
   XpString line;
-  line.Format(u"Still images: %u decoded, %u passed over, waited for %u of them %.0f ms, the first %.0f ms",
-              m_counts.decoded, m_counts.skipped, m_counts.waits,
-              m_counts.waitedSeconds * kMillisecondsPerSecond,
-              m_counts.waitedForFirstSeconds * kMillisecondsPerSecond);
+  XpFormat(
+      line, u"Still images: %u decoded, %u passed over, waited for %u of them %.0f ms, the first %.0f ms",
+      m_counts.decoded, m_counts.skipped, m_counts.waits, m_counts.waitedSeconds * kMillisecondsPerSecond,
+      m_counts.waitedForFirstSeconds * kMillisecondsPerSecond);
   LogLine(u"Close", line);
 }
 
@@ -249,7 +249,7 @@ bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, vo
   }
   if (isLate) {
     XpString line;
-    line.Format(u"The still image of frame %I64u did not come in time", frame);
+    XpFormat(line, u"The still image of frame %I64u did not come in time", frame);
     LogLine(u"GetFrame", line);
   }
   if (!pixmap || buffer == nullptr || size < pixmap->size) return false;

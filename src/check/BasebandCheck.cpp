@@ -47,16 +47,16 @@ class BasebandChecker {
   void CheckImage(const BasebandImage& image) {
     XpString message;
     if (image.job.rotation < baseband::RotateNone || image.job.rotation > baseband::RotateQuarterCcw) {
-      message.Format(u"%d is none of 0 to 3: the picture is not turned", image.job.rotation);
+      XpFormat(message, u"%d is none of 0 to 3: the picture is not turned", image.job.rotation);
       Report(image.line, u"Rotation", message);
     }
     if (image.mirror != 0 && image.mirror != 1) {
-      message.Format(u"%I64d is neither 0 nor 1: the picture is not mirrored", image.mirror);
+      XpFormat(message, u"%I64d is neither 0 nor 1: the picture is not mirrored", image.mirror);
       Report(image.line, u"Mirror", message);
     }
     if (!m_ids.insert(image.job.imageId).second) {
-      message.Format(u"%I64d is used before: next to each other, both would show the first one's picture",
-                     image.job.imageId);
+      XpFormat(message, u"%I64d is used before: next to each other, both would show the first one's picture",
+               image.job.imageId);
       Report(image.line, u"ImageId", message);
     }
   }
@@ -92,11 +92,12 @@ class BasebandChecker {
     const std::int64_t end = m_clip.firstFrame + m_clip.frames;
     XpString message;
     if (m_next < end) {
-      message.Format(u"the images end with frame %I64d, the clip with frame %I64d: black stands between",
-                     m_next - 1, end - 1);
+      XpFormat(message, u"the images end with frame %I64d, the clip with frame %I64d: black stands between",
+               m_next - 1, end - 1);
       Report(0, XpString(), message);
     } else if (m_next > end) {
-      message.Format(u"the images go on to frame %I64d, the clip ends with frame %I64d", m_next - 1, end - 1);
+      XpFormat(message, u"the images go on to frame %I64d, the clip ends with frame %I64d", m_next - 1,
+               end - 1);
       Report(0, XpString(), message);
     }
   }
@@ -114,12 +115,12 @@ class BasebandChecker {
       Report(image.line, u"OutFrame",
              u"lies before the frames that are still to come: the image is never shown");
     } else if (m_hasSpan && in < m_next) {
-      message.Format(u"frames %I64d to %I64d have an image already, which is shown", in,
-                     std::min(out, m_next - 1));
+      XpFormat(message, u"frames %I64d to %I64d have an image already, which is shown", in,
+               std::min(out, m_next - 1));
       Report(image.line, u"InFrame", message);
     } else if (in > m_next && m_next < m_clip.firstFrame + m_clip.frames && !m_isBroken) {
-      message.Format(u"no image stands on frames %I64d to %I64d: the clip is black from there to its end",
-                     m_next, in - 1);
+      XpFormat(message, u"no image stands on frames %I64d to %I64d: the clip is black from there to its end",
+               m_next, in - 1);
       Report(image.line, u"InFrame", message);
       m_isBroken = true;
     }

@@ -155,8 +155,8 @@ class ClipChecker {
     const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
     if (sourceSeconds <= 0.0 || beyond < frameSeconds) return;
     XpString message;
-    message.Format(u"lies %.3f s behind the source's end: %s", beyond,
-                   m_isVideo ? u"the last frame holds" : u"silence fills up");
+    XpFormat(message, u"lies %.3f s behind the source's end: %s", beyond,
+             m_isVideo ? u"the last frame holds" : u"silence fills up");
     Report(Severity::Warning, kEndTime, message);
   }
 

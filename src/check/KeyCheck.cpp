@@ -14,7 +14,8 @@ void CheckKey(const XpString& name, const XpIniElement& element, std::span<const
     if (!(name == key.name)) continue;
     if (element.GetType() == key.type) return;
     XpString message;
-    message.Format(u"is %s where %s is due: it is not read", TypeName(element.GetType()), TypeName(key.type));
+    XpFormat(message, u"is %s where %s is due: it is not read", TypeName(element.GetType()),
+             TypeName(key.type));
     return report(Severity::Warning, name, message);
   }
   for (const plist::Key& key : known) {

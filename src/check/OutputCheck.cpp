@@ -50,9 +50,9 @@ class OutputChecker {
   void CheckSide(const Key& key, std::int32_t side) {
     XpString message;
     if (side < kSmallestSide || side > kLargestSide) {
-      message.Format(u"must lie between %d and %d pixels, and is %d", kSmallestSide, kLargestSide, side);
+      XpFormat(message, u"must lie between %d and %d pixels, and is %d", kSmallestSide, kLargestSide, side);
     } else if (side % 2 != 0) {
-      message.Format(u"must be even, and is %d", side);
+      XpFormat(message, u"must be even, and is %d", side);
     }
     if (!message.IsEmpty()) Report(Severity::Error, key, message);
   }
@@ -75,14 +75,14 @@ class OutputChecker {
   void CheckAudio(const VRXAudioOutputSetting& audio) {
     if (audio.channels != 1 && audio.channels != 2 && audio.channels != 6) {
       XpString message;
-      message.Format(u"must be 1, 2 or 6, and is %d", audio.channels);
+      XpFormat(message, u"must be 1, 2 or 6, and is %d", audio.channels);
       Report(Severity::Error, kChannel, message);
     }
     constexpr std::uint32_t kLowestRate = 8000;
     constexpr std::uint32_t kHighestRate = 192000;
     if (audio.samplingRate < kLowestRate || audio.samplingRate > kHighestRate) {
       XpString message;
-      message.Format(u"must lie between %u and %u Hz", kLowestRate, kHighestRate);
+      XpFormat(message, u"must lie between %u and %u Hz", kLowestRate, kHighestRate);
       Report(Severity::Error, kSamplingRate, message);
     }
   }

@@ -75,8 +75,9 @@ class CaptionJudge {
     if (m_movieMs > 0.0 && caption.startMs >= m_movieMs) return u"it starts behind the movie's end";
     if (!m_showsAlways && !m_currentIds.contains(caption.videoId)) {
       XpString cause;
-      cause.Format(u"its VideoID %d is that of no current clip (without SaveMovieMode it must be one, or 0)",
-                   caption.videoId);
+      XpFormat(cause,
+               u"its VideoID %d is that of no current clip (without SaveMovieMode it must be one, or 0)",
+               caption.videoId);
       return cause;
     }
     if (FallsBetweenFrames(caption)) return u"it falls between two frames";
@@ -102,8 +103,7 @@ class CaptionJudge {
       u"no frame that is drawn on shows it (are the captions listed in the order of their times?)";
 
   std::int64_t TimeOf(std::int64_t frame) const {
-    return VRXCaptionTimeGenerate().Generate(static_cast<std::uint64_t>(frame),
-                                             m_frame);
+    return VRXCaptionTimeGenerate().Generate(static_cast<std::uint64_t>(frame), m_frame);
   }
   /// The first whose time, which is cut to whole milliseconds, does not lie before `ms`.
   std::int64_t FirstFrameAt(std::int64_t ms) const {
@@ -241,12 +241,12 @@ class OverlayChecker {
                      .hiddenBecause = judge.Judge(caption)};
       XpString message;
       if (!row.hiddenBecause.IsEmpty()) {
-        message.Format(u"caption %u never shows: %s", row.number, row.hiddenBecause);
+        XpFormat(message, u"caption %u never shows: %s", row.number, row.hiddenBecause);
       } else if (!judge.Draws(caption, true)) {
-        message.Format(
-            u"caption %u shows only in part: another in the list cuts the drawn frames short "
-            u"(captions belong in the order of their times, none inside another)",
-            row.number);
+        XpFormat(message,
+                 u"caption %u shows only in part: another in the list cuts the drawn frames short "
+                 u"(captions belong in the order of their times, none inside another)",
+                 row.number);
       }
       m_report.captions.push_back(row);
       if (!message.IsEmpty() && hidden++ < kMostCaptionProblems) {
@@ -255,8 +255,8 @@ class OverlayChecker {
     }
     if (hidden <= kMostCaptionProblems) return;
     XpString message;
-    message.Format(u"%I64u more captions never show, or only in part",
-                   static_cast<std::uint64_t>(hidden - kMostCaptionProblems));
+    XpFormat(message, u"%I64u more captions never show, or only in part",
+             static_cast<std::uint64_t>(hidden - kMostCaptionProblems));
     Report(m_report.painterPath, Severity::Warning, overlay::kCaptionString.name, message);
   }
 

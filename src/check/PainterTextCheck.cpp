@@ -40,7 +40,7 @@ class TextReport {
   ~TextReport() {
     if (m_count <= kMostProblems) return;
     XpString message;
-    message.Format(u"has %I64u more problems", static_cast<std::uint64_t>(m_count - kMostProblems));
+    XpFormat(message, u"has %I64u more problems", static_cast<std::uint64_t>(m_count - kMostProblems));
     Push(message);
   }
 
@@ -50,7 +50,7 @@ class TextReport {
   /// `what` is "caption" or "record"; `number` counts from 1.
   void Add(const XpString& what, std::size_t number, const XpString& message) {
     XpString place;
-    place.Format(u"%s %u: %s", what, static_cast<std::uint32_t>(number), message);
+    XpFormat(place, u"%s %u: %s", what, static_cast<std::uint32_t>(number), message);
     Add(place);
   }
 
@@ -84,8 +84,8 @@ class CaptionTextChecker {
       m_report.Add(u"holds no <Caption>");
     } else if (found == TagSearch::Found) {
       XpString message;
-      message.Format(u"holds more than %u captions: the others are not read",
-                     static_cast<std::uint32_t>(kMaxCaptions));
+      XpFormat(message, u"holds more than %u captions: the others are not read",
+               static_cast<std::uint32_t>(kMaxCaptions));
       m_report.Add(message);
     }
   }
@@ -97,9 +97,8 @@ class CaptionTextChecker {
     View text;
     if (Find(body, kTextTag, text) && text.size() > drawing::kMaxTextUnits) {
       XpString message;
-      message.Format(u"its text has %I64u characters, of which no more than %u are drawn",
-                     static_cast<std::uint64_t>(text.size()),
-                     static_cast<std::uint32_t>(drawing::kMaxTextUnits));
+      XpFormat(message, u"its text has %I64u characters, of which no more than %u are drawn",
+               static_cast<std::uint64_t>(text.size()), static_cast<std::uint32_t>(drawing::kMaxTextUnits));
       Add(message);
     }
     Find(body, kFontNameTag, text);
@@ -132,7 +131,7 @@ class CaptionTextChecker {
     number = plist::ParseReal(text);
     if (plist::IsReal(text)) return true;
     XpString message;
-    message.Format(u"%s is %s, which is no number: it counts as %.6g", NameOf(tag), Quoted(text), number);
+    XpFormat(message, u"%s is %s, which is no number: it counts as %.6g", NameOf(tag), Quoted(text), number);
     Add(message);
     return false;
   }
@@ -142,9 +141,9 @@ class CaptionTextChecker {
     if (size == 0) {
       message = u"FontSize is 0: the letters get a size of their own";
     } else if (size < 0) {
-      message.Format(u"FontSize is %.6g: below 0 it gives the height of a line, not of the letters", size);
+      XpFormat(message, u"FontSize is %.6g: below 0 it gives the height of a line, not of the letters", size);
     } else if (size > kPictureHeight) {
-      message.Format(u"FontSize is %.6g: the letters are larger than the picture", size);
+      XpFormat(message, u"FontSize is %.6g: the letters are larger than the picture", size);
     } else {
       return;
     }
@@ -155,8 +154,8 @@ class CaptionTextChecker {
     using Limits = std::numeric_limits<std::int32_t>;
     if (number >= Limits::min() && number <= Limits::max()) return;
     XpString message;
-    message.Format(u"%s is %.6g: it counts as %d, which is as far as it goes", NameOf(tag), number,
-                   number < 0 ? Limits::min() : Limits::max());
+    XpFormat(message, u"%s is %.6g: it counts as %d, which is as far as it goes", NameOf(tag), number,
+             number < 0 ? Limits::min() : Limits::max());
     Add(message);
   }
 
@@ -197,8 +196,8 @@ void CheckSlowInfoText(const XpString& text, const XpString& file, std::vector<P
   for (std::size_t bar; (bar = rest.find('|')) != rest.npos; rest.remove_prefix(bar + 1)) {
     if (++number > kMaxSpeedSections) {
       XpString message;
-      message.Format(u"holds more than %u records: the others are not read",
-                     static_cast<std::uint32_t>(kMaxSpeedSections));
+      XpFormat(message, u"holds more than %u records: the others are not read",
+               static_cast<std::uint32_t>(kMaxSpeedSections));
       return report.Add(message);
     }
     const XpString problem = JudgeRecord(rest.substr(0, bar));

@@ -19,14 +19,15 @@ XpString ReadFailure(const XpString& path, XpResult result, const xml::XmlProble
   XpString message;
   if (!problem.message.empty()) {
     message = u"is no readable project document: " + XpNarrowString(problem.message).ToWide();
-    if (problem.line != 0) message.AppendFormat(u" (line %I64u, column %I64u)", problem.line, problem.column);
+    if (problem.line != 0)
+      XpAppendFormat(message, u" (line %I64u, column %I64u)", problem.line, problem.column);
     return message;
   }
   bool isDirectory = false;
   if (!XpPathExists(path, &isDirectory)) return u"does not exist";
   if (isDirectory) return u"is a folder";
   if (result == XpErrAccessDenied) return u"cannot be read: no permission";
-  message.Format(u"cannot be read (error %04x)", result);
+  XpFormat(message, u"cannot be read (error %04x)", result);
   return message;
 }
 

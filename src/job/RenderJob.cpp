@@ -21,16 +21,16 @@ void LogClip(const char16_t* typeFormat, const char16_t* pathFormat, const TKLXO
   constexpr std::int32_t kDocumentScale = 1000;
   const auto low = [](std::uint64_t number) { return static_cast<std::int32_t>(number); };
   XpString entry;
-  entry.AppendFormat(typeFormat, clip.sourceType);
-  entry.AppendFormat(pathFormat, clip.sourceFile);
-  entry.AppendFormat(u"StartTime: value = %f,", clip.startTime);
-  entry.AppendFormat(u" Scale = %d \n", kDocumentScale);
-  entry.AppendFormat(u"EndTime: value = %f,", clip.endTime);
-  entry.AppendFormat(u" Scale = %d \n", kDocumentScale);
-  entry.AppendFormat(u" StartTime = %d", low(source.startTime.value));
-  entry.AppendFormat(u" framerate = %d", low(source.startTime.scale));
-  entry.AppendFormat(u" EndTime = %d", low(source.endTime.value));
-  entry.AppendFormat(u" framerate = %d", low(source.endTime.scale));
+  XpAppendFormat(entry, typeFormat, clip.sourceType);
+  XpAppendFormat(entry, pathFormat, clip.sourceFile);
+  XpAppendFormat(entry, u"StartTime: value = %f,", clip.startTime);
+  XpAppendFormat(entry, u" Scale = %d \n", kDocumentScale);
+  XpAppendFormat(entry, u"EndTime: value = %f,", clip.endTime);
+  XpAppendFormat(entry, u" Scale = %d \n", kDocumentScale);
+  XpAppendFormat(entry, u" StartTime = %d", low(source.startTime.value));
+  XpAppendFormat(entry, u" framerate = %d", low(source.startTime.scale));
+  XpAppendFormat(entry, u" EndTime = %d", low(source.endTime.value));
+  XpAppendFormat(entry, u" framerate = %d", low(source.endTime.scale));
   LogLine(kUpdate, entry);
 }
 
@@ -89,7 +89,7 @@ void RenderJob::Load(const XpString& projectPath) {
   TKLXOutputXml project;
   if (const XpResult result = project.LoadXmlFile(m_projectPath); result != XpOk) {
     XpString line;
-    line.Format(u"Load VRXWrapper.xml Error(%d)", result);
+    XpFormat(line, u"Load VRXWrapper.xml Error(%d)", result);
     LogLine(kUpdate, line);
   }
   if (m_basebandObject) {
@@ -138,7 +138,7 @@ void RenderJob::AddOutput(const TKLXOutputXml& project) {
   const XpString outputPath = project::ResolvePath(m_projectPath, project.outputFilePath);
   m_systemOutput->outputFilePath = new VRXPathHolder(outputPath.AsView());
   XpString line;
-  line.Format(u"OutputFilePath: %s", outputPath);
+  XpFormat(line, u"OutputFilePath: %s", outputPath);
   LogLine(kUpdate, line);
 
   const SystemKind kind = SystemKindOf(m_systemOutput->video->specificationType);

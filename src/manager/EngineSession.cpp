@@ -12,7 +12,7 @@ constexpr char16_t kRender[] = u"renderToFile";
 void LogResult(const char16_t* caller, const char16_t* format, std::int32_t result,
                std::source_location place = std::source_location::current()) {
   XpString line;
-  line.Format(format, result);
+  XpFormat(line, format, result);
   LogLine(caller, line, place);
 }
 
@@ -54,7 +54,7 @@ void EngineSession::SendGpuSetting(const void* data, std::uint32_t size) {
 std::int32_t EngineSession::CreateSequence(VRXTimeline& timeline, VRXSystemOutputSetting& output) {
   const std::int32_t result = m_library.createSequence(m_engine, &timeline, &output, &m_sequence);
   XpString line;
-  line.Format(u"FUNC_VRX_CreateSequence(%08x) - GetLastError=%08x", result, platform::LastError());
+  XpFormat(line, u"FUNC_VRX_CreateSequence(%08x) - GetLastError=%08x", result, platform::LastError());
   LogLine(kRender, line);
   return result;
 }

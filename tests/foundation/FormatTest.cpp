@@ -12,7 +12,7 @@ namespace {
 template <class... Args>
 std::string Formatted(const char16_t* format, const Args&... args) {
   XpString text;
-  text.Format(format, args...);
+  XpFormat(text, format, args...);
   return std::string(text.ToNarrow().AsView());
 }
 
@@ -20,6 +20,7 @@ TEST(FormatTest, ConversionsWriteWhatTheSystemsDo) {
   EXPECT_EQ(Formatted(u"%d|%5d|%-5d|%05d|%+d", -7, 42, 42, -42, 3), "-7|   42|42   |-0042|+3");
   EXPECT_EQ(Formatted(u"%u|%x|%X|%08x", 4000000000u, 0xBEEFu, 0xBEEFu, 0xBEEFu),
             "4000000000|beef|BEEF|0000beef");
+  EXPECT_EQ(Formatted(u"%08.3d|%.3d|%.0d|%.0d", 42, -7, 0, 5), "     042|-007||5");
   EXPECT_EQ(Formatted(u"%x|%u", -1, -1), "ffffffff|4294967295");
   EXPECT_EQ(Formatted(u"%ld|%I64d|%llu", std::numeric_limits<std::int64_t>::min(), std::int64_t{5},
                       std::numeric_limits<std::uint64_t>::max()),
@@ -34,7 +35,7 @@ TEST(FormatTest, ConversionsWriteWhatTheSystemsDo) {
 
 TEST(FormatTest, ABytewiseStringTakesWideTextAndCharacters) {
   XpNarrowString text;
-  text.Format("%s %c", XpString(u"\u20AC"), u'\u00E9');
+  XpFormat(text, "%s %c", XpString(u"\u20AC"), u'\u00E9');
   EXPECT_EQ(text.AsView(), "\xE2\x82\xAC \xC3\xA9");
 }
 
@@ -44,13 +45,16 @@ TEST(FormatTest, TextOfAnyLengthComesOutWholeButHugeWidthsAreBounded) {
     EXPECT_EQ(Formatted(u"%s", word.c_str()), word) << length;
   }
   EXPECT_EQ(Formatted(u"%999999999d", 1).size(), 512u);
+  EXPECT_EQ(Formatted(u"%.999999999d", 1).size(), 512u);
+  EXPECT_EQ(Formatted(u"%.99999999999f", 0.5).size(), 514u);
+  EXPECT_EQ(Formatted(u"%.600s", std::string(700, 'w')).size(), 600u);
 }
 
 TEST(FormatTest, AStringMayBeItsOwnArgument) {
   XpString text(u"ab");
-  text.Format(u"<%s|%s>", text, text.c_str());
+  XpFormat(text, u"<%s|%s>", text, text.c_str());
   EXPECT_EQ(text.ToNarrow().AsView(), "<ab|ab>");
-  text.AppendFormat(u"%s", text);
+  XpAppendFormat(text, u"%s", text);
   EXPECT_EQ(text.ToNarrow().AsView(), "<ab|ab><ab|ab>");
 }
 

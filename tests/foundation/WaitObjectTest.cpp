@@ -48,7 +48,7 @@ void OnThreads(const std::function<void(int thread)>& body) {
 
 /// A name that no other run of the tests has.
 struct MutexName {
-  explicit MutexName(const char16_t* stem) { text.Format(u"%s_%d", XpString(stem), getpid()); }
+  explicit MutexName(const char16_t* stem) { XpFormat(text, u"%s_%d", XpString(stem), getpid()); }
   ~MutexName() { vrx::platform::RemoveNamedMutex(text); }
   XpString text;
 };
