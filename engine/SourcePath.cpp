@@ -17,6 +17,7 @@ std::string NativePath(std::u16string_view path) {
   std::string bytes = textcodec::ToUtf8(path);
   if (bytes.empty() || bytes.front() == '/') return bytes;
   std::replace(bytes.begin(), bytes.end(), '\\', '/');
+  if (bytes.starts_with("//")) return {};  // a server is no local folder
   const char drive = LowerAscii(bytes.front());
   if (bytes.size() < 2 || bytes[1] != ':' || drive < 'a' || drive > 'z') return bytes;
   if (drive != kRootDrive) return {};

@@ -7,7 +7,7 @@
 namespace vrx::engine {
 
 /// A path that begins with "/" is native. In every other form backslashes become slashes and the drive Z: is
-/// the root; "" when the path is empty or names another drive, which does not exist here.
+/// the root; "" when the path is empty or names another drive or a server, which do not exist here.
 std::string NativePath(std::u16string_view path);
 
 /// The extension of `path` behind its last dot, in lower-case ASCII; "" when there is none.

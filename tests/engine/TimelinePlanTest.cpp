@@ -109,6 +109,7 @@ TEST(SourcePath, FindsTheFileBehindEveryFormOfPath) {
   EXPECT_EQ(NativePath(u"Z:\\movies\\a.mp4"), "/movies/a.mp4");
   EXPECT_EQ(NativePath(u"z:/movies/a.mp4"), "/movies/a.mp4");
   EXPECT_EQ(NativePath(u"C:\\movies\\a.mp4"), "");
+  EXPECT_EQ(NativePath(u"\\\\server\\movies\\a.mp4"), "");
   EXPECT_EQ(NativePath(u"..\\a.mp4"), "../a.mp4");
   EXPECT_EQ(NativePath(u"/\u00E4\xDCFF.mp4"), "/\xC3\xA4\xFF.mp4");
   EXPECT_EQ(NativePath(u""), "");
