@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/Signals.h"
 #include "host/Console.h"
 

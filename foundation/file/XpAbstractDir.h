@@ -49,5 +49,7 @@ class XpAbstractDir : public XpAbstractFSObj {
   virtual std::int64_t GetFreeSpace() const = 0;
   virtual std::int64_t RoundToCluster(std::int64_t size) = 0;
   virtual std::int32_t GetFileSystem() const = 0;
-  virtual void FileTimeToDateTime(const FILETIME& fileTime, XpDateTime& date) const;
+  virtual void FileTimeToDateTime(const FILETIME& fileTime, XpDateTime& date) const {
+    date = XpDateTime::FromFileTime(fileTime);
+  }
 };

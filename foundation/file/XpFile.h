@@ -19,8 +19,8 @@ class XpFile : public XpAbstractFile {
   ~XpFile() override;
 
   /// For a closed file at once; for an open one when it is closed, each time. The system keeps no creation
-  /// time that could be set, so that one is ignored. An entry of a listing goes on to answer what it was listed
-  /// with. XpErrInvalidFileOperation for a date that is not valid.
+  /// time that could be set, so that one is ignored. An entry of a listing goes on to answer what it was
+  /// listed with. XpErrInvalidFileOperation for a date that is not valid.
   XpResult SetTimes(const XpDateTime* creation, const XpDateTime* write, const XpDateTime* access) override;
   bool IsReadOnly() const override;
   bool IsHidden() const override;

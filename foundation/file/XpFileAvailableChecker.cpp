@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/NetworkPath.h"
 #include "foundation/platform/Paths.h"

@@ -1,4 +1,4 @@
-// Deleting, renaming, moving and copying files as wholes.
+// What lies at a path, and whole files and folders: making, deleting, renaming and moving them.
 #pragma once
 
 #include <atomic>
@@ -7,6 +7,19 @@
 
 #include "vrx/XpResult.h"
 #include "vrx/XpString.h"
+
+bool XpPathIsDirectory(const XpString& path);
+/// `isDirectory` may be null, and is false when nothing is there. A link to nothing does not exist.
+bool XpPathExists(const XpString& path, bool* isDirectory);
+bool XpPathIsFile(const XpString& path);
+
+/// Gives the owner the permission to write.
+XpResult XpPathClearReadOnly(const XpString& path);
+/// True when the owner may not write, also for a user whom permissions do not bind.
+bool XpPathIsReadOnly(const XpString& path);
+/// Marks a file as hidden without changing its name. XpErrAccessDenied where the file system cannot keep the
+/// mark.
+XpResult XpPathSetHidden(const XpString& path);
 
 /// How far a long operation is; another thread may read it meanwhile.
 struct XpFileProgress {
@@ -36,3 +49,12 @@ XpResult XpFileRename(const XpString& from, const XpString& to);
 /// something that is there. `progress`, which may be null, runs from 0 to 100.
 XpResult XpFileCopyOrMove(const XpString& from, const XpString& to, XpFileProgress* progress);
 XpResult XpFileMove(const XpString& from, const XpString& to, XpFileProgress* progress);
+
+/// Makes a directory with all its parents. The path has to be absolute: native, with a drive, or with a
+/// server and a share; any other form is XpErrPathForm. A directory that is there already is no failure.
+XpResult XpPathMake(const XpString& path);
+
+/// Removes a directory: an empty one, or with all that it holds. A link is removed itself and what it points
+/// to stays. XpErrInvalidArgument for the empty path and for a root. `progress`, which may be null, gets the
+/// number of direct entries and a step for each.
+XpResult XpPathRemove(const XpString& path, bool recursive, XpFileProgress* progress);

@@ -2,8 +2,7 @@
 
 #include <atomic>
 
-#include "foundation/file/XpPathOperations.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/KnownFolders.h"
 #include "foundation/platform/Module.h"
 #include "foundation/text/XpPath.h"

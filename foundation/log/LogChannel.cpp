@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "foundation/file/XpDir.h"
-#include "foundation/file/XpPathOperations.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/file/XpSpecialFolder.h"
 #include "foundation/platform/PrivateFolder.h"
 #include "foundation/registry/SfRegistry.h"

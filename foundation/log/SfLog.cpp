@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/log/SfLogMutex.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpPath.h"

@@ -3,8 +3,7 @@
 #include <string>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathOperations.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/file/XpReplaceFile.h"
 #include "foundation/platform/FileLock.h"
 #include "foundation/platform/FileSystem.h"

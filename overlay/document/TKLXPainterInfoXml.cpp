@@ -1,7 +1,7 @@
 #include "overlay/document/TKLXPainterInfoXml.h"
 
 #include "content/plist/PlistReader.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "overlay/document/PainterKeys.h"
 
 namespace {

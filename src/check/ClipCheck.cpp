@@ -4,7 +4,7 @@
 #include <map>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
 #include "src/check/BasebandCheck.h"

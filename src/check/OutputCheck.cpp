@@ -1,6 +1,6 @@
 #include "src/check/OutputCheck.h"
 
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/text/XpPath.h"

@@ -5,7 +5,7 @@
 #include <map>
 #include <set>
 
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
 #include "overlay/callback/TimeGenerators.h"

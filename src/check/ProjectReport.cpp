@@ -1,7 +1,7 @@
 #include "src/check/ProjectReport.h"
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
 #include "src/check/ClipCheck.h"

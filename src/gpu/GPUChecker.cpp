@@ -5,7 +5,7 @@
 #include <new>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "foundation/file/XpSpecialFolder.h"
 #include "foundation/sync/XpCriticalSection.h"
 #include "foundation/text/XpPath.h"

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "content/plist/PlistReader.h"
-#include "foundation/file/XpPathQuery.h"
+#include "foundation/file/XpFileOperations.h"
 #include "src/project/ProjectKeys.h"
 
 namespace {

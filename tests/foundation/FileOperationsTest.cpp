@@ -10,8 +10,6 @@
 #include <vector>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpPathOperations.h"
-#include "foundation/file/XpPathQuery.h"
 #include "foundation/platform/FileSystem.h"
 #include "tests/foundation/FolderTest.h"
 #include "tests/foundation/ScopedVariable.h"
