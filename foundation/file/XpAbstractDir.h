@@ -1,4 +1,4 @@
-// What can be asked of a directory: its entries one after the other, and the volume it lies on.
+// The interface of a directory: its entries and the volume it is on.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ enum : std::uint32_t {
   XpDirFolders = 0x1,
   XpDirFiles = 0x2,
   XpDirEverything = 0x3,
-  XpDirPattern = 0x100,   // names that match the pattern as it stands
+  XpDirPattern = 0x100,   // names that match the pattern
   XpDirPrefix = 0x200,    // names that begin with it
   XpDirSuffix = 0x400,    // names that end with it
   XpDirContains = 0x800,  // names that hold it
@@ -35,7 +35,7 @@ class XpAbstractDir : public XpAbstractFSObj {
   bool IsDirectory() const override { return true; }
 
   virtual XpResult Open(std::uint32_t flags, const XpString& pattern) = 0;
-  /// The current entry, an XpAbstractDir or XpAbstractFile; steps on. Null behind the last one.
+  /// The current entry, an XpAbstractDir or XpAbstractFile; steps on. Null after the last one.
   virtual XpSharedPtr<XpAbstractFSObj> Next() = 0;
   virtual XpResult Close() = 0;
   virtual std::int64_t CountEntries(bool recursive) = 0;
@@ -45,7 +45,7 @@ class XpAbstractDir : public XpAbstractFSObj {
   virtual XpResult Assign(const XpAbstractDir& other) = 0;
   virtual std::int64_t GetTotalSpace() const = 0;
   virtual std::int64_t GetUsedSpace() const = 0;
-  /// What the caller may still write.
+  /// What this user may still write.
   virtual std::int64_t GetFreeSpace() const = 0;
   virtual std::int64_t RoundToCluster(std::int64_t size) = 0;
   virtual std::int32_t GetFileSystem() const = 0;

@@ -1,4 +1,4 @@
-// The root of files and directories: a path and what can be asked of whatever lies there. Code that walks
+// Base of files and directories: a path, and the attributes and times of what is there. Code that walks
 // directories handles entries through it.
 #pragma once
 
@@ -13,7 +13,7 @@ enum : std::uint32_t {
   XpAttributeReadOnly = 0x1,
   XpAttributeHidden = 0x2,
   XpAttributeDirectory = 0x10,
-  XpAttributeLink = 0x400,  // a symbolic link; the rest tells of its target
+  XpAttributeLink = 0x400,  // a symbolic link; the other bits describe its target
 };
 
 /// Times are local. Output pointers may be null.

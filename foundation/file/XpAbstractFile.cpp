@@ -33,7 +33,7 @@ XpResult XpAbstractFile::ReadNumber(T* value, std::uint32_t order) {
   std::array<std::byte, sizeof(T)> bytes;
   std::uint64_t read = 0;
   if (const XpResult result = Read(bytes.data(), bytes.size(), &read)) return result;
-  if (read < bytes.size()) return XpErrEndOfFile;  // a file in memory tells a short block as success
+  if (read < bytes.size()) return XpErrEndOfFile;  // a file in memory reports a short block as success
   if (m_byteOrder != m_nativeOrder) std::reverse(bytes.begin(), bytes.end());
   *value = std::bit_cast<T>(bytes);
   return XpOk;

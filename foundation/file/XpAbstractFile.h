@@ -13,7 +13,7 @@ enum : std::uint32_t {
   XpKeepByteOrder = 3,
 };
 
-/// Flags of Open; the first three say what for, and one of them is needed.
+/// Flags of Open. One of the first three is required.
 enum : std::uint32_t {
   XpOpenRead = 0x1,
   XpOpenWrite = 0x2,
@@ -24,12 +24,12 @@ enum : std::uint32_t {
   XpOpenAccessMask = 0x3,
 };
 
-/// What others may do meanwhile. This is a wish: the system does not keep other programs from opening a file.
+/// What other programs may do with the file. Only a wish: this system does not enforce it.
 enum : std::uint32_t { XpShareNone = 0, XpShareRead = 1, XpShareWrite = 2, XpShareDelete = 4 };
 
 enum : std::int32_t { XpSeekStart = 0, XpSeekCurrent = 1, XpSeekEnd = 2 };
 
-/// Text in files is UTF-8; bytes that are not valid come through as XpTextCodec.h tells. Belongs to one
+/// Text in files is UTF-8; invalid bytes are mapped as XpTextCodec.h describes. Belongs to one
 /// thread at a time. Counters may be null.
 class XpAbstractFile : public XpAbstractFSObj {
  public:
@@ -44,7 +44,7 @@ class XpAbstractFile : public XpAbstractFSObj {
   virtual XpResult Read(void* buffer, std::uint64_t count, std::uint64_t* read) = 0;
   virtual XpResult Write(const void* buffer, std::uint64_t count, std::uint64_t* written) = 0;
   virtual XpResult WriteAndFlush(const void* buffer, std::uint64_t count, std::uint64_t* written);
-  /// Nothing is kept back, so there is nothing to do.
+  /// Does nothing, since nothing is buffered.
   virtual XpResult Flush();
   virtual XpResult Seek(std::int64_t offset, std::int32_t origin) = 0;
   /// -1 when the file is not open.
@@ -69,10 +69,10 @@ class XpAbstractFile : public XpAbstractFSObj {
   virtual XpResult WriteUInt16(std::uint16_t value, std::uint32_t order);
   virtual XpResult WriteInt8(std::int8_t value);
   virtual XpResult WriteUInt8(std::uint8_t value);
-  /// XpErrFailed for a value that is no order.
+  /// XpErrFailed for an unknown order.
   virtual XpResult SetByteOrder(std::uint32_t order);
 
-  /// One UTF-16 unit; in text mode CR LF comes out as one line feed.
+  /// One UTF-16 unit; in text mode CR LF is read as one line feed.
   virtual XpResult ReadChar(char16_t* c);
   /// A line with its line feed. At the end of the file XpOk and what there is: a text without a line feed is
   /// the last one, and may be empty. XpErrLineTooLong, back at the start of the line, beyond 16 Mi units.
@@ -82,9 +82,9 @@ class XpAbstractFile : public XpAbstractFSObj {
   virtual XpResult ReadLineBuffer(char16_t* buffer, std::int32_t capacity);
   virtual XpResult WriteChar(char16_t c);
   virtual XpResult WriteString(const char16_t* text);
-  /// One UTF-16 unit without regard to the text mode. A character of two units takes two calls.
+  /// One UTF-16 unit, whatever the text mode. A character of two units takes two calls.
   virtual XpResult ReadRawChar(char16_t* c);
-  /// The first unit of two waits for the second; alone it is written as U+FFFD before the next character.
+  /// The first unit of two is kept until the second is written; without one it becomes U+FFFD.
   virtual XpResult WriteRawChar(char16_t c);
 
  protected:
@@ -104,5 +104,5 @@ class XpAbstractFile : public XpAbstractFSObj {
   XpResult ReadSequence(unsigned char lead, char16_t* c);
   bool ReadSecondUnit(char16_t* c);
 
-  char16_t m_firstUnit = 0;  // of a character that WriteRawChar has seen half of
+  char16_t m_firstUnit = 0;  // of a character whose second unit WriteRawChar expects
 };

@@ -27,7 +27,7 @@ char16_t EscapeByte(unsigned char byte) { return static_cast<char16_t>(textcodec
 
 }  // namespace
 
-/// As Read, but a short block at the end of the file is no failure, whatever kind of file this is.
+/// As Read, but a short block at the end of the file is XpOk for every kind of file.
 XpResult XpAbstractFile::ReadBytes(void* buffer, std::size_t count, std::size_t& read) {
   std::uint64_t got = 0;
   const XpResult result = Read(buffer, count, &got);
@@ -35,8 +35,8 @@ XpResult XpAbstractFile::ReadBytes(void* buffer, std::size_t count, std::size_t&
   return result == XpErrEndOfFile ? XpOk : result;
 }
 
-/// Reads what belongs to `lead`. Of a character of two units the last byte is left for the second one, so
-/// that the position alone says where the reader is.
+/// Reads the rest of the sequence that `lead` starts. For a character of two units the last byte is left
+/// unread: the next call then finds the second unit by the position alone.
 XpResult XpAbstractFile::ReadSequence(unsigned char lead, char16_t* c) {
   std::array<char, kLongestSequence> bytes{static_cast<char>(lead)};
   const std::size_t length = SequenceLength(lead);

@@ -7,7 +7,7 @@
 #include "foundation/file/XpFile.h"
 
 /// A read of less than 16 KiB fills 96 KiB around it; later small reads there cost no read from the disk.
-/// Larger reads and all writes pass through, and the cache does not notice what they change.
+/// Larger reads and all writes bypass the cache; it does not see what they change.
 class XpCachedFile : public XpFile {
  public:
   explicit XpCachedFile(const XpString& path = XpString());
@@ -16,8 +16,8 @@ class XpCachedFile : public XpFile {
   XpResult Close() override;
   XpResult Read(void* buffer, std::uint64_t count, std::uint64_t* read) override;
 
-  /// True sends reads that the cache does not hold straight to the disk. The first read after opening resets
-  /// it.
+  /// When true, what is not in the cache is read from the disk without filling it. The first read after
+  /// opening resets this.
   virtual void SetBypass(bool bypass);
   /// Empties the cache and forgets the file's size and the bypass. Throws std::bad_alloc.
   virtual void ResetCache();

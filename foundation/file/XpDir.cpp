@@ -31,7 +31,7 @@ bool ComesBefore(const XpString& a, const XpString& b) {
   return order != 0 ? order < 0 : a < b;
 }
 
-/// Lists a directory; whatever keeps it from being found there is told as the path not being found.
+/// Lists a directory. A missing directory, or a file in its place, is reported as XpErrPathNotFound.
 XpResult ListNames(const XpString& path, std::vector<XpString>& names) {
   const auto error = platform::ListFolder(path, names);
   return error == std::errc::no_such_file_or_directory ? XpErrPathNotFound : platform::LastErrorResult(error);
@@ -114,7 +114,7 @@ XpResult XpDir::Open(std::uint32_t flags, const XpString& pattern) {
   const XpString search = SearchText();
   const auto matches = [&](std::u16string_view name) { return vrx::MatchesWildcard(name, search.AsView()); };
   std::erase_if(names, [&](const XpString& name) { return !matches(name.AsView()); });
-  // Even an empty directory has two names, which are never handed out.
+  // Even an empty directory holds "." and "..", which are not returned.
   if (names.empty() && !matches(u".") && !matches(u"..")) return XpErrFileNotFound;
   std::sort(names.begin(), names.end(), ComesBefore);
   m_names = std::move(names);
@@ -124,7 +124,7 @@ XpResult XpDir::Open(std::uint32_t flags, const XpString& pattern) {
   return XpOk;
 }
 
-/// The next entry that is still there and passes.
+/// The next entry that still exists and is accepted.
 bool XpDir::FindEntry(Entry& entry) {
   while (m_nextName < m_names.size()) {
     entry.name = m_names[m_nextName++];
@@ -136,8 +136,7 @@ bool XpDir::FindEntry(Entry& entry) {
   return false;
 }
 
-/// In a path with backslashes a name that holds one would be taken apart, so such an entry gets a native
-/// path.
+/// A name with a backslash would be split in a path with backslashes, so such an entry gets a native path.
 XpString XpDir::EntryPath(const XpString& name) const {
   const bool ambiguous = name.Find(u'\\') >= 0 && !XpPathIsNative(m_path);
   return XpPathJoin(ambiguous ? NativeForm(m_path) : m_path, name);
@@ -183,7 +182,7 @@ std::int64_t XpDir::CountEntries(bool recursive) {
     std::vector<XpString> names;
     if (platform::ListFolder(folder, names)) {
       if (isTop) return -1;
-      continue;  // what may not be looked into counts as one entry
+      continue;  // an unreadable folder counts as one entry
     }
     for (const XpString& name : names) {
       platform::FileStatus status;

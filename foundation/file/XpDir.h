@@ -7,12 +7,12 @@
 #include "foundation/file/XpAbstractDir.h"
 #include "foundation/platform/FileSystem.h"
 
-/// Entries come in the order of their names without regard to case. A link counts as what it points to, but
-/// nothing here that works on a whole tree follows one.
+/// Entries are sorted by name without regard to case. A link counts as what it points to, but operations on
+/// whole trees do not follow links.
 class XpDir : public XpAbstractDir {
  public:
   explicit XpDir(const XpString& path = XpString());
-  /// An entry of a listing, whose own attributes and times come from there. It can be opened like any other.
+  /// An entry of a listing, which gives its attributes and times. It can be opened like any other directory.
   XpDir(const XpString& path, std::uint32_t attributes, const XpDateTime& creation, const XpDateTime& write,
         const XpDateTime& access);
 
@@ -22,14 +22,13 @@ class XpDir : public XpAbstractDir {
   XpResult Stat(XpDateTime* creation, XpDateTime* write, XpDateTime* access,
                 std::int64_t* size) const override;
 
-  /// The names are taken now, the state of each entry when the listing comes to it. XpErrPathNotFound for a
+  /// The names are read now, the state of each entry when Next reaches it. XpErrPathNotFound for a
   /// missing directory, XpErrFileNotFound when no name at all fits the pattern, which may hold * and ?.
   XpResult Open(std::uint32_t flags, const XpString& pattern) override;
   XpSharedPtr<XpAbstractFSObj> Next() override;
   /// XpErrNotAFile if not open.
   XpResult Close() override;
-  /// Under the flags and the pattern of the last Open, by a search of its own; ends the open one. -1 on
-  /// failure.
+  /// Searches again with the flags and the pattern of the last Open, and closes that search. -1 on failure.
   std::int64_t CountEntries(bool recursive) override;
   bool IsEmpty() override;
   bool Accepts(bool isDirectory, const XpString& name) const override;
@@ -37,7 +36,7 @@ class XpDir : public XpAbstractDir {
   std::int64_t GetTotalSpace() const override;
   std::int64_t GetUsedSpace() const override;
   std::int64_t GetFreeSpace() const override;
-  /// A negative size, and one whose whole clusters 64 bits do not hold, give -1.
+  /// -1 for a negative size and for a result beyond 64 bits.
   std::int64_t RoundToCluster(std::int64_t size) override;
   std::int32_t GetFileSystem() const override;
 

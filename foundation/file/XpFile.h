@@ -19,8 +19,8 @@ class XpFile : public XpAbstractFile {
   ~XpFile() override;
 
   /// For a closed file at once; for an open one when it is closed, each time. The system keeps no creation
-  /// time that could be set, so that one is ignored. An entry of a listing goes on to answer what it was
-  /// listed with. XpErrInvalidFileOperation for a date that is not valid.
+  /// time that could be set, so that one is ignored. An entry of a listing still
+  /// reports its listed times afterwards. XpErrInvalidFileOperation for a date that is not valid.
   XpResult SetTimes(const XpDateTime* creation, const XpDateTime* write, const XpDateTime* access) override;
   bool IsReadOnly() const override;
   bool IsHidden() const override;
@@ -32,10 +32,10 @@ class XpFile : public XpAbstractFile {
   /// Fewer bytes than asked for give XpErrEndOfFile, and `read` says how many.
   XpResult Read(void* buffer, std::uint64_t count, std::uint64_t* read) override;
   XpResult Write(const void* buffer, std::uint64_t count, std::uint64_t* written) override;
-  /// A position behind the end is allowed, one before the start is XpErrFailed.
+  /// A position past the end is allowed, one before the start is XpErrFailed.
   XpResult Seek(std::int64_t offset, std::int32_t origin) override;
   std::int64_t Tell() const override;
-  /// The position stays when it lies within the new size, and is the new end otherwise.
+  /// Keeps a position within the new size; one beyond it moves to the new end.
   XpResult SetSize(std::int64_t size) override;
 
   virtual XpResult OpenPath(const XpString& path, std::uint32_t flags, std::uint32_t share);
@@ -61,7 +61,7 @@ class XpFile : public XpAbstractFile {
   std::uint32_t m_attributes = 0;
   std::int64_t m_size = 0;
   bool m_isListingEntry = false;
-  // Of a listing entry; otherwise what SetTimes asked for.
+  // Of a listing entry: its times. Otherwise: the times that Close will set.
   XpSharedPtr<XpDateTime> m_creation;
   XpSharedPtr<XpDateTime> m_write;
   XpSharedPtr<XpDateTime> m_access;

@@ -33,13 +33,13 @@ std::int64_t Times(std::int64_t time, std::int32_t factor) {
 
 }  // namespace
 
-/// A test under way, which may outlive the call that started it.
+/// A running test, which may outlive the call that started it.
 struct XpFileAvailableChecker::Worker {
   XpFileAvailableChecker* checker;
   Test test;
   XpString path;
   XpThread* thread = nullptr;
-  bool hasEnded = false;  // nothing but the join is left
+  bool hasEnded = false;  // the thread only has to be joined
 };
 
 XpFileAvailableChecker::Tests XpFileAvailableChecker::Tests::OfSystem() {
@@ -50,7 +50,7 @@ XpFileAvailableChecker::XpFileAvailableChecker(Tests tests) : m_tests(std::move(
 
 XpFileAvailableChecker::~XpFileAvailableChecker() {
   XpSingleLock lock(&m_apiLock);
-  // A worker takes the worker lock before it ends, so that is free during the joins. Nobody adds workers now.
+  // The worker lock is not held here, since a worker takes it before it ends. No workers are added any more.
   for (const auto& worker : m_workers) XpThreadJoin(worker->thread);
 }
 
@@ -121,7 +121,7 @@ XpFileAvailableChecker::Answer XpFileAvailableChecker::AskOnThread(const Test& t
 
 bool XpFileAvailableChecker::StartWorker(const Test& test, const XpString& path) {
   XpSingleLock lock(&m_workerLock);
-  // Late workers would otherwise keep their stacks for as long as the checker lives.
+  // Otherwise workers that ended late would keep their stacks until the checker is destroyed.
   std::erase_if(m_workers, [](const std::unique_ptr<Worker>& worker) {
     if (worker->hasEnded) XpThreadJoin(worker->thread);
     return worker->hasEnded;
@@ -141,7 +141,7 @@ std::uint32_t XpFileAvailableChecker::RunWorker(void* argument) {
   XpFileAvailableChecker& checker = *worker.checker;
   XpSingleLock lock(&checker.m_workerLock);
   worker.hasEnded = true;
-  // Whoever began this test may have given up and begun another.
+  // The caller may have given up on this test and started another.
   if (checker.m_workers.back().get() != &worker) return XpOk;
   checker.m_result = answer;
   checker.m_done.Set(true);

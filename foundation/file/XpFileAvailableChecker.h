@@ -1,5 +1,5 @@
-// Looks for files and folders that may lie on an unreachable share: the caller waits for a limited time, and
-// what hasn't answered by then counts as not there. Used where companions of a media file are looked for.
+// Looks for files and folders that may be on an unreachable share. The caller waits for a limited time; what
+// has not answered by then counts as missing. Used to look for the companions of a media file.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,10 @@
 #include "foundation/sync/XpThread.h"
 #include "vrx/XpString.h"
 
-/// Threads may share one. Only the destructor waits without limit, for the tests that are still under way.
+/// Thread-safe. Only the destructor waits without a limit, for the tests that are still running.
 class XpFileAvailableChecker {
  public:
-  /// What is asked of the system. Each may be called on a thread of its own.
+  /// The questions to the system. Each may be called on a thread of its own.
   struct Tests {
     std::function<bool(const XpString& path)> isNetworkPath;
     std::function<bool(const XpString& path)> directoryExists;
@@ -30,13 +30,13 @@ class XpFileAvailableChecker {
   XpFileAvailableChecker& operator=(const XpFileAvailableChecker&) = delete;
   virtual ~XpFileAvailableChecker();
 
-  // Time-outs are in milliseconds and hold for network paths; others are tested at once. With retries, a test
-  // that didn't answer is begun again up to `retries` times, each with `factor` times the time-out of the one
-  // before; with either below 1 there are none.
+  // Time-outs are in milliseconds and apply to network paths; other paths are tested directly. A test that
+  // did not answer is repeated up to `retries` times, each time with `factor` times the last time-out. Values
+  // below 1 mean no retries.
   virtual bool DirectoryExists(const XpString& path, std::uint32_t timeout);
   virtual bool DirectoryExistsRetry(const XpString& path, std::uint32_t timeout, std::int32_t retries,
                                     std::int32_t factor);
-  /// A directory is no file.
+  /// False for a directory.
   virtual bool FileExists(const XpString& path, std::uint32_t timeout);
   virtual bool FileExistsRetry(const XpString& path, std::uint32_t timeout, std::int32_t retries,
                                std::int32_t factor);
@@ -45,8 +45,8 @@ class XpFileAvailableChecker {
   virtual void ClearBadDirRoots();
   virtual void ClearBadFileRoots();
 
-  /// With this on, a path, or the directory of a file, that once timed out counts as not there at once. Off
-  /// at first.
+  /// When on, a path or a file's directory that timed out once counts as missing without another test. Off by
+  /// default.
   void SetRememberBadRoots(bool remember);
 
  private:
@@ -71,7 +71,7 @@ class XpFileAvailableChecker {
   std::vector<XpString> m_badFileRoots;           // directories of files whose test timed out
   XpCriticalSection m_apiLock;                    // held by each public operation; taken before m_workerLock
   XpCriticalSection m_workerLock;                 // guards the three below
-  std::deque<std::unique_ptr<Worker>> m_workers;  // the tests under way, newest at the back
+  std::deque<std::unique_ptr<Worker>> m_workers;  // running tests, newest at the back
   bool m_result = false;                          // the newest worker's answer
   XpManualEvent m_done;                           // set by the newest worker
 };

@@ -16,7 +16,7 @@ constexpr std::int64_t kComplete = 100;
 constexpr int kRenameTries = 10;
 constexpr std::uint32_t kRenamePause = 300;  // milliseconds
 
-/// What lies at `to` may not be replaced: its owner may not write it, or it is no file at all.
+/// True when `to` must not be replaced: it is write-protected, or a device, FIFO or socket.
 bool IsProtected(const XpString& from, const XpString& to) {
   platform::FileStatus status;
   if (platform::StatPath(to, platform::Links::Keep, status) || status.isDirectory) return false;
@@ -25,7 +25,7 @@ bool IsProtected(const XpString& from, const XpString& to) {
 
 std::error_code RenamePatiently(const XpString& from, const XpString& to) {
   if (IsProtected(from, to)) return std::make_error_code(std::errc::permission_denied);
-  // Unlike on systems with enforced sharing, a plain refusal does not go away here; only a busy file may.
+  // Only a busy file is worth another try: a denied access stays denied.
   std::error_code error = platform::Rename(from, to, true);
   for (int i = 0; i < kRenameTries && platform::IsBusy(error); ++i) {
     XpSleep(kRenamePause);
@@ -36,7 +36,7 @@ std::error_code RenamePatiently(const XpString& from, const XpString& to) {
 
 XpResult MoveByCopy(const XpString& from, const XpString& to, XpFileProgress* progress) {
   const auto report = [&](std::int64_t done, std::int64_t total) {
-    // A percentage in floating point has no product that could overflow.
+    // In floating point, since 100 * done could overflow.
     if (progress == nullptr || total <= 0) return;
     const double part = static_cast<double>(done) / static_cast<double>(total);
     progress->done = part < 1.0 ? static_cast<std::int64_t>(part * kComplete) : kComplete;
@@ -45,7 +45,7 @@ XpResult MoveByCopy(const XpString& from, const XpString& to, XpFileProgress* pr
   return XpFileDelete(from);
 }
 
-/// Moves a file, link or folder to a place where nothing is.
+/// Moves a file, link or folder; fails when something exists at `to`.
 bool MoveToFreePlace(const XpString& from, const XpString& to) {
   platform::FileStatus status;
   if (!platform::StatPath(to, platform::Links::Keep, status)) return false;
@@ -65,7 +65,7 @@ std::int32_t NextSeparator(const XpString& path, std::int32_t from) {
   return from;
 }
 
-/// Length of the root, which is there or cannot be made; 0 when the path has none.
+/// Length of the root, which is never made; 0 when the path has none.
 std::int32_t RootLength(const XpString& path) {
   if (XpPathIsNative(path)) return 1;
   if (!XpPathIsAbsolute(path)) return 0;

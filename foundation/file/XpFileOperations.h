@@ -1,4 +1,4 @@
-// What lies at a path, and whole files and folders: making, deleting, renaming and moving them.
+// Looks up what exists at a path; makes, deletes, renames and moves files and folders.
 #pragma once
 
 #include <atomic>
@@ -21,7 +21,7 @@ bool XpPathIsReadOnly(const XpString& path);
 /// mark.
 XpResult XpPathSetHidden(const XpString& path);
 
-/// How far a long operation is; another thread may read it meanwhile.
+/// Progress of a long operation; another thread may read it at any time.
 struct XpFileProgress {
   std::atomic<std::int64_t> total = 0;
   std::atomic<std::int64_t> done = 0;
@@ -36,17 +36,18 @@ XpResult XpFileToRecycleBin(const XpString& path);
 XpResult XpFilesToRecycleBin(std::span<const XpString> paths, bool useShell);
 
 /// Moves files and folders into the folder `target`, which is made when it is missing; to another volume by
-/// copying each whole before it is deleted. Nothing that lies there is replaced. XpErrShellMoveFailed on the
-/// first failure; what was moved by then stays moved.
+/// copying each whole before it is deleted. Existing files and folders there are not replaced.
+/// XpErrShellMoveFailed on the first failure; what was moved by then stays moved.
 XpResult XpFilesMove(std::span<const XpString> paths, const XpString& target);
 
-/// Takes the place of an older file. XpErrAccessDenied when its owner may not write that one, or when it is a
-/// device, FIFO or socket. When another program holds one of the two, tries again for up to three seconds.
+/// Renames a file and replaces an older one at `to`. XpErrAccessDenied when the older one is write-protected,
+/// or is a device, FIFO or socket. While another program keeps one of the two busy, tries again for up to
+/// three seconds.
 XpResult XpFileRename(const XpString& from, const XpString& to);
 
-/// Moves a file, to another volume by copying it, and takes the place of an older one only when the copy is
-/// complete; it refuses the same ones as XpFileRename. A folder moves within its volume, and not onto
-/// something that is there. `progress`, which may be null, runs from 0 to 100.
+/// Moves a file; to another volume by copying it, which replaces an older file only when the copy is
+/// complete. Refuses the same targets as XpFileRename. A folder moves only within its volume, and only to a
+/// path where nothing exists. `progress`, which may be null, runs from 0 to 100.
 XpResult XpFileCopyOrMove(const XpString& from, const XpString& to, XpFileProgress* progress);
 XpResult XpFileMove(const XpString& from, const XpString& to, XpFileProgress* progress);
 
@@ -54,7 +55,7 @@ XpResult XpFileMove(const XpString& from, const XpString& to, XpFileProgress* pr
 /// server and a share; any other form is XpErrPathForm. A directory that is there already is no failure.
 XpResult XpPathMake(const XpString& path);
 
-/// Removes a directory: an empty one, or with all that it holds. A link is removed itself and what it points
-/// to stays. XpErrInvalidArgument for the empty path and for a root. `progress`, which may be null, gets the
-/// number of direct entries and a step for each.
+/// Removes an empty directory or, with `recursive`, a directory with everything in it. Of a link, only the
+/// link is removed. XpErrInvalidArgument for the empty path and for a root. `progress`, which may be null,
+/// counts the direct entries.
 XpResult XpPathRemove(const XpString& path, bool recursive, XpFileProgress* progress);

@@ -18,7 +18,7 @@ class XpMemoryFile : public XpAbstractFile, public XpFileTime {
   XpResult Stat(XpDateTime* creation, XpDateTime* write, XpDateTime* access,
                 std::int64_t* size) const override;
 
-  /// For writing, also for reading and writing, the content is dropped and the position goes to the start.
+  /// Opening for writing, or for reading and writing, empties the file and moves the position to the start.
   XpResult Open(std::uint32_t flags, std::uint32_t share) override;
   XpResult Close() override;
   /// A short block at the end is XpOk with the shorter count; XpErrEndOfFile when there is nothing at all.

@@ -12,7 +12,7 @@ namespace {
 
 using Write = std::function<XpResult(XpAbstractFile&)>;
 
-/// The new file, already opened under a name that nobody else knows.
+/// The new file, which the replacement has opened under its random name.
 class NewFile : public XpFile {
  public:
   explicit NewFile(platform::FileReplacement& replacement)

@@ -1,5 +1,5 @@
-// The one way in which this system gives a file new content: whoever saves a document, settings or a picture
-// uses it, so that a failure or a crash never costs the user the old one.
+// Replaces the content of a file so that a failure or a crash never loses the old one. Everything that saves
+// documents, settings or pictures uses it.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Folders that the system, the user and this installation keep for programs.
+// Folders that the system, the user and this installation provide for programs.
 #pragma once
 
 #include <cstdint>
@@ -43,5 +43,5 @@ XpString XpLibraryPath(const XpString& name, std::int32_t place);
 
 /// Where this program is installed; empty when it is not known.
 using XpInstalledLocation = XpString (*)();
-/// Set by the layer that knows the settings. Null takes it away again. Thread-safe.
+/// Set by the layer that reads the settings; null unsets it. Thread-safe.
 void XpSetInstalledLocation(XpInstalledLocation location);

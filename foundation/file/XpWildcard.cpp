@@ -15,7 +15,7 @@ bool SameCharacter(char16_t a, char16_t b) {
 
 bool MatchesWildcard(std::u16string_view name, std::u16string_view pattern) {
   if (pattern == u"*.*") return true;
-  // On a mismatch only the last * can take more, so the time is bounded by the product of the lengths.
+  // On a mismatch only the last * is extended, so the time is at most the product of the lengths.
   constexpr std::size_t kNone = std::u16string_view::npos;
   std::size_t n = 0;
   std::size_t p = 0;

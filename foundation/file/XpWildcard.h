@@ -5,7 +5,7 @@
 
 namespace vrx {
 
-/// * stands for any text, ? for one UTF-16 unit. Case is ignored. "*.*" matches every name, also one without
+/// * matches any text, ? one UTF-16 unit. Case is ignored. "*.*" matches every name, also one without
 /// a dot.
 bool MatchesWildcard(std::u16string_view name, std::u16string_view pattern);
 

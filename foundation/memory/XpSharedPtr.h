@@ -1,5 +1,5 @@
-// Shared ownership across interfaces that name it: a pointer and a heap counter with strong and weak counts.
-// Code that crosses no interface uses the standard pointers.
+// Shared ownership for the interfaces that use this type: a pointer and a heap counter with strong and weak
+// counts. Other code uses the standard pointers.
 #pragma once
 
 #include <atomic>
@@ -62,7 +62,8 @@ class _XpSharedCounter final : public _XpSharedCounterBase {
 template <class T>
 class XpWeakPtr;
 
-/// Even a null pointer has a counter, so making one may throw std::bad_alloc; the object is deleted then.
+/// Even a null pointer has a counter, so the constructor may throw std::bad_alloc; it then deletes the
+/// object.
 template <class T>
 class XpSharedPtr {
   using Counter = XpSharedPtrDetail::_XpSharedCounterBase;

@@ -7,7 +7,7 @@
 
 namespace vrx {
 
-/// Truncates toward zero; what is beyond the range stays at its limit, and NaN is 0.
+/// Truncates toward zero; values beyond the range become its limit, and NaN becomes 0.
 template <class Integer>
 constexpr Integer Saturate(double value) {
   using Limits = std::numeric_limits<Integer>;

@@ -1,4 +1,4 @@
-// A lock between processes, on a file that exists for that purpose. Used around changes of shared files.
+// A lock between processes by means of a lock file. Used around changes of shared files.
 #pragma once
 
 #include <cstdint>

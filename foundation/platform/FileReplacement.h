@@ -1,5 +1,4 @@
-// What XpReplaceFile asks of the operating system: a new file beside an old one that takes its place in one
-// step.
+// The system's side of XpReplaceFile: a new file is written beside the old one and renamed over it.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +10,7 @@
 
 namespace vrx::platform {
 
-/// One replacement of one file. Without Commit, the destructor removes the new file and the old one is as it
-/// was.
+/// One replacement of one file. Without Commit, the destructor removes the new file and the old one stays.
 class FileReplacement {
  public:
   FileReplacement() = default;
@@ -24,11 +22,10 @@ class FileReplacement {
   /// anything else that is no regular file; EACCES for a file that its owner may not write, and for a link
   /// that another user placed in a folder which all may write to.
   std::error_code Begin(const XpString& path);
-  /// True when no new file could be made beside the old one, or not one of the same owner: the content then
-  /// goes to WriteInPlace, and nothing below it is called.
+  /// True when a new file beside the old one, with the same owner, could not be made. The caller then passes
+  /// the content to WriteInPlace, and uses none of the functions after it.
   bool IsInPlace() const { return m_new == kNoFile; }
-  /// Overwrites the old file. When this fails, its content is lost in part; too little space is noticed
-  /// before.
+  /// Overwrites the old file, which may be damaged when this fails; missing space is noticed before.
   std::error_code WriteInPlace(std::span<const std::byte> content);
 
   const std::string& GetNewPath() const { return m_newPath; }

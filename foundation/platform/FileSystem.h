@@ -27,7 +27,7 @@ struct FileStatus {
   bool isDirectory = false;
   bool isLink = false;      // only seen with Links::Keep
   bool isSpecial = false;   // a device, FIFO or socket
-  bool isReadOnly = false;  // no write permission for the owner, whoever asks
+  bool isReadOnly = false;  // the owner has no write permission, whoever asks
   bool isHidden = false;    // the name begins with a dot, or the file is marked as hidden
   std::int64_t size = 0;    // 0 for a directory
   std::uint64_t created = 0;
@@ -38,16 +38,16 @@ struct FileStatus {
 struct VolumeSpace {
   std::int64_t total = 0;  // bytes
   std::int64_t free = 0;
-  std::int64_t available = 0;  // of the free ones, those that the caller may take
+  std::int64_t available = 0;  // free bytes that this user may take
   std::int32_t clusterSize = 0;
 };
 
 enum class VolumeFormat { Other, Fat, Fat32, ExFat, Ntfs };
 
-// Handles. A pipe or socket is refused, since opening one could wait for ever; so is writing to a read-only
-// file, even for a user whom permissions do not bind.
+// Handles. A FIFO or socket is refused, since opening one could block; so is writing to a read-only file,
+// even for a superuser.
 std::error_code OpenFile(const XpString& path, FileAccess access, FileScan scan, FileHandle& handle);
-/// Makes an empty file; one that is there already is no failure and keeps its content.
+/// Makes an empty file. An existing one is no failure and keeps its content.
 std::error_code MakeFile(const XpString& path);
 std::error_code CloseFile(FileHandle handle);
 /// Reads until `count` bytes are there or the file ends; `done` says how many, also after an error.
@@ -61,13 +61,13 @@ std::error_code StatFile(FileHandle handle, FileStatus& status);
 
 // Paths.
 std::error_code StatPath(const XpString& path, Links links, FileStatus& status);
-/// True when both paths lead to one file or folder, through links too; false when either is not there.
+/// True when both paths are the same file or folder, links followed; false when either is missing.
 bool IsSameFile(const XpString& a, const XpString& b);
-/// LastErrorResult, with a missing file told from a missing folder.
+/// LastErrorResult, but a missing file and a missing folder have codes of their own.
 XpResult PathErrorResult(const std::error_code& error, const XpString& path);
 std::error_code SetReadOnly(const XpString& path, bool readOnly);
-/// Marks the file in an extended attribute, which not every file system has. A dot before the name would hide
-/// it as well, but then the file would no longer be found by its name.
+/// Marks the file in an extended attribute, which not every file system has. Its name, and so the way to find
+/// it, stays the same.
 std::error_code MarkHidden(const XpString& path);
 /// A null time stays as it is. The creation time cannot be set.
 std::error_code SetFileTimes(const XpString& path, const std::uint64_t* written,
@@ -75,14 +75,14 @@ std::error_code SetFileTimes(const XpString& path, const std::uint64_t* written,
 /// A link is removed itself, never what it points to.
 std::error_code RemoveFile(const XpString& path);
 std::error_code Rename(const XpString& from, const XpString& to, bool replace);
-/// True for an error that may go away soon, because another program holds the file for a moment.
+/// True for an error that may go away soon, because another program is using the file.
 bool IsBusy(const std::error_code& error);
-/// Copies a file with its permissions, mark and time of writing; takes the place of an older file only when
-/// complete. `report` hears the bytes done and of how many.
+/// Copies a file with its permissions, mark and time of writing; replaces an older file only when
+/// complete. `report` is called with the bytes done and their total.
 std::error_code CopyFile(const XpString& from, const XpString& to,
                          const std::function<void(std::int64_t, std::int64_t)>& report);
-/// Copies a file, a link as a link, or a folder with all that it holds and in the same way. Appears under its
-/// name only when complete, and never in place of something: EEXIST. EINVAL for a device, FIFO or socket.
+/// Copies a file, a link (as a link) or a folder with everything in it. The copy is renamed to `to` only when
+/// complete. EEXIST when something exists there; EINVAL for a device, FIFO or socket.
 std::error_code CopyTree(const XpString& from, const XpString& to);
 /// Moves a file or folder to the user's trash, from where a desktop restores it.
 std::error_code MoveToTrash(const XpString& path);
@@ -93,12 +93,12 @@ std::error_code MakeFolder(const XpString& path);
 std::error_code RemoveFolder(const XpString& path);
 /// Names in a folder without "." and "..", in no particular order.
 std::error_code ListFolder(const XpString& path, std::vector<XpString>& names);
-/// The state of one entry of a folder, by its exact name. A link is told by what it points to if that is
-/// there, and marked as a link.
+/// The state of one entry of a folder, by its exact name. For a link, the state of its target if
+/// that exists, marked as a link.
 std::error_code StatEntry(const XpString& folder, const XpString& name, FileStatus& status);
 /// Removes a file, link, or folder with all that it holds; never follows a link.
 std::error_code RemoveEntry(const XpString& folder, const XpString& name);
-/// True for the root of the whole tree, however the path spells it.
+/// True for the root folder of the system, however the path spells it.
 bool IsRootFolder(const XpString& path);
 
 // Volumes.

@@ -1,4 +1,4 @@
-// Where the system keeps the folders that programs share: the user's pictures, settings, the temporary
+// The folders that the system provides for all programs: the user's pictures, settings, the temporary
 // folder. All are native paths without a trailing slash; empty when the system names none.
 #pragma once
 
@@ -24,7 +24,7 @@ XpString RegistryFolderOverride();
 XpString SharedDataFolder();
 XpString ProgramEntriesFolder();
 XpString ProgramsFolder();
-/// Where the system's own libraries lie.
+/// The folder of the system's own libraries.
 XpString SystemLibraryFolder();
 
 /// DataFolder as the system's bytes.

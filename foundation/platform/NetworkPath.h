@@ -1,5 +1,5 @@
-// Tells whether a path lies on a file system whose answers come from another machine or program and may never
-// come. Asked before a test that must not hang.
+// Finds out whether a path is on a file system of another machine or of a program, which may never answer.
+// Used before a test that must not hang.
 #pragma once
 
 #include <string>
@@ -19,12 +19,12 @@ struct Mount {
 /// skipped.
 std::vector<Mount> ParseMountTable(std::string_view text);
 
-/// Walks along `path`, absolute and in the system's bytes, following its links, until it comes to a network
-/// mount, and touches nothing below one.
+/// Follows `path`, absolute and in the system's bytes, and its links part by part up to a network mount.
+/// Nothing below such a mount is accessed.
 bool LiesOnNetwork(const std::string& path, const std::vector<Mount>& mounts);
 
-/// The same for a path in any form, on the mounts of this moment. A path with a server counts whatever is
-/// mounted; a path that has no bytes does not.
+/// The same for a path in any form, on the mounts of this moment. A path with a server is one in any case; a
+/// path without a native form is none.
 bool IsNetworkPath(const XpString& path);
 
 }  // namespace vrx::platform

@@ -1,6 +1,6 @@
 // The keys and values of one registry root in memory, and their form as a JSON document: an object of keys by
-// path, each an object of values by name, which are texts or numbers of 32 bits. What else an editor put
-// there is kept as it is. Used by RegistryStore.
+// path, each an object of values by name, which are texts or numbers of 32 bits. Anything else in
+// the document is kept. Used by RegistryStore.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +40,7 @@ class Document {
   const Value* Find(const XpString& path, const XpString& name) const;
 
   Keys keys;                                            // by path without separators at its ends
-  std::map<XpString, ForeignValue, NameOrder> foreign;  // what lies where a key's object should
+  std::map<XpString, ForeignValue, NameOrder> foreign;  // by path: entries that are no key
 };
 
 /// The path without empty parts: no backslash at either end, none doubled.

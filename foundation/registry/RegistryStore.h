@@ -1,5 +1,5 @@
-// The files that settings are kept in, one for each registry root. Programs change them one at a time and
-// never see half a change. Used by XpRegistry and by the command line.
+// The files of the settings, one for each registry root. Changes are made under a lock, and readers never see
+// a half-written file. Used by XpRegistry and by the command line.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// What a calibration of the graphics hardware has left in the settings. For hosts that choose codecs by it.
+// Results of a calibration of the graphics hardware, from the settings. For hosts that choose codecs by them.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 #include "foundation/registry/XpRegistry.h"
 
-/// Each getter is true when the value was found, and leaves its output alone when not.
+/// Each getter returns true when the value was found; otherwise the output is unchanged.
 class SfReadGPUCalibrationRegistry {
  public:
   /// Reads from this key; null is a key that could not be opened.

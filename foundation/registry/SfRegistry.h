@@ -1,5 +1,5 @@
-// The rules by which the library names its keys: one key a product, a section below it, and in most sections
-// a folder of the installed version.
+// How the library names its keys: one key a product, below it a section and, in most sections, a folder of
+// the installed version.
 #pragma once
 
 #include "foundation/memory/XpSharedPtr.h"

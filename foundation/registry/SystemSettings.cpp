@@ -57,7 +57,7 @@ XpString InterfaceLanguage() {
   for (const Language& language : kLanguages) {
     if (id == language.id) return language.locale;
   }
-  if (id != 0) return XpString();  // chosen, but none that anything depends on
+  if (id != 0) return XpString();  // chosen, but none that is treated differently
   const icu::Locale& system = icu::Locale::getDefault();
   return XpNarrowString(std::string(system.getLanguage()) + "-" + system.getCountry()).ToWide();
 }

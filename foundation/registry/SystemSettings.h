@@ -1,5 +1,4 @@
-// Settings that the foundation itself follows. Whoever puts a program together applies them once, before it
-// opens files.
+// Settings that the foundation itself uses. A program applies them once at its start, before it opens files.
 #pragma once
 
 #include "vrx/XpString.h"

@@ -1,4 +1,4 @@
-// One open key of the settings store. Opened for one task and closed at once; an object belongs to one
+// One open key of the settings store. A key is opened for one task and then closed; an object belongs to one
 // thread.
 #pragma once
 
@@ -11,7 +11,7 @@
 
 /// Root kinds; any other number means the current user.
 enum : std::uint32_t { XpRegistryCurrentUser = 0, XpRegistryLocalMachine = 1, XpRegistryClassesRoot = 2 };
-/// Access bits. The views of a 64-bit system are one here, so the last two change nothing.
+/// Access bits. The last two are ignored, since there is only one view.
 enum : std::uint32_t {
   XpRegistryRead = 1,
   XpRegistryWrite = 2,

@@ -14,7 +14,7 @@ namespace vrx::text {
 namespace {
 
 constexpr int kWidthLimit = 512;
-constexpr int kTextLimit = 1'000'000'000;  // a precision of text asks for no memory
+constexpr int kTextLimit = 1'000'000'000;  // a precision of text needs no memory
 constexpr std::size_t kStackCharacters = 256;
 
 /// One conversion of a format, as it is written between the % and its letter.
@@ -87,7 +87,7 @@ class FormatScanner {
   std::basic_string_view<Ch> m_rest;
 };
 
-/// Digits with their sign, kept apart so that zeros can stand between them.
+/// A sign and digits, separate so that zeros can be put between them.
 struct Number {
   std::string_view sign;
   std::string_view digits;
@@ -223,7 +223,7 @@ class Formatter {
     const std::uint64_t code = argument.bits;
     const auto character = static_cast<Ch>(code);
     if constexpr (std::is_same_v<Ch, char>) {
-      // A 16-bit character takes several bytes; a single byte goes out as it is.
+      // A 16-bit character may become several bytes; a single byte is written unchanged.
       if (argument.kind == Kind::Character && argument.width > 1) {
         const auto unit = static_cast<char16_t>(code);
         PutPadded(padded, std::string_view(textcodec::ToUtf8({&unit, 1})));
@@ -279,7 +279,7 @@ class Formatter {
 template <class Ch>
 bool AppendTo(XpBasicString<Ch>& result, std::basic_string_view<Ch> format,
               std::span<const FormatArgument> arguments) {
-  // Usual lines fit the stack.
+  // Usual lines need no heap.
   std::array<Ch, 2 * kStackCharacters> stack;
   std::pmr::monotonic_buffer_resource memory(stack.data(), sizeof(stack));
   try {

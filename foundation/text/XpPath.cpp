@@ -16,7 +16,7 @@ bool EndsInSeparator(const XpString& path) {
 
 const char16_t* SeparatorFor(const XpString& path) { return XpPathIsNative(path) ? u"/" : u"\\"; }
 
-/// Ends in a separator, and has the same one throughout where two are understood.
+/// With a trailing separator, and with backslashes only unless it is native.
 XpString Comparable(const XpString& path) {
   const XpString whole = XpPathAddTrailingSlash(path);
   if (XpPathIsNative(whole)) return whole;

@@ -7,7 +7,7 @@
 
 #include "vrx/XpString.h"
 
-/// A text that is meant as a path.
+/// A path, as its own type in interfaces.
 class XpPath {
  public:
   explicit XpPath(const XpString& text = XpString()) : m_text(text) {}
@@ -25,9 +25,10 @@ class XpPath {
 enum : std::int32_t { XpPathEqual = 2, XpPathDifferent = 3 };
 
 bool XpPathIsNative(const XpString& path);
-/// True for a native path and for one with a drive or a server; false for a path that needs a folder.
+/// True for a native path and for one with a drive or a server; false for a relative one.
 bool XpPathIsAbsolute(const XpString& path);
-/// True for \\server\share: servers are reached through folders that they are mounted on, not by name.
+/// True for \\server\share. No file is found under such a path: shares are reached through their mount
+/// points.
 bool XpPathNamesServer(const XpString& path);
 
 /// The directory, a separator unless it already ends in one, then the name without a leading separator.
@@ -40,11 +41,11 @@ XpString XpPathDirectory(const XpString& path);
 XpString XpPathStem(const XpString& path);
 XpString XpPathExtension(const XpString& path);
 
-/// The directory without its trailing separator, but for a root that is nothing else.
+/// The directory without its trailing separator; the root "/" keeps it.
 XpString XpPathParent(const XpString& path);
 
-/// XpPathEqual or XpPathDifferent, without regard to case, to one trailing separator and, but for native
-/// paths, to which separator it is.
+/// XpPathEqual or XpPathDifferent. Case and one trailing separator are ignored; in paths that are not native,
+/// both separators are equal.
 std::int32_t XpPathCompare(const XpString& a, const XpString& b);
 
 XpString XpPathStripTrailingSlash(const XpString& path);

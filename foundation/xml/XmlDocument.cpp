@@ -30,7 +30,7 @@ std::string Narrow(const XMLCh* text) {
   return text == nullptr ? std::string() : textcodec::ToUtf8(std::u16string_view(text));
 }
 
-/// Thrown through the parser when a document breaks a rule of ours.
+/// Thrown through the parser when a document breaks one of the rules here.
 struct Refusal {
   const char* message;
 };
@@ -38,7 +38,7 @@ struct Refusal {
 /// Thrown at the first element after a document type without declarations.
 struct DoctypeLine {};
 
-/// Characters at which a scanner that reads past a document type could lose its way.
+/// Characters by which the second scanner finds the end of a document type.
 constexpr std::u16string_view kEndsDoctype = u"[]>";
 
 class ThrowingErrorHandler : public xercesc::ErrorHandler {
@@ -146,8 +146,8 @@ std::unique_ptr<XmlDocument::Parser> XmlDocument::ParseSource(const xercesc::Inp
   try {
     parser->parse(source);
   } catch (const DoctypeLine&) {
-    // The usual scanner would now take an unknown entity for one that the document type declares. This one
-    // knows no document types, so that no entity but XML's own five can be used.
+    // After a document type the usual scanner accepts unknown entities, as if an external file declared them.
+    // This one ignores document types and refuses every entity but XML's own five.
     parser = std::make_unique<Parser>(limits, m_lines.get(), xercesc::XMLUni::fgWFXMLScanner);
     parser->parse(source);
   }
@@ -183,7 +183,7 @@ XpResult ReadDocumentBytes(const XpString& path, const XmlLimits& limits, std::v
 }
 
 std::u16string FirstText(const xercesc::DOMNode* node) {
-  // Depth first without recursion; the depth limit bounds the way back up.
+  // Depth first, without recursion.
   const xercesc::DOMNode* at = node->getFirstChild();
   while (at != nullptr && at != node) {
     const auto type = at->getNodeType();

@@ -23,14 +23,14 @@ XERCES_CPP_NAMESPACE_END
 
 namespace vrx::xml {
 
-/// What real documents never reach.
+/// Limits far above any real document.
 struct XmlLimits {
   std::size_t bytes = std::size_t{64} << 20;
   int depth = 64;  // elements inside each other
   std::size_t elements = 2'000'000;
 };
 
-/// Why a document was refused, for people. `line` and `column` count from 1; 0 means unknown.
+/// Why a document was refused. `line` and `column` count from 1; 0 means unknown.
 struct XmlProblem {
   std::string message;
   std::uint64_t line = 0;
@@ -50,9 +50,9 @@ class XmlDocument {
   /// `problem` (may be null) when the bytes are not a well-formed document within the limits.
   bool Parse(std::span<const char> bytes, const char* encoding, const XmlLimits& limits, XmlProblem* problem);
 
-  /// Called before Parse, makes LineOf answer.
+  /// Must be called before Parse for LineOf to work.
   void KeepLines();
-  /// The line on which the start tag of `element` ends, from 1; 0 when it wasn't kept.
+  /// The line on which the start tag of `element` ends, from 1; 0 without KeepLines.
   std::uint64_t LineOf(const xercesc::DOMNode* element) const;
 
   /// Null without a parsed document.
@@ -67,8 +67,8 @@ class XmlDocument {
   std::unique_ptr<Parser> m_parser;
 };
 
-/// The bytes of the file at `path`, at most one more than the limit, which is enough to be refused for it.
-/// The file layer's code when it can't be read.
+/// Reads the file at `path`, at most one byte beyond the limit, so that Parse can still refuse it. The file
+/// layer's code when it can't be read.
 XpResult ReadDocumentBytes(const XpString& path, const XmlLimits& limits, std::vector<char>& bytes,
                            XmlProblem& problem);
 

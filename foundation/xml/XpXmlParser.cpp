@@ -24,7 +24,7 @@ using xercesc::XMLPlatformUtils;
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
 
-/// Made on first use, so that another file's static start-up may parse as well.
+/// Made on first use, so that static initialisers of other files can parse, too.
 struct Runtime {
   std::mutex mutex;
   std::optional<std::thread::id> starter;  // set while the XML library is up
@@ -35,7 +35,7 @@ Runtime& TheRuntime() {
   return *runtime;
 }
 
-/// Bound to the library's loading and, through the exit handlers, to its unloading or the process's end.
+/// Runs when the library is loaded; the exit handler runs when it is unloaded or the process ends.
 [[maybe_unused]] const bool g_started = [] {
   XpXmlInitialize();
   return std::atexit(&XpXmlTerminate) == 0;
@@ -44,7 +44,7 @@ Runtime& TheRuntime() {
 bool IsBlank(char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r'); }
 bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
-/// atoi, but a number beyond the range stays at its limit.
+/// As atoi, but clamped to the range.
 std::int32_t ToInt(std::u16string_view text) {
   constexpr std::int64_t kBase = 10;
   using Limits = std::numeric_limits<std::int32_t>;

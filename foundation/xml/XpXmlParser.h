@@ -41,7 +41,7 @@ class XpXmlParser {
 
   virtual void Open(const XpString& newPath) = 0;
   virtual void Close() = 0;
-  /// A document that reads otherwise, or only reads, keeps these; they answer XpErrFailed.
+  /// Both return XpErrFailed unless a derived class overrides them.
   virtual XpResult Parse();
   virtual XpResult ParseFile(XpString file);
   /// Writes `document` in place of the file at `file`, as XpReplaceFile does. XpErrFailed without a document
@@ -49,7 +49,7 @@ class XpXmlParser {
   virtual XpResult Save(XpString file);
 
  protected:
-  /// Makes the objects that a DOM is read with, once; where the library has none they stay null. Always true.
+  /// Creates the objects for reading a DOM, once; they stay null where the library offers none. Always true.
   bool EnsureDom();
   void ReleaseDom();
 

@@ -29,8 +29,8 @@ constexpr std::size_t kLargestAttribute = 65536;  // the kernel takes no more
 
 int DescriptorOf(FileHandle handle) { return static_cast<int>(handle); }
 
-/// In a sticky folder for everyone, anyone could lead a program elsewhere by a link. The kernel refuses such
-/// links when it follows them itself.
+/// True for a link of another user in a shared sticky folder, which could lead to any file of this user. The
+/// kernel refuses to follow such links, too.
 bool IsForeignLink(const std::string& path, const struct stat& link) {
   const std::string folder = FolderOf(path);
   struct stat parent {};
@@ -57,7 +57,7 @@ std::error_code FollowLinks(std::string& path) {
   return ErrnoCode(ELOOP);
 }
 
-/// Marks and access lists. What a file system does not take is left out.
+/// Marks and access lists. What the file system refuses is left out.
 void CopyAttributes(int from, int to) {
   const ssize_t size = flistxattr(from, nullptr, 0);
   if (size <= 0) return;
@@ -72,7 +72,7 @@ void CopyAttributes(int from, int to) {
   }
 }
 
-/// Makes sure that the content will fit; a file that cannot grow keeps its size.
+/// Makes room for the content; on failure the file keeps its size.
 std::error_code ReserveSpace(int file, std::size_t size) {
   struct stat state {};
   if (fstat(file, &state) != 0) return LastCode();
@@ -112,7 +112,7 @@ std::error_code FileReplacement::Begin(const XpString& path) {
 /// Opens the old file, if there is one, which says whether it may be written to.
 std::error_code FileReplacement::OpenTarget() {
   struct stat state {};
-  // A device or a FIFO can do something as soon as it is opened.
+  // Looked at first, since merely opening a device can have an effect.
   if (lstat(m_target.c_str(), &state) != 0) return errno == ENOENT ? std::error_code() : LastCode();
   if (S_ISDIR(state.st_mode)) return ErrnoCode(EISDIR);
   if (!S_ISREG(state.st_mode)) return ErrnoCode(EINVAL);
@@ -157,7 +157,7 @@ FileHandle FileReplacement::TakeNewFile() { return std::exchange(m_new, kNoFile)
 std::error_code FileReplacement::Commit() {
   if (rename(m_newPath.c_str(), m_target.c_str()) != 0) return LastCode();
   m_newPath.clear();
-  // The file has its name and is whole; a folder that cannot be flushed changes nothing about that.
+  // The file is complete and in place, also when its folder cannot be flushed.
   const std::string folder = FolderOf(m_target);
   const int file = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (file < 0) return {};

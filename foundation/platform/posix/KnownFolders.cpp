@@ -138,7 +138,7 @@ XpString ProgramEntriesFolder() { return AsPath("/usr/share/applications"); }
 XpString ProgramsFolder() { return AsPath("/opt"); }
 
 XpString SystemLibraryFolder() {
-  // Every system names this folder its own way; the C library surely lies there.
+  // Systems name this folder differently; the C library is always in it.
   void* library = dlopen("libc.so.6", RTLD_LAZY | RTLD_NOLOAD);
   if (library == nullptr) return XpString();
   link_map* map = nullptr;

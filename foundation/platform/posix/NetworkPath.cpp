@@ -20,12 +20,12 @@ bool IsNetworkType(std::string_view type) {
   constexpr std::string_view kTypes[] = {"nfs", "nfs4",  "cifs", "smb3",   "smbfs",   "ncpfs",
                                          "afs", "coda",  "ceph", "lustre", "davfs",   "glusterfs",
                                          "9p",  "ocfs2", "gfs2", "beegfs", "orangefs"};
-  // An automatic mount may be of a share, and touching it waits for that; a file system in user space
-  // answers when its program does.
+  // An automatic mount may be a share, and access waits until it is mounted. A file system in user space
+  // depends on its program.
   return type == "autofs" || type.starts_with("fuse.") || std::ranges::find(kTypes, type) != std::end(kTypes);
 }
 
-/// Blanks, tabs, line feeds and backslashes stand in the table as a backslash and three octal digits.
+/// The table has blanks, tabs, line feeds and backslashes as a backslash and three octal digits.
 std::string Unescape(std::string_view text) {
   constexpr std::size_t kDigits = 3;
   const auto isOctal = [](char c) { return c >= '0' && c <= '7'; };
@@ -78,7 +78,7 @@ std::vector<Mount> ParseMountTable(std::string_view text) {
     for (int i = 0; i < kFieldsBeforeFolder; ++i) fields >> field;
     std::string folder;
     fields >> folder;
-    // A number of optional fields comes before a lone dash, then the type.
+    // Some optional fields, a single dash, then the type.
     while (fields >> field && field != "-") {
     }
     std::string type;

@@ -20,7 +20,7 @@ bool IsPrivate(const std::string& bytes, bool isLast) {
   if (lstat(bytes.c_str(), &state) != 0 || !S_ISDIR(state.st_mode)) return false;
   if (state.st_uid != geteuid() && state.st_uid != kSystem) return false;
   if ((state.st_mode & S_IWOTH) == 0) return true;
-  // In a sticky folder nobody renames or removes what belongs to another.
+  // In a sticky folder, others cannot rename or remove this entry.
   return !isLast && (state.st_mode & S_ISVTX) != 0;
 }
 

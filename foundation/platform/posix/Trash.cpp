@@ -20,7 +20,7 @@ namespace {
 using posix::ErrnoCode;
 using posix::LastCode;
 
-constexpr mode_t kTrashMode = 0700;  // nobody else may look into a user's trash
+constexpr mode_t kTrashMode = 0700;  // for the user alone
 constexpr mode_t kInfoMode = 0600;
 constexpr int kMostNames = 10000;
 
@@ -114,7 +114,7 @@ std::string InfoText(const std::string& path, const TrashPlace& place) {
          "\nDeletionDate=" + date.data() + "\n";
 }
 
-/// Notes the origin under the first free name, which is then this file's own.
+/// Writes the origin under the first free name, which reserves that name.
 std::error_code ReserveName(const TrashPlace& place, const std::string& path, std::string& name) {
   const std::string base = path.substr(path.rfind('/') + 1);
   for (int i = 1; i <= kMostNames; ++i) {

@@ -33,7 +33,7 @@ std::error_code CopyFolderState(const std::string& from, const std::string& to) 
   return posix::CopyState(source.Get(), copy.Get(), state);
 }
 
-/// Copies one entry and what lies below it. Paths have an end, so the recursion has one.
+/// Copies one entry and everything below it. The longest path that the system takes bounds the recursion.
 class TreeCopier {
  public:
   std::error_code Copy(const std::string& from, const std::string& to) {
@@ -47,7 +47,7 @@ class TreeCopier {
  private:
   std::error_code CopyFolder(const std::string& from, const std::string& to, const struct stat& state) {
     constexpr mode_t kPrivateMode = 0700;  // until it is complete
-    // A volume may be mounted below the folder that is copied to it.
+    // The target volume may be mounted inside the source folder; its new copy must not be copied again.
     if (m_isCopying && state.st_dev == m_top.st_dev && state.st_ino == m_top.st_ino) return ErrnoCode(EINVAL);
     if (mkdir(to.c_str(), kPrivateMode) != 0) return LastCode();
     if (!m_isCopying && lstat(to.c_str(), &m_top) != 0) return LastCode();
@@ -76,7 +76,7 @@ std::error_code CopyTree(const XpString& from, const XpString& to) {
   if (const auto error = posix::RandomPathBeside(target, partial)) return error;
   std::error_code error = TreeCopier().Copy(source, partial);
   if (!error) error = Rename(PathFromNative(partial), to, false);
-  std::error_code ignored;  // what cannot be removed is reported by the first error
+  std::error_code ignored;  // the first error is the one to report
   if (error) std::filesystem::remove_all(partial, ignored);
   return error;
 }
