@@ -1,5 +1,5 @@
-// The text of this system: a reference-counted string that is copied on write and handed between functions
-// by value. XpString holds UTF-16, XpNarrowString bytes in the system's code page, which is UTF-8.
+// The string of this system: reference-counted, copied on write and passed by value. XpString holds UTF-16,
+// XpNarrowString bytes in the system's code page, which is UTF-8.
 #pragma once
 
 #include <algorithm>
@@ -64,14 +64,13 @@ class XpBasicString {
     if (count >= Length()) return *this;
     return XpBasicString(AsView().substr(static_cast<std::size_t>(Length() - std::max(count, 0))));
   }
-  /// Right(Length() - first), then Left(count). A `first` at or past the end gives the whole string, whatever
-  /// the count.
+  /// Right(Length() - first), then Left(count). A `first` at or past the end gives the whole string.
   XpBasicString Mid(std::int32_t first, std::int32_t count) const {
     if (first >= Length()) return *this;
     return Right(Length() - std::max(first, 0)).Left(count);
   }
 
-  /// Appends `text`, which may lie in this string's own buffer. A null pointer appends nothing.
+  /// Appends `text`, which may be part of this string's own buffer. A null pointer appends nothing.
   XpBasicString& Append(const Ch* text) { return text == nullptr ? *this : Append(View(text)); }
   XpBasicString& Append(View text) { return text.empty() ? *this : ReplaceFrom(Length(), text); }
   XpBasicString& Append(const XpBasicString& other) { return Append(other.AsView()); }
@@ -118,7 +117,8 @@ void XpBasicString<Ch>::Assign(View text) {
   Adopt(rep);
 }
 
-/// Keeps the first `kept` characters and puts `text` after them, which may lie in this string's own buffer.
+/// Replaces what follows the first `kept` characters by `text`, which may be part of this string's own
+/// buffer.
 template <class Ch>
 XpBasicString<Ch>& XpBasicString<Ch>::ReplaceFrom(std::int64_t kept, View text) {
   const std::int64_t newLength = kept + static_cast<std::int64_t>(text.size());

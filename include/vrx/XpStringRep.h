@@ -15,8 +15,8 @@ struct XpStringRep {
   std::atomic<std::int32_t> references;
 
   static constexpr std::int32_t kBlock = 64;
-  /// Count of the one empty text, which is never counted nor freed, so that threads which make empty strings
-  /// do not contend on it.
+  /// Marks the one empty text, whose references are not counted: threads that make empty strings would
+  /// contend on the count.
   static constexpr std::int32_t kImmortal = -1;
 
   static std::int32_t CapacityFor(std::int64_t length) {
@@ -54,7 +54,7 @@ struct XpStringRep {
   }
 
   void Release() noexcept {
-    // The count tells the empty text of another library too; the address lets the compiler see that this one
+    // The count also covers the empty text of another library; by the address the compiler sees that this one
     // is never deleted.
     if (this == Empty() || references.load(std::memory_order_relaxed) == kImmortal) return;
     if (references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
