@@ -48,7 +48,7 @@ std::int64_t ParseInteger(std::u16string_view text) {
   using Limits = std::numeric_limits<std::int64_t>;
   text = SkipBlanks(text);
   const bool negative = TakeSign(text);
-  std::int64_t value = 0;  // counted downwards, since the negative range is the larger one
+  std::int64_t value = 0;  // counted down, since the negative range is larger
   for (; !text.empty() && IsDigit(text.front()); text.remove_prefix(1)) {
     const int digit = text.front() - u'0';
     if (value < (Limits::min() + digit) / 10) return negative ? Limits::min() : Limits::max();

@@ -1,5 +1,5 @@
-// Numbers as property-list documents write and read them, the same in every locale. A text that is no number
-// reads as 0, and so does what follows a number.
+// Numbers in property-list documents, the same in every locale. A text without a number is read as 0; what
+// follows a number is ignored.
 #pragma once
 
 #include <cstdint>
@@ -10,14 +10,14 @@
 
 namespace vrx::plist {
 
-/// Leading blanks, a sign, digits. Beyond 64 bits the value stays at the limit.
+/// Leading blanks, a sign, digits. A value beyond 64 bits becomes the limit.
 std::int64_t ParseInteger(std::u16string_view text);
 
 /// Leading blanks, a sign, digits with a decimal point or comma, an exponent. Beyond the range of a double
 /// the value is 0; neither infinities nor NaN can be read.
 double ParseReal(std::u16string_view text);
 
-/// Whether the whole text, but for blanks around it, is a number that ParseReal reads.
+/// True when the whole text is a number that ParseReal reads; blanks around it are allowed.
 bool IsReal(std::u16string_view text);
 
 /// "2018:01:01T12:00:05Z": six runs of digits, divided by exactly one character of any kind. Fewer runs, or a

@@ -17,7 +17,7 @@ bool IsElement(const DOMNode* node) { return node->getNodeType() == DOMNode::ELE
 
 std::u16string_view NameOf(const DOMNode* node) { return node->getNodeName(); }
 
-/// Comments never count, and neither does text of white space alone.
+/// Comments and text of white space alone are skipped.
 bool IsSkipped(const DOMNode* node) {
   if (node->getNodeType() == DOMNode::COMMENT_NODE) return true;
   if (node->getNodeType() != DOMNode::TEXT_NODE) return false;
@@ -35,7 +35,7 @@ int HexDigit(char16_t c) {
   return c >= u'A' && c <= u'F' ? c - u'A' + 10 : -1;
 }
 
-/// Pairs of digits; white space between them is passed over, anything else ends the data.
+/// Pairs of digits. White space is skipped; any other character ends the data.
 std::vector<std::byte> ParseHexadecimal(std::u16string_view text) {
   std::vector<std::byte> bytes;
   bytes.reserve(text.size() / 2);
@@ -59,7 +59,7 @@ struct Place {
   XpIniElement& container;
   XpString key;
 
-  /// A key that the document repeats keeps its first value.
+  /// Of a repeated key the first value counts; null is returned for the others.
   XpIniElement* Put(XpIniType type, const XpIniValue& value) const {
     if (container.GetType() == XpIniType::Array) {
       container.InsertAt(XpIniElement::kAppend, type, value);

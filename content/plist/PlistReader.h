@@ -8,7 +8,7 @@
 
 namespace vrx::plist {
 
-/// Limits of a document beyond those that XmlLimits sets by itself; fuzzers make them smaller.
+/// Fuzzers use smaller limits.
 using xml::XmlLimits;
 using xml::XmlProblem;
 

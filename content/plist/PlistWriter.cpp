@@ -145,7 +145,7 @@ bool IsWithinLimits(const XpIniElement& element, int depth, std::size_t& element
 
 XpResult WriteDocument(const XpIniDict& dict, std::string& text) {
   std::size_t elements = 1;        // plist itself
-  constexpr int kDepthOfDict = 2;  // it lies in plist
+  constexpr int kDepthOfDict = 2;  // it is in plist
   if (!IsWithinLimits(dict, kDepthOfDict, elements)) return XpErrNoDocument;
   text = kHead;
   AppendDict(text, dict);

@@ -1,5 +1,4 @@
-// The dictionary of a property-list document, and as the outermost element the document itself, which it
-// loads and saves.
+// The dictionary of a property-list document; the outermost one is the document, which it loads and saves.
 #pragma once
 
 #include <map>
@@ -7,8 +6,8 @@
 
 #include "content/plist/XpIniElement.h"
 
-/// Keys are ordered by their 16-bit character values; case counts. A key cannot hold a '/', which divides
-/// paths.
+/// Keys are ordered by their 16-bit character values; case counts. A key cannot contain '/', which separates
+/// the parts of a path.
 class XpIniDict : public XpIniElement {
  public:
   XpIniType GetType() const override { return XpIniType::Dict; }
@@ -26,7 +25,7 @@ class XpIniDict : public XpIniElement {
   /// large to be read again.
   XpResult Save(const XpString& path) const override;
 
-  /// This system has no clipboard, so both answer XpErrFailed and change nothing.
+  /// There is no clipboard here: both return XpErrFailed.
   virtual XpResult LoadClipboard(std::uint32_t format);
   virtual XpResult SaveClipboard(std::uint32_t format) const;
   /// As Load and Save, with the document in memory.

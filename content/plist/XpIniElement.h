@@ -1,5 +1,5 @@
-// The base of the values of a property-list document: one interface for all types, in which an operation that
-// does not fit the type answers XpErrWrongElementType. Project and painter documents are read through it.
+// Base of the values of a property-list document, with one interface for all types: an operation that does
+// not fit the type returns XpErrWrongElementType. Project and painter documents are read through it.
 #pragma once
 
 #include <cstddef>
@@ -44,7 +44,7 @@ class XpIniElement {
   virtual XpResult RemoveAt(std::uint32_t /*index*/) { return XpErrWrongElementType; }
   virtual XpResult Load(const XpString& /*path*/) { return XpErrWrongElementType; }
   virtual XpResult Save(const XpString& /*path*/) const { return XpErrWrongElementType; }
-  /// XpErrKeyExists when the key is there, XpErrElementNotFound when its path leads nowhere,
+  /// XpErrKeyExists when the key exists, XpErrElementNotFound when a part of its path does not,
   /// XpErrUnknownElementType for a type outside the enumeration, XpErrWrongElementType for a value that is
   /// not of that type, XpErrInvalidArgument for an empty key of a dict.
   virtual XpResult Add(const XpString& /*key*/, XpIniType /*type*/, const XpIniValue& /*value*/) {
@@ -58,7 +58,7 @@ class XpIniElement {
   }
   virtual XpIniType GetType() const = 0;
 
-  /// The getters leave their argument alone when they fail, GetInt32 on overflow excepted.
+  /// Getters that fail do not change their argument, except GetInt32 on overflow.
   virtual XpResult GetData(const std::byte*& /*data*/, std::uint64_t& /*size*/) const {
     return XpErrWrongElementType;
   }

@@ -18,7 +18,7 @@ inline const XpIniElement* Find(const XpIniElement* dict, const Key& key) {
   return element != nullptr && element->GetType() == key.type ? element : nullptr;
 }
 
-/// Gives `value` what stands under `key`, or `absent` and XpErrElementNotFound.
+/// Sets `value` to the value of `key`, or to `absent` with XpErrElementNotFound.
 template <class Value>
 XpResult Read(const XpIniElement& dict, const Key& key, Value& value, const Value& absent,
               XpResult (XpIniElement::*get)(Value&) const) {

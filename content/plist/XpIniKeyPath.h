@@ -1,11 +1,11 @@
-// The way of a key path "a/b/c" through nested containers, shared by dicts and arrays.
+// Splits a key path "a/b/c" at its first slash, for dicts and arrays.
 #pragma once
 
 #include "content/plist/XpIniElement.h"
 
 struct XpIniKeyPath {
   XpString first;  // up to the first '/'
-  XpString rest;   // behind it
+  XpString rest;   // after it
   bool isPath;     // whether there was one
 
   explicit XpIniKeyPath(const XpString& key) : first(key), isPath(key.Find(u'/') >= 0) {

@@ -69,5 +69,5 @@ class XpIniDate : public XpIniElement {
   XpDateTime m_date;
 };
 
-/// A new element of this type that holds `value`; null with the cause in `result` as XpIniElement::Add tells.
+/// A new element of this type that holds `value`; null with the cause in `result`, as from XpIniElement::Add.
 std::unique_ptr<XpIniElement> XpIniMakeElement(XpIniType type, const XpIniValue& value, XpResult& result);
