@@ -101,7 +101,7 @@ TEST(PlistReadTest, StructureRulesHold) {
   }
 }
 
-TEST(PlistReadTest, ARepeatedKeyKeepsItsFirstDictAlone) {
+TEST(PlistReadTest, ARepeatedKeyKeepsItsFirstDict) {
   XpIniDict dict;
   ASSERT_EQ(
       Read(InPlist("<key>a</key><dict><key>x</key><true/></dict><key>a</key><dict><key>y</key><true/></dict>"
@@ -112,7 +112,7 @@ TEST(PlistReadTest, ARepeatedKeyKeepsItsFirstDictAlone) {
   EXPECT_EQ(dict.Get(u"a")->GetCount(), 1u);
 }
 
-TEST(PlistReadTest, ARefusedDocumentSaysWhyAndWhere) {
+TEST(PlistReadTest, ARefusedDocumentReportsCauseAndLine) {
   XpIniDict dict;
   XmlProblem problem;
   EXPECT_EQ(Read("<plist>\n<dict>\n<key>a</kye>", dict, &problem), XpErrNoDocument);
@@ -124,7 +124,7 @@ TEST(PlistReadTest, ARefusedDocumentSaysWhyAndWhere) {
   EXPECT_EQ(dict.GetCount(), 0u);
 }
 
-TEST(PlistNumbersTest, TextIsReadAsFarAsItIsANumber) {
+TEST(PlistNumbersTest, TextAfterANumberIsIgnored) {
   using vrx::plist::ParseInteger;
   using vrx::plist::ParseReal;
   using Limits = std::numeric_limits<std::int64_t>;
@@ -147,7 +147,7 @@ std::string Written(const XpIniDict& dict) {
   return text;
 }
 
-TEST(PlistWriteTest, DocumentHasItsExactForm) {
+TEST(PlistWriteTest, TheDocumentIsWrittenInItsExactForm) {
   XpIniDict dict;
   XpDateTime date;
   date.SetDateTime(2018, 1, 1, 12, 0, 5);
@@ -188,7 +188,7 @@ TEST(PlistWriteTest, InvalidDatesStayInvalidInTheFile) {
   }
 }
 
-TEST(PlistWriteTest, OnlyWhatCanBeReadAgainIsWritten) {
+TEST(PlistWriteTest, ATreeTooDeepForTheReaderIsNotWritten) {
   XpIniDict dict;
   XpString key = u"a";
   const auto deepen = [&] {
@@ -245,7 +245,7 @@ TEST(PlistWriteTest, SavedDocumentLoadsAgainAndAFailedSaveKeepsTheOldOne) {
   EXPECT_EQ(copy.GetCount(), 1u);
 }
 
-TEST(PlistTreeTest, OperationsAnswerByTypeAndPath) {
+TEST(PlistTreeTest, OperationsFollowKeyPathsAndCheckTypes) {
   XpIniDict dict;
   EXPECT_EQ(dict.Add(u"a/b", XpIniType::Bool, true), XpErrElementNotFound);
   EXPECT_EQ(dict.Add(u"a", XpIniType::Int, std::int64_t{1} << 31), XpOk);

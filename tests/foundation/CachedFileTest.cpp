@@ -1,3 +1,4 @@
+// Small reads near each other are answered from the cache, and all others from the disk.
 #include "foundation/file/XpCachedFile.h"
 
 #include <string>
@@ -9,8 +10,8 @@ namespace {
 constexpr std::int64_t kFileSize = 400000;
 constexpr std::uint64_t kLargeRead = 16384;
 
-/// The file is written anew behind the reader's back: old letters show that the cache answered, new ones that
-/// the disk did.
+/// The file is overwritten while the reader has it open: old letters show that the cache answered, new ones
+/// that the disk did.
 class CachedFileTest : public FolderTest {
  protected:
   void SetUp() override {

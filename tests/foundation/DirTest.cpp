@@ -1,3 +1,4 @@
+// Directory listings: which entries they hold, in which order, and what each entry reports.
 #include "foundation/file/XpDir.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ std::string NamesOf(XpDir& dir) {
   return names;
 }
 
-TEST_F(DirTest, ListsWhatFlagsAndPatternLetThroughInOrder) {
+TEST_F(DirTest, FlagsAndPatternFilterTheSortedEntries) {
   for (const char* name : {"b.JPG", "a.jpg", "clip.mp4", "Clip.mp4.modd", "sub/inner"}) Put(name);
   const struct {
     std::uint32_t flags;
@@ -48,7 +49,7 @@ TEST_F(DirTest, ListsWhatFlagsAndPatternLetThroughInOrder) {
   EXPECT_EQ(dir.Close(), XpErrNotAFile);
 }
 
-TEST_F(DirTest, AnEmptyFolderIsNoFailureButAMissingNameIs) {
+TEST_F(DirTest, AnEmptyFolderIsListedButAPatternWithoutMatchFails) {
   std::filesystem::create_directory(Native("empty"));
   XpDir empty(Path("empty"));
   EXPECT_EQ(empty.Open(XpDirEverything, u""), XpOk);
@@ -87,7 +88,7 @@ TEST_F(DirTest, AnEntryAnswersFromTheListing) {
   EXPECT_EQ(now.GetValue(), written.GetValue());
 }
 
-TEST_F(DirTest, CountingATreeDoesNotGoRoundInLinks) {
+TEST_F(DirTest, CountingATreeDoesNotFollowLinks) {
   Put("a", "12");
   Put("sub/b", "345");
   Put("sub/deep/c");
@@ -105,7 +106,7 @@ TEST_F(DirTest, CountingATreeDoesNotGoRoundInLinks) {
   EXPECT_EQ(NamesOf(subDir), "deep/ up/");
 }
 
-TEST_F(DirTest, NamesThatAreNoTextOrHoldASeparatorCanBeOpened) {
+TEST_F(DirTest, NamesWithInvalidBytesOrBackslashesCanBeOpened) {
   Put("odd\xFF", "1");
   Put("back\\slash", "22");
   for (const char* prefix : {"", "Z:"}) {

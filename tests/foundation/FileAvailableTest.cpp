@@ -1,3 +1,4 @@
+// Files on a share that does not answer count as missing after the time-out.
 #include <atomic>
 #include <filesystem>
 #include <map>
@@ -20,7 +21,7 @@ XpFileAvailableChecker::Tests OnNetwork() {
   return tests;
 }
 
-TEST_F(FileAvailableTest, TellsFilesFromFoldersHereAndOnAShare) {
+TEST_F(FileAvailableTest, FilesAndFoldersAreFoundLocallyAndOnAShare) {
   const XpString file = Put("DSC1.JPG");
   Put("folder.mp4/inner.txt");
   for (const auto& tests : {XpFileAvailableChecker::Tests::OfSystem(), OnNetwork()}) {
@@ -51,12 +52,12 @@ TEST_F(FileAvailableTest, ABareNameIsLookedForInTheWorkingFolder) {
   std::filesystem::current_path(before);
 }
 
-/// A share that answers a path only once the gate is open, and counts the questions.
+/// A share that answers for one path only when the gate is open, and counts the tests.
 struct SlowShare {
   XpManualEvent gate;
   std::atomic<int> questions = 0;
 
-  /// A test that nobody waits for any more may begin late.
+  /// A test whose caller gave up may start late.
   void AwaitQuestions(int count) const {
     while (questions < count) std::this_thread::yield();
     EXPECT_EQ(questions, count);
@@ -71,7 +72,7 @@ struct SlowShare {
   }
 };
 
-TEST(SlowShareTest, WhatDoesNotAnswerIsNotThereAndItsLateAnswerIsDropped) {
+TEST(SlowShareTest, APathThatDoesNotAnswerInTimeCountsAsMissing) {
   SlowShare share;
   XpFileAvailableChecker checker(share.GetTests());
   EXPECT_FALSE(checker.FileExists(u"/share/slow/file", 1));
@@ -120,7 +121,7 @@ TEST(SlowShareTest, ThreadsThatShareACheckerEachGetTheirOwnAnswer) {
 
 using NetworkPathTest = FolderTest;
 
-TEST_F(NetworkPathTest, IsToldByTheMountOnTheWayWithoutTouchingWhatLiesBelow) {
+TEST_F(NetworkPathTest, ANetworkMountIsFoundWithoutAccessBelowIt) {
   using vrx::platform::LiesOnNetwork;
   std::filesystem::create_directories(Native("plain"));
   std::filesystem::create_symlink("../x/../share/a", Native("plain/link"));

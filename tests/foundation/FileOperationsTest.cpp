@@ -1,3 +1,4 @@
+// Files and folders are found, moved, deleted and made without loss of others.
 #include "foundation/file/XpFileOperations.h"
 
 #include <stdlib.h>
@@ -19,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using FileOperationsTest = FolderTest;
 
-TEST_F(FileOperationsTest, ExistenceTellsFilesFoldersAndDanglingLinksApart) {
+TEST_F(FileOperationsTest, ExistenceDiffersForFilesFoldersAndDanglingLinks) {
   Put("folder/file");
   fs::create_symlink("nowhere", Native("dangling"));
   const struct {
@@ -37,7 +38,7 @@ TEST_F(FileOperationsTest, ExistenceTellsFilesFoldersAndDanglingLinksApart) {
   }
 }
 
-TEST_F(FileOperationsTest, AFileIsReadOnlyByItsModeAndHiddenUnderItsName) {
+TEST_F(FileOperationsTest, AFileIsReadOnlyByItsModeAndHiddenByAMark) {
   const XpString path = Put("a.modd", "x");
   fs::permissions(Native("a.modd"), fs::perms::owner_read);
   EXPECT_TRUE(XpPathIsReadOnly(path));
@@ -50,7 +51,7 @@ TEST_F(FileOperationsTest, AFileIsReadOnlyByItsModeAndHiddenUnderItsName) {
   EXPECT_EQ(Get("a.modd"), "x");
 }
 
-TEST_F(FileOperationsTest, DeletingTakesReadOnlyFilesAndLinksButNoFolders) {
+TEST_F(FileOperationsTest, DeletingRemovesReadOnlyFilesAndLinksButNoFolders) {
   Put("a");
   fs::permissions(Native("a"), fs::perms::owner_read);
   EXPECT_EQ(XpFileDelete(Path("a")), XpOk);
@@ -68,7 +69,7 @@ TEST_F(FileOperationsTest, DeletingTakesReadOnlyFilesAndLinksButNoFolders) {
   EXPECT_TRUE(Exists("later"));
 }
 
-TEST_F(FileOperationsTest, TheTrashKeepsWhatAndWhereFrom) {
+TEST_F(FileOperationsTest, TheTrashKeepsFilesAndTheirOrigin) {
   const ScopedVariable data("XDG_DATA_HOME", Native("data"));
   const std::vector<XpString> both = {Put("one/100% \xC3\xA9", "first"), Put("two/100% \xC3\xA9", "second")};
   EXPECT_EQ(XpFilesToRecycleBin(both, true), XpOk);
@@ -80,7 +81,7 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhatAndWhereFrom) {
   EXPECT_NE(info.find("two/100%25%20%C3%A9\nDeletionDate="), std::string::npos) << info;
 }
 
-TEST_F(FileOperationsTest, RenamingReplacesAFileButMovingReplacesNoFolder) {
+TEST_F(FileOperationsTest, RenamingReplacesAFileButNoProtectedOneAndNoFolder) {
   Put("from", "new");
   Put("to", "old");
   Put("a/x", "1");
@@ -155,7 +156,7 @@ TEST_F(FileOperationsTest, SeveralFilesMoveIntoAFolderThatIsMade) {
   EXPECT_EQ(Get("new/target/a.txt") + Get("a.txt"), "1mine") << "nothing is replaced";
 }
 
-TEST_F(FileOperationsTest, ATreeIsCopiedWithItsLinksAndStatesOrNotAtAll) {
+TEST_F(FileOperationsTest, ATreeIsCopiedCompletelyWithLinksModesAndTimesOrNotAtAll) {
   using vrx::platform::CopyTree;
   Put("outside", "kept");
   Put("tree/odd\\name\xFF", "1");
@@ -188,7 +189,7 @@ TEST_F(FileOperationsTest, ATreeIsCopiedWithItsLinksAndStatesOrNotAtAll) {
   EXPECT_EQ(entries, 4) << "a partial copy was left";
 }
 
-TEST_F(FileOperationsTest, MakingAPathMakesItsParentsAndSaysWhyNot) {
+TEST_F(FileOperationsTest, MakingAPathMakesItsParentsOrReportsTheCause) {
   for (const char* path : {"a/b/c", "a/b/c/"}) EXPECT_EQ(XpPathMake(Path(path)), XpOk);
   EXPECT_TRUE(fs::is_directory(Native("a/b/c")));
   vrx::platform::SetDriveFolder('T', Native("").string());

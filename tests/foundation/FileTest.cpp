@@ -1,3 +1,4 @@
+// Reading, writing, sizes and times of a file on disk, and the results of failures.
 #include "foundation/file/XpFile.h"
 
 #include <sys/stat.h>
@@ -18,7 +19,7 @@ std::string ReadAll(XpFile& file, std::uint64_t count, XpResult expected) {
   return bytes;
 }
 
-TEST_F(FileTest, AShortReadSaysSoAndHowMuchThereWas) {
+TEST_F(FileTest, AShortReadReportsTheEndAndItsCount) {
   XpFile file(Put("a", "0123456789ABCD"));
   ASSERT_EQ(file.Open(XpOpenRead, XpShareRead), XpOk);
   EXPECT_EQ(ReadAll(file, 10, XpOk), "0123456789");
@@ -26,7 +27,7 @@ TEST_F(FileTest, AShortReadSaysSoAndHowMuchThereWas) {
   EXPECT_EQ(ReadAll(file, 10, XpErrEndOfFile), "");
 }
 
-TEST_F(FileTest, OpeningForWritingEmptiesAndForBothKeeps) {
+TEST_F(FileTest, OpeningForWritingEmptiesAFileAndForBothKeepsIt) {
   Put("kept", "abc");
   Put("emptied", "abc");
   for (const auto& [name, flags, expected] :
@@ -42,7 +43,7 @@ TEST_F(FileTest, OpeningForWritingEmptiesAndForBothKeeps) {
   }
 }
 
-TEST_F(FileTest, FailuresToOpenSayWhyAndChangeNothing) {
+TEST_F(FileTest, AFailedOpenReportsTheCauseAndChangesNothing) {
   std::filesystem::create_directory(Native("folder"));
   Put("plain");
   Put("locked", "abc");
@@ -66,8 +67,8 @@ TEST_F(FileTest, FailuresToOpenSayWhyAndChangeNothing) {
       {"write into missing folder", Path("none/none"), XpOpenWrite, XpErrNoSuchFile},
       {"write a folder", Path("folder"), XpOpenReadWrite, XpErrAccessDenied},
       {"write long", Path(longName), XpOpenWrite, XpErrNotAFile},
-      {"pipe that nobody writes", Path("pipe"), XpOpenRead, XpErrOpenFailed},
-      {"pipe that nobody reads", Path("pipe"), XpOpenReadWrite, XpErrNoSuchFile},
+      {"pipe without a writer", Path("pipe"), XpOpenRead, XpErrOpenFailed},
+      {"pipe without a reader", Path("pipe"), XpOpenReadWrite, XpErrNoSuchFile},
       {"empty a read-only file", Path("locked"), XpOpenWrite, XpErrAccessDenied},
       {"write a read-only file", Path("locked"), XpOpenReadWrite, XpErrAccessDenied},
   };
@@ -75,7 +76,7 @@ TEST_F(FileTest, FailuresToOpenSayWhyAndChangeNothing) {
   EXPECT_EQ(Get("locked"), "abc");
 }
 
-TEST_F(FileTest, MisuseIsAnErrorAndHarmless) {
+TEST_F(FileTest, WrongUseIsAnError) {
   XpFile file(Put("a", "abc"));
   char byte = 0;
   EXPECT_EQ(file.Close(), XpErrNotOpen);
@@ -93,7 +94,7 @@ TEST_F(FileTest, MisuseIsAnErrorAndHarmless) {
   EXPECT_EQ(file.Tell(), 0);
 }
 
-TEST_F(FileTest, SizesBeyondTwoGigabytesWorkAndAFullDiskIsTold) {
+TEST_F(FileTest, SizesBeyondTwoGigabytesWorkAndAFullDiskIsReported) {
   constexpr std::int64_t kFar = std::int64_t{5} << 30;
   XpFile file(Path("sparse"));
   ASSERT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
@@ -110,7 +111,7 @@ TEST_F(FileTest, SizesBeyondTwoGigabytesWorkAndAFullDiskIsTold) {
   EXPECT_EQ(full.Write("x", 1, nullptr), XpErrDiskFull);
 }
 
-TEST_F(FileTest, ResizingKeepsThePositionIfItLiesWithin) {
+TEST_F(FileTest, ResizingKeepsAPositionWithinTheNewSize) {
   XpFile file(Put("a", "0123456789"));
   ASSERT_EQ(file.Open(XpOpenReadWrite, XpShareNone), XpOk);
   EXPECT_EQ(file.Seek(4, 77), XpOk);  // an unknown origin counts as the start
@@ -122,7 +123,7 @@ TEST_F(FileTest, ResizingKeepsThePositionIfItLiesWithin) {
   EXPECT_EQ(Get("a"), "01");
 }
 
-TEST_F(FileTest, TimesCanBeSetClosedAtOnceAndOpenAtTheEnd) {
+TEST_F(FileTest, TimesAreSetAtOnceWhenClosedAndAtCloseWhenOpen) {
   XpDateTime written;
   ASSERT_TRUE(written.SetDateTime(2016, 2, 29, 12, 34, 56));
   XpDateTime got;

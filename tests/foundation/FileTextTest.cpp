@@ -1,3 +1,4 @@
+// Text in files: lines, line feeds, and bytes that are not valid UTF-8.
 #include <string>
 
 #include "foundation/file/XpFile.h"
@@ -15,7 +16,7 @@ std::u16string ReadUnits(XpAbstractFile& file) {
   return text;
 }
 
-TEST_F(FileTextTest, LineFeedsAreTwoCharactersInTheFileAndOneOutside) {
+TEST_F(FileTextTest, TextModeWritesCrLfAndReadsOneLineFeed) {
   XpFile file(Path("log"));
   ASSERT_EQ(file.Open(XpOpenReadWrite | XpOpenText, XpShareRead), XpOk);
   EXPECT_EQ(file.WriteString(u"a\nb\rc\r"), XpOk);
@@ -28,7 +29,7 @@ TEST_F(FileTextTest, LineFeedsAreTwoCharactersInTheFileAndOneOutside) {
   EXPECT_EQ(ReadUnits(file), u"a\r\nb\rc\r");
 }
 
-TEST_F(FileTextTest, AnyTextAndAnyBytesSurvive) {
+TEST_F(FileTextTest, TextAndInvalidBytesSurviveARoundTrip) {
   const std::string bytes =
       "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\xBEz\x80\xF0\x9F\x8E\xC3\xF0\x9F\x8E\xBE\xBE\xFF";
   XpFile file(Put("in", bytes));
@@ -41,7 +42,7 @@ TEST_F(FileTextTest, AnyTextAndAnyBytesSurvive) {
   EXPECT_EQ(Get("out"), bytes);
 }
 
-TEST(MemoryTextTest, HalfACharacterIsReplacedNotDropped) {
+TEST(MemoryTextTest, HalfASurrogatePairIsWrittenAsAReplacement) {
   XpMemoryFile file;
   EXPECT_EQ(file.WriteRawChar(0xD83C), XpOk);
   EXPECT_EQ(file.GetSize(), 0);
@@ -51,7 +52,7 @@ TEST(MemoryTextTest, HalfACharacterIsReplacedNotDropped) {
             "a");
 }
 
-TEST_F(FileTextTest, LinesOfAnyLengthComeWithTheirEnd) {
+TEST_F(FileTextTest, LinesOfAnyLengthAreReadWithTheirLineFeed) {
   const std::string longLine(1500, 'x');
   XpFile file(Put("lines", "one\n" + longLine + "\n\nlast"));
   ASSERT_EQ(file.Open(XpOpenRead, XpShareRead), XpOk);

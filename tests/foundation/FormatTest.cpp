@@ -1,3 +1,4 @@
+// Formatted text, and arguments that do not fit their conversion.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -16,7 +17,7 @@ std::string Formatted(const char16_t* format, const Args&... args) {
   return std::string(text.ToNarrow().AsView());
 }
 
-TEST(FormatTest, ConversionsWriteWhatTheSystemsDo) {
+TEST(FormatTest, ConversionsWriteTheSameAsInC) {
   EXPECT_EQ(Formatted(u"%d|%5d|%-5d|%05d|%+d", -7, 42, 42, -42, 3), "-7|   42|42   |-0042|+3");
   EXPECT_EQ(Formatted(u"%u|%x|%X|%08x", 4000000000u, 0xBEEFu, 0xBEEFu, 0xBEEFu),
             "4000000000|beef|BEEF|0000beef");
@@ -39,7 +40,7 @@ TEST(FormatTest, ABytewiseStringTakesWideTextAndCharacters) {
   EXPECT_EQ(text.AsView(), "\xE2\x82\xAC \xC3\xA9");
 }
 
-TEST(FormatTest, TextOfAnyLengthComesOutWholeButHugeWidthsAreBounded) {
+TEST(FormatTest, TextOfAnyLengthIsCompleteButWidthsAreLimited) {
   for (const std::size_t length : {255u, 256u, 511u, 512u, 5000u}) {
     const std::string word(length, 'w');
     EXPECT_EQ(Formatted(u"%s", word.c_str()), word) << length;
@@ -58,7 +59,7 @@ TEST(FormatTest, AStringMayBeItsOwnArgument) {
   EXPECT_EQ(text.ToNarrow().AsView(), "<ab|ab><ab|ab>");
 }
 
-TEST(FormatTest, AConversionThatDoesNotFitIsSeen) {
+TEST(FormatTest, AConversionThatDoesNotFitPrintsAMarker) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   struct Mismatch {
     const char* marker;

@@ -1,3 +1,4 @@
+// Folders of the user and the system, by environment and settings.
 #include "foundation/file/XpSpecialFolder.h"
 
 #include "tests/foundation/FolderTest.h"
@@ -13,7 +14,7 @@ class KnownFolderTest : public FolderTest {
   ScopedVariable m_temporary{"TMPDIR", Native("x/../tmp//")};
 };
 
-TEST_F(KnownFolderTest, TheUsersOwnSettingsDecide) {
+TEST_F(KnownFolderTest, UserDirsFileSetsTheUsersFolders) {
   Put("config/user-dirs.dirs",
       "# comment\nXDG_PICTURES_DIR=\"$HOME/My \\\"Pictures\\\"\"\n XDG_VIDEOS_DIR=\"" +
           Native("films").string() + "/\"\nXDG_MUSIC_DIR=\"not/absolute\"\nXDG_DOCUMENTS_DIR=broken\n" +
@@ -37,7 +38,7 @@ TEST_F(KnownFolderTest, EveryKindHasAnAnswer) {
             XpGetSpecialFolder(XpFolderExecutable) + u"/foundation-tests");
 }
 
-TEST_F(KnownFolderTest, LibrariesAreFoundByTheirPlace) {
+TEST_F(KnownFolderTest, LibraryPathsDependOnTheirPlace) {
   EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryInstalled), XpString(u"a.dll"));
   EXPECT_EQ(XpLibraryPath(u"a.dll", XpLibraryAsGiven), XpString(u"a.dll"));
   const XpString system = XpLibraryPath(u"libc.so.6", XpLibrarySystem);

@@ -1,3 +1,4 @@
+// Files in memory: own and borrowed blocks, gaps, and positions out of range.
 #include "foundation/file/XpMemoryFile.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ std::string Content(XpMemoryFile& file) {
   return {static_cast<const char*>(file.GetData()), static_cast<std::size_t>(file.GetSize())};
 }
 
-TEST(MemoryFileTest, IsReadyForUseReadsShortAtTheEndAndIsEmptiedByOpeningForWriting) {
+TEST(MemoryFileTest, AShortReadIsNoErrorAndOpeningForWritingEmpties) {
   XpMemoryFile file;
   char buffer[10] = {};
   std::uint64_t count = 0;
@@ -33,7 +34,7 @@ TEST(MemoryFileTest, IsReadyForUseReadsShortAtTheEndAndIsEmptiedByOpeningForWrit
   EXPECT_EQ(file.GetSize(), 0);
 }
 
-TEST(MemoryFileTest, NumbersFollowTheByteOrderWhichSticksAndAreWholeOrNotRead) {
+TEST(MemoryFileTest, NumbersFollowTheLastByteOrderAndAreReadCompletely) {
   XpMemoryFile file;
   EXPECT_EQ(file.WriteUInt16(0x0102, XpKeepByteOrder), XpOk);  // a new file swaps
   EXPECT_EQ(file.WriteInt32(0x03040506, XpLittleEndian), XpOk);
@@ -57,7 +58,7 @@ TEST(MemoryFileTest, NumbersFollowTheByteOrderWhichSticksAndAreWholeOrNotRead) {
   EXPECT_EQ(u32, 0x03040506u) << "cut by the end";
 }
 
-TEST(MemoryFileTest, AGapIsZerosEvenWhereOldBytesLay) {
+TEST(MemoryFileTest, AGapIsFilledWithZeros) {
   XpMemoryFile file;
   ASSERT_EQ(file.Write("secret", 6, nullptr), XpOk);
   ASSERT_EQ(file.SetSize(1), XpOk);

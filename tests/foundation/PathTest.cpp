@@ -1,3 +1,4 @@
+// Paths as text, native and with backslashes, and their bytes for the system.
 #include <gtest/gtest.h>
 
 #include "foundation/platform/Paths.h"
@@ -44,7 +45,7 @@ TEST(PathTest, SplittingFindsFolderStemAndExtension) {
   }
 }
 
-TEST(PathTest, ComparingIgnoresCaseOneTrailingSeparatorAndWhichItIs) {
+TEST(PathTest, ComparingIgnoresCaseAndTheKindOfSeparator) {
   EXPECT_EQ(XpPathCompare(u"C:\\Videos", u"c:\\videos\\"), XpPathEqual);
   EXPECT_EQ(XpPathCompare(u"/\u00C4", u"/\u00E4/"), XpPathEqual);
   EXPECT_EQ(XpPathCompare(u"C:\\a", u"C:\\b"), XpPathDifferent);
@@ -55,10 +56,10 @@ TEST(PathTest, ComparingIgnoresCaseOneTrailingSeparatorAndWhichItIs) {
   EXPECT_EQ(XpPathStripTrailingSlash(u"C:\\a\\/\\"), XpString(u"C:\\a"));
   EXPECT_EQ(XpPathAddTrailingSlash(u""), XpString());
   EXPECT_EQ(XpPathParent(u"/opt/vrx"), XpString(u"/opt"));
-  EXPECT_EQ(XpPathParent(u"/vrx"), XpString(u"/")) << "a program may lie in the root";
+  EXPECT_EQ(XpPathParent(u"/vrx"), XpString(u"/")) << "a program may be in the root folder";
 }
 
-TEST(PathTest, TheSystemGetsNativeBytes) {
+TEST(PathTest, NativePathReplacesDrivesAndSeparators) {
   using vrx::platform::NativePath;
   vrx::platform::SetDriveFolder('Q', "/mnt/card");
   EXPECT_EQ(NativePath(u"q:\\DCIM\\a.mp4"), "/mnt/card/DCIM/a.mp4");

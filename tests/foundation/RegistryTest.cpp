@@ -1,4 +1,4 @@
-// Settings are found by the names that programs know, survive damage, and are never lost to a second writer.
+// Settings are found by name, survive a damaged file, and are not lost when several programs write.
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -35,7 +35,7 @@ TEST_F(RegistryTest, MissingKeysAreMadeByWritersOnly) {
   EXPECT_EQ(XpRegistryOpen(u"Software\\Other", 0, XpRegistryRead), nullptr);
 }
 
-TEST_F(RegistryTest, ValuesKeepTheirTypeAndMeetAnyCase) {
+TEST_F(RegistryTest, ValuesKeepTheirTypeAndNamesIgnoreCase) {
   XpRegistry key;
   ASSERT_EQ(key.Open(u"Software/A", 0, kReadWrite), XpOk);
   EXPECT_EQ(key.SetString(u"Text", u"\x3042\"\\"), XpOk);
@@ -74,7 +74,7 @@ TEST_F(RegistryTest, DamagedFileGivesDefaultsAndIsKept) {
   }
 }
 
-TEST_F(RegistryTest, ForeignValuesGiveDefaultsStayInTheFileAndHarmNoOthers) {
+TEST_F(RegistryTest, ForeignValuesGiveDefaultsAndStayInTheFile) {
   folder.Write("current-user.json", R"({"Software\\A": {"n": true, "list": [1, {"x": null}], "below": -1,
       "large": 4294967296, "text": "kept"}, "note": "no key"})");
   const auto key = XpRegistryOpen(u"Software\\A", 0, kReadWrite);
@@ -93,7 +93,7 @@ TEST_F(RegistryTest, ForeignValuesGiveDefaultsStayInTheFileAndHarmNoOthers) {
   EXPECT_EQ(folder.Count(), 2) << "the file and its lock";
 }
 
-TEST_F(RegistryTest, AStoreThatCannotBeReplacedStaysAndLeavesNothingBeside) {
+TEST_F(RegistryTest, AStoreThatCannotBeReplacedStaysWithoutTemporaryFiles) {
   folder.Write("current-user.json", "damaged");
   std::filesystem::permissions(folder.Path() / "current-user.json", std::filesystem::perms::owner_read);
   EXPECT_FALSE(XpRegistryOpen(u"Software\\B", 0, kReadWrite)) << "it is write-protected";
@@ -124,7 +124,7 @@ TEST_F(RegistryTest, ALinkedStoreStaysALink) {
   EXPECT_EQ(folder.Read("current-user.json.damaged"), "damaged");
 }
 
-TEST_F(RegistryTest, TheRootIsAlwaysThereAndAKeyGivesOnlyTheAccessAskedFor) {
+TEST_F(RegistryTest, TheRootKeyOpensAndAccessBitsAreChecked) {
   XpRegistry root;
   ASSERT_EQ(root.Open(u"", 0, XpRegistryRead), XpOk);
   EXPECT_EQ(folder.Count(), 0);
@@ -176,7 +176,7 @@ TEST_F(RegistryTest, SectionsHaveTheirVersionFolder) {
   EXPECT_EQ(vrx::registry::InterfaceLanguage(), u"ja-JP");
 }
 
-TEST_F(RegistryTest, SettingsReachDrivesAndLibraries) {
+TEST_F(RegistryTest, DriveAndLibrarySettingsAreApplied) {
   const XpString product = SfRegistryKeyPath(u"LBR", u"", u"");
   XpRegistryOpen(product, XpRegistryLocalMachine, kReadWrite)->SetString(u"InstalledLocation", u"/opt/app");
   XpRegistryOpen(product + u"\\Drives", XpRegistryLocalMachine, kReadWrite)->SetString(u"Y", u"/machine");
@@ -188,7 +188,7 @@ TEST_F(RegistryTest, SettingsReachDrivesAndLibraries) {
   vrx::platform::SetDriveFolder('Y', "");
 }
 
-TEST_F(RegistryTest, CalibrationValuesAreFoundWhateverTheyAre) {
+TEST_F(RegistryTest, CalibrationValuesAreRead) {
   const auto user = XpRegistryOpen(u"Software\\Test", XpRegistryCurrentUser, kReadWrite);
   user->SetDword(u"HardwareAssistType_TransBitrate", 0x00120034);
   user->SetDword(u"HardwareAssistType_STPD", 0);

@@ -1,4 +1,4 @@
-// A user's file gets its new content whole, or keeps the old one, and nothing else is touched.
+// A file gets its new content completely or keeps the old one, and no other file is changed.
 #include "foundation/file/XpReplaceFile.h"
 
 #include <linux/capability.h>
@@ -19,7 +19,7 @@ constexpr uid_t kNobody = 65534;
 
 std::span<const std::byte> Bytes(std::string_view text) { return std::as_bytes(std::span(text)); }
 
-/// Makes permissions bind a superuser as they bind others, for the time being.
+/// Takes a superuser's privileges away for a scope, so that permissions apply.
 class BoundByPermissions {
  public:
   BoundByPermissions() {
@@ -52,7 +52,7 @@ class ReplaceFileTest : public FolderTest {
   }
 };
 
-TEST_F(ReplaceFileTest, NewContentKeepsTheModeOwnerAndMarkOfTheOldFile) {
+TEST_F(ReplaceFileTest, AReplacedFileKeepsItsModeOwnerAndMark) {
   const XpString path = Put("settings", "old and longer");
   ASSERT_EQ(chmod(path.ToNarrow().c_str(), 0640), 0);
   GiveAway("settings");
@@ -74,7 +74,7 @@ TEST_F(ReplaceFileTest, NewContentKeepsTheModeOwnerAndMarkOfTheOldFile) {
   EXPECT_EQ(Count(""), 2);
 }
 
-TEST_F(ReplaceFileTest, LinksStayAndTheirTargetIsReplaced) {
+TEST_F(ReplaceFileTest, ALinkStaysAndItsTargetIsReplaced) {
   Put("real/document", "old");
   fs::create_directory(Native("links"));
   fs::create_symlink("../real/document", Native("links/first"));
@@ -90,7 +90,7 @@ TEST_F(ReplaceFileTest, LinksStayAndTheirTargetIsReplaced) {
   EXPECT_EQ(Count("real") + Count("links"), 3);
 }
 
-TEST_F(ReplaceFileTest, WhatIsNoWritableFileIsRefusedUntouched) {
+TEST_F(ReplaceFileTest, FoldersDevicesPipesAndProtectedFilesAreRefused) {
   Put("locked", "kept");
   ASSERT_EQ(chmod(Native("locked").c_str(), 0444), 0);
   fs::create_directory(Native("folder"));
@@ -110,7 +110,7 @@ TEST_F(ReplaceFileTest, WhatIsNoWritableFileIsRefusedUntouched) {
   EXPECT_EQ(Count(""), before);
 }
 
-TEST_F(ReplaceFileTest, AFailureAnywhereKeepsTheOldFileAndLeavesNothingBeside) {
+TEST_F(ReplaceFileTest, AFailureKeepsTheOldFileAndLeavesNoTemporaryFile) {
   const XpString path = Put("document", "old");
   const auto half = [](XpAbstractFile& file) { return file.Write("half", 4, nullptr); };
   EXPECT_EQ(XpReplaceFile(path,
@@ -169,7 +169,7 @@ TEST_F(ReplaceFileTest, AWritableFileInAClosedFolderIsWrittenInPlace) {
   EXPECT_EQ(Count("closed"), 1);
 }
 
-TEST_F(ReplaceFileTest, TheFileAndLinksOfAnotherUserDecideInASharedFolder) {
+TEST_F(ReplaceFileTest, InASharedFolderOwnersAreKeptAndForeignLinksRefused) {
   fs::create_directory(Native("shared"));
   ASSERT_EQ(chmod(Native("shared").c_str(), 01777), 0);
   Put("shared/open", "old");
@@ -192,7 +192,7 @@ TEST_F(ReplaceFileTest, TheFileAndLinksOfAnotherUserDecideInASharedFolder) {
   EXPECT_EQ(Count("shared"), 3);
 }
 
-TEST_F(ReplaceFileTest, OneFileIsKnownUnderAllItsNames) {
+TEST_F(ReplaceFileTest, IsSameFileSeesThroughLinks) {
   using vrx::platform::IsSameFile;
   const XpString file = Put("a/clip", "x");
   Put("a/other", "x");

@@ -1,3 +1,4 @@
+// Shared and weak pointers: when the object is destroyed, also by several threads.
 #include "foundation/memory/XpSharedPtr.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +19,7 @@ struct Counted : Base {
   std::atomic<int>& m_alive;
 };
 
-TEST(SharedPtrTest, TheLastShareDestroysTheObject) {
+TEST(SharedPtrTest, TheLastOwnerDestroysTheObject) {
   std::atomic<int> alive = 0;
   XpSharedPtr<Base> base;
   EXPECT_FALSE(base);
@@ -49,7 +50,7 @@ TEST(SharedPtrTest, AWeakPointerGivesTheObjectOnlyWhileItLives) {
   weak = copy;
 }
 
-TEST(SharedPtrTest, ThreadsMayRaceToTheLastShare) {
+TEST(SharedPtrTest, ThreadsMayReleaseTheLastOwnerAtOnce) {
   for (int round = 0; round < 200; ++round) {
     std::atomic<int> alive = 0;
     XpSharedPtr<Counted> strong(new Counted(alive));

@@ -1,3 +1,4 @@
+// Strings share memory, cut parts and convert to UTF-8 and back.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace {
 
 std::u16string Repeated(std::size_t count) { return std::u16string(count, u'x'); }
 
-TEST(TextTest, CopiesShareUntilOneOfThemIsWritten) {
+TEST(TextTest, CopiesShareMemoryUntilOneIsWritten) {
   XpString first(u"shared");
   const XpString second = first;
   EXPECT_EQ(XpString(Repeated(63)).Capacity(), 64);
@@ -26,7 +27,7 @@ TEST(TextTest, CopiesShareUntilOneOfThemIsWritten) {
   EXPECT_EQ(first.c_str(), second.c_str());
 }
 
-TEST(TextTest, ATextReusesItsOwnMemoryUntilThatIsFarTooLarge) {
+TEST(TextTest, AssignmentReusesMemoryUnlessItIsFarTooLarge) {
   XpString text(Repeated(100));
   const char16_t* memory = text.c_str();
   text = u"q";
@@ -58,7 +59,7 @@ TEST(TextTest, TheEmptyTextCanBeCopiedAssignedAndWritten) {
   EXPECT_EQ(other.c_str()[0], 0);
 }
 
-TEST(TextTest, PartsAreCutAndFoundAtTheirLimits) {
+TEST(TextTest, LeftRightMidAndFindKeepToTheirLimits) {
   const XpString abc(u"abc");
   struct Case {
     XpString got;
@@ -86,7 +87,7 @@ TEST(TextTest, AppendingAStringToItselfDoublesIt) {
   }
 }
 
-TEST(TextTest, Utf8SurvivesTheRoundTripWithBytesThatAreNone) {
+TEST(TextTest, Utf8AndInvalidBytesSurviveARoundTrip) {
   const std::string samples[] = {
       "plain",
       "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x8E\xBE",  // two, three and four bytes
@@ -95,7 +96,7 @@ TEST(TextTest, Utf8SurvivesTheRoundTripWithBytesThatAreNone) {
       "overlong \xC0\xAF \xE0\x80\xAF",
       "surrogate \xED\xA0\x80",
       "too high \xF4\x90\x80\x80 \xFF",
-      "\xF0\x9F\x8E\xBE\x80",  // a valid pair with a stray byte behind it
+      "\xF0\x9F\x8E\xBE\x80",  // a valid pair and a stray byte
   };
   for (const std::string& bytes : samples) {
     EXPECT_EQ(XpNarrowString(bytes).ToWide().ToNarrow().AsView(), bytes);

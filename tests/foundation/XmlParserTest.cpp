@@ -1,3 +1,4 @@
+// XML documents are read within limits and written again; foreign declarations are refused.
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -56,7 +57,7 @@ std::string Repeat(const std::string& text, std::size_t times) {
 
 using XmlDocumentTest = FolderTest;
 
-TEST_F(XmlDocumentTest, ADocumentTypeLineIsIgnoredAndWhatItNamesIsNeverOpened) {
+TEST_F(XmlDocumentTest, ADocumentTypeLineIsIgnoredAndItsFileNeverOpened) {
   const std::string dtd = Put("p.dtd", "<!ENTITY lol \"fetched\">").ToNarrow().c_str();
   const int watch = inotify_init1(IN_NONBLOCK);
   ASSERT_GE(inotify_add_watch(watch, dtd.c_str(), IN_OPEN | IN_ACCESS), 0);
@@ -81,7 +82,7 @@ TEST_F(XmlDocumentTest, ADocumentTypeLineIsIgnoredAndWhatItNamesIsNeverOpened) {
   close(watch);
 }
 
-TEST_F(XmlDocumentTest, DeclarationsAndWhatIsTooDeepOrTooLargeAreRefused) {
+TEST_F(XmlDocumentTest, DeclarationsAndDocumentsBeyondTheLimitsAreRefused) {
   const std::string declares = "document types with declarations are not allowed";
   const std::string name = "the identifier of a document type must not contain [, ] or >";
   const std::pair<std::string, std::string> cases[] = {
@@ -103,7 +104,7 @@ TEST_F(XmlDocumentTest, DeclarationsAndWhatIsTooDeepOrTooLargeAreRefused) {
 
 using XmlParserTest = FolderTest;
 
-TEST_F(XmlParserTest, NumbersAreReadAsFarAsTheyGoAndStayWithin32Bits) {
+TEST_F(XmlParserTest, AttributeNumbersIgnoreTextAfterThemAndStayWithin32Bits) {
   const std::pair<const char*, std::int64_t> cases[] = {{"", 0},
                                                         {" \t42", 42},
                                                         {"-7.9", -7},
@@ -126,7 +127,7 @@ TEST_F(XmlParserTest, NumbersAreReadAsFarAsTheyGoAndStayWithin32Bits) {
   }
 }
 
-TEST_F(XmlParserTest, AChangedDocumentTakesTheOldOnesPlace) {
+TEST_F(XmlParserTest, SavingReplacesTheOldDocument) {
   Notes notes;
   EXPECT_EQ(notes.Parse(), XpErrFailed);
   EXPECT_EQ(notes.ParseFile(Path("notes.xml")), XpErrFailed);
