@@ -7,6 +7,7 @@
 #include <csignal>
 #include <functional>
 #include <random>
+#include <semaphore>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,7 +16,6 @@
 #include "foundation/sync/XpMultiWaiter.h"
 #include "foundation/sync/XpMutex.h"
 #include "foundation/sync/XpRwLock.h"
-#include "foundation/sync/XpRwLockEx.h"
 #include "foundation/sync/XpSemaphore.h"
 #include "foundation/text/XpFormat.h"
 
@@ -241,6 +241,45 @@ TEST(WaitObjectTest, ASemaphoreHoldsUnderManyThreads) {
       semaphore.Unlock();
     }
   });
+}
+
+/// Counts how often a watched object wakes it, and keeps no permit of it.
+struct WakeCounter : XpSemaphore {
+  XpResult Unlock() override {
+    ++wakes;
+    return XpOk;
+  }
+  int wakes = 0;
+};
+
+struct Watcher : XpMultiWaiterBase {
+  explicit Watcher(XpComboSyncObject& sleepObject) : XpMultiWaiterBase(sleepObject) {}
+};
+
+TYPED_TEST(ReadWriteTest, AFailedTryWakesNoMultiWait) {
+  TypeParam lock;
+  XpSemaphore permit(1);
+  std::atomic<bool> isDone = false;
+  std::binary_semaphore isHeld(0);
+  std::jthread writer([&] {
+    EXPECT_EQ(lock.Lock(), XpOk);
+    isHeld.release();
+    isDone.wait(false);
+    lock.Unlock();
+  });
+  isHeld.acquire();
+  WakeCounter sleep;
+  EXPECT_EQ(XpMultiLockOne({&lock}, sleep, 0).GetResult(), XpErrTimeout);
+  EXPECT_EQ(XpMultiLockAll({&lock, &permit}, sleep, 0).GetResult(), XpErrTimeout);
+  // The time-out of a thread that sleeps meanwhile would start again with each wake.
+  Watcher sleeper(sleep);
+  lock.Watch(sleeper);
+  EXPECT_EQ(lock.TryLock(), XpErrTimeout);
+  EXPECT_EQ(lock.TryRead(), XpErrTimeout);
+  lock.Unwatch(sleeper);
+  EXPECT_EQ(sleep.wakes, 0);
+  isDone = true;
+  isDone.notify_one();
 }
 
 TEST(MultiWaitTest, OneOfSeveralIsTheFirstThatCanBeHadAndIsGivenBack) {
