@@ -1,5 +1,5 @@
-// Locks for many readers or one writer; waiting writers go first. XpRwLock counts its readers, XpRwLockEx knows
-// them: there the writer may also read, and a lone reader may rise to writer.
+// Locks for many readers or one writer; waiting writers go first. XpRwLock counts its readers, XpRwLockEx
+// knows them: there the writer may also read, and a lone reader may rise to writer.
 #pragma once
 
 #include <cstdint>

@@ -1,11 +1,18 @@
+// Locks keep others out, wake who waits for them and outlive who dies with them.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
+#include <memory>
 #include <random>
 #include <semaphore>
 #include <string>
@@ -17,7 +24,6 @@
 #include "foundation/sync/XpMutex.h"
 #include "foundation/sync/XpRwLock.h"
 #include "foundation/sync/XpSemaphore.h"
-#include "foundation/text/XpFormat.h"
 
 namespace {
 
@@ -46,13 +52,6 @@ void OnThreads(const std::function<void(int thread)>& body) {
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(body, i);
 }
 
-/// A name that no other run of the tests has.
-struct MutexName {
-  explicit MutexName(const char16_t* stem) { text.Format(u"%s_%d", XpString(stem), getpid()); }
-  ~MutexName() { vrx::platform::RemoveNamedMutex(text); }
-  XpString text;
-};
-
 TEST(WaitObjectTest, AnEventLetsEveryoneThroughUntilItIsCleared) {
   XpManualEvent event;
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
@@ -77,10 +76,8 @@ TEST(WaitObjectTest, ASemaphoreGivesOutItsPermitsAndKeepsItsMaximum) {
 }
 
 TEST(WaitObjectTest, AMutexBelongsToOneThreadAndOneNameHoweverOftenItIsTaken) {
-  const MutexName name(u"WaitObjectTest/owner");
-  const MutexName otherName(u"WaitObjectTest_owner");
-  XpMutex other(otherName.text);
-  for (const XpString& text : {XpString(), name.text}) {
+  XpMutex other(u"WaitObjectTest_owner");
+  for (const XpString& text : {XpString(), XpString(u"WaitObjectTest/owner")}) {
     XpMutex mutex(text);
     XpMutex second(text);
     EXPECT_EQ(mutex.Wait(5), XpErrNoHandle);
@@ -97,7 +94,36 @@ TEST(WaitObjectTest, AMutexBelongsToOneThreadAndOneNameHoweverOftenItIsTaken) {
   }
 }
 
-TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessPassesOnAndThatOfALiveOneDoesNot) {
+/// A process that takes the mutex of a name and keeps it until it is killed.
+class HoldingProcess {
+ public:
+  explicit HoldingProcess(const XpString& name) {
+    std::array<int, 2> ends;
+    EXPECT_EQ(pipe(ends.data()), 0);
+    m_child = fork();
+    if (m_child == 0) {
+      XpMutex mutex(name);
+      const XpResult result = mutex.Lock();
+      [[maybe_unused]] const auto written = write(ends[1], &result, sizeof result);
+      pause();
+    }
+    EXPECT_EQ(read(ends[0], &m_result, sizeof m_result), static_cast<ssize_t>(sizeof m_result));
+    for (const int end : ends) close(end);
+  }
+  HoldingProcess(const HoldingProcess&) = delete;
+  HoldingProcess& operator=(const HoldingProcess&) = delete;
+  ~HoldingProcess() {
+    kill(m_child, SIGKILL);
+    waitpid(m_child, nullptr, 0);
+  }
+  XpResult GetLockResult() const { return m_result; }
+
+ private:
+  pid_t m_child = -1;
+  XpResult m_result = XpErrFailed;
+};
+
+TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessIsReleasedAndThatOfALiveOneIsNot) {
   XpMutex ofThread;
   EXPECT_EQ(OnOtherThread([&] { return ofThread.Lock(); }), XpOk);
   EXPECT_EQ(ofThread.Lock(), XpErrAbandoned);
@@ -105,27 +131,67 @@ TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessPassesOnAndThatOfALiveOneDoesNo
   ofThread.Unlock();
   EXPECT_EQ(ofThread.TryLock(), XpOk);
   ofThread.Unlock();
-  const MutexName name(u"WaitObjectTest process");
-  std::array<int, 2> held;
-  ASSERT_EQ(pipe(held.data()), 0);
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  char taken = 0;
-  if (child == 0) {
-    XpMutex mutex(name.text);
-    taken = mutex.Lock() == XpOk ? 'y' : 'n';
-    [[maybe_unused]] const auto written = write(held[1], &taken, 1);
-    pause();
-  }
-  ASSERT_EQ(read(held[0], &taken, 1), 1);
-  ASSERT_EQ(taken, 'y');
-  XpMutex mutex(name.text);  // opened while the other process has it
+  const XpString name(u"WaitObjectTest process");
+  auto holder = std::make_unique<HoldingProcess>(name);
+  ASSERT_EQ(holder->GetLockResult(), XpOk);
+  XpMutex mutex(name);  // opened while the other process has it
   EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
-  kill(child, SIGKILL);
+  holder.reset();
   EXPECT_EQ(mutex.Lock(), XpErrAbandoned);
   mutex.Unlock();
-  EXPECT_EQ(waitpid(child, nullptr, 0), child);
-  for (const int file : held) close(file);
+}
+
+/// What a program does that takes a mutex over from a dead owner and does not repair it: nobody can lock the
+/// mutex after that. The name holds letters alone.
+void MakeUnrecoverable(const std::string& name) {
+  struct Page {
+    std::uint32_t state;
+    pthread_mutex_t mutex;
+  };
+  const std::string file =
+      "/vrx-mutex-" + std::to_string(getuid()) + "-" + std::getenv("VRX_NAMED_OBJECT_PREFIX") + name;
+  const int handle = shm_open(file.c_str(), O_RDWR, 0);
+  ASSERT_GE(handle, 0) << file;
+  void* memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  pthread_mutex_t* mutex = &static_cast<Page*>(memory)->mutex;
+  EXPECT_EQ(OnOtherThread([&] { return pthread_mutex_lock(mutex); }), 0);
+  EXPECT_EQ(pthread_mutex_lock(mutex), EOWNERDEAD);
+  EXPECT_EQ(pthread_mutex_unlock(mutex), 0);
+  EXPECT_EQ(pthread_mutex_lock(mutex), ENOTRECOVERABLE);
+  munmap(memory, sizeof(Page));
+  close(handle);
+}
+
+TEST(WaitObjectTest, AMutexThatCannotBeLockedAnyMoreIsMadeAgainForAllProcesses) {
+  const XpString name(u"unrecoverable");
+  XpMutex mutex(name);
+  MakeUnrecoverable("unrecoverable");
+  const HoldingProcess holder(name);
+  EXPECT_EQ(holder.GetLockResult(), XpErrAbandoned);
+  EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
+}
+
+TEST(WaitObjectTest, ATryOfAMutexThatCannotBeLockedAnyMoreBlocksNoOtherProcess) {
+  const XpString name(u"unrecoverableTry");
+  XpMutex mutex(name);
+  MakeUnrecoverable("unrecoverableTry");
+  std::array<int, 2> ends;
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const pid_t later = fork();  // has the old mutex open
+  if (later == 0) {
+    char go = 0;
+    [[maybe_unused]] const auto got = read(ends[0], &go, 1);
+    alarm(20);
+    _exit(mutex.Lock() == XpErrAbandoned ? 0 : 1);
+  }
+  EXPECT_EQ(mutex.TryLock(), XpErrAbandoned);
+  mutex.Unlock();
+  EXPECT_EQ(write(ends[1], "g", 1), 1);
+  int status = -1;
+  waitpid(later, &status, 0);
+  EXPECT_EQ(status, 0);
+  for (const int end : ends) close(end);
 }
 
 template <class Lock>
