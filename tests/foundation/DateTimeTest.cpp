@@ -8,6 +8,7 @@
 #include <thread>
 #include <tuple>
 
+#include "foundation/platform/LocalTime.h"
 #include "foundation/time/DateTimeScanner.h"
 #include "foundation/time/XpDateTime.h"
 #include "tests/foundation/ScopedVariable.h"
@@ -135,7 +136,6 @@ TEST(DateTimeTest, SpansRoundToSecondsAndStayInTheirType) {
 
 TEST(DateTimeTest, FileTimesFollowTheZoneAtTheirDate) {
   const ScopedVariable zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
-  tzset();
   constexpr std::uint64_t kUnixEpoch = 116444736000000000;
   for (const auto& [date, unixSeconds] :
        {std::pair{At(2024, 1, 15, 13, 0, 0), std::int64_t{1705320000}},  // winter
@@ -150,6 +150,32 @@ TEST(DateTimeTest, FileTimesFollowTheZoneAtTheirDate) {
   FILETIME early;
   EXPECT_FALSE(At(1600, 12, 31).ToFileTime(early));
   EXPECT_FALSE(XpDateTime::FromFileTime({UINT32_MAX, UINT32_MAX}).IsValid());
+}
+
+TEST(DateTimeTest, ATimeThatIsRepeatedOrSkippedHasOneAnswerWhateverWasAskedBefore) {
+  const ScopedVariable zone("TZ", "EST5EDT,M3.2.0,M11.1.0");
+  for (const XpDateTime& before : {At(2021, 7, 1), At(2021, 12, 1)}) {
+    for (const auto& [date, unixSeconds] :
+         {std::pair{At(2021, 11, 7, 0, 59, 59), std::int64_t{1636261199}},
+          std::pair{At(2021, 11, 7, 1, 30, 0), std::int64_t{1636263000}},  // first in summer time
+          std::pair{At(2021, 11, 7, 2, 0, 0), std::int64_t{1636268400}},
+          std::pair{At(2021, 3, 14, 1, 59, 59), std::int64_t{1615705199}},
+          std::pair{At(2021, 3, 14, 2, 30, 0), std::int64_t{1615707000}},  // skipped: 3:30 in summer time
+          std::pair{At(2021, 3, 14, 3, 0, 0), std::int64_t{1615705200}}}) {
+      EXPECT_NE(before.ToTimeT(), -1);
+      EXPECT_EQ(date.ToTimeT(), unixSeconds) << date.GetMonth() << '/' << date.GetDay();
+      FILETIME fileTime;
+      ASSERT_TRUE(date.ToFileTime(fileTime));
+      EXPECT_EQ(fileTime.Ticks() / 10'000'000, static_cast<std::uint64_t>(unixSeconds) + 11644473600u);
+    }
+  }
+}
+
+TEST(DateTimeTest, TheUtcOffsetIsThatOfTheZoneInForce) {
+  for (const auto& [name, minutes] : {std::pair{"XXX-9", 540}, {"XXX3:30", -210}, {"XXX0", 0}}) {
+    const ScopedVariable zone("TZ", name);
+    EXPECT_EQ(vrx::platform::UtcOffsetMinutes(), minutes);
+  }
 }
 
 TEST(DateParsingTest, FormatsAreReadLikeScanfDoesAndAMisfitChangesNothing) {
