@@ -99,6 +99,7 @@ bool ReadRows(ImageReading& reading, GifFileType& gif, int transparent) {
     for (std::int32_t y = pass.first; y < gif.Image.Height; y += pass.step) {
       if (DGifGetLine(&gif, line.get(), gif.Image.Width) == GIF_ERROR) return GifProblem(reading, gif.Error);
       PaintRow(reading, gif, *colours, transparent, y, line.get());
+      reading.NoteRow();
     }
   }
   return true;

@@ -32,6 +32,9 @@ class ImageReading {
   bool TakeMemory(std::int32_t width, std::int32_t height) noexcept;
   /// Row `y` of the picture counted from its top, wherever the wanted order puts it. BGR.
   unsigned char* Row(std::int32_t y) const noexcept;
+  /// To be called for each row that was decoded, or row of a pass over the picture. From the first one on a
+  /// damaged file gives a partial picture instead of none.
+  void NoteRow() noexcept { m_hasRows = true; }
 
   /// Notes the first failure; the words are copied. Always false, so that readers return it.
   bool Fail(XpResult result, const char* words) noexcept;
@@ -39,7 +42,10 @@ class ImageReading {
   bool HasFailed() const noexcept { return m_result != XpOk; }
   /// XpOk without a failure. A failure of the file itself goes before what it caused.
   XpResult Result() const noexcept;
-  const char* Words() const noexcept { return m_words; }
+  /// There is something to show in spite of the failure.
+  bool IsPartial() const noexcept { return HasFailed() && m_hasRows && m_result != XpErrOutOfMemory; }
+  /// The cause of the failure.
+  const char* Words() const noexcept;
 
  private:
   static constexpr std::size_t kWordsCapacity = 256;
@@ -50,6 +56,7 @@ class ImageReading {
   std::int32_t m_width = 0;
   std::int32_t m_height = 0;
   XpPlaneBase* m_plane = nullptr;
+  bool m_hasRows = false;
   XpResult m_result = XpOk;
   char m_words[kWordsCapacity] = {};
 };

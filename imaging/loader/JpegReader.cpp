@@ -64,17 +64,27 @@ JpegState& StateOf(j_decompress_ptr decoder) { return *static_cast<JpegState*>(d
   GiveUp(state, isMemory ? XpErrOutOfMemory : XpErrInvalidFile, words);
 }
 
+/// At least one row of blocks, in its first scan.
+bool HasRows(const jpeg_decompress_struct& decoder) {
+  return decoder.input_scan_number > 1 || decoder.input_iMCU_row > 0;
+}
+
 /// Cameras leave stray bytes between segments, which harm nothing; a warning about the entropy-coded data
-/// means that pixels are made up.
+/// means that the decoder makes up pixels.
 void OnMessage(j_common_ptr common, int level) {
   if (level >= 0) return;
+  JpegState& state = StateOf(common);
   switch (common->err->msg_code) {
     case JWRN_HIT_MARKER:
+      if (!HasRows(state.decoder)) OnError(common);
+      [[fallthrough]];
     case JWRN_HUFF_BAD_CODE:
     case JWRN_ARITH_BAD_CODE:
-    case JWRN_JPEG_EOF:
     case JWRN_MUST_RESYNC:
-      OnError(common);
+      char words[JMSG_LENGTH_MAX];
+      common->err->format_message(common, words);
+      state.reading->Damaged(words);
+      return;
     default:
       return;
   }
@@ -87,8 +97,16 @@ void TermSource(j_decompress_ptr) {}
 
 boolean FillInput(j_decompress_ptr decoder) {
   JpegState& state = StateOf(decoder);
-  const std::size_t read = state.reading->Source().Read(state.bytes, kInputBytes);
-  if (read == 0) GiveUp(state, XpErrInvalidFile, "the file ends within the picture");
+  constexpr char kWords[] = "the file ends within the picture";
+  std::size_t read = state.reading->Source().Read(state.bytes, kInputBytes);
+  if (read == 0) {
+    if (!HasRows(state.decoder)) GiveUp(state, XpErrInvalidFile, kWords);
+    // An end marker lets the decoder fill in what is missing.
+    state.reading->Damaged(kWords);
+    state.bytes[0] = 0xFF;
+    state.bytes[1] = JPEG_EOI;
+    read = 2;
+  }
   state.input.next_input_byte = state.bytes;
   state.input.bytes_in_buffer = read;
   return TRUE;
@@ -199,6 +217,7 @@ bool ReadRows(JpegState& state) {
     JSAMPROW target = isInk ? state.inkRow.get() : row;
     jpeg_read_scanlines(&decoder, &target, 1);
     if (isInk) InkToBgr(target, decoder.saw_Adobe_marker != 0, decoder.output_width, row);
+    reading.NoteRow();
   }
   jpeg_finish_decompress(&decoder);
   return true;

@@ -87,7 +87,12 @@ bool ReadRows(PngState& state) {
   }
   if (!reading.TakeMemory(reading.Width(), reading.Height())) return false;
   for (int pass = 0; pass < passes; ++pass) {
-    for (std::int32_t y = 0; y < reading.Height(); ++y) png_read_row(png, reading.Row(y), nullptr);
+    for (std::int32_t y = 0; y < reading.Height(); ++y) {
+      // As a row for display a pixel of an early pass also stands for those that come later, which matters
+      // where the file ends before they come.
+      png_read_row(png, nullptr, reading.Row(y));
+      reading.NoteRow();
+    }
   }
   png_read_end(png, nullptr);
   return true;
