@@ -9,7 +9,7 @@
 namespace vrx::drawing {
 namespace {
 
-TEST(Coverage, ARowHasTheSamePixelsAsOneLaidPixelByPixel) {
+TEST(CoverageTest, ARowHasTheSamePixelsAsOneLaidPixelByPixel) {
   std::mt19937 random(3);
   const auto sometimes = [&random](unsigned one, unsigned of) { return random() % of < one; };
   for (int round = 0; round < 400; ++round) {

@@ -28,12 +28,16 @@ Samples Make(int width, int height, int channels, const SampleRule& rule) {
   return samples;
 }
 
-/// The samples of one row, repeated to 16 bits where asked.
+/// The samples of one row. With 16 bits every second one lies just below its 8-bit value, and is rounded up
+/// to that.
 std::vector<std::uint8_t> Row(const Samples& samples, int y, int depth) {
   std::vector<std::uint8_t> row;
   const std::uint8_t* in = samples.At(0, y);
-  for (int i = 0; i < samples.width * samples.channels; ++i)
-    row.insert(row.end(), depth == 16 ? 2u : 1u, in[i]);
+  for (int i = 0; i < samples.width * samples.channels; ++i) {
+    const int value = depth == 16 ? in[i] * 257 - (in[i] > 0 ? i % 2 * 100 : 0) : in[i];
+    if (depth == 16) row.push_back(static_cast<std::uint8_t>(value >> 8));
+    row.push_back(static_cast<std::uint8_t>(value));
+  }
   return row;
 }
 

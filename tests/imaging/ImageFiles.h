@@ -40,7 +40,7 @@ Bytes Jpeg(const Samples& samples, const JpegForm& form = {});
 
 struct PngForm {
   int colourType = 2;  // as in the file
-  int depth = 8;       // samples of 16 bits repeat the 8 bits; below 8 the sample's low bits are taken
+  int depth = 8;       // samples of 16 bits come near the 8 bits; below 8 the sample's low bits are taken
   bool isInterlaced = false;
   std::vector<std::uint8_t> palette = {};       // RGB
   std::vector<std::uint8_t> paletteAlpha = {};  // with a palette

@@ -266,6 +266,18 @@ TEST(StillImageTest, BmpOfEveryPackingShowsItsPixels) {
   }
 }
 
+TEST(StillImageTest, RowsAreWholeThatAreLargerThanOneReadOfTheFile) {
+  constexpr int kWidth = 50'000;
+  Bytes data;
+  for (int i = 0; i < 3 * kWidth * 3; ++i) data += static_cast<char>(i * 7 + i / 251);
+  const Loaded loaded = Load(Bmp(kWidth, -3, {24, 0, {}, data}));
+  ASSERT_EQ(loaded.result, XpOk) << loaded.problem;
+  for (int y = 0; y < 3; ++y) {
+    EXPECT_EQ(std::memcmp(loaded.image.pixmap->GetPlane(0)->Row(y), data.data() + y * kWidth * 3, kWidth * 3),
+              0);
+  }
+}
+
 TEST(StillImageTest, StrayBytesBetweenTheSegmentsOfAJpegDoNoHarm) {
   for (const bool isProgressive : {false, true}) {
     const Bytes file = Jpeg(Noise(32, 24, 3), {.isProgressive = isProgressive});

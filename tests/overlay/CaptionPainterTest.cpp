@@ -100,6 +100,14 @@ TEST_F(CaptionPainterTest, ShadowLiesBelowTheTextAndIsHalfAsStrongInSaveMode) {
   }
 }
 
+TEST_F(CaptionPainterTest, LastLineOfAMultiLineCaptionIsDrawn) {
+  for (std::int32_t layout = 1; layout <= 9; ++layout) {
+    Set({Caption(u"x", 0, 10, layout), Caption(u"x\nx\nx", 20, 30, layout)});
+    const double more = static_cast<double>(Drawn(Draw(25)).Height() - Drawn(Draw(5)).Height());
+    EXPECT_NEAR(more, 2 * 120.0 * 1060 / 1080, 2) << layout;
+  }
+}
+
 TEST_F(CaptionPainterTest, TallTextStartsAtTheTop) {
   const std::u16string text = u"x" + std::u16string(30, u'\n') + u"x";
   for (const std::int32_t layout : {4, 7}) {
