@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "drawing/BoxTextRenderer.h"
-#include "drawing/PangoTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 #include "imaging/pixmap/XpPixmapBlock.h"
 #include "tests/drawing/Sheet.h"
 #include "tests/imaging/RandomPixmap.h"
