@@ -17,8 +17,8 @@ struct CalendarTime {
 
 /// Local calendar time of a number of seconds since 1970, UTC. False when the system cannot tell.
 bool LocalFromUnix(std::int64_t seconds, CalendarTime& local);
-/// Of a time that the end of summer time repeats, the first; a time that its start skips counts on from the
-/// moment before. False when the system cannot tell.
+/// A time that the end of summer time repeats means the first of the two; a time that its start skips counts
+/// with the offset from before. False when the system cannot tell.
 bool UnixFromLocal(const CalendarTime& local, std::int64_t& seconds);
 
 /// Minutes that local time is ahead of UTC now, summer time included; negative west of Greenwich.

@@ -1,5 +1,5 @@
 // A mutex of the operating system that works between threads and, under a name, between the processes of one
-// user. XpMutex and the log stand on it.
+// user. Used by XpMutex and the log.
 #pragma once
 
 #include <cstdint>
@@ -30,7 +30,7 @@ class NamedMutex {
   ~NamedMutex();
 
   bool IsValid() const { return m_block != nullptr; }
-  /// Waits at most so many milliseconds of a clock that nobody sets; kNoLimit for as long as it takes.
+  /// Waits at most so many milliseconds, by the monotonic clock; kNoLimit waits without limit.
   MutexWait Wait(std::int64_t milliseconds);
   /// False when the caller is not the owner.
   bool Release();

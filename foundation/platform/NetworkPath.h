@@ -1,5 +1,5 @@
-// Tells whether a path lies on a file system whose answers come from another machine or program and may never
-// come. Asked before a test that must not hang.
+// Whether a path lies on a file system of another machine or program, which may never answer. Asked before a
+// test that must not hang.
 #pragma once
 
 #include <string>
@@ -23,8 +23,8 @@ std::vector<Mount> ParseMountTable(std::string_view text);
 /// mount, and touches nothing below one.
 bool LiesOnNetwork(const std::string& path, const std::vector<Mount>& mounts);
 
-/// The same for a path in any form, on the mounts of this moment. A path with a server counts whatever is
-/// mounted; a path that has no bytes does not.
+/// The same for a path in any form, with the present mounts. Always true for a path with a server, and false
+/// for one that the system cannot express.
 bool IsNetworkPath(const XpString& path);
 
 }  // namespace vrx::platform

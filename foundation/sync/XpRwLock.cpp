@@ -21,14 +21,14 @@ XpResult XpRwLockBase::WaitRead(std::int32_t seconds) {
 
 XpResult XpRwLockBase::WaitWrite(std::int32_t seconds) {
   XpSingleLock counting(&m_innerLock);
-  // A try keeps no reader out, so it has nobody to wake when it fails.
+  // A try does not count as waiting: it keeps no reader out, so when it fails no reader has to be woken.
   if (seconds == 0) return TakeWrite() ? XpOk : XpErrTimeout;
   ++m_waitingWriters;
   m_innerLock.Unlock();
   const XpResult result = SleepUntil([this] { return TakeWrite(); }, Milliseconds(seconds));
   m_innerLock.Lock();
   --m_waitingWriters;
-  // The readers that slept because this writer waited can go on.
+  // Readers that slept because this writer waited must be woken.
   if (result != XpOk && m_waitingWriters == 0) Wake();
   return result;
 }

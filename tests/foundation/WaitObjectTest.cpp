@@ -1,4 +1,4 @@
-// Locks keep others out, wake who waits for them and outlive who dies with them.
+// Wait objects: who gets them, who is woken, and what happens when an owner dies.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -52,7 +52,7 @@ void OnThreads(const std::function<void(int thread)>& body) {
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(body, i);
 }
 
-TEST(WaitObjectTest, AnEventLetsEveryoneThroughUntilItIsCleared) {
+TEST(WaitObjectTest, EventIsWaitedForBySeveralUntilItIsCleared) {
   XpManualEvent event;
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
   EXPECT_EQ(event.WaitMilliseconds(1), XpErrTimeout);
@@ -64,7 +64,7 @@ TEST(WaitObjectTest, AnEventLetsEveryoneThroughUntilItIsCleared) {
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
 }
 
-TEST(WaitObjectTest, ASemaphoreGivesOutItsPermitsAndKeepsItsMaximum) {
+TEST(WaitObjectTest, SemaphoreGivesAsManyPermitsAsItHasAndKeepsItsMaximum) {
   XpSemaphore semaphore(2, 2);
   EXPECT_EQ(semaphore.Unlock(), XpOk);
   EXPECT_EQ(semaphore.TryLock(), XpOk);
@@ -75,7 +75,7 @@ TEST(WaitObjectTest, ASemaphoreGivesOutItsPermitsAndKeepsItsMaximum) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(endless.TryLock(), XpOk);
 }
 
-TEST(WaitObjectTest, AMutexBelongsToOneThreadAndOneNameHoweverOftenItIsTaken) {
+TEST(WaitObjectTest, MutexIsHeldByOneThreadUntilItsLastUnlock) {
   XpMutex other(u"WaitObjectTest_owner");
   for (const XpString& text : {XpString(), XpString(u"WaitObjectTest/owner")}) {
     XpMutex mutex(text);
@@ -123,7 +123,7 @@ class HoldingProcess {
   XpResult m_result = XpErrFailed;
 };
 
-TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessIsReleasedAndThatOfALiveOneIsNot) {
+TEST(WaitObjectTest, MutexIsReleasedWhenItsThreadOrProcessDies) {
   XpMutex ofThread;
   EXPECT_EQ(OnOtherThread([&] { return ofThread.Lock(); }), XpOk);
   EXPECT_EQ(ofThread.Lock(), XpErrAbandoned);
@@ -141,8 +141,8 @@ TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessIsReleasedAndThatOfALiveOneIsNo
   mutex.Unlock();
 }
 
-/// What a program does that takes a mutex over from a dead owner and does not repair it: nobody can lock the
-/// mutex after that. The name holds letters alone.
+/// Does what a faulty program would: takes a mutex over from a dead owner and unlocks it without repairing
+/// it, so that it cannot be locked any more. The name may have only letters.
 void MakeUnrecoverable(const std::string& name) {
   struct Page {
     std::uint32_t state;
@@ -163,7 +163,7 @@ void MakeUnrecoverable(const std::string& name) {
   close(handle);
 }
 
-TEST(WaitObjectTest, AMutexThatCannotBeLockedAnyMoreIsMadeAgainForAllProcesses) {
+TEST(WaitObjectTest, UnrecoverableMutexIsMadeAgainForAllProcesses) {
   const XpString name(u"unrecoverable");
   XpMutex mutex(name);
   MakeUnrecoverable("unrecoverable");
@@ -172,7 +172,7 @@ TEST(WaitObjectTest, AMutexThatCannotBeLockedAnyMoreIsMadeAgainForAllProcesses) 
   EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
 }
 
-TEST(WaitObjectTest, ATryOfAMutexThatCannotBeLockedAnyMoreBlocksNoOtherProcess) {
+TEST(WaitObjectTest, TryOfAnUnrecoverableMutexBlocksNoOtherProcess) {
   const XpString name(u"unrecoverableTry");
   XpMutex mutex(name);
   MakeUnrecoverable("unrecoverableTry");
@@ -199,7 +199,7 @@ class ReadWriteTest : public testing::Test {};
 using ReadWriteLocks = testing::Types<XpRwLock, XpRwLockEx>;
 TYPED_TEST_SUITE(ReadWriteTest, ReadWriteLocks);
 
-TYPED_TEST(ReadWriteTest, ReadersShareAndAWriterIsAlone) {
+TYPED_TEST(ReadWriteTest, ReadersShareTheLockAndAWriterDoesNot) {
   TypeParam lock;
   EXPECT_EQ(lock.TryRead(), XpOk);
   EXPECT_EQ(Elsewhere(lock, &TypeParam::TryLock), XpErrTimeout);
@@ -234,7 +234,7 @@ TYPED_TEST(ReadWriteTest, AWaitingWriterGoesBeforeNewReaders) {
   lock.Unlock();
 }
 
-TYPED_TEST(ReadWriteTest, AWriterThatGivesUpLetsTheReadersBehindItGoOn) {
+TYPED_TEST(ReadWriteTest, WriterThatTimesOutWakesTheReadersThatWaitedForIt) {
   TypeParam lock;
   ASSERT_EQ(lock.TryRead(), XpOk);
   std::jthread writer([&] { EXPECT_EQ(lock.WaitWrite(1), XpErrTimeout); });
@@ -263,9 +263,8 @@ TEST(ReadWriteExTest, TheWriterMayReadAndALoneReaderMayRise) {
   EXPECT_EQ(lock.TryLock(), XpErrTimeout) << "another thread reads too";
 }
 
-// The plain numbers in these tests are guarded by nothing but the locks, so that a thread checker sees a lock
-// that fails.
-TYPED_TEST(ReadWriteTest, HoldsUnderManyThreads) {
+// Only the locks guard the plain numbers in these tests, so that a thread checker finds a lock that fails.
+TYPED_TEST(ReadWriteTest, ManyThreadsNeverWriteAndReadAtOnce) {
   constexpr int kRounds = 4000;
   TypeParam lock;
   int written = 0;
@@ -294,7 +293,7 @@ TYPED_TEST(ReadWriteTest, HoldsUnderManyThreads) {
   EXPECT_EQ(written, writes);
 }
 
-TEST(WaitObjectTest, ASemaphoreHoldsUnderManyThreads) {
+TEST(WaitObjectTest, ManyThreadsNeverHoldMorePermitsThanThereAre) {
   constexpr int kRounds = 4000;
   constexpr int kPermits = 3;
   XpSemaphore semaphore(kPermits, kPermits);
@@ -309,7 +308,7 @@ TEST(WaitObjectTest, ASemaphoreHoldsUnderManyThreads) {
   });
 }
 
-/// Counts how often a watched object wakes it, and keeps no permit of it.
+/// Counts how often a watched object wakes it, and gets no permits from that.
 struct WakeCounter : XpSemaphore {
   XpResult Unlock() override {
     ++wakes;
@@ -322,7 +321,7 @@ struct Watcher : XpMultiWaiterBase {
   explicit Watcher(XpComboSyncObject& sleepObject) : XpMultiWaiterBase(sleepObject) {}
 };
 
-TYPED_TEST(ReadWriteTest, AFailedTryWakesNoMultiWait) {
+TYPED_TEST(ReadWriteTest, FailedTryWakesNobody) {
   TypeParam lock;
   XpSemaphore permit(1);
   std::atomic<bool> isDone = false;
@@ -337,7 +336,7 @@ TYPED_TEST(ReadWriteTest, AFailedTryWakesNoMultiWait) {
   WakeCounter sleep;
   EXPECT_EQ(XpMultiLockOne({&lock}, sleep, 0).GetResult(), XpErrTimeout);
   EXPECT_EQ(XpMultiLockAll({&lock, &permit}, sleep, 0).GetResult(), XpErrTimeout);
-  // The time-out of a thread that sleeps meanwhile would start again with each wake.
+  // A wake would start the time-out of a sleeping thread again.
   Watcher sleeper(sleep);
   lock.Watch(sleeper);
   EXPECT_EQ(lock.TryLock(), XpErrTimeout);
@@ -348,7 +347,7 @@ TYPED_TEST(ReadWriteTest, AFailedTryWakesNoMultiWait) {
   isDone.notify_one();
 }
 
-TEST(MultiWaitTest, OneOfSeveralIsTheFirstThatCanBeHadAndIsGivenBack) {
+TEST(MultiWaitTest, LockOneTakesTheFirstFreeObjectAndUnlocksItAtTheEnd) {
   XpSemaphore empty;
   XpSemaphore full(1);
   XpSemaphore sleep;
@@ -365,7 +364,7 @@ TEST(MultiWaitTest, OneOfSeveralIsTheFirstThatCanBeHadAndIsGivenBack) {
   EXPECT_EQ(none.GetIndex(), XpMultiLockOne::kNone);
 }
 
-TEST(MultiWaitTest, WhoCannotHaveAllHasNone) {
+TEST(MultiWaitTest, LockAllThatFailsKeepsNoObject) {
   XpSemaphore first(1);
   XpSemaphore second;
   XpSemaphore sleep;
@@ -374,8 +373,9 @@ TEST(MultiWaitTest, WhoCannotHaveAllHasNone) {
   EXPECT_EQ(first.TryLock(), XpOk) << "what it had for a moment is free again";
 }
 
-// Neighbours round a table share a fork; each takes both or none, in an order that would block a plain wait.
-TEST(MultiWaitTest, HoldsUnderManyThreads) {
+// Neighbours at a round table share a fork. Each takes both or none, in an order in which plain locks would
+// block each other.
+TEST(MultiWaitTest, ManyThreadsWithObjectsInDifferentOrdersDoNotBlock) {
   constexpr int kRounds = 500;
   std::array<XpMutex, kThreads> forks;
   std::array<int, kThreads> meals{};

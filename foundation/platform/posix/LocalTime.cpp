@@ -45,7 +45,7 @@ bool LocalFromUnix(std::int64_t seconds, CalendarTime& local) {
   return true;
 }
 
-// Not by mktime, whose answer for a repeated time depends on what it was asked before.
+// mktime is not used: its answer for a repeated time depends on earlier calls.
 bool UnixFromLocal(const CalendarTime& local, std::int64_t& seconds) {
   const std::int64_t asUtc = SecondsAsUtc(local);
   tm before{}, after{};

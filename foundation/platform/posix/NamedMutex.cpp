@@ -87,7 +87,7 @@ Shared* MapReady(int handle) {
   return shared;
 }
 
-/// The memory of a mutex, with what tells its file from a later one of the same name.
+/// The memory of a mutex. The inode tells its file from a later one of the same name.
 struct Page {
   Shared* shared = nullptr;
   ino_t inode = 0;
@@ -137,8 +137,8 @@ timespec Deadline(std::int64_t milliseconds) {
   return now;
 }
 
-/// Not by pthread_mutex_trylock, even for no time at all: where a mutex cannot be locked any more, glibc's
-/// leaves it locked, and processes that have it open would wait for ever.
+/// pthread_mutex_trylock is not used, even to wait no time: with glibc it leaves a mutex that is not
+/// recoverable locked, and other processes that have it open would wait for ever.
 int LockWithin(pthread_mutex_t& mutex, std::int64_t milliseconds) {
   if (milliseconds < 0) return pthread_mutex_lock(&mutex);
   const timespec deadline = Deadline(milliseconds);
@@ -158,7 +158,7 @@ struct NamedMutex::Block {
     for (const Page& page : pages) munmap(page.shared, sizeof(Shared));
   }
 
-  /// Puts a new mutex in the place of one that cannot be locked any more. False when none can be had.
+  /// Replaces a mutex that cannot be locked any more by a new one. False when that cannot be made.
   bool Replace(const Shared* broken) {
     const std::scoped_lock guard(lock);
     if (current != broken) return true;  // by another thread

@@ -19,12 +19,12 @@ bool IsNetworkType(std::string_view type) {
   constexpr std::string_view kTypes[] = {"nfs", "nfs4",  "cifs", "smb3",   "smbfs",   "ncpfs",
                                          "afs", "coda",  "ceph", "lustre", "davfs",   "glusterfs",
                                          "9p",  "ocfs2", "gfs2", "beegfs", "orangefs"};
-  // An automatic mount may be of a share, and touching it waits for that; a file system in user space
-  // answers when its program does.
+  // An automatic mount may be of a share, and touching it waits for the share. A file system in user space
+  // answers only when its program does.
   return type == "autofs" || type.starts_with("fuse.") || std::ranges::find(kTypes, type) != std::end(kTypes);
 }
 
-/// Blanks, tabs, line feeds and backslashes stand in the table as a backslash and three octal digits.
+/// The table has blanks, tabs, line feeds and backslashes as a backslash and three octal digits.
 std::string Unescape(std::string_view text) {
   constexpr std::size_t kDigits = 3;
   const auto isOctal = [](char c) { return c >= '0' && c <= '7'; };
@@ -55,7 +55,7 @@ bool IsNetworkMount(const std::string& folder, const std::vector<Mount>& mounts)
   return found != mounts.rend() && found->isNetwork;
 }
 
-/// The parts of `path` in front of `rest`, a stack whose top is the next part.
+/// Puts the parts of `path` on `rest`, a stack with the next part on top.
 void PushParts(const std::string& path, std::vector<std::string>& rest) {
   std::istringstream stream(path);
   std::vector<std::string> parts;
