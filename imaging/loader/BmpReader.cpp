@@ -1,4 +1,4 @@
-// BMP: plain rows of 1 to 32 bits and both run-length packings. An alpha channel is passed over, since most
+// BMP: plain rows of 1 to 32 bits and both run-length packings. An alpha channel is ignored, since most
 // writers leave it at zero. Pixels that a packing leaves out stay black.
 #include <algorithm>
 #include <cstdint>
@@ -80,8 +80,8 @@ bool ReadPlain(ImageReading& reading, const BmpHead& head) {
   return true;
 }
 
-/// Unpacks run-length data row by row from the bottom. What runs beyond the right edge is dropped; rows above
-/// the top are damage.
+/// Unpacks run-length data row by row from the bottom. Pixels beyond the right edge are dropped; rows above
+/// the top are an error.
 class RunLengthReader {
  public:
   RunLengthReader(ImageReading& reading, const BmpHead& head)

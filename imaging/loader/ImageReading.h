@@ -28,7 +28,8 @@ class ImageReading {
   std::int32_t Height() const noexcept { return m_height; }
   /// For formats that cannot pack a picture into less than this: a smaller file is damaged.
   bool NeedsBytes(std::int64_t bytes) noexcept;
-  /// Black pixels of the size at which the picture will come. False, with the failure noted, without memory.
+  /// Allocates black pixels of the size that the picture is decoded to. False, with the failure noted,
+  /// without memory.
   bool TakeMemory(std::int32_t width, std::int32_t height) noexcept;
   /// Row `y` of the picture counted from its top, wherever the wanted order puts it. BGR.
   unsigned char* Row(std::int32_t y) const noexcept;
@@ -40,7 +41,7 @@ class ImageReading {
   bool Fail(XpResult result, const char* words) noexcept;
   bool Damaged(const char* words) noexcept { return Fail(XpErrInvalidFile, words); }
   bool HasFailed() const noexcept { return m_result != XpOk; }
-  /// XpOk without a failure. A failure of the file itself goes before what it caused.
+  /// XpOk without a failure. A failure of the file itself is reported instead of the damage that it caused.
   XpResult Result() const noexcept;
   /// There is something to show in spite of the failure.
   bool IsPartial() const noexcept { return HasFailed() && m_hasRows && m_result != XpErrOutOfMemory; }

@@ -20,8 +20,8 @@ namespace {
 constexpr std::size_t kInputBytes = 16 * 1024;
 constexpr int kMaxScans = 200;       // real progressive pictures have about ten
 constexpr unsigned kWholeScale = 8;  // the decoder scales by eighths
-// Halvings only: these are averages of blocks but for rounding, and vectorised in the decoder. At the scales
-// in between it cuts frequencies instead, which makes fine detail differ by far more than rounding.
+// Halvings only: at these the decoder gives averages of blocks but for rounding, and is vectorised. At other
+// scales it cuts off frequencies, and fine detail differs by far more than rounding.
 constexpr unsigned kScales[] = {1, 2, 4};
 constexpr int kInkChannels = 4;
 constexpr int kMaxSample = 255;
@@ -29,8 +29,8 @@ constexpr std::int64_t kPixelsPerByte = 512;  // a block of 64 pixels takes one 
 constexpr long kCoefficientBytes = 2 * 4;     // a pixel of a progressive picture, four channels
 constexpr long kWorkspaceBytes = 64L << 20;   // the decoder's own tables and rows
 
-/// Everything that the library's callbacks reach. It is made before any setjmp and outlives every longjmp,
-/// and the functions in between keep no object with a destructor.
+/// What the library's callbacks use. It is made before any setjmp and outlives every longjmp; the functions
+/// in between have no object with a destructor.
 struct JpegState {
   jpeg_decompress_struct decoder{};
   jpeg_error_mgr errors{};
@@ -64,7 +64,7 @@ JpegState& StateOf(j_decompress_ptr decoder) { return *static_cast<JpegState*>(d
   GiveUp(state, isMemory ? XpErrOutOfMemory : XpErrInvalidFile, words);
 }
 
-/// At least one row of blocks, in its first scan.
+/// Whether at least one row of blocks was read.
 bool HasRows(const jpeg_decompress_struct& decoder) {
   return decoder.input_scan_number > 1 || decoder.input_iMCU_row > 0;
 }

@@ -1,5 +1,5 @@
-// Loads a still picture of any common format, told by its content, into memory. Whoever shows photographs
-// uses it; the codecs that keep tags and profiles are a matter of their own.
+// Loads a still picture of any common format into memory; the format is found by the content. For showing
+// photographs: tags and profiles are not kept.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace vrx::imaging {
 
 enum class RowOrder { TopDown, BottomUp };
 
-/// What real pictures never reach. Checked before memory is taken.
+/// Beyond what real pictures have. Checked before memory is allocated.
 struct StillImageLimits {
   std::int64_t fileBytes = std::int64_t{1} << 30;
   std::int64_t pixels = 200'000'000;

@@ -1,5 +1,4 @@
-// Pictures that are damaged, cut off or hostile: what can be decoded is shown with the cause, and none does
-// harm.
+// Damaged, cut off and hostile pictures: what can be decoded is shown, and the cause is given.
 #include <gtest/gtest.h>
 #include <zlib.h>
 
@@ -11,7 +10,7 @@ namespace {
 
 using namespace imagefiles;
 
-TEST(DamagedImageTest, DamagedFilesSaySoInWordsAndDoNoHarm) {
+TEST(DamagedImageTest, EveryCutAndFlippedByteGivesACause) {
   struct Case {
     const char* name;
     Bytes file;
@@ -50,7 +49,7 @@ TEST(DamagedImageTest, DamagedFilesSaySoInWordsAndDoNoHarm) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(DamagedImageTest, AFileCutInTheMiddleShowsItsUpperPart) {
+TEST(DamagedImageTest, FileCutInTheMiddleShowsItsUpperPart) {
   const Samples rgb = Noise(60, 80, 3), grey = Noise(60, 80, 1);
   Bytes rows;
   for (int i = 0; i < 60 * 80 * 3; ++i) rows += static_cast<char>(i * 7 + i / 251);
@@ -100,7 +99,7 @@ TEST(DamagedImageTest, AFileCutInTheMiddleShowsItsUpperPart) {
   }
 }
 
-TEST(DamagedImageTest, AFileWithoutAWholeRowIsAnError) {
+TEST(DamagedImageTest, FileWithoutAWholeRowIsAnError) {
   const Samples rgb = Noise(60, 80, 3), grey = Noise(60, 80, 1);
   for (const auto& [file, head] : {std::pair{Png(rgb), std::size_t{60}},
                                    {Gif(grey, {60, 80, 0, 0, -1, false}), 820},
@@ -115,9 +114,9 @@ TEST(DamagedImageTest, AFileWithoutAWholeRowIsAnError) {
   EXPECT_EQ(loaded.problem, "the file ends within the picture");
 }
 
-TEST(DamagedImageTest, ADamagedJpegShowsWhatItsDecoderMakesOfIt) {
+TEST(DamagedImageTest, JpegThatEndsInItsMiddleIsPartialWithTheDecodersMessage) {
   Bytes jpeg = Jpeg(Noise(60, 80, 3));
-  jpeg.replace(jpeg.size() / 2, 2, "\xFF\xD9");  // the end, much too early
+  jpeg.replace(jpeg.size() / 2, 2, "\xFF\xD9");  // an end marker
   const Loaded loaded = Load(jpeg);
   ASSERT_EQ(loaded.result, XpOk) << loaded.problem;
   EXPECT_TRUE(loaded.image.isPartial);
@@ -133,7 +132,7 @@ struct FailingFile : XpMemoryFile {
   static constexpr std::int64_t kReadable = 32 * 1024;
 };
 
-TEST(DamagedImageTest, AFileThatCannotBeReadToItsEndShowsWhatCameOfIt) {
+TEST(DamagedImageTest, FileWithAReadErrorShowsTheRowsBeforeIt) {
   Bytes bytes = Png(Noise(200, 200, 3));
   ASSERT_GT(bytes.size(), 2u * FailingFile::kReadable);
   FailingFile file;
@@ -149,7 +148,7 @@ TEST(DamagedImageTest, AFileThatCannotBeReadToItsEndShowsWhatCameOfIt) {
 TEST(DamagedImageTest, SizesBeyondTheLimitsAreRefusedFromTheHead) {
   Bytes png = Png(Noise(1, 1, 3)), jpeg = Jpeg(Noise(8, 8, 3)),
         gif = Gif(Noise(1, 1, 1), {65535, 65535, 0, 0, -1, false});
-  // Type and fields of the PNG's first chunk are 17 bytes from 12 on, and its checksum follows them.
+  // The first chunk of a PNG has its type and fields in 17 bytes from byte 12, then its checksum.
   png.replace(16, 8, Big(65535, 4) + Big(65535, 4));
   const auto* chunk = reinterpret_cast<const unsigned char*>(png.data()) + 12;
   png.replace(29, 4, Big(static_cast<std::uint32_t>(crc32(0, chunk, 17)), 4));
@@ -174,7 +173,7 @@ TEST(DamagedImageTest, SizesBeyondTheLimitsAreRefusedFromTheHead) {
   }
 }
 
-TEST(DamagedImageTest, ThousandsOfScansAreGivenUp) {
+TEST(DamagedImageTest, JpegWithThousandsOfScansIsRefused) {
   Bytes jpeg = Jpeg(Noise(8, 8, 1), {.isProgressive = true});
   const std::size_t first = jpeg.find("\xFF\xDA");
   const std::size_t next = jpeg.find("\xFF\xC4", first);

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(PixmapTest, RowsArePaddedToFourBytesAndBeginClear) {
+TEST(PixmapTest, RowsArePaddedToFourBytesAndClearAtFirst) {
   for (const std::int32_t width : {1, 3, 4, 5, 1920}) {
     XpPixmap24NoHandle plain;
     XpPixmap24 bitmap;
@@ -32,7 +32,7 @@ TEST(PixmapTest, RowsArePaddedToFourBytesAndBeginClear) {
   }
 }
 
-TEST(PixmapTest, SizesThatCannotBeHadLeaveItEmpty) {
+TEST(PixmapTest, ImpossibleSizesLeaveItEmpty) {
   constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
   constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
   for (const auto& [width, height] :
@@ -48,7 +48,7 @@ TEST(PixmapTest, SizesThatCannotBeHadLeaveItEmpty) {
   }
 }
 
-TEST(PixmapTest, CanBeAllocatedAnewClonedAndReleasedTwice) {
+TEST(PixmapTest, CanBeAllocatedAgainClonedAndReleasedTwice) {
   std::mt19937 random(1);
   XpPixmap24NoHandle pixmap;
   pixmap.Release();

@@ -1,4 +1,4 @@
-// Pictures of every format look as they do elsewhere.
+// Pictures of every format have the pixels that other programs show.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -73,7 +73,7 @@ TEST(StillImageTest, PngOfEveryColourTypeShowsItsPixelsOnBlack) {
   }
 }
 
-TEST(StillImageTest, PngOfFewBitsPaletteAndTransparentKey) {
+TEST(StillImageTest, PngOfFewBitsWithPaletteOrTransparentKeyShowsItsPixels) {
   Samples bits = Noise(13, 9, 1);
   for (auto& sample : bits.data) sample &= 3;
   const auto at = [&](int x, int y) { return bits.At(x, y)[0]; };
@@ -109,7 +109,7 @@ TEST(StillImageTest, JpegOfEveryColourFormComesNearItsPixels) {
   }
 }
 
-TEST(StillImageTest, GifStandsOnItsScreenWithBlackAroundAndThroughIt) {
+TEST(StillImageTest, GifIsPlacedOnItsScreenAndTheRestIsBlack) {
   for (const auto& [width, height] : kSizes) {
     for (const bool isInterlaced : {false, true}) {
       SCOPED_TRACE(testing::Message() << width << "x" << height << " interlaced " << isInterlaced);
@@ -122,14 +122,14 @@ TEST(StillImageTest, GifStandsOnItsScreenWithBlackAroundAndThroughIt) {
             const bool isOutside = x < 3 || y < 2 || x >= 3 + w || y >= 2 + h;
             return isOutside || indices.At(x - 3, y - 2)[0] == transparent ? 0 : plain(x - 3, y - 2, c);
           });
-      // A picture that sticks out is cut, one without a screen is its own.
+      // A picture larger than its screen is cut; without a screen size the picture is the screen.
       ExpectPixels(Gif(indices, {1, 1, 0, 0, -1, isInterlaced}), 1, 1, plain);
       ExpectPixels(Gif(indices, {0, 0, 0, 0, -1, isInterlaced}), width, height, plain);
     }
   }
 }
 
-TEST(StillImageTest, TiffInStripsAndTilesOfEveryColourForm) {
+TEST(StillImageTest, TiffInStripsAndTilesOfEveryColourFormShowsItsPixels) {
   struct Case {
     int photometric, channels, extraSample;
     Look look;
@@ -151,7 +151,7 @@ TEST(StillImageTest, TiffInStripsAndTilesOfEveryColourForm) {
   }
 }
 
-TEST(StillImageTest, AJpegComesAtTheLeastScaleThatCoversWhatIsEnough) {
+TEST(StillImageTest, JpegIsDecodedAtTheSmallestScaleThatCoversTheWantedSize) {
   const Bytes file = Jpeg(Smooth(301, 165, 3));
   struct Case {
     int enoughWidth, enoughHeight, width, height;
@@ -169,8 +169,9 @@ TEST(StillImageTest, AJpegComesAtTheLeastScaleThatCoversWhatIsEnough) {
   }
 }
 
-// On noise the whole picture is clipped at black and white before it is averaged, which shows in the largest.
-TEST(StillImageTest, AScaledJpegStaysNearTheAverageOfTheWholeOne) {
+// The whole picture is clipped at black and white before it is averaged. On noise that raises the largest
+// error.
+TEST(StillImageTest, ScaledJpegIsNearTheAverageOfTheWholeOne) {
   for (const auto& [samples, most] : {std::pair{Smooth(256, 192, 3), 3}, {Noise(256, 192, 3), 6}}) {
     const Bytes file = Jpeg(samples);
     const Loaded whole = Load(file);
@@ -252,7 +253,7 @@ TEST(StillImageTest, BmpOfEveryPackingShowsItsPixels) {
     const Loaded loaded = Load(c.file);
     ASSERT_EQ(loaded.result, XpOk) << c.name << ": " << loaded.problem;
     EXPECT_EQ(Letters(loaded), c.letters) << c.name;
-    // What packings end with is no more than a mark; every byte before it counts.
+    // The mark at the end of a packing may be missing; every byte before it counts.
     for (std::size_t length = 0; length + 1 < c.file.size(); ++length) {
       const Loaded cut = Load(c.file.substr(0, length));
       if (c.file[length] == 0 && cut.result == XpOk) continue;
@@ -266,7 +267,7 @@ TEST(StillImageTest, BmpOfEveryPackingShowsItsPixels) {
   }
 }
 
-TEST(StillImageTest, RowsAreWholeThatAreLargerThanOneReadOfTheFile) {
+TEST(StillImageTest, RowsLargerThanOneReadOfTheFileAreWhole) {
   constexpr int kWidth = 50'000;
   Bytes data;
   for (int i = 0; i < 3 * kWidth * 3; ++i) data += static_cast<char>(i * 7 + i / 251);
@@ -278,7 +279,7 @@ TEST(StillImageTest, RowsAreWholeThatAreLargerThanOneReadOfTheFile) {
   }
 }
 
-TEST(StillImageTest, StrayBytesBetweenTheSegmentsOfAJpegDoNoHarm) {
+TEST(StillImageTest, JpegWithStrayBytesBetweenItsSegmentsIsWhole) {
   for (const bool isProgressive : {false, true}) {
     const Bytes file = Jpeg(Noise(32, 24, 3), {.isProgressive = isProgressive});
     const Loaded whole = Load(file);
@@ -304,7 +305,7 @@ TEST(StillImageTest, LabTiffHasNeutralGreysAndTheColoursOfTheirDefinition) {
     int lightness, a, b;  // as in the file
     int red, green, blue;
   };
-  // The colours are those of the screen's primaries and of mid grey, seen in D50.
+  // Greys, and the primaries of sRGB in Lab with the white D50.
   const Case cases[] = {{255, 0, 0, 255, 255, 255}, {200, 0, 0, 194, 194, 194}, {128, 0, 0, 119, 119, 119},
                         {10, 0, 0, 14, 14, 14},     {0, 0, 0, 0, 0, 0},         {138, 81, 70, 255, 0, 0},
                         {224, -79, 81, 0, 255, 0},  {75, 68, -112, 0, 0, 255}};
@@ -319,8 +320,7 @@ TEST(StillImageTest, LabTiffHasNeutralGreysAndTheColoursOfTheirDefinition) {
     const unsigned char* bgr = loaded.image.pixmap->GetPlane(0)->Row(1);
     for (const Case& c : cases) {
       SCOPED_TRACE(testing::Message() << c.lightness << ", " << c.a << ", " << c.b);
-      const int tolerance =
-          c.a == 0 ? 1 : 14;  // whole numbers of Lab are coarse near the edge of the screen's colours
+      const int tolerance = c.a == 0 ? 1 : 14;  // whole numbers of Lab are coarse at the edge of sRGB
       EXPECT_NEAR(bgr[0], c.blue, tolerance);
       EXPECT_NEAR(bgr[1], c.green, tolerance);
       EXPECT_NEAR(bgr[2], c.red, tolerance);
@@ -329,7 +329,7 @@ TEST(StillImageTest, LabTiffHasNeutralGreysAndTheColoursOfTheirDefinition) {
   }
 }
 
-TEST(StillImageTest, TheContentTellsTheFormatAndMissingFilesSaySo) {
+TEST(StillImageTest, FormatIsFoundByTheContentAndMissingFilesAreReported) {
   const TempFolder folder;
   folder.Write("png.jpg", Png(Noise(5, 4, 3)));
   folder.Write("jpeg.png", Jpeg(Noise(6, 4, 3)));
