@@ -17,7 +17,7 @@ constexpr std::uint32_t kAlignBits = DT_CENTER | DT_RIGHT;
 constexpr std::size_t kPicturesPerLayout = 4;
 constexpr std::size_t kLayoutBytesPerUnit = 128;  // glyphs, log attributes and lines of one code unit
 
-/// What of a layout a coverage shows.
+/// The part of a layout that a coverage shows.
 struct View {
   Rect box;
   std::size_t lineCount = 0;

@@ -60,7 +60,7 @@ TEST(CanvasTest, ThinLinesHaveOnePixelAStepOnTheLineAndLeaveTheEndOut) {
         to{Between(random, 0, 40), Between(random, 0, 40)};
     SCOPED_TRACE(testing::Message() << from.x << "," << from.y << " to " << to.x << "," << to.y);
     Sheet whole(41, 41);
-    const std::int32_t width = Between(random, -1, 1);  // all the thinnest
+    const std::int32_t width = Between(random, -1, 1);  // all of them draw the thinnest line
     whole.canvas.DrawLine(from, to, {kOrange, width});
     EXPECT_EQ(CountSet(whole), std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)));
     EXPECT_FALSE(whole.IsSet(to.x, to.y));
@@ -129,7 +129,7 @@ TEST(CanvasTest, PolygonsFillLikeRectanglesAndByTheEvenOddRule) {
   EXPECT_EQ(CountSet(frame), 26 * 26 - 10 * 10);
 }
 
-TEST(CanvasTest, FarAndExtremeShapesStayInsideTheBitmapAndEnd) {
+TEST(CanvasTest, ExtremeShapesStayInsideTheBitmap) {
   constexpr std::int32_t kMax = INT32_MAX, kMin = INT32_MIN;
   Sheet sheet(16, 16);
   Canvas nowhere;

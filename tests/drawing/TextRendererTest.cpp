@@ -28,7 +28,7 @@ Font FontOf(std::int32_t height, bool smooth = true) {
 
 bool Contains(const Rect& outer, const Rect& inner) { return Intersect(outer, inner) == inner; }
 
-/// What painters rely on, of both renderers alike.
+/// What painters rely on, for both renderers.
 class AnyTextRendererTest : public testing::TestWithParam<const char*> {
  protected:
   static std::unique_ptr<TextRenderer> Make() {
@@ -58,7 +58,7 @@ TEST_P(AnyTextRendererTest, TextStaysInItsRectangleAndIsCutThere) {
   EXPECT_GT(page.Ink().right, rect.right);
 }
 
-TEST_P(AnyTextRendererTest, AlignmentMovesTheInkByTheRoomThatIsLeft) {
+TEST_P(AnyTextRendererTest, AlignmentMovesTheTextByTheSpaceThatIsLeft) {
   const Rect rect{10, 10, 390, 190};
   const Font font = FontOf(-24);
   const Size size = renderer->Measure(u"Hxg", font, 380, DT_SINGLELINE);
@@ -123,7 +123,7 @@ TEST_P(AnyTextRendererTest, CalculatingMovesTheRectangleAndDrawsNothing) {
   EXPECT_FALSE(page.Ink().IsEmpty());
 }
 
-TEST_P(AnyTextRendererTest, AnAmpersandIsAMarkUnlessPrefixesAreOff) {
+TEST_P(AnyTextRendererTest, AmpersandIsAMarkUnlessPrefixesAreOff) {
   const Font font = FontOf(-20);
   const auto width = [&](std::u16string_view text, std::uint32_t format) {
     return renderer->Measure(text, font, 0, format).width;
@@ -133,7 +133,7 @@ TEST_P(AnyTextRendererTest, AnAmpersandIsAMarkUnlessPrefixesAreOff) {
   EXPECT_GT(width(u"R&D", DT_NOPREFIX), width(u"RD", DT_NOPREFIX));
 }
 
-TEST_P(AnyTextRendererTest, APartlyVisibleLastLineIsLeftOutInAnEditControl) {
+TEST_P(AnyTextRendererTest, PartlyVisibleLastLineIsLeftOutInAnEditControl) {
   const Font font = FontOf(-20);
   const std::int32_t line = renderer->Measure(u"M", font, 0, 0).height;
   const Rect rect{0, 0, 400, line + line / 2 + 4};
@@ -183,7 +183,7 @@ TEST_P(AnyTextRendererTest, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaqu
   }
 }
 
-TEST_P(AnyTextRendererTest, UnsmoothedTextIsThereOrNotAtEverySize) {
+TEST_P(AnyTextRendererTest, UnsmoothedTextCoversNoPixelInPart) {
   for (std::int32_t height : {-9, -20, -86, -700}) {
     Sheet sheet;
     renderer->Draw(sheet.canvas, u"M+128 km", FontOf(height, false), kColor, {0, 0, 400, 200}, 0);
@@ -194,7 +194,7 @@ TEST_P(AnyTextRendererTest, UnsmoothedTextIsThereOrNotAtEverySize) {
   }
 }
 
-TEST_P(AnyTextRendererTest, HostileTextsSizesAndRectanglesAreHarmless) {
+TEST_P(AnyTextRendererTest, HostileTextsSizesAndRectanglesAreDrawnInsideTheCanvas) {
   const std::u16string marks(1 << 20, u'\u0301'), feeds(1 << 20, u'\n'), broken(3000, u'\xD83D');
   std::u16string words(1 << 20, u'w');
   for (std::size_t i = 0; i < words.size(); i += 6) words[i] = u' ';
@@ -220,7 +220,7 @@ TEST_P(AnyTextRendererTest, HostileTextsSizesAndRectanglesAreHarmless) {
   renderer->Draw(Canvas(), u"x", FontOf(-20), kColor, {0, 0, 9, 9}, 0);
 }
 
-TEST(PangoTextRendererTest, AKeptTextHasThePixelsOfAFreshRendererInEveryCombination) {
+TEST(PangoTextRendererTest, CachedTextHasThePixelsOfANewRenderer) {
   PangoTextRenderer kept({8, 1 << 20});
   for (const char16_t* text : {u"Caption one", u"Caption two\nwith lines", u"日本語 مرحبا 😀"}) {
     for (std::int32_t height : {-20, 20, -21}) {
@@ -247,7 +247,7 @@ TEST(PangoTextRendererTest, AKeptTextHasThePixelsOfAFreshRendererInEveryCombinat
   }
 }
 
-TEST(PangoTextRendererTest, ATextThatWasCutAtTheEdgeIsWholeWhereItFits) {
+TEST(PangoTextRendererTest, TextThatWasCutAtTheEdgeIsWholeWhereItFits) {
   PangoTextRenderer kept, fresh;
   Sheet narrow(60, 30), whole, expected;
   for (const auto& [renderer, sheet] : {std::pair{&kept, &narrow}, {&kept, &whole}, {&fresh, &expected}}) {
@@ -256,7 +256,7 @@ TEST(PangoTextRendererTest, ATextThatWasCutAtTheEdgeIsWholeWhereItFits) {
   EXPECT_TRUE(SamePicture(BytesOf(expected.pixmap), whole.pixmap));
 }
 
-TEST(PangoTextRendererTest, TheCacheIsSharedByShadowsAndLaterFramesAndStaysWithinItsLimits) {
+TEST(PangoTextRendererTest, CacheServesShadowsAndLaterFramesWithinItsLimits) {
   constexpr std::size_t kBytes = 1 << 20;
   PangoTextRenderer renderer({10, kBytes});
   Sheet sheet;
