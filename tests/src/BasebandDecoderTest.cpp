@@ -27,8 +27,8 @@ using vrx::imaging::StillImageRequest;
 constexpr int kWidth = 16;
 constexpr int kHeight = 2;
 
-/// Gives plain pictures whose brightness is the number that the file's name begins with, as a partial one when
-/// it ends in ".part"; "bad" is refused and "held" comes only after Let.
+/// Gives plain pictures whose brightness is the number that the file's name begins with, as a partial one
+/// when it ends in ".part"; "bad" is refused and "held" comes only after Let.
 class Pictures {
  public:
   VRXWBasebandHooks Hooks(std::uint32_t waitMilliseconds) {
