@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "drawing/PangoTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 #include "foundation/text/XpFormat.h"
 #include "overlay/callback/BlendOverlay.h"
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"

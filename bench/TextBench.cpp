@@ -1,7 +1,7 @@
 // What a caption of three lines with its shadow costs: laid out for the first time, and on the frames after.
 #include <benchmark/benchmark.h>
 
-#include "drawing/PangoTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 #include "imaging/pixmap/XpPixmap.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // A text renderer without fonts: every character but a blank is a box, so that painters draw the same pixels
-// on every machine. For tests of painters, and wherever no font is to be had.
+// on every machine. For tests of painters, and where there is no font.
 #pragma once
 
 #include "drawing/TextRenderer.h"

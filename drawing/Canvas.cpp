@@ -109,8 +109,8 @@ Columns EllipseRow(const Rect& bounds, std::int64_t y) {
           static_cast<std::int64_t>(std::floor((middle + reach) / 2 + kTolerance)) + 1};
 }
 
-/// What an edge leaves of row `y`: pixels all of whose four neighbours lie in the ellipse, so that the edge
-/// is closed, and for a wider pen in the inner ellipse too.
+/// The columns of row `y` inside the edge: pixels with all four neighbours in the ellipse, so that the edge
+/// has no holes, and for a wider pen also in the inner ellipse.
 Columns InsideEdge(const Rect& outer, const Rect& inner, std::int64_t y, const Columns& row, bool thin) {
   Columns inside =
       Intersect({row.first + 1, row.end - 1}, Intersect(EllipseRow(outer, y - 1), EllipseRow(outer, y + 1)));

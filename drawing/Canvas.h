@@ -13,7 +13,7 @@
 
 namespace vrx::drawing {
 
-/// Borrows the memory: it must not be drawn on after its pixmap is released or allocated anew. Everything is
+/// Borrows the memory: it must not be drawn on after its pixmap is released or allocated again. Everything is
 /// clipped to the bitmap. Shapes have the exact colour asked for, no smoothing, and alpha 255; coordinates
 /// beyond +-2^26 count as that. A canvas has no lock and belongs to one thread at a time.
 class Canvas {

@@ -1,5 +1,5 @@
-// A small cache that drops what was not asked for longest. Looked through one by one, which for some dozens
-// of entries is faster than hashing a text, and lets a caller ask without making a key.
+// A small cache that drops the least recently used entry. The search is linear, which for some dozens of
+// entries is faster than hashing a text, and needs no key object.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What every text renderer has to do alike: cleaning a text up before it is laid out, and placing its lines
-// in the rectangle.
+// What all text renderers share: cleaning a text before it is laid out, and placing its lines in the
+// rectangle.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ std::size_t TextLimit(double emPixels);
 /// other control characters are blanks, lone surrogates are U+FFFD, and of a pile of combining marks the
 /// first 30 stay (the stream-safe form of UAX #15; shaping takes quadratic time on more). Without
 /// DT_NOPREFIX, '&' is dropped and
-/// "&&" is one '&'; the character behind the mark is not underlined.
+/// "&&" is one '&'; the character after the mark is not underlined.
 std::u16string CleanText(std::u16string_view text, std::uint32_t format);
 
 /// Where lines go, for lines stacked from the top.

@@ -20,12 +20,12 @@ struct Font {
   bool italic = false;
   bool underline = false;
   bool strikeOut = false;
-  bool smooth = true;  // false: a pixel is text or it isn't
+  bool smooth = true;  // false: no pixel is covered in part
   friend bool operator==(const Font&, const Font&) = default;
 };
 
 inline constexpr std::int32_t kDefaultLineHeight = 16;  // pixels
-/// What lies behind this many code units of a text is neither measured nor drawn. Fonts of more than 32
+/// What comes after this many code units of a text is neither measured nor drawn. Fonts of more than 32
 /// pixels get fewer, in proportion: no frame shows as many.
 inline constexpr std::size_t kMaxTextUnits = 16384;
 /// Larger fonts are drawn at this em size.
@@ -45,7 +45,7 @@ class TextRenderer {
                        std::uint32_t format) = 0;
 
   /// Draws into `rect`, clipped to it unless DT_NOCLIP is given. An empty or inverted `rect` draws nothing.
-  /// With DT_EDITCONTROL, lines behind the first that don't fit into the height are left out.
+  /// With DT_EDITCONTROL, lines after the first that don't fit into the height are left out.
   virtual void Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
                     const Rect& rect, std::uint32_t format) = 0;
 

@@ -1,5 +1,5 @@
 // Reads any bytes as a picture. The first byte chooses the row order and the size that is enough; the sizes
-// from the head and from the whole decode must agree.
+// from the head and from the whole decode must agree, and whatever is not the whole picture has a cause.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -18,7 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   request.enoughWidth = request.enoughHeight = data[0] >> 1;
   std::int32_t width = 0, height = 0, headWidth = 0, headHeight = 0;
   StillImage image;
-  if (ReadStillImage(file, request, &image, width, height, nullptr) != XpOk) {
+  XpString problem;
+  const bool isRead = ReadStillImage(file, request, &image, width, height, &problem) == XpOk;
+  if (problem.IsEmpty() != (isRead && !image.isPartial)) std::abort();
+  if (!isRead) {
     if (image.pixmap != nullptr) std::abort();
     return 0;
   }

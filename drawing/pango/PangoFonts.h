@@ -1,5 +1,5 @@
-// The fonts of one text renderer: a font map of its own, so that renderers share nothing, and the fonts that
-// were asked for last. Not locked; the renderer is.
+// The fonts of one text renderer: its own font map, so that renderers share nothing, and the fonts used last.
+// Not locked: the renderer is.
 #pragma once
 
 #include "drawing/LruCache.h"

@@ -15,7 +15,7 @@ static_assert(std::endian::native == std::endian::little,
               "Cairo's pixels are read as blue, green, red, alpha");
 
 constexpr std::int32_t kMaxWrapWidth = 1 << 20;  // pixels; Pango counts 1/1024 in 32 bits
-// Larger glyphs are filled as outlines: as pictures each would take its whole area in memory.
+// Larger glyphs are filled as outlines: a picture of each would need memory for its whole area.
 constexpr double kLargestGlyphPicture = 512;
 // Colour glyphs are pictures whatever their size.
 constexpr double kLargestColorGlyph = 1024;

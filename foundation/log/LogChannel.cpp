@@ -31,7 +31,7 @@ constexpr char16_t kRunScanFormat[] = u"%4d%2d%2d%2d%2d%2d";
 constexpr std::int32_t kRunNameLength = 14;
 constexpr int kOwnLevels = 3;  // root, channel and run
 
-/// Digits alone: a date with other signs in it is no name that a run gave.
+/// Only digits: runs write nothing else.
 bool IsRunName(const XpString& name) {
   const auto text = name.AsView();
   const auto isDigit = [](char16_t c) { return c >= u'0' && c <= u'9'; };
@@ -60,7 +60,7 @@ void RemoveOldest(const XpString& channelFolder, std::int32_t kept) {
   const std::vector<XpString> names = RunNames(channelFolder);
   const std::ptrdiff_t surplus = std::ssize(names) - kept + 1;
   for (std::ptrdiff_t i = 0; i < surplus; ++i) {
-    // One that cannot be removed stays for the next run.
+    // The next run tries again to remove what cannot be removed now.
     XpPathRemove(XpPathJoin(channelFolder, names[static_cast<std::size_t>(i)]), true, nullptr);
   }
 }
@@ -76,7 +76,7 @@ XpString RunNameNow() {
 
 XpString OwnRootName() { return XpString(kRootName) + u"-" + platform::UserNumber(); }
 
-/// Empty when neither place can be had.
+/// Empty when neither folder can be made.
 XpString MakeRoot() {
   const XpString temporary = XpGetSpecialFolder(XpFolderTemporary);
   if (temporary.IsEmpty() || (!XpPathIsDirectory(temporary) && XpPathMake(temporary) != XpOk)) return {};

@@ -34,12 +34,12 @@ XpString StoredRunFolder(const Channel& channel);
 /// False when the settings cannot be written.
 bool StoreRunFolder(const Channel& channel, const XpString& folder);
 
-/// A run folder that can be written to without being led elsewhere: it is there, and neither it nor the two
-/// folders above it is a link or another user's.
+/// True when the folder exists and neither it nor the two folders above it is a link or another user's, so
+/// that nothing is written elsewhere.
 bool IsRunFolderUsable(const XpString& folder);
 
 /// Deletes the oldest run folders until there is room for one more, and makes that, named by the time now.
-/// Only folders named by a time count and go. Empty when it cannot be made.
+/// Only folders named by a time are counted and deleted. Empty when it cannot be made.
 XpString MakeRunFolder(const Channel& channel);
 
 XpString LogFilePath(const XpString& runFolder);

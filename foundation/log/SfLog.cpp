@@ -20,13 +20,13 @@ constexpr std::int32_t kLongestText = 1023;
 constexpr char16_t kSeparator[] =
     u"==========================================================================================\n";
 
-/// What the process keeps of one channel, from its first entry to the end of the process.
+/// The state of one channel in this process.
 struct ChannelState {
-  std::mutex guard;  // of all below, between the threads of this process
+  std::mutex guard;  // of everything below, between the threads of this process
   XpFile file;
-  XpString openFolder;      // whose file is open, once it was found safe to write to
-  XpString unstoredFolder;  // the run folder, when the settings could not be told of it
-  bool isStuck = false;     // the last wait for the other processes was in vain
+  XpString openFolder;      // of the open file; empty until the folder was found safe to write to
+  XpString unstoredFolder;  // the run folder, when it could not be saved in the settings
+  bool isStuck = false;     // the last wait for another process timed out
 };
 
 ChannelState& StateOf(std::uint32_t channel) {
@@ -35,8 +35,8 @@ ChannelState& StateOf(std::uint32_t channel) {
   return (*states)[channel];
 }
 
-/// Holds a channel's mutex between the processes. A stuck process costs the full patience only once: a render
-/// of many clips must not wait for it with every line.
+/// Holds a channel's mutex between the processes. When another process is stuck with it, only the first entry
+/// waits the full time: a render of many clips must not wait with every line.
 class ChannelLock {
  public:
   ChannelLock(const XpString& name, bool& isStuck) : m_mutex(name) {
@@ -71,7 +71,7 @@ XpString EntryText(const Origin& origin, const char16_t* format,
   text::AppendFormatted(text, u"%s->%s:%d__", where);
   text::AppendFormatted(text, format, values);
   if (text.Length() > kLongestText) {
-    // Half a character is left out.
+    // The cut must not split a character.
     const bool splits = textcodec::IsHighSurrogate(text[kLongestText - 1]);
     text = text.Left(splits ? kLongestText - 1 : kLongestText);
   }
@@ -96,19 +96,19 @@ XpString CurrentFolder(const Channel& channel, const ChannelState& state) {
 
 XpString NewFolder(const Channel& channel, ChannelState& state) {
   const XpString made = MakeRunFolder(channel);
-  // Without settings each entry would start a folder of its own and push the older ones out.
+  // Without settings each entry would start a new folder and delete an older one.
   if (!made.IsEmpty()) state.unstoredFolder = StoreRunFolder(channel, made) ? XpString() : made;
   return made;
 }
 
-/// A log is an ordinary file: what another program has put in its place is left alone.
+/// A log is never written through a link that another program has put in its place.
 bool IsLink(const XpString& path) {
   platform::FileStatus status;
   return !platform::StatPath(path, platform::Links::Keep, status) && status.isLink;
 }
 
-/// Opens the log of the current run, in a new folder when there is none or when it has been cleared away.
-/// Once open it is only looked for: a project of many clips writes thousands of entries.
+/// Opens the log of the current run, in a new folder when there is none or when it was deleted. For an open
+/// log only its existence is checked, since a project of many clips writes thousands of entries.
 bool EnsureOpen(const Channel& channel, bool newFolder, ChannelState& state) {
   XpString folder = newFolder ? XpString() : CurrentFolder(channel, state);
   if (!folder.IsEmpty() && folder == state.openFolder && XpPathExists(LogFilePath(folder), nullptr))
@@ -123,7 +123,7 @@ bool EnsureOpen(const Channel& channel, bool newFolder, ChannelState& state) {
   return true;
 }
 
-/// One write for the whole entry. What did not get through is taken back, so that no entry is ever torn.
+/// One write for the whole entry. A partial write is undone, so that no entry is torn.
 void Append(XpFile& file, const std::string& bytes) {
   if (file.Seek(0, XpSeekEnd) != XpOk) return;
   const std::int64_t end = file.Tell();
@@ -147,7 +147,7 @@ void WriteEntry(std::uint32_t channel, bool newFolder, const Origin& origin, con
   const Channel* found = FindChannel(channel);
   if (found != nullptr) WriteUnguarded(channel, *found, newFolder, EntryText(origin, format, values));
 } catch (...) {
-  // A log that cannot be written must not disturb the work: the entry is lost, for want of memory.
+  // Only a lack of memory comes here. The entry is lost; logging must not stop the work.
 }
 
 }  // namespace vrx::log

@@ -24,11 +24,11 @@ void WriteEntry(std::uint32_t channel, bool newFolder, const Origin& origin, con
 }  // namespace vrx::log
 
 /// Appends one entry: the time, "file->function:line__" and the formatted message on the next line. A channel
-/// that does not exist does nothing. `newFolder` starts a new run folder, which all processes go on with.
+/// that does not exist does nothing. `newFolder` starts a new run folder, which all processes then use.
 ///
 /// Never fails or throws: an entry that cannot be written is lost. Text beyond 1023 characters is cut. May be
-/// called by any thread; waits up to a second for another process that writes, but once that was in vain no
-/// further call waits until the other has let go.
+/// called by any thread. Waits up to a second for another process that writes; after a wait that timed out,
+/// later calls do not wait until that process has released the log.
 template <class... Values>
 void SfWriteLog(std::uint32_t channel, bool newFolder, const char16_t* format, const char16_t* file,
                 const char16_t* function, std::int32_t line, const Values&... values) {

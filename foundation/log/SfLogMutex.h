@@ -31,7 +31,7 @@ class SfLogMutex final : public SfLogSyncObject {
 
   using SfLogSyncObject::SfLogSyncObject;
 
-  /// XpErrTimeout after so many milliseconds, XpErrFailed when there is no such mutex. One whose owner
+  /// XpErrTimeout after so many milliseconds, XpErrFailed when there is no such mutex. A mutex whose owner
   /// has died is taken over.
   XpResult Lock(std::int64_t patienceMs = kPatienceMs);
   /// XpErrFailed when the caller is not the owner.

@@ -36,7 +36,7 @@ void VRXWrapperLog::Open() {
   const XpString folder = LogFolder();
   if (!IsWanted() || !vrx::platform::IsPrivateFolder(folder, kOwnLevels)) return;
   m_path = XpPathJoin(folder, u"VRXWrapperLog.txt");
-  XpFileDelete(m_path);  // when there is none, that is just as well
+  XpFileDelete(m_path);  // there may be none
   XpSharedPtr<XpFile> file(new XpFile);
   if (file->OpenPath(m_path, XpOpenReadWrite | XpOpenText, XpShareRead) != XpOk) return;
   XpString line;

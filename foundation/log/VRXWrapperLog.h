@@ -1,5 +1,5 @@
-// A small file that says when the wrapper was started, for those who look for a fault in a host. Written only
-// when a setting asks for it; a member of the manager.
+// A small file that says when the wrapper was started, for finding faults in a host. Written only when a
+// setting asks for it.
 #pragma once
 
 #include "foundation/file/XpFile.h"
@@ -14,7 +14,7 @@ class VRXWrapperLog {
   VRXWrapperLog& operator=(const VRXWrapperLog&) = delete;
   ~VRXWrapperLog();
 
-  /// Starts the file anew when the user's setting "Debug" of the key VRXWrapper is not 0. Nothing is written
+  /// Replaces the file when the user's setting "Debug" of the key VRXWrapper is not 0. Nothing is written
   /// when its folder, LBR/KRVOOutput/TKLX in the temporary folder, is not there or could be another user's.
   void Open();
 

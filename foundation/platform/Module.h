@@ -1,4 +1,4 @@
-// Loading a library at run time by the name that the system uses for it, and where the running program lies.
+// Loading a library at run time, and the path of the running program.
 #pragma once
 
 #include <string>
@@ -10,13 +10,13 @@ namespace vrx::platform {
 using ModuleHandle = void*;
 
 /// Loads the module of this path; an ending ".dll" stands for ".so". Null when it cannot be loaded, with the
-/// system's words for the cause in `cause` (may be null).
+/// system's error message in `cause` (may be null).
 ModuleHandle LoadModule(const XpString& path, std::string* cause = nullptr);
 void UnloadModule(ModuleHandle module);
 /// Null when there is no such symbol.
 void* FindSymbol(ModuleHandle module, const char* name);
 
-/// Path of the running executable; empty when the system does not tell.
+/// Path of the running executable; empty when it cannot be found out.
 XpString ExecutablePath();
 
 /// The calling thread's last system error number.

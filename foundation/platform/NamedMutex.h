@@ -1,5 +1,5 @@
 // A mutex of the operating system that works between threads and, under a name, between the processes of one
-// user. XpMutex and the log stand on it.
+// user. Used by XpMutex and the log.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,15 @@ namespace vrx::platform {
 
 enum class MutexWait {
   Taken,
-  Abandoned,  // taken, but its last owner ended without releasing it
+  Abandoned,  // taken, but its last owner ended without releasing it, or it had to be made again
   TimedOut,
   InvalidHandle,  // the mutex could not be made
   Failed,
 };
 
-/// Owned by threads, and recursive. Objects of one name share one mutex. The name holds any text but the
-/// empty one, which stands for a mutex of this object's own.
+/// Owned by threads, and recursive. Objects of one name share one mutex between all processes of the user
+/// whose variable VRX_NAMED_OBJECT_PREFIX is the same. Any text is a name; the empty one gives a mutex that
+/// this object alone has.
 class NamedMutex {
  public:
   static constexpr std::int64_t kNoLimit = -1;
@@ -29,7 +30,7 @@ class NamedMutex {
   ~NamedMutex();
 
   bool IsValid() const { return m_block != nullptr; }
-  /// Waits at most so many milliseconds, kNoLimit for as long as it takes.
+  /// Waits at most so many milliseconds, by the monotonic clock; kNoLimit waits without limit.
   MutexWait Wait(std::int64_t milliseconds);
   /// False when the caller is not the owner.
   bool Release();
@@ -39,8 +40,5 @@ class NamedMutex {
  private:
   std::shared_ptr<Block> m_block;
 };
-
-/// Takes the name out of the system; who has the mutex open keeps it, and the next one makes a new one.
-void RemoveNamedMutex(const XpString& name);
 
 }  // namespace vrx::platform

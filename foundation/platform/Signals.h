@@ -1,4 +1,4 @@
-// How a command line program hears that it shall stop, without work inside a signal handler.
+// How a command line program is asked to stop, without work inside a signal handler.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Turns what the operating system says about a failed call into result codes. Everything that asks the system
-// for files uses it; the errors themselves travel as std::error_code of the system category.
+// Turns errors of the operating system into result codes. All file operations use it; the errors are passed
+// as std::error_code of the system category.
 #pragma once
 
 #include <system_error>

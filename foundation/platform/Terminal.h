@@ -1,4 +1,4 @@
-// What the command line asks about the terminal that it writes to.
+// Properties of the terminal that the command line writes to.
 #pragma once
 
 namespace vrx::platform {

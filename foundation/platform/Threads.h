@@ -13,7 +13,7 @@ using ThreadBody = void (*)(void* argument);
 bool StartThread(ThreadBody body, void* argument, std::size_t stackSize, ThreadHandle& handle);
 /// Waits for its end and frees the handle. Once per handle, instead of DetachThread.
 void JoinThread(ThreadHandle handle);
-/// Frees the handle; the thread goes on.
+/// Frees the handle; the thread continues to run.
 void DetachThread(ThreadHandle handle);
 
 }  // namespace vrx::platform

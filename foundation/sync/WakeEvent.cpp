@@ -15,7 +15,7 @@ void WakeEvent::Signal() {
 }
 
 XpResult WakeEvent::Wait(Ticket ticket, std::int64_t milliseconds) {
-  // The clock counts nanoseconds in 64 bits; a century is as good as more.
+  // The clock counts nanoseconds in 64 bits, which longer waits would overflow.
   constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24) * 36525;
   std::unique_lock lock(m_mutex);
   const auto signalled = [&] { return m_signals != ticket; };

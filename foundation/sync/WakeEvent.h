@@ -1,6 +1,5 @@
-// What the sleepers of a wait object sleep on. A sleeper draws a ticket while it still holds the object's
-// lock; every signal after that moment wakes it, so that none is lost between leaving the lock and falling
-// asleep.
+// What the waiting threads of a wait object sleep on. A thread draws a ticket while it still holds the
+// object's lock. Every signal after that wakes it, so no signal is lost between the unlock and the sleep.
 #pragma once
 
 #include <condition_variable>

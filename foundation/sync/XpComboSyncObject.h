@@ -1,5 +1,5 @@
 // The base of the wait objects: locks with a time-out that can also be waited on together with others,
-// through XpMultiLockOne and XpMultiLockAll. They are members of whoever uses them and outlive all who wait.
+// through XpMultiLockOne and XpMultiLockAll. They must outlive all threads that wait for them.
 #pragma once
 
 #include <cstdint>
@@ -20,10 +20,11 @@ class XpComboSyncObject : public XpSyncObject {
 
   XpResult Lock() override { return Wait(kNoLimit); }
   XpResult TryLock() override { return Wait(0); }
-  /// Takes the object. `seconds` is given anew after each vain wake-up, so that a wait can last longer than
-  /// it; a negative number waits without limit. XpErrTimeout changes nothing.
+  /// Takes the object. The time-out starts again when the waiter is woken and another thread was faster, so a
+  /// wait can last longer than `seconds`. A negative number waits without limit. XpErrTimeout changes
+  /// nothing.
   virtual XpResult Wait(std::int32_t seconds) = 0;
-  /// Undoes a Wait that succeeded, for who took one object of several and can't have the rest.
+  /// Undoes a Wait that succeeded: for a caller that took one of several objects and cannot have the rest.
   virtual void GiveBack() { Unlock(); }
 
   /// From now on each wake of this object also unlocks what `waiter` sleeps on. Twice counts once.

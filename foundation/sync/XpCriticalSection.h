@@ -24,14 +24,14 @@ class XpCriticalSection : public XpSyncObject {
     m_mutex.unlock();
     return XpOk;
   }
-  /// Not offered by this lock, free or held.
+  /// Always fails: this lock cannot be tried.
   XpResult TryLock() override { return XpErrLockNotSupported; }
 
  private:
   std::recursive_mutex m_mutex;
 };
 
-/// Locks in the constructor and unlocks in the destructor when the lock was had. A null lock is allowed.
+/// Locks in the constructor and, if that succeeded, unlocks in the destructor. A null lock is allowed.
 class XpSingleLock {
  public:
   explicit XpSingleLock(XpSyncObject* object)

@@ -1,4 +1,4 @@
-// Waits for one or for all of several wait objects, and unlocks at the end of the scope what it got.
+// Waits for one or for all of several wait objects, and unlocks what it took at the end of the scope.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 #include "foundation/sync/XpComboSyncObject.h"
 
-/// While it waits it sleeps on an object of its caller's, a semaphore, so that each wake of a watched object
-/// counts. The objects and the sleep object outlive it. One thread uses it.
+/// It sleeps on an object that the caller provides: a semaphore, so that no wake of a watched object is lost.
+/// All these objects must outlive it. For one thread.
 class XpMultiWaiterBase {
  public:
   XpMultiWaiterBase(const XpMultiWaiterBase&) = delete;
@@ -27,7 +27,7 @@ class XpMultiWaiterBase {
   bool m_locked = false;
 };
 
-/// Takes the first object of the list that can be had.
+/// Takes the first object of the list that is free.
 class XpMultiLockOne : public XpMultiWaiterBase {
  public:
   static constexpr std::int32_t kNone = -1;
@@ -36,7 +36,7 @@ class XpMultiLockOne : public XpMultiWaiterBase {
                  std::int32_t seconds);
   ~XpMultiLockOne() override;
 
-  /// Of the object got; kNone without one.
+  /// Index of the object that was taken; kNone without one.
   std::int32_t GetIndex() const { return m_index; }
   XpComboSyncObject* GetObject() const { return m_object; }
 
@@ -48,8 +48,8 @@ class XpMultiLockOne : public XpMultiWaiterBase {
 };
 
 /// Takes all objects or none. It never holds some of them while it sleeps, so that two such waits with
-/// objects in different orders don't block each other. An object that failed is the first to be tried again:
-/// giving the others back then wakes nobody in vain.
+/// objects in different orders don't block each other. An object that was not free is the first to be tried
+/// again, so that giving the others back does not wake this waiter.
 class XpMultiLockAll : public XpMultiWaiterBase {
  public:
   XpMultiLockAll(std::vector<XpComboSyncObject*> objects, XpComboSyncObject& sleepObject,
@@ -57,8 +57,8 @@ class XpMultiLockAll : public XpMultiWaiterBase {
   ~XpMultiLockAll() override;
 
  private:
-  /// Tries the objects round the list from `first`; the index of the one that could not be had, or their
-  /// number when all are taken.
+  /// Tries all objects, beginning with `first`. Returns the index of the one that was not free, or the number
+  /// of objects when all are taken.
   std::size_t TakeFrom(std::size_t first);
 
   std::vector<XpComboSyncObject*> m_objects;

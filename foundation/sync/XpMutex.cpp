@@ -21,8 +21,8 @@ XpResult ResultOf(vrx::platform::MutexWait wait) {
 
 }  // namespace
 
-// Sleeping on the system's mutex instead of the wake event lets a waiter go on when the owner dies, also
-// within the process, and a failure leaves the count as it was.
+// Waits on the system's mutex and not on the wake event: the system also wakes a waiter when the owner dies.
+// A failed wait leaves the count as it was.
 XpResult XpMutex::Wait(std::int32_t seconds) {
   if (seconds != kNoLimit && seconds != 0) return XpErrNoHandle;
   const XpResult result = ResultOf(m_system.Wait(Milliseconds(seconds)));

@@ -9,7 +9,7 @@
 #include "foundation/platform/Threads.h"
 #include "foundation/sync/XpCriticalSection.h"
 
-/// Outlives the XpThread object for as long as the thread or a waiter needs it.
+/// Lives as long as the XpThread object, the thread or a waiter needs it.
 struct XpThread::State {
   XpThreadEntry entry = nullptr;
   void* argument = nullptr;
@@ -39,7 +39,7 @@ struct XpThread::State {
 
 namespace {
 
-// The system gives the handle of a joined thread to a new one, so the handle does not tell who is running.
+// The system reuses the handles of joined threads, so a handle does not identify the running thread.
 thread_local const XpThread::State* currentThread = nullptr;
 
 void RunEntry(void* pointer) {
@@ -69,7 +69,7 @@ XpThread* XpThreadCreate(XpThreadEntry entry, void* argument, std::size_t stackS
   state->entry = entry;
   state->argument = argument;
   auto share = std::make_unique<std::shared_ptr<XpThread::State>>(state);
-  // Reserve the object first: once the thread runs, nothing may fail any more.
+  // Allocated first: nothing may fail after the thread runs.
   void* memory = ::operator new(sizeof(XpThread));
   if (!vrx::platform::StartThread(RunEntry, share.get(), stackSize, state->handle)) {
     ::operator delete(memory);

@@ -9,7 +9,7 @@
 
 using XpThreadEntry = std::uint32_t (*)(void* argument);
 
-/// Whoever joins owns the object. Deleting it without a join leaves the thread running on its own.
+/// The thread that joins owns the object. Deleting it without a join detaches the thread.
 class XpThread {
  public:
   struct State;
@@ -26,7 +26,7 @@ class XpThread {
 };
 
 /// Starts a thread. `stackSize` in bytes, 0 for the default. Null when memory or the system fails; the caller
-/// then carries on with no thread.
+/// must do without the thread.
 XpThread* XpThreadCreate(XpThreadEntry entry, void* argument, std::size_t stackSize);
 
 /// Waits for the thread's end, deletes `thread` and returns the exit code. XpErrNoHandle for null;

@@ -16,7 +16,7 @@ struct Conversion {
   char16_t letter = 0;
 };
 
-/// A text with a place in it.
+/// A text and a position in it.
 class Cursor {
  public:
   explicit Cursor(std::u16string_view text) : m_rest(text) {}
@@ -63,7 +63,7 @@ class Cursor {
 
  private:
   std::optional<std::int64_t> TakeDigits(std::size_t width) {
-    constexpr std::int64_t kEnough = std::int64_t{1} << 32;  // beyond all that is asked for
+    constexpr std::int64_t kEnough = std::int64_t{1} << 32;  // above any limit of the result
     if (m_rest.empty() || !IsDigit(m_rest.front()) || width == 0) return std::nullopt;
     std::int64_t value = 0;
     for (; width > 0 && !m_rest.empty() && IsDigit(m_rest.front()); --width) {

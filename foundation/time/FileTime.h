@@ -1,4 +1,4 @@
-// A point in time as file systems of this system's origin keep it; file objects and XpDateTime exchange it.
+// A point in time as 100 ns since 1601, which file objects and XpDateTime exchange.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // The arithmetic of serial dates: days since 30 December 1899 as a floating-point value whose fraction always
-// runs forward in time. XpDateTime and XpDateTimeSpan stand on it.
+// runs forward in time. Used by XpDateTime and XpDateTimeSpan.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,7 @@ std::int64_t SecondOfDay(double value);
 /// `value` has to be in range.
 Fields ToFields(double value);
 
-/// Days as a plain number line, on which they can be added and subtracted, and back.
+/// Converts to days that can be added and subtracted also before day 0, and back.
 double ToLinear(double value);
 double FromLinear(double linear);
 

@@ -53,7 +53,7 @@ bool XpDateTime::SetDateTime(std::int32_t year, std::int32_t month, std::int32_t
 bool XpDateTime::SetFromTm(const std::tm& fields) {
   constexpr int kTmYear = 1900;
   constexpr int kMost = std::numeric_limits<int>::max() - kTmYear;
-  // A year or month at the end of its type is no date, and must not overflow on the way to being refused.
+  // The largest year or month of the type must be refused without an overflow.
   const int year = fields.tm_year > kMost ? kMost : fields.tm_year;
   const int month = fields.tm_mon > kMost ? kMost : fields.tm_mon;
   return SetDateTime(year + kTmYear, month + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);

@@ -1,5 +1,5 @@
-// Calendar time of the whole system: days since 30 December 1899 with a validity flag, one second fine. Which
-// zone a value is in is known by its source alone. Logs, GPS points, file times and overlays use it.
+// Calendar time: days since 30 December 1899 with a validity flag, exact to a second. A value does not say
+// which zone it is in; its source decides that. Logs, GPS points, file times and overlays use it.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,7 @@ class XpDateTime {
                    std::int32_t minute, std::int32_t second);
   bool SetFromTm(const std::tm& fields);
   /// Reads year, month, day and optionally hour, minute, second in the order of a scanf-like format;
-  /// DateTimeScanner.h tells what it may hold. Changes nothing and gives false when fewer than 3 or more than
+  /// see DateTimeScanner.h. Changes nothing and gives false when fewer than 3 or more than
   /// 6 numbers are found; otherwise as SetDateTime.
   bool ParseDateTime(const XpString& text, const XpString& format);
 
@@ -46,7 +46,7 @@ class XpDateTime {
   std::int32_t GetMonth() const;
   std::int32_t GetYear() const;
 
-  /// Move the date and judge anew whether it is valid.
+  /// Move the date and check again whether it is valid.
   void SubtractMinutes(std::int32_t minutes);
   void AddMinutesSeconds(std::int32_t minutes, std::int32_t seconds);
   /// This minus other.
@@ -54,15 +54,15 @@ class XpDateTime {
   /// This minus other, exact to the second; false and 0 when one of the two is not valid.
   bool DifferenceInSeconds(const XpDateTime& other, std::int64_t& seconds) const;
 
-  /// Both take the date as local time, by the rules in force at that date. False, or -1, when it is not valid
-  /// or, for the first, before 1601.
+  /// Both take the date as local time, by the zone's rules at that date; see UnixFromLocal for times that are
+  /// repeated or skipped. False, or -1, when it is not valid or, for ToFileTime, before 1601.
   bool ToFileTime(FILETIME& fileTime) const;
   std::int64_t ToTimeT() const;
 
   /// Text in the user's locale; empty when the date is not valid. XpDateShort has digits only and a year of
   /// four of them.
   XpString FormatDate(std::int32_t kind) const;
-  /// `force24` writes hours from 0 to 23 and no day period, whatever the locale is used to.
+  /// `force24` writes hours from 0 to 23 without AM or PM, whatever the locale does.
   XpString FormatTime(std::int32_t kind, bool force24) const;
   /// Date, one blank, time.
   XpString FormatDateTime(std::int32_t dateKind, std::int32_t timeKind, bool force24) const;

@@ -30,7 +30,7 @@ enum Style : std::size_t {
   StyleCount
 };
 
-/// What the locale is asked to write; the long date has a style of its own in ICU.
+/// The fields that the locale is asked to write; for the long date ICU has a style.
 constexpr std::array<const char16_t*, StyleCount> kSkeletons = {u"yMd", u"",  u"yMMMM", u"j",  u"jm",
                                                                 u"jms", u"H", u"Hm",    u"Hms"};
 
@@ -74,7 +74,7 @@ class Formatters {
       const icu::UnicodeString pattern = generator->getBestPattern(kSkeletons[style], status);
       format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
     }
-    // The fields are shown as they stand: no zone, and the Gregorian rules for all years.
+    // The fields are shown unchanged: no zone, and the Gregorian rules for all years.
     auto calendar = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), locale, status);
     if (U_FAILURE(status) || !format) return nullptr;
     calendar->setGregorianChange(-DBL_MAX, status);

@@ -36,7 +36,7 @@ std::uint32_t Number32(const unsigned char* at) { return Number16(at) | Number16
 
 bool EndsEarly(ImageReading& reading) { return reading.Damaged("the file ends within its head"); }
 
-/// False for a mask whose bits do not lie together.
+/// False for a mask with holes.
 bool SetChannel(BmpChannel& channel, std::uint32_t mask) {
   channel = BmpChannel();
   if (mask == 0) return true;

@@ -1,5 +1,5 @@
-// The head of a BMP file, of any of the header versions that are about, checked and brought into one form.
-// The BMP reader decodes the pixels by it.
+// The head of a BMP file, of any header version in use, checked and brought into one form. Used by the BMP
+// reader.
 #pragma once
 
 #include <array>

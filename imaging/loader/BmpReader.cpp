@@ -1,4 +1,4 @@
-// BMP: plain rows of 1 to 32 bits and both run-length packings. An alpha channel is passed over, since most
+// BMP: plain rows of 1 to 32 bits and both run-length packings. An alpha channel is ignored, since most
 // writers leave it at zero. Pixels that a packing leaves out stay black.
 #include <algorithm>
 #include <cstdint>
@@ -15,6 +15,9 @@ namespace {
 constexpr int kBytesPerPixel = 3;
 constexpr std::uint32_t kMaxSample = 255;
 constexpr int kRowAlignment = 32;  // bits
+// Of a picture that is cut off, at least this part must be there. Bounds the memory that a small file can ask
+// for.
+constexpr std::int64_t kLeastShownPart = 256;
 
 // After a zero byte in packed data: what the second byte means. Higher ones count literal pixels.
 constexpr int kEndOfRow = 0, kEndOfPicture = 1, kMove = 2;
@@ -54,7 +57,10 @@ void MaskedRow(const BmpHead& head, const unsigned char* in, unsigned char* bgr)
 bool ReadPlain(ImageReading& reading, const BmpHead& head) {
   ImageSource& source = reading.Source();
   const std::int64_t rowBytes = (head.width * head.bits + kRowAlignment - 1) / kRowAlignment * 4;
-  if (!reading.NeedsBytes(head.pixelOffset + rowBytes * head.height)) return false;
+  if (!reading.NeedsBytes(head.pixelOffset + rowBytes) ||
+      !reading.NeedsBytes(head.pixelOffset + rowBytes * head.height / kLeastShownPart)) {
+    return false;
+  }
   const auto count = static_cast<std::size_t>(rowBytes);
   const std::unique_ptr<unsigned char[]> row(new (std::nothrow) unsigned char[count]);
   if (row == nullptr) return reading.Fail(XpErrOutOfMemory, "there is no memory for the picture");
@@ -69,12 +75,13 @@ bool ReadPlain(ImageReading& reading, const BmpHead& head) {
     } else {
       MaskedRow(head, row.get(), bgr);
     }
+    reading.NoteRow();
   }
   return true;
 }
 
-/// Unpacks run-length data row by row from the bottom. What runs beyond the right edge is dropped; rows above
-/// the top are damage.
+/// Unpacks run-length data row by row from the bottom. Pixels beyond the right edge are dropped; rows above
+/// the top are an error.
 class RunLengthReader {
  public:
   RunLengthReader(ImageReading& reading, const BmpHead& head)
@@ -99,6 +106,7 @@ class RunLengthReader {
   bool EndsEarly() { return m_reading.Damaged("the file ends within the picture"); }
 
   bool Escape(int code) {
+    if (code == kEndOfRow || code == kMove) m_reading.NoteRow();
     if (code == kEndOfRow) {
       m_column = 0;
       ++m_row;

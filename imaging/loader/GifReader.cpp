@@ -1,4 +1,5 @@
-// GIF by giflib: the first picture of the file on its logical screen; around it and through it shows black.
+// GIF by giflib: the first picture of the file on its logical screen; the rest and what is transparent is
+// black.
 #include <gif_lib.h>
 
 #include <algorithm>
@@ -40,14 +41,14 @@ bool GifProblem(ImageReading& reading, int error) {
                       words == nullptr ? "the picture is damaged" : words);
 }
 
-/// Passes over an extension; `transparent` is the colour index that shows black, or stays.
+/// Reads an extension; sets `transparent` when it names the colour index that is transparent.
 bool ReadExtension(ImageReading& reading, GifFileType& gif, int& transparent) {
   int code = 0;
   GifByteType* block = nullptr;
   if (DGifGetExtension(&gif, &code, &block) == GIF_ERROR) return GifProblem(reading, gif.Error);
   while (block != nullptr) {
     GraphicsControlBlock control;
-    // The length stands in the block's first byte.
+    // The block's first byte is its length.
     if (code == GRAPHICS_EXT_FUNC_CODE && DGifExtensionToGCB(block[0], block + 1, &control) == GIF_OK) {
       transparent = control.TransparentColor;
     }
@@ -99,6 +100,7 @@ bool ReadRows(ImageReading& reading, GifFileType& gif, int transparent) {
     for (std::int32_t y = pass.first; y < gif.Image.Height; y += pass.step) {
       if (DGifGetLine(&gif, line.get(), gif.Image.Width) == GIF_ERROR) return GifProblem(reading, gif.Error);
       PaintRow(reading, gif, *colours, transparent, y, line.get());
+      reading.NoteRow();
     }
   }
   return true;

@@ -1,29 +1,29 @@
-// The still-picture formats, each with the bytes by which its files are known. The loader walks the table,
-// and so do its tests and the fuzz target.
+// The still-picture formats, each with the way its files are known. The loader walks the table.
 #pragma once
 
 #include <cstddef>
 #include <span>
+#include <string_view>
 
 #include "imaging/loader/ImageReading.h"
 
 namespace vrx::imaging {
 
-/// Longest signature in the table, in bytes.
-inline constexpr std::size_t kSignatureBytes = 8;
+/// What a format is known by lies within the first bytes of a file, so many of them.
+inline constexpr std::size_t kSignatureBytes = 16;
 
 struct ImageFormat {
   const char* name;
-  const char* signature;
-  std::size_t signatureBytes;
+  /// Whether a file of this format can begin with `start`, which is shorter than kSignatureBytes only when
+  /// the file is.
+  bool (*isStartOf)(std::string_view start);
   /// Reads from the start of the file. False with the failure noted in the reading.
   bool (*read)(ImageReading& reading);
 };
 
-/// A format with several signatures stands there once for each.
 std::span<const ImageFormat> ImageFormats() noexcept;
 
-/// The format of an open file, its size or its picture, as StillImage.h tells.
+/// Reads the picture in an open file as LoadStillImage does, or without an `image` only its size.
 XpResult ReadStillImage(XpAbstractFile& file, const StillImageRequest& request, StillImage* image,
                         std::int32_t& width, std::int32_t& height, XpString* problem);
 

@@ -50,6 +50,10 @@ bool ImageReading::Fail(XpResult result, const char* words) noexcept {
   return false;
 }
 
+const char* ImageReading::Words() const noexcept {
+  return m_source.Result() == XpOk ? m_words : "the file cannot be read";
+}
+
 XpResult ImageReading::Result() const noexcept {
   if (m_result == XpOk || m_source.Result() == XpOk) return m_result;
   return m_source.Result();

@@ -21,14 +21,14 @@ class ImageSource {
   std::int64_t Size() const noexcept { return m_size; }  // bytes
   std::int64_t Position() const noexcept {
     return m_position;
-  }  // bytes from the start; may lie behind the end
+  }  // bytes from the start; may lie after the end
 
-  /// A position before the start is refused with false, one behind the end is allowed.
+  /// False for a position before the start; one after the end is allowed.
   bool Seek(std::int64_t position) noexcept;
-  /// Fewer bytes than asked for mean the end of the file, or a failure that Result tells.
+  /// Fewer bytes than asked for mean the end of the file, or a failure, see Result.
   std::size_t Read(void* buffer, std::size_t count) noexcept;
   bool ReadExactly(void* buffer, std::size_t count) noexcept { return Read(buffer, count) == count; }
-  /// The first failure of the file itself; its end is none.
+  /// The first failure of the file itself; the end of the file is not one.
   XpResult Result() const noexcept { return m_result; }
 
  private:

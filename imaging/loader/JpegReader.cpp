@@ -20,8 +20,8 @@ namespace {
 constexpr std::size_t kInputBytes = 16 * 1024;
 constexpr int kMaxScans = 200;       // real progressive pictures have about ten
 constexpr unsigned kWholeScale = 8;  // the decoder scales by eighths
-// Halvings only: these are averages of blocks but for rounding, and vectorised in the decoder. At the scales
-// in between it cuts frequencies instead, which makes fine detail differ by far more than rounding.
+// Halvings only: at these the decoder gives averages of blocks but for rounding, and is vectorised. At other
+// scales it cuts off frequencies, and fine detail differs by far more than rounding.
 constexpr unsigned kScales[] = {1, 2, 4};
 constexpr int kInkChannels = 4;
 constexpr int kMaxSample = 255;
@@ -29,8 +29,8 @@ constexpr std::int64_t kPixelsPerByte = 512;  // a block of 64 pixels takes one 
 constexpr long kCoefficientBytes = 2 * 4;     // a pixel of a progressive picture, four channels
 constexpr long kWorkspaceBytes = 64L << 20;   // the decoder's own tables and rows
 
-/// Everything that the library's callbacks reach. It is made before any setjmp and outlives every longjmp,
-/// and the functions in between keep no object with a destructor.
+/// What the library's callbacks use. It is made before any setjmp and outlives every longjmp; the functions
+/// in between have no object with a destructor.
 struct JpegState {
   jpeg_decompress_struct decoder{};
   jpeg_error_mgr errors{};
@@ -64,17 +64,27 @@ JpegState& StateOf(j_decompress_ptr decoder) { return *static_cast<JpegState*>(d
   GiveUp(state, isMemory ? XpErrOutOfMemory : XpErrInvalidFile, words);
 }
 
+/// Whether at least one row of blocks was read.
+bool HasRows(const jpeg_decompress_struct& decoder) {
+  return decoder.input_scan_number > 1 || decoder.input_iMCU_row > 0;
+}
+
 /// Cameras leave stray bytes between segments, which harm nothing; a warning about the entropy-coded data
-/// means that pixels are made up.
+/// means that the decoder makes up pixels.
 void OnMessage(j_common_ptr common, int level) {
   if (level >= 0) return;
+  JpegState& state = StateOf(common);
   switch (common->err->msg_code) {
     case JWRN_HIT_MARKER:
+      if (!HasRows(state.decoder)) OnError(common);
+      [[fallthrough]];
     case JWRN_HUFF_BAD_CODE:
     case JWRN_ARITH_BAD_CODE:
-    case JWRN_JPEG_EOF:
     case JWRN_MUST_RESYNC:
-      OnError(common);
+      char words[JMSG_LENGTH_MAX];
+      common->err->format_message(common, words);
+      state.reading->Damaged(words);
+      return;
     default:
       return;
   }
@@ -87,8 +97,16 @@ void TermSource(j_decompress_ptr) {}
 
 boolean FillInput(j_decompress_ptr decoder) {
   JpegState& state = StateOf(decoder);
-  const std::size_t read = state.reading->Source().Read(state.bytes, kInputBytes);
-  if (read == 0) GiveUp(state, XpErrInvalidFile, "the file ends within the picture");
+  constexpr char kWords[] = "the file ends within the picture";
+  std::size_t read = state.reading->Source().Read(state.bytes, kInputBytes);
+  if (read == 0) {
+    if (!HasRows(state.decoder)) GiveUp(state, XpErrInvalidFile, kWords);
+    // An end marker lets the decoder fill in what is missing.
+    state.reading->Damaged(kWords);
+    state.bytes[0] = 0xFF;
+    state.bytes[1] = JPEG_EOI;
+    read = 2;
+  }
   state.input.next_input_byte = state.bytes;
   state.input.bytes_in_buffer = read;
   return TRUE;
@@ -199,6 +217,7 @@ bool ReadRows(JpegState& state) {
     JSAMPROW target = isInk ? state.inkRow.get() : row;
     jpeg_read_scanlines(&decoder, &target, 1);
     if (isInk) InkToBgr(target, decoder.saw_Adobe_marker != 0, decoder.output_width, row);
+    reading.NoteRow();
   }
   jpeg_finish_decompress(&decoder);
   return true;

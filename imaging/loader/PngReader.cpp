@@ -45,11 +45,11 @@ void ReadBytes(png_structp png, png_bytep buffer, png_size_t count) {
 bool ReadHead(PngState& state) {
   ImageReading& reading = *state.reading;
   const auto side = static_cast<png_uint_32>(PNG_UINT_31_MAX);
-  // The limits of the request tell more in words than the library's own, which would only say "invalid".
+  // The limits of the request are checked instead: the library's own message would only be "invalid".
   png_set_user_limits(state.png, side, side);
   png_set_chunk_malloc_max(state.png, kMaxChunkBytes);
   png_set_chunk_cache_max(state.png, kMaxCachedChunks);
-  // Text, profiles and the like are passed over without being unpacked.
+  // Text, profiles and the like are skipped without being unpacked.
   png_set_keep_unknown_chunks(state.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
   png_set_read_fn(state.png, &state, ReadBytes);
   png_read_info(state.png, state.info);
@@ -57,7 +57,7 @@ bool ReadHead(PngState& state) {
                        png_get_image_height(state.png, state.info));
 }
 
-/// Whatever the file has becomes rows of BGR, a byte a channel.
+/// The library converts every form to rows of BGR, a byte a channel.
 void SetTransforms(png_structp png, png_infop info) {
   const int colour = png_get_color_type(png, info);
   const bool hasKey = png_get_valid(png, info, PNG_INFO_tRNS) != 0;
@@ -87,7 +87,12 @@ bool ReadRows(PngState& state) {
   }
   if (!reading.TakeMemory(reading.Width(), reading.Height())) return false;
   for (int pass = 0; pass < passes; ++pass) {
-    for (std::int32_t y = 0; y < reading.Height(); ++y) png_read_row(png, reading.Row(y), nullptr);
+    for (std::int32_t y = 0; y < reading.Height(); ++y) {
+      // Given as the row for display, the pixels of an early pass also fill the places of later passes, which
+      // a file that ends early lacks.
+      png_read_row(png, nullptr, reading.Row(y));
+      reading.NoteRow();
+    }
   }
   png_read_end(png, nullptr);
   return true;

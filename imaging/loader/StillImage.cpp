@@ -1,9 +1,11 @@
 #include "imaging/loader/StillImage.h"
 
+#include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 
 #include "foundation/file/XpFile.h"
 #include "imaging/loader/ImageFormats.h"
@@ -12,29 +14,23 @@ namespace vrx::imaging {
 
 namespace {
 
-// Signatures as the formats' standards give them; TIFF 6.0 in both byte orders and with 64-bit offsets.
-constexpr ImageFormat kFormats[] = {
-    {"BMP", "BM", 2, ReadBmp},
-    {"GIF", "GIF87a", 6, ReadGif},
-    {"GIF", "GIF89a", 6, ReadGif},
-    {"JPEG", "\xFF\xD8\xFF", 3, ReadJpeg},
-    {"PNG", "\x89PNG\r\n\x1A\n", 8, ReadPng},
-    {"TIFF", "II*\0", 4, ReadTiff},
-    {"TIFF", "MM\0*", 4, ReadTiff},
-    {"TIFF", "II+\0", 4, ReadTiff},
-    {"TIFF", "MM\0+", 4, ReadTiff},
-};
-
 const ImageFormat* FindFormat(ImageSource& source) {
   std::array<char, kSignatureBytes> head{};
-  const std::size_t length = source.Read(head.data(), head.size());
-  for (const ImageFormat& format : kFormats) {
-    if (length >= format.signatureBytes &&
-        std::memcmp(head.data(), format.signature, format.signatureBytes) == 0) {
-      return &format;
-    }
+  const std::string_view start(head.data(), source.Read(head.data(), head.size()));
+  const auto found = std::ranges::find_if(
+      ImageFormats(), [start](const ImageFormat& format) { return format.isStartOf(start); });
+  return found == ImageFormats().end() ? nullptr : &*found;
+}
+
+/// "the file is no A, B or C picture"
+std::string UnknownFormatWords() {
+  const std::span<const ImageFormat> formats = ImageFormats();
+  std::string words = "the file is no ";
+  for (std::size_t i = 0; i < formats.size(); ++i) {
+    if (i > 0) words += i + 1 < formats.size() ? ", " : " or ";
+    words += formats[i].name;
   }
-  return nullptr;
+  return words + " picture";
 }
 
 void ReadAny(ImageReading& reading) {
@@ -53,7 +49,7 @@ void ReadAny(ImageReading& reading) {
   }
   const ImageFormat* format = FindFormat(source);
   if (format == nullptr) {
-    reading.Damaged("the file is no BMP, GIF, JPEG, PNG or TIFF picture");
+    reading.Damaged(UnknownFormatWords().c_str());
     return;
   }
   source.Seek(0);
@@ -83,21 +79,21 @@ XpResult OpenAndRead(const XpString& path, const StillImageRequest& request, Sti
 
 }  // namespace
 
-std::span<const ImageFormat> ImageFormats() noexcept { return kFormats; }
-
 XpResult ReadStillImage(XpAbstractFile& file, const StillImageRequest& request, StillImage* image,
                         std::int32_t& width, std::int32_t& height, XpString* problem) {
   const auto source = std::make_unique<ImageSource>(file);  // its block is large for a stack
   ImageReading reading(*source, request, image);
   ReadAny(reading);
   const XpResult result = reading.Result();
-  if (result != XpOk) {
+  if (result != XpOk && !reading.IsPartial()) {
     if (image != nullptr) *image = StillImage();
     return Report(result, reading.Words(), problem);
   }
   width = reading.Width();
   height = reading.Height();
-  return XpOk;
+  if (result == XpOk) return XpOk;
+  image->isPartial = true;
+  return Report(XpOk, reading.Words(), problem);
 }
 
 XpResult LoadStillImage(const XpString& path, const StillImageRequest& request, StillImage& image,

@@ -1,5 +1,5 @@
-// Loads a still picture of any common format, told by its content, into memory. Whoever shows photographs
-// uses it; the codecs that keep tags and profiles are a matter of their own.
+// Loads a still picture of any common format into memory; the format is found by the content. For showing
+// photographs: tags and profiles are not kept.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace vrx::imaging {
 
 enum class RowOrder { TopDown, BottomUp };
 
-/// What real pictures never reach. Checked before memory is taken.
+/// Beyond what real pictures have. Checked before memory is allocated.
 struct StillImageLimits {
   std::int64_t fileBytes = std::int64_t{1} << 30;
   std::int64_t pixels = 200'000'000;
@@ -33,13 +33,15 @@ struct StillImage {
   std::unique_ptr<XpPixmap24NoHandle> pixmap;  // BGR; transparency shows black
   std::int32_t fullWidth = 0;                  // pixels of the picture in the file
   std::int32_t fullHeight = 0;
+  bool isPartial = false;  // the file is damaged or ends early: what it lacks is black or made up
 };
 
 /// Decodes BMP, GIF (its first picture), JPEG, PNG and TIFF (its first picture). The orientation tag is not
-/// followed, and the alpha of a BMP is not looked at. On failure `image` is empty and `problem`, when given,
-/// says why in words, without the path: XpErrFileNotFound and its kin when the file can't be read,
-/// XpErrInvalidFile when it is damaged or of no known format, XpErrOutOfMemory beyond the limits or without
-/// memory.
+/// followed, and the alpha of a BMP is not looked at. A file of which at least one row can be decoded gives
+/// XpOk and, when it is damaged, a partial image. On failure `image` is empty: XpErrFileNotFound and its kin
+/// when the file can't be read, XpErrInvalidFile when nothing of it can be decoded or it is of no known
+/// format, XpErrOutOfMemory beyond the limits or without memory. `problem`, when given, says in words,
+/// without the path, why there is no image or only a partial one; it is not touched otherwise.
 XpResult LoadStillImage(const XpString& path, const StillImageRequest& request, StillImage& image,
                         XpString* problem = nullptr);
 

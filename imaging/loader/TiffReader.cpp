@@ -6,10 +6,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <new>
 
 #include "imaging/loader/ImageFormats.h"
+#include "imaging/loader/TiffLab.h"
 
 namespace vrx::imaging {
 
@@ -18,6 +20,7 @@ namespace {
 constexpr std::int64_t kMaxBytesPerPixel = 8;                 // four channels of 16 bits
 constexpr std::int64_t kSpareBytes = std::int64_t{16} << 20;  // for tables, and tiles beyond the edges
 constexpr std::uint32_t kBandRows = 16;                       // at least, so that thin strips cost few calls
+constexpr std::int64_t kMostMissing = 7;                      // times what is there of a file that is cut off
 constexpr std::size_t kWords = 200;
 constexpr std::size_t kEmsgBytes = 1024;  // what TIFFRGBAImageBegin may write
 
@@ -30,9 +33,10 @@ struct FreeOptions {
 using TiffPtr = std::unique_ptr<TIFF, CloseTiff>;
 using OptionsPtr = std::unique_ptr<TIFFOpenOptions, FreeOptions>;
 
+/// Goes on after a strip or tile that is damaged.
 class RgbaImage {
  public:
-  RgbaImage(TIFF* tiff, char* words) : m_isOpen(TIFFRGBAImageBegin(&m_image, tiff, 1, words) != 0) {}
+  RgbaImage(TIFF* tiff, char* words) : m_isOpen(TIFFRGBAImageBegin(&m_image, tiff, 0, words) != 0) {}
   RgbaImage(const RgbaImage&) = delete;
   RgbaImage& operator=(const RgbaImage&) = delete;
   ~RgbaImage() {
@@ -46,17 +50,39 @@ class RgbaImage {
   bool m_isOpen;
 };
 
-ImageReading& ReadingOf(void* handle) { return *static_cast<ImageReading*>(handle); }
+/// What the library's callbacks reach.
+struct TiffState {
+  ImageReading& reading;
+  int errors = 0;
+  std::int64_t padding = 0;  // bytes that may still be read after the end of the file
 
+  void Damaged(const char* words) {
+    reading.Damaged(words);
+    ++errors;
+  }
+};
+
+TiffState& StateOf(void* handle) { return *static_cast<TiffState*>(handle); }
+
+/// The library decodes no strip that it cannot read whole, so what the file lacks of its last one is read as
+/// zeros.
 tmsize_t ReadBytes(thandle_t handle, void* buffer, tmsize_t count) {
   if (count <= 0) return 0;
-  return static_cast<tmsize_t>(ReadingOf(handle).Source().Read(buffer, static_cast<std::size_t>(count)));
+  TiffState& state = StateOf(handle);
+  const auto read =
+      static_cast<tmsize_t>(state.reading.Source().Read(buffer, static_cast<std::size_t>(count)));
+  const tmsize_t padding = std::min<tmsize_t>(count - read, state.padding);
+  if (read == 0 || padding <= 0) return read;
+  std::memset(static_cast<char*>(buffer) + read, 0, static_cast<std::size_t>(padding));
+  state.padding -= padding;
+  state.Damaged("the file ends within the picture");
+  return read + padding;
 }
 
 tmsize_t RefuseWrite(thandle_t, void*, tmsize_t) { return -1; }
 
 toff_t SeekTo(thandle_t handle, toff_t offset, int whence) {
-  ImageSource& source = ReadingOf(handle).Source();
+  ImageSource& source = StateOf(handle).reading.Source();
   const std::int64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? source.Position() : source.Size();
   std::int64_t position = 0;
   if (__builtin_add_overflow(base, static_cast<std::int64_t>(offset), &position) || !source.Seek(position)) {
@@ -66,28 +92,28 @@ toff_t SeekTo(thandle_t handle, toff_t offset, int whence) {
 }
 
 int KeepOpen(thandle_t) { return 0; }
-toff_t SizeOf(thandle_t handle) { return static_cast<toff_t>(ReadingOf(handle).Source().Size()); }
+toff_t SizeOf(thandle_t handle) { return static_cast<toff_t>(StateOf(handle).reading.Source().Size()); }
 
-/// The first message goes into the reading; a result above 0 keeps the library's global handler silent.
+/// The first message is kept; a result above 0 keeps the library's global handler silent.
 int OnError(TIFF*, void* handle, const char*, const char* format, va_list arguments) {
   char words[kWords];
   std::vsnprintf(words, sizeof words, format, arguments);
-  ReadingOf(handle).Damaged(words);
+  StateOf(handle).Damaged(words);
   return 1;
 }
 
 int IgnoreWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
 
-TiffPtr OpenTiff(ImageReading& reading) {
+TiffPtr OpenTiff(TiffState& state) {
   const OptionsPtr options(TIFFOpenOptionsAlloc());
   if (options == nullptr) return nullptr;
-  const std::int64_t pixels = reading.Request().limits.pixels;
+  const std::int64_t pixels = state.reading.Request().limits.pixels;
   TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), pixels * kMaxBytesPerPixel + kSpareBytes);
-  TIFFOpenOptionsSetErrorHandlerExtR(options.get(), OnError, &reading);
-  TIFFOpenOptionsSetWarningHandlerExtR(options.get(), IgnoreWarning, &reading);
+  TIFFOpenOptionsSetErrorHandlerExtR(options.get(), OnError, &state);
+  TIFFOpenOptionsSetWarningHandlerExtR(options.get(), IgnoreWarning, &state);
   // "m" keeps the library from mapping the file.
-  return TiffPtr(TIFFClientOpenExt("picture", "rm", &reading, ReadBytes, RefuseWrite, SeekTo, KeepOpen,
-                                   SizeOf, nullptr, nullptr, options.get()));
+  return TiffPtr(TIFFClientOpenExt("picture", "rm", &state, ReadBytes, RefuseWrite, SeekTo, KeepOpen, SizeOf,
+                                   nullptr, nullptr, options.get()));
 }
 
 /// Rows that one call reads: whole strips or tiles. 0, with the failure noted, when a strip or tile claims
@@ -138,7 +164,29 @@ void CopyRow(const std::uint32_t* pixels, std::int32_t width, unsigned char* bgr
   }
 }
 
-bool ReadRows(ImageReading& reading, TIFF* tiff) {
+bool HasColour(const std::uint32_t* pixels, std::size_t count) {
+  constexpr std::uint32_t kColour = 0x00FFFFFF;
+  return std::any_of(pixels, pixels + count, [](std::uint32_t pixel) { return (pixel & kColour) != 0; });
+}
+
+/// Of a band with damage, the rows that show nothing may not have been decoded.
+void ReadBand(TiffState& state, TIFFRGBAImage& rgba, std::uint32_t* band, std::uint32_t y,
+              std::uint32_t rows) {
+  ImageReading& reading = state.reading;
+  const auto width = static_cast<std::size_t>(reading.Width());
+  const int errors = state.errors;
+  std::fill_n(band, width * rows, 0u);
+  rgba.row_offset = static_cast<int>(y);
+  if (!TIFFRGBAImageGet(&rgba, band, rgba.width, rows)) state.Damaged("the picture's data is damaged");
+  for (std::uint32_t row = 0; row < rows; ++row) {
+    const std::uint32_t* pixels = band + row * width;
+    CopyRow(pixels, reading.Width(), reading.Row(static_cast<std::int32_t>(y + row)));
+    if (state.errors == errors || HasColour(pixels, width)) reading.NoteRow();
+  }
+}
+
+bool ReadRows(TiffState& state, TIFF* tiff) {
+  ImageReading& reading = state.reading;
   const std::uint32_t bandRows = BandRows(reading, tiff);
   if (bandRows == 0) return false;
   std::unique_ptr<unsigned char[]> tileBuffer;
@@ -147,21 +195,16 @@ bool ReadRows(ImageReading& reading, TIFF* tiff) {
   RgbaImage image(tiff, words);
   if (!image.IsOpen()) return reading.Damaged(words[0] != 0 ? words : "the picture's form is not known");
   TIFFRGBAImage& rgba = image.Get();
+  UseLabColours(rgba);
   rgba.orientation = rgba.req_orientation = ORIENTATION_TOPLEFT;
   const auto width = static_cast<std::size_t>(reading.Width());
   const std::unique_ptr<std::uint32_t[]> band(new (std::nothrow) std::uint32_t[width * bandRows]);
   if (band == nullptr) return reading.Fail(XpErrOutOfMemory, "there is no memory for the picture");
   if (!reading.TakeMemory(reading.Width(), reading.Height())) return false;
   const auto height = static_cast<std::uint32_t>(reading.Height());
+  state.padding = reading.Source().Size() * kMostMissing;
   for (std::uint32_t y = 0; y < height; y += bandRows) {
-    const std::uint32_t rows = std::min(bandRows, height - y);
-    rgba.row_offset = static_cast<int>(y);
-    if (!TIFFRGBAImageGet(&rgba, band.get(), rgba.width, rows) || reading.HasFailed()) {
-      return reading.Damaged("the picture's data is damaged");
-    }
-    for (std::uint32_t row = 0; row < rows; ++row) {
-      CopyRow(band.get() + row * width, reading.Width(), reading.Row(static_cast<std::int32_t>(y + row)));
-    }
+    ReadBand(state, rgba, band.get(), y, std::min(bandRows, height - y));
   }
   return true;
 }
@@ -169,13 +212,14 @@ bool ReadRows(ImageReading& reading, TIFF* tiff) {
 }  // namespace
 
 bool ReadTiff(ImageReading& reading) {
-  const TiffPtr tiff = OpenTiff(reading);
+  TiffState state{reading};
+  const TiffPtr tiff = OpenTiff(state);
   if (tiff == nullptr || reading.HasFailed()) return reading.Damaged("the file has no picture");
   std::uint32_t width = 0, height = 0;
   TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &width);
   TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &height);
   if (!reading.Start(width, height)) return false;
-  return !reading.WantsPixels() || ReadRows(reading, tiff.get());
+  return !reading.WantsPixels() || ReadRows(state, tiff.get());
 }
 
 }  // namespace vrx::imaging

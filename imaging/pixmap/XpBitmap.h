@@ -1,5 +1,4 @@
-// The memory of a pixmap as others see it: what a drawing layer binds to, and the bitmap record that goes
-// with it.
+// The memory of a pixmap as a drawing layer binds to it, and the bitmap record that describes it.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +19,7 @@ struct XpBitmap {
   std::int32_t BytesPerPixel() const noexcept { return format == XpBitmapFormat::Bgra32 ? 4 : 3; }
 };
 
-/// Null when there is no bitmap. Valid until the pixmap is released or allocated anew.
+/// Null when there is no bitmap. Valid until the pixmap is released or allocated again.
 using XpBitmapHandle = const XpBitmap*;
 
 /// The header of a device-independent bitmap with its one colour entry, as files and foreign code know it.

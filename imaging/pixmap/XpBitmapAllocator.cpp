@@ -28,7 +28,7 @@ unsigned char* XpBitmapAllocator::Allocate(std::int32_t width, std::int32_t heig
   m_info->biHeight = static_cast<std::int32_t>(-rows);
   m_info->biSizeImage = sizeFits ? static_cast<std::uint32_t>(rowBytes * rows) : 0;
 
-  // Zeroed also without a handle: a picture whose decoding stops half-way must not show old heap contents.
+  // Zeroed also without a handle: a picture that is decoded only in part must not show old heap contents.
   if (sizeFits) m_bits = static_cast<unsigned char*>(std::calloc(m_info->biSizeImage, 1));
   if (m_useHandle == 0) return m_bits;
   if (m_bits == nullptr) {

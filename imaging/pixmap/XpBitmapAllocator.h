@@ -12,9 +12,9 @@ class XpBitmapAllocator {
   XpBitmapAllocator(const XpBitmapAllocator&) = delete;
   XpBitmapAllocator& operator=(const XpBitmapAllocator&) = delete;
 
-  /// Memory for `width` by |`height`| pixels, all bytes zero; earlier memory is given up first. Null when
+  /// Memory for `width` by |`height`| pixels, all bytes zero; earlier memory is freed first. Null when
   /// the width is below 1, the height 0, the size beyond 31 bits, or no memory is left; GetLastError then
-  /// tells why, when the allocator makes bitmaps with a handle.
+  /// gives the cause, when the allocator makes bitmaps with a handle.
   unsigned char* Allocate(std::int32_t width, std::int32_t height);
   void Release() noexcept;
 

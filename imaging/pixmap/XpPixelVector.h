@@ -60,7 +60,7 @@ template <class Four>
   for (; i + kVectorPixels <= count; i += kVectorPixels) {
     const Vector32 from = Load(source + i * 4);
     if (!AnyBits(from)) {
-      // Four empty pixels over four empty ones stay empty under every rule; others go the long way.
+      // Four empty pixels over four empty ones stay empty under every rule.
       if (!AnyBits(Load(dest + i * 4))) continue;
     }
     Store(dest + i * 4, four(Load(dest + i * 4), from));

@@ -27,7 +27,7 @@ void CopyPixmapBlock(XpPixmapBase& destination, const XpPixmapBase& source);
 
 /// Copies a block scaled by nearest neighbour, clipped to both pixmaps. Both must be 24-bit and not the same
 /// pixmap, else nothing happens. Where the source block begins left of or above the source, rounding can
-/// ask for a pixel before the first: the first stands in.
+/// ask for a pixel before the first: the first is taken.
 void StretchPixmapBlock(XpPixmapBase& destination, std::int32_t destX, std::int32_t destY,
                         std::int32_t destWidth, std::int32_t destHeight, const XpPixmapBase& source,
                         std::int32_t sourceX, std::int32_t sourceY, std::int32_t sourceWidth,

@@ -52,7 +52,7 @@ struct OverlaySmoothRule {
       const Vector32 isDrawn = reinterpret_cast<Vector32>(alpha != 0u);
       const Vector32 isTaken = reinterpret_cast<Vector32>((alpha == kAlphaMask) | ((d & kAlphaMask) == 0u));
       if (AnyBits(isDrawn & ~isTaken)) {
-        ComposeEach(dest, source, i, i + kVectorPixels);  // edges on something drawn are few
+        ComposeEach(dest, source, i, i + kVectorPixels);  // rare: edges on something drawn
       } else {
         Store(dest + i * kBytesPerPixel, (s & isDrawn) | (d & ~isDrawn));
       }

@@ -1,5 +1,5 @@
 // The exact "over" of one pixel on another whose colours are not premultiplied. Used where smooth edges are
-// laid on pictures that are empty in part.
+// composed on pictures that are empty in part.
 #pragma once
 
 #include <cstdint>

@@ -19,7 +19,7 @@ class KVSCaptionPainterLayoutBase {
   /// size is a line height. Owned by the layout.
   const vrx::drawing::Font& SetFont(const XpString& face, std::int32_t size);
 
-  std::int32_t layoutKind;  // kept; nothing depends on it
+  std::int32_t layoutKind;  // nothing depends on it
   std::int32_t width;       // of the frame, pixels
   std::int32_t height;      // of the frame, pixels
   XpString fontName;

@@ -25,7 +25,7 @@ std::uint32_t FormatOf(std::int32_t layoutType) {
   return kTextFormat | kAlignments[(layoutType - 1) % 3];
 }
 
-/// Where a text of this height stands on the canvas.
+/// The place of a text of this height on the canvas.
 Rect PlaceOf(std::int32_t layoutType, std::int32_t textHeight) {
   const std::int32_t row = (layoutType - 1) / 3;
   Rect rect{0, 0, kCanvasWidth, textHeight};
@@ -47,7 +47,7 @@ XpRowRange RowsOnFrame(XpRowRange canvas, std::int32_t frameHeight) {
   return {Saturated(onFrame(canvas.first) - 1), Saturated(onFrame(canvas.last) + 2)};
 }
 
-/// A shown caption differs from all others by its place in the list; no caption is 0.
+/// The stamp of a moment without a caption; others are the caption's place in the list, from 1.
 constexpr std::uint64_t kNoCaption = 0;
 
 }  // namespace
@@ -124,7 +124,7 @@ bool KVSCaptionPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t /*tennis
   const CaptionItem* caption = SelectCaption(captionMs, m_currentVideoId);
   if (!m_layout || caption == nullptr || caption->text.IsEmpty() || !HasPlace(caption->layoutType))
     return true;
-  // Without memory for the canvas the frame goes on without its caption.
+  // Without memory for the canvas the frame gets no caption.
   DrawCaption(*caption, target);
   return true;
 }
@@ -150,7 +150,7 @@ bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32
   const Rect place = PlaceOf(caption.layoutType, size.height);
   const std::int32_t width = target.width - 2 * kMargin;
   const std::int32_t height = target.height - 2 * kMargin;
-  // Text is clipped to its place, so nothing else of the canvas is ever touched.
+  // Text is clipped to its place, so the rest of the canvas stays clear.
   const XpRowRange drawn{std::clamp(place.top - kShadowOffset, 0, kCanvasHeight),
                          std::clamp(place.bottom, 0, kCanvasHeight)};
 
@@ -158,7 +158,7 @@ bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32
   Canvas canvas(m_canvas.GetBitmapHandle());
   m_textRenderer.Draw(canvas, text, font, kShadowColor, place, format);
   if (m_saveMovieMode) {
-    // A shadow of half strength goes to the frame on its own, before the text.
+    // A shadow of half strength is composed on the frame by itself, before the text.
     OverlayPixmapWithAlpha(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight,
                            kSaveModeShadowAlpha, drawn);
     ClearCanvas(drawn);

@@ -48,8 +48,8 @@ struct PictureReader {
   static PictureReader OfFiles();
 };
 
-/// Loads no more pixels than the fit can show, and composes them. Null, with the cause in `problem`, when the
-/// picture cannot be loaded.
+/// Loads no more pixels than the fit can show, and composes them. Null when the picture cannot be loaded. The
+/// cause of that, or of a picture that is only partial, is in `problem`, which stays empty otherwise.
 std::unique_ptr<XpPixmap24NoHandle> DecodePicture(const DecodeJob& job, std::int32_t targetWidth,
                                                   std::int32_t targetHeight, const PictureReader& reader,
                                                   XpString& problem);

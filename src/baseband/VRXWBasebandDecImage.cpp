@@ -179,7 +179,10 @@ XpSharedPtr<XpPixmapBase> VRXWBasebandDecImage::Decode(const vrx::baseband::Deco
   XpString problem;
   try {
     auto picture = vrx::baseband::DecodePicture(job, targetWidth, targetHeight, m_hooks.reader, problem);
-    if (picture) return XpSharedPtr<XpPixmapBase>(picture.release());
+    if (picture) {
+      if (!problem.IsEmpty()) LogLine(u"Decode", job.imagePath + u" is shown only in part: " + problem);
+      return XpSharedPtr<XpPixmapBase>(picture.release());
+    }
   } catch (const std::exception& error) {
     problem = XpNarrowString(error.what()).ToWide();
   }

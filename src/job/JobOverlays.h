@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "drawing/PangoTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/document/TKLXPainterInfoXml.h"
 #include "overlay/painter/IKVSDynamicInfoPainter.h"

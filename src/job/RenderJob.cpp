@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "foundation/platform/TimeZone.h"
+#include "foundation/platform/LocalTime.h"
 #include "foundation/text/XpFormat.h"
 #include "src/log/RenderLog.h"
 #include "src/project/ProjectPath.h"

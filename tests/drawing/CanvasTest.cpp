@@ -35,7 +35,7 @@ bool IsOnStroke(const std::vector<Point>& points, std::int32_t width, std::int32
   return false;
 }
 
-TEST(Canvas, WidePensDrawRoundedLinesOfTheirExactColourAndNothingElse) {
+TEST(CanvasTest, WidePensDrawRoundedLinesOfTheirExactColourAndNothingElse) {
   std::mt19937 random(5);
   for (int round = 0; round < 200; ++round) {
     Sheet sheet(67, 41);
@@ -53,19 +53,28 @@ TEST(Canvas, WidePensDrawRoundedLinesOfTheirExactColourAndNothingElse) {
   }
 }
 
-TEST(Canvas, ThinLinesVisitOnePixelAStepAndLeaveTheEndOut) {
+TEST(CanvasTest, ThinLinesHaveOnePixelAStepOnTheLineAndLeaveTheEndOut) {
   std::mt19937 random(6);
   for (int round = 0; round < 300; ++round) {
     const Point from{Between(random, 0, 40), Between(random, 0, 40)},
         to{Between(random, 0, 40), Between(random, 0, 40)};
     SCOPED_TRACE(testing::Message() << from.x << "," << from.y << " to " << to.x << "," << to.y);
     Sheet whole(41, 41);
-    const std::int32_t width = Between(random, -1, 1);  // all the thinnest
+    const std::int32_t width = Between(random, -1, 1);  // all of them draw the thinnest line
     whole.canvas.DrawLine(from, to, {kOrange, width});
     EXPECT_EQ(CountSet(whole), std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)));
     EXPECT_FALSE(whole.IsSet(to.x, to.y));
     if (from != to) {
       EXPECT_EQ(whole.At(from.x, from.y), 0xFFFF7300u);
+    }
+    const double length = std::hypot(to.x - from.x, to.y - from.y);
+    for (std::int32_t y = 0; y < 41; ++y) {
+      for (std::int32_t x = 0; x < 41; ++x) {
+        if (!whole.IsSet(x, y)) continue;
+        const double across =
+            std::abs((to.x - from.x) * (y - from.y) - (to.y - from.y) * (x - from.x)) / length;
+        ASSERT_LE(across, 0.5 + 1e-9) << "beside the line at " << x << "," << y;
+      }
     }
     // A smaller canvas shows the same pixels of it.
     Sheet part(20, 20);
@@ -76,7 +85,7 @@ TEST(Canvas, ThinLinesVisitOnePixelAStepAndLeaveTheEndOut) {
   }
 }
 
-TEST(Canvas, EllipsesFillTheirBoundsSymmetricallyWithAClosedEdge) {
+TEST(CanvasTest, EllipsesFillTheirBoundsSymmetricallyWithAClosedEdge) {
   for (std::int32_t width = 1; width < 34; ++width) {
     for (std::int32_t height : {1, 2, 3, 8, width, 29}) {
       SCOPED_TRACE(testing::Message() << width << "x" << height);
@@ -105,7 +114,7 @@ TEST(Canvas, EllipsesFillTheirBoundsSymmetricallyWithAClosedEdge) {
   EXPECT_FALSE(ring.IsSet(9, 15));
 }
 
-TEST(Canvas, PolygonsFillLikeRectanglesAndByTheEvenOddRule) {
+TEST(CanvasTest, PolygonsFillLikeRectanglesAndByTheEvenOddRule) {
   Sheet a(30, 30), b(30, 30);
   a.canvas.FillRect({-5, 3, 12, 50}, {kOrange});
   const Point corners[] = {{-5, 3}, {12, 3}, {12, 50}, {-5, 50}};
@@ -120,7 +129,7 @@ TEST(Canvas, PolygonsFillLikeRectanglesAndByTheEvenOddRule) {
   EXPECT_EQ(CountSet(frame), 26 * 26 - 10 * 10);
 }
 
-TEST(Canvas, FarAndExtremeShapesStayInsideTheBitmapAndEnd) {
+TEST(CanvasTest, ExtremeShapesStayInsideTheBitmap) {
   constexpr std::int32_t kMax = INT32_MAX, kMin = INT32_MIN;
   Sheet sheet(16, 16);
   Canvas nowhere;
@@ -155,7 +164,7 @@ std::array<std::uint8_t, 4> BlendedPlainly(std::array<std::uint8_t, 4> d, std::a
   return d;
 }
 
-TEST(Canvas, PicturesComposeLikeThePlainLoopInEveryFormatAndScale) {
+TEST(CanvasTest, PicturesComposeLikeThePlainLoopInEveryFormatAndScale) {
   std::mt19937 random(7);
   for (int round = 0; round < 600; ++round) {
     XpPixmap32 wide, wideSource;
@@ -203,7 +212,7 @@ TEST(Canvas, PicturesComposeLikeThePlainLoopInEveryFormatAndScale) {
   }
 }
 
-TEST(Canvas, PicturesThatCannotBeComposedAreRefused) {
+TEST(CanvasTest, PicturesThatCannotBeComposedAreRefused) {
   Sheet dest(8, 8), source(4, 4);
   FillPixmap(source.pixmap, 1, 2, 3, 255);
   const XpBitmapHandle handle = source.pixmap.GetBitmapHandle();

@@ -1,4 +1,4 @@
-// Text has the same pixels whether it is laid down in groups or pixel by pixel.
+// Text has the same pixels whether it is composed in groups or pixel by pixel.
 #include "drawing/Coverage.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 namespace vrx::drawing {
 namespace {
 
-TEST(Coverage, ARowHasTheSamePixelsAsOneLaidPixelByPixel) {
+TEST(CoverageTest, RowHasTheSamePixelsAsOneComposedPixelByPixel) {
   std::mt19937 random(3);
   const auto sometimes = [&random](unsigned one, unsigned of) { return random() % of < one; };
   for (int round = 0; round < 400; ++round) {

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "drawing/BoxTextRenderer.h"
-#include "drawing/PangoTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 #include "imaging/pixmap/XpPixmapBlock.h"
 #include "tests/drawing/Sheet.h"
 #include "tests/imaging/RandomPixmap.h"
@@ -28,8 +28,8 @@ Font FontOf(std::int32_t height, bool smooth = true) {
 
 bool Contains(const Rect& outer, const Rect& inner) { return Intersect(outer, inner) == inner; }
 
-/// What painters rely on, of both renderers alike.
-class AnyTextRenderer : public testing::TestWithParam<const char*> {
+/// What painters rely on, for both renderers.
+class AnyTextRendererTest : public testing::TestWithParam<const char*> {
  protected:
   static std::unique_ptr<TextRenderer> Make() {
     if (std::string(GetParam()) == "box") return std::make_unique<BoxTextRenderer>();
@@ -37,10 +37,10 @@ class AnyTextRenderer : public testing::TestWithParam<const char*> {
   }
   std::unique_ptr<TextRenderer> renderer = Make();
 };
-INSTANTIATE_TEST_SUITE_P(Both, AnyTextRenderer, testing::Values("box", "pango"),
+INSTANTIATE_TEST_SUITE_P(Both, AnyTextRendererTest, testing::Values("box", "pango"),
                          [](const auto& renderer) { return std::string(renderer.param); });
 
-TEST_P(AnyTextRenderer, TextStaysInItsRectangleAndIsCutThere) {
+TEST_P(AnyTextRendererTest, TextStaysInItsRectangleAndIsCutThere) {
   const Rect rect{50, 40, 150, 75};
   for (std::uint32_t align : {DT_LEFT, DT_CENTER, DT_RIGHT}) {
     for (std::uint32_t lines : {DT_WORDBREAK, DT_SINGLELINE, DT_SINGLELINE | DT_BOTTOM, DT_TOP}) {
@@ -58,7 +58,7 @@ TEST_P(AnyTextRenderer, TextStaysInItsRectangleAndIsCutThere) {
   EXPECT_GT(page.Ink().right, rect.right);
 }
 
-TEST_P(AnyTextRenderer, AlignmentMovesTheInkByTheRoomThatIsLeft) {
+TEST_P(AnyTextRendererTest, AlignmentMovesTheTextByTheSpaceThatIsLeft) {
   const Rect rect{10, 10, 390, 190};
   const Font font = FontOf(-24);
   const Size size = renderer->Measure(u"Hxg", font, 380, DT_SINGLELINE);
@@ -83,7 +83,7 @@ TEST_P(AnyTextRenderer, AlignmentMovesTheInkByTheRoomThatIsLeft) {
   EXPECT_EQ(inkOf(DT_BOTTOM | DT_RIGHT), Moved(base, roomX, 0));
 }
 
-TEST_P(AnyTextRenderer, WordsWrapAtTheWidthAndLineFeedsAlways) {
+TEST_P(AnyTextRendererTest, WordsWrapAtTheWidthAndLineFeedsAlways) {
   const Font font = FontOf(-20);
   const std::int32_t line = renderer->Measure(u"a", font, 0, 0).height;
   const auto linesOf = [&](std::u16string_view text, std::int32_t width, std::uint32_t format) {
@@ -108,7 +108,7 @@ TEST_P(AnyTextRenderer, WordsWrapAtTheWidthAndLineFeedsAlways) {
   EXPECT_EQ(renderer->Measure(u"", font, 100, DT_WORDBREAK), (Size{0, line}));
 }
 
-TEST_P(AnyTextRenderer, CalculatingMovesTheRectangleAndDrawsNothing) {
+TEST_P(AnyTextRendererTest, CalculatingMovesTheRectangleAndDrawsNothing) {
   Sheet page;
   Rect rect{7, 9, 300, 10};
   const Font font = FontOf(-20);
@@ -123,7 +123,7 @@ TEST_P(AnyTextRenderer, CalculatingMovesTheRectangleAndDrawsNothing) {
   EXPECT_FALSE(page.Ink().IsEmpty());
 }
 
-TEST_P(AnyTextRenderer, AnAmpersandIsAMarkUnlessPrefixesAreOff) {
+TEST_P(AnyTextRendererTest, AmpersandIsAMarkUnlessPrefixesAreOff) {
   const Font font = FontOf(-20);
   const auto width = [&](std::u16string_view text, std::uint32_t format) {
     return renderer->Measure(text, font, 0, format).width;
@@ -133,7 +133,7 @@ TEST_P(AnyTextRenderer, AnAmpersandIsAMarkUnlessPrefixesAreOff) {
   EXPECT_GT(width(u"R&D", DT_NOPREFIX), width(u"RD", DT_NOPREFIX));
 }
 
-TEST_P(AnyTextRenderer, APartlyVisibleLastLineIsLeftOutInAnEditControl) {
+TEST_P(AnyTextRendererTest, PartlyVisibleLastLineIsLeftOutInAnEditControl) {
   const Font font = FontOf(-20);
   const std::int32_t line = renderer->Measure(u"M", font, 0, 0).height;
   const Rect rect{0, 0, 400, line + line / 2 + 4};
@@ -147,7 +147,7 @@ TEST_P(AnyTextRenderer, APartlyVisibleLastLineIsLeftOutInAnEditControl) {
   EXPECT_FALSE(large.Ink().IsEmpty()) << "the first line always shows";
 }
 
-TEST_P(AnyTextRenderer, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaquePixels) {
+TEST_P(AnyTextRendererTest, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaquePixels) {
   for (const ColorRef color : {kColor, ColorRef{0}}) {
     Sheet clear, opaque, sparse;
     XpPixmap24 narrow;
@@ -183,7 +183,7 @@ TEST_P(AnyTextRenderer, SmoothTextIsStraightAlphaOverClearAndBlendsOverOpaquePix
   }
 }
 
-TEST_P(AnyTextRenderer, UnsmoothedTextIsThereOrNotAtEverySize) {
+TEST_P(AnyTextRendererTest, UnsmoothedTextCoversNoPixelInPart) {
   for (std::int32_t height : {-9, -20, -86, -700}) {
     Sheet sheet;
     renderer->Draw(sheet.canvas, u"M+128 km", FontOf(height, false), kColor, {0, 0, 400, 200}, 0);
@@ -194,7 +194,7 @@ TEST_P(AnyTextRenderer, UnsmoothedTextIsThereOrNotAtEverySize) {
   }
 }
 
-TEST_P(AnyTextRenderer, HostileTextsSizesAndRectanglesAreHarmless) {
+TEST_P(AnyTextRendererTest, HostileTextsSizesAndRectanglesAreDrawnInsideTheCanvas) {
   const std::u16string marks(1 << 20, u'\u0301'), feeds(1 << 20, u'\n'), broken(3000, u'\xD83D');
   std::u16string words(1 << 20, u'w');
   for (std::size_t i = 0; i < words.size(); i += 6) words[i] = u' ';
@@ -220,7 +220,7 @@ TEST_P(AnyTextRenderer, HostileTextsSizesAndRectanglesAreHarmless) {
   renderer->Draw(Canvas(), u"x", FontOf(-20), kColor, {0, 0, 9, 9}, 0);
 }
 
-TEST(PangoTextRenderer, AKeptTextHasThePixelsOfAFreshRendererInEveryCombination) {
+TEST(PangoTextRendererTest, CachedTextHasThePixelsOfANewRenderer) {
   PangoTextRenderer kept({8, 1 << 20});
   for (const char16_t* text : {u"Caption one", u"Caption two\nwith lines", u"日本語 مرحبا 😀"}) {
     for (std::int32_t height : {-20, 20, -21}) {
@@ -247,7 +247,16 @@ TEST(PangoTextRenderer, AKeptTextHasThePixelsOfAFreshRendererInEveryCombination)
   }
 }
 
-TEST(PangoTextRenderer, TheCacheIsSharedByShadowsAndLaterFramesAndStaysWithinItsLimits) {
+TEST(PangoTextRendererTest, TextThatWasCutAtTheEdgeIsWholeWhereItFits) {
+  PangoTextRenderer kept, fresh;
+  Sheet narrow(60, 30), whole, expected;
+  for (const auto& [renderer, sheet] : {std::pair{&kept, &narrow}, {&kept, &whole}, {&fresh, &expected}}) {
+    renderer->Draw(sheet->canvas, u"Caption", FontOf(-40), kColor, {0, 0, 400, 200}, DT_SINGLELINE);
+  }
+  EXPECT_TRUE(SamePicture(BytesOf(expected.pixmap), whole.pixmap));
+}
+
+TEST(PangoTextRendererTest, CacheServesShadowsAndLaterFramesWithinItsLimits) {
   constexpr std::size_t kBytes = 1 << 20;
   PangoTextRenderer renderer({10, kBytes});
   Sheet sheet;
@@ -265,7 +274,7 @@ TEST(PangoTextRenderer, TheCacheIsSharedByShadowsAndLaterFramesAndStaysWithinIts
   }
 }
 
-TEST(PangoTextRenderer, HeightsAreEmSizesOrLineHeightsAndAnUnknownFaceStillDraws) {
+TEST(PangoTextRendererTest, HeightsAreEmSizesOrLineHeightsAndAnUnknownFaceStillDraws) {
   PangoTextRenderer renderer;
   for (std::int32_t height : {16, 40, 100}) {
     EXPECT_NEAR(renderer.Measure(u"Hg", FontOf(height), 0, 0).height, height, 2);
@@ -282,7 +291,7 @@ TEST(PangoTextRenderer, HeightsAreEmSizesOrLineHeightsAndAnUnknownFaceStillDraws
   }
 }
 
-TEST(PangoTextRenderer, PaintersOnTwoThreadsGetTheSamePixelsAsOnOne) {
+TEST(PangoTextRendererTest, PaintersOnTwoThreadsGetTheSamePixelsAsOnOne) {
   const auto drawAll = [](TextRenderer& renderer, Sheet& page) {
     for (int i = 0; i < 30; ++i) {
       const std::u16string text = u"Speed " + std::u16string(1, static_cast<char16_t>(u'0' + i % 10));

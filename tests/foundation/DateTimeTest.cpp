@@ -8,6 +8,7 @@
 #include <thread>
 #include <tuple>
 
+#include "foundation/platform/LocalTime.h"
 #include "foundation/time/DateTimeScanner.h"
 #include "foundation/time/XpDateTime.h"
 #include "tests/foundation/ScopedVariable.h"
@@ -45,7 +46,7 @@ TEST(DateTimeTest, SerialDatesAndFieldsAgree) {
   EXPECT_EQ(FieldsOf(XpDateTime(-0.25)), FieldsOf(XpDateTime(0.25))) << "a time of day zero";
 }
 
-TEST(DateTimeTest, EveryDayOfTheCalendarComesBack) {
+TEST(DateTimeTest, FieldsOfEveryYearComeBackUnchanged) {
   double expected = At(101, 1, 1).GetValue();
   for (int year = 101; year <= 9999; ++year) {
     for (const int month : {1, 2, 3, 12}) {
@@ -96,12 +97,12 @@ TEST(DateTimeTest, NumbersOutOfRangeAreKeptButNotValid) {
   EXPECT_FALSE(XpDateTime().IsValid());
 }
 
-TEST(DateTimeTest, AFractionRoundsInTheTimeButNotInTheDay) {
+TEST(DateTimeTest, FractionOfASecondIsRoundedInTheTimeButNotInTheDay) {
   EXPECT_EQ(FieldsOf(XpDateTime(36526.0 + 86399.6 / 86400.0)), (Fields{2000, 1, 1, 0, 0, 0, 6}));
   EXPECT_EQ(FieldsOf(XpDateTime(36526.0 + 59.4 / 86400.0))[5], 59);
 }
 
-TEST(DateTimeTest, ArithmeticRunsForwardOnBothSidesOfDayZero) {
+TEST(DateTimeTest, ArithmeticIsRightOnBothSidesOfDayZero) {
   XpDateTime date = At(1899, 12, 29, 23, 59, 30);
   date.AddMinutesSeconds(1, 0);
   EXPECT_EQ(FieldsOf(date), (Fields{1899, 12, 30, 0, 0, 30, 6}));
@@ -117,7 +118,7 @@ TEST(DateTimeTest, ArithmeticRunsForwardOnBothSidesOfDayZero) {
   EXPECT_FALSE(date.IsValid());
 }
 
-TEST(DateTimeTest, SpansRoundToSecondsAndStayInTheirType) {
+TEST(DateTimeTest, SpansAreRoundedToSecondsAndLimitedTo64Bits) {
   EXPECT_EQ(XpDateTimeSpan(0.999999999).GetTotalSeconds(), 86400);
   EXPECT_EQ(XpDateTimeSpan(-0.999999999).GetTotalSeconds(), -86400);
   EXPECT_TRUE(XpDateTimeSpan(3615899.0).IsValid());
@@ -135,7 +136,6 @@ TEST(DateTimeTest, SpansRoundToSecondsAndStayInTheirType) {
 
 TEST(DateTimeTest, FileTimesFollowTheZoneAtTheirDate) {
   const ScopedVariable zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
-  tzset();
   constexpr std::uint64_t kUnixEpoch = 116444736000000000;
   for (const auto& [date, unixSeconds] :
        {std::pair{At(2024, 1, 15, 13, 0, 0), std::int64_t{1705320000}},  // winter
@@ -152,7 +152,33 @@ TEST(DateTimeTest, FileTimesFollowTheZoneAtTheirDate) {
   EXPECT_FALSE(XpDateTime::FromFileTime({UINT32_MAX, UINT32_MAX}).IsValid());
 }
 
-TEST(DateParsingTest, FormatsAreReadLikeScanfDoesAndAMisfitChangesNothing) {
+TEST(DateTimeTest, RepeatedOrSkippedTimeHasOneResultWhateverWasConvertedBefore) {
+  const ScopedVariable zone("TZ", "EST5EDT,M3.2.0,M11.1.0");
+  for (const XpDateTime& before : {At(2021, 7, 1), At(2021, 12, 1)}) {
+    for (const auto& [date, unixSeconds] :
+         {std::pair{At(2021, 11, 7, 0, 59, 59), std::int64_t{1636261199}},
+          std::pair{At(2021, 11, 7, 1, 30, 0), std::int64_t{1636263000}},  // first in summer time
+          std::pair{At(2021, 11, 7, 2, 0, 0), std::int64_t{1636268400}},
+          std::pair{At(2021, 3, 14, 1, 59, 59), std::int64_t{1615705199}},
+          std::pair{At(2021, 3, 14, 2, 30, 0), std::int64_t{1615707000}},  // skipped: 3:30 in summer time
+          std::pair{At(2021, 3, 14, 3, 0, 0), std::int64_t{1615705200}}}) {
+      EXPECT_NE(before.ToTimeT(), -1);
+      EXPECT_EQ(date.ToTimeT(), unixSeconds) << date.GetMonth() << '/' << date.GetDay();
+      FILETIME fileTime;
+      ASSERT_TRUE(date.ToFileTime(fileTime));
+      EXPECT_EQ(fileTime.Ticks() / 10'000'000, static_cast<std::uint64_t>(unixSeconds) + 11644473600u);
+    }
+  }
+}
+
+TEST(DateTimeTest, UtcOffsetFollowsTheZoneInForce) {
+  for (const auto& [name, minutes] : {std::pair{"XXX-9", 540}, {"XXX3:30", -210}, {"XXX0", 0}}) {
+    const ScopedVariable zone("TZ", name);
+    EXPECT_EQ(vrx::platform::UtcOffsetMinutes(), minutes);
+  }
+}
+
+TEST(DateParsingTest, FormatsAreReadAsByScanfAndAMismatchChangesNothing) {
   const struct {
     const char16_t* text;
     const char16_t* format;
@@ -182,7 +208,7 @@ TEST(DateParsingTest, FormatsAreReadLikeScanfDoesAndAMisfitChangesNothing) {
   EXPECT_FALSE(date.IsValid());
 }
 
-TEST(DateParsingTest, WidthsSignsAndLimitsHold) {
+TEST(DateParsingTest, WidthsSignsAndLimitsOfNumbersAreKept) {
   std::array<std::int32_t, 3> n{};
   EXPECT_EQ(vrx::ScanIntegers(u"-12+3", u"%3d%2d", n), 2u);
   EXPECT_EQ(n[0], -12);
@@ -228,7 +254,7 @@ TEST_F(DateTextTest, DatesAndTimesFollowTheUsersLocale) {
   }
 }
 
-TEST_F(DateTextTest, OldDatesAndOtherThreadsAreRightToo) {
+TEST_F(DateTextTest, OldDatesAndOtherThreadsHaveTheSameTexts) {
   Use("en_US");
   std::jthread([] {
     EXPECT_EQ(Text(At(1582, 10, 10).FormatDate(0)), "10/10/1582");

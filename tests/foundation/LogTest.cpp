@@ -51,7 +51,7 @@ class LogTest : public FolderTest {
   ScopedVariable m_registry{"VRX_REGISTRY_DIR", Native("registry")};
 };
 
-/// The messages of a log; fails the test at the first entry that has not its whole form.
+/// The messages of a log; fails the test at the first entry that is not whole.
 std::vector<std::string> Messages(const std::string& log) {
   std::vector<std::string> messages;
   const std::string separator(90, '=');
@@ -70,7 +70,7 @@ std::vector<std::string> Messages(const std::string& log) {
   return messages;
 }
 
-TEST_F(LogTest, AnEntryHasTimePlaceAndMessageWhichIsCutIfLongButTextStaysText) {
+TEST_F(LogTest, EntryHasTimePlaceAndMessageAndALongOneIsCut) {
   SfWriteLog(SfLogOutput, false, u"OutputFilePath: %s (%d)", u"src\\a.cpp", u"work", 7, u"/100%s/ä%n.mp4", 5);
   Log(u"again");
   EXPECT_THAT(StoredLog(),
@@ -83,13 +83,13 @@ TEST_F(LogTest, AnEntryHasTimePlaceAndMessageWhichIsCutIfLongButTextStaysText) {
   EXPECT_EQ(messages[2].size(), 1023 - std::string("src\\a.cpp->work:7__").size());
 }
 
-TEST_F(LogTest, AChannelThatDoesNotExistChangesNothing) {
+TEST_F(LogTest, EntryOnAChannelThatDoesNotExistWritesNothing) {
   for (const std::uint32_t channel : {2u, 5u, 0xFFFFFFFFu}) Log(u"lost", channel);
   EXPECT_TRUE(Names("tmp").empty());
   EXPECT_TRUE(Names("registry").empty());
 }
 
-TEST_F(LogTest, OldRunsMakeRoomAndForeignFoldersStay) {
+TEST_F(LogTest, OldestRunFoldersAreDeletedAndOtherFoldersStay) {
   struct Case {
     std::uint32_t channel;
     const char* folder;
@@ -114,19 +114,19 @@ TEST_F(LogTest, OldRunsMakeRoomAndForeignFoldersStay) {
     }
     EXPECT_EQ(runs.size(), c.after);
     EXPECT_EQ(Names(folder).size(), runs.size() + foreign.size() + 1);
-    // The oldest went, the newest of the old ones is there.
+    // The oldest was deleted, the newest of the old ones was not.
     EXPECT_EQ(Exists(folder + "/20010101000010"), c.before < static_cast<int>(c.after));
     EXPECT_TRUE(Exists(folder + "/200101010000" + std::to_string(9 + c.before)));
   }
 }
 
-TEST_F(LogTest, AFolderInTheSettingsIsTakenUpAndOneClearedAwayIsReplaced) {
+TEST_F(LogTest, FolderFromTheSettingsIsUsedAndADeletedOneIsReplaced) {
   fs::create_directories(Native("chosen/run"));
   const auto key = SfRegistryOpenWrite(XpString(), XpString());
   key->SetString(u"KRVOOutputLogFilePath", Path("chosen/run"));
   Log(u"one");
   EXPECT_EQ(Messages(Get("chosen/run/OutputLogFile.log")), std::vector<std::string>{"one"});
-  // While the file is open its folder goes, and the log must not go on into nothing.
+  // The file or its folder is deleted while the log is open.
   fs::remove(Native("chosen/run/OutputLogFile.log"));
   Log(u"two");
   EXPECT_EQ(Messages(Get("chosen/run/OutputLogFile.log")), std::vector<std::string>{"two"});
@@ -136,7 +136,7 @@ TEST_F(LogTest, AFolderInTheSettingsIsTakenUpAndOneClearedAwayIsReplaced) {
   EXPECT_EQ(Names(m_output).size(), 1u);
 }
 
-TEST_F(LogTest, LinksInTheTemporaryFolderLeadNowhere) {
+TEST_F(LogTest, LinksInTheTemporaryFolderAreNotFollowed) {
   fs::create_directories(Native("precious/20260101000000"));
   for (const std::string link : {"tmp/LDKAppLog", "tmp/LDKAppLog/KRVOOutput"}) {
     fs::remove_all(Native("tmp"));
@@ -153,7 +153,7 @@ TEST_F(LogTest, LinksInTheTemporaryFolderLeadNowhere) {
   EXPECT_EQ(Get("precious/file"), "mine");
 }
 
-TEST_F(LogTest, AnotherUsersLogFolderIsLeftAloneAndTheOwnLiesBeside) {
+TEST_F(LogTest, LogFolderOfAnotherUserIsNotTouchedAndAnOwnOneIsMade) {
   if (geteuid() != 0) GTEST_SKIP() << "only the system's user can give a folder away";
   constexpr uid_t kAnother = 4711;
   fs::create_directories(Native(m_output));
@@ -164,7 +164,7 @@ TEST_F(LogTest, AnotherUsersLogFolderIsLeftAloneAndTheOwnLiesBeside) {
   EXPECT_TRUE(Exists("tmp/LDKAppLog-0/KRVOOutput"));
 }
 
-TEST_F(LogTest, WithoutWritableSettingsARunStillHasOneFolder) {
+TEST_F(LogTest, RunWithoutWritableSettingsHasOneFolder) {
   setenv("VRX_REGISTRY_DIR", Put("blocked").ToNarrow().c_str(), 1);  // a file where the folder should be
   Put(m_output + "/20010101000000/OutputLogFile.log");
   for (int i = 0; i < 30; ++i) Log(u"line");
@@ -172,7 +172,7 @@ TEST_F(LogTest, WithoutWritableSettingsARunStillHasOneFolder) {
   EXPECT_EQ(Messages(Get(m_output + "/" + Names(m_output)[1] + "/OutputLogFile.log")).size(), 30u);
 }
 
-TEST_F(LogTest, ALogThatCannotBeWrittenIsSkippedAndComesBack) {
+TEST_F(LogTest, LogThatCouldNotBeWrittenIsWrittenAgainLater) {
   setenv("TMPDIR", Put("nofolder").ToNarrow().c_str(), 1);
   for (int i = 0; i < 100; ++i) Log(u"lost");
   setenv("TMPDIR", Native("tmp").c_str(), 1);
@@ -180,7 +180,7 @@ TEST_F(LogTest, ALogThatCannotBeWrittenIsSkippedAndComesBack) {
   EXPECT_EQ(Messages(StoredLog()), std::vector<std::string>{"back"});
 }
 
-/// Runs `body` in a process of its own.
+/// Runs `body` in a new process.
 template <class Body>
 pid_t StartProcess(Body body) {
   const pid_t process = fork();
@@ -191,7 +191,7 @@ pid_t StartProcess(Body body) {
   return process;
 }
 
-TEST_F(LogTest, ProcessesAndThreadsShareAFileWithoutLosingOrTearingEntries) {
+TEST_F(LogTest, NoEntryOfSeveralProcessesAndThreadsIsLostOrTorn) {
   constexpr int kProcesses = 2, kThreads = 8, kEntries = 1250;
   std::vector<pid_t> processes;
   for (int process = 0; process < kProcesses; ++process) {
@@ -221,7 +221,7 @@ TEST_F(LogTest, ProcessesAndThreadsShareAFileWithoutLosingOrTearingEntries) {
   }
 }
 
-TEST_F(LogTest, AStuckProcessCostsOneWaitInAllAndItsDeathNone) {
+TEST_F(LogTest, StuckProcessIsWaitedForOnlyOnceAndNotAfterItsEnd) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   const pid_t stuck = StartProcess([&] {
@@ -234,8 +234,8 @@ TEST_F(LogTest, AStuckProcessCostsOneWaitInAllAndItsDeathNone) {
   EXPECT_EQ(read(ends[0], &taken, 1), 1);
   EXPECT_EQ(taken, 'y');
   const auto start = std::chrono::steady_clock::now();
-  for (int i = 0; i < 60; ++i) Log(u"lost");
-  // One wait of a second and some milliseconds for the others; a wait for each would take a minute.
+  for (int i = 0; i < 40; ++i) Log(u"lost");
+  // One wait of a second and some milliseconds for the others; a wait for each would take 40 seconds.
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
   kill(stuck, SIGKILL);
   waitpid(stuck, nullptr, 0);
@@ -243,7 +243,7 @@ TEST_F(LogTest, AStuckProcessCostsOneWaitInAllAndItsDeathNone) {
   EXPECT_EQ(Messages(StoredLog()), std::vector<std::string>{"found"});
 }
 
-TEST_F(LogTest, TheWrapperLogIsWrittenOnlyWhenAskedFor) {
+TEST_F(LogTest, WrapperLogIsWrittenOnlyWhenTheSettingAsksForIt) {
   const std::string path = "tmp/LBR/KRVOOutput/TKLX/VRXWrapperLog.txt";
   const auto open = [] { VRXWrapperLog().Open(); };
   const auto key = XpRegistryOpen(u"Software\\Kelo Corporation\\LBR\\VRXWrapper", XpRegistryCurrentUser, 3);

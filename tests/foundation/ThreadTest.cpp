@@ -39,7 +39,7 @@ struct SelfJoin {
   }
 };
 
-TEST(ThreadTest, AThreadCannotWaitForItselfAndStaysJoinable) {
+TEST(ThreadTest, ThreadThatJoinsItselfGetsAnErrorAndStaysJoinable) {
   SelfJoin state;
   XpThread* thread = XpThreadCreate(SelfJoin::Run, &state, 0);
   EXPECT_FALSE(XpThreadIsCurrent(thread));
@@ -65,7 +65,7 @@ TEST(ThreadTest, SeveralThreadsMayJoinThroughOneField) {
       waiters.emplace_back([&] {
         const std::uint32_t code = XpThreadJoinShared(&field);
         if (code == 77u) ++joined;
-        // A waiter that came last of all finds nothing left to wait for.
+        // The last one may find the field empty already.
         EXPECT_TRUE(code == 77u || code == XpErrNoHandle) << code;
       });
     }
@@ -77,7 +77,7 @@ TEST(ThreadTest, SeveralThreadsMayJoinThroughOneField) {
   }
 }
 
-TEST(ThreadTest, AThreadThatNobodyJoinsGoesOnAlone) {
+TEST(ThreadTest, ThreadIsDetachedWhenItsObjectIsDeleted) {
   std::atomic<bool> done = false;
   delete XpThreadCreate(
       [](void* argument) -> std::uint32_t {
@@ -91,7 +91,7 @@ TEST(ThreadTest, AThreadThatNobodyJoinsGoesOnAlone) {
   EXPECT_TRUE(done);
 }
 
-TEST(CriticalSectionTest, ExcludesOthersAndLetsItsOwnerInAgain) {
+TEST(CriticalSectionTest, OneThreadHoldsItAndMayLockItAgain) {
   XpCriticalSection section;
   EXPECT_EQ(section.TryLock(), XpErrLockNotSupported);
   int counter = 0;
@@ -119,7 +119,7 @@ struct RefusingLock : XpSyncObject {
   int unlocked = 0;
 };
 
-TEST(CriticalSectionTest, AGuardUnlocksOnlyWhatItLocked) {
+TEST(CriticalSectionTest, GuardUnlocksOnlyAfterASuccessfulLock) {
   RefusingLock refusing;
   { XpSingleLock guard(&refusing); }
   EXPECT_EQ(refusing.unlocked, 0);

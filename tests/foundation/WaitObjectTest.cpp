@@ -1,12 +1,20 @@
+// Wait objects: who gets them, who is woken, and what happens when an owner dies.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
+#include <memory>
 #include <random>
+#include <semaphore>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,9 +23,7 @@
 #include "foundation/sync/XpMultiWaiter.h"
 #include "foundation/sync/XpMutex.h"
 #include "foundation/sync/XpRwLock.h"
-#include "foundation/sync/XpRwLockEx.h"
 #include "foundation/sync/XpSemaphore.h"
-#include "foundation/text/XpFormat.h"
 
 namespace {
 
@@ -46,14 +52,7 @@ void OnThreads(const std::function<void(int thread)>& body) {
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(body, i);
 }
 
-/// A name that no other run of the tests has.
-struct MutexName {
-  explicit MutexName(const char16_t* stem) { XpFormat(text, u"%s_%d", XpString(stem), getpid()); }
-  ~MutexName() { vrx::platform::RemoveNamedMutex(text); }
-  XpString text;
-};
-
-TEST(WaitObjectTest, AnEventLetsEveryoneThroughUntilItIsCleared) {
+TEST(WaitObjectTest, EventIsWaitedForBySeveralUntilItIsCleared) {
   XpManualEvent event;
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
   EXPECT_EQ(event.WaitMilliseconds(1), XpErrTimeout);
@@ -65,7 +64,7 @@ TEST(WaitObjectTest, AnEventLetsEveryoneThroughUntilItIsCleared) {
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
 }
 
-TEST(WaitObjectTest, ASemaphoreGivesOutItsPermitsAndKeepsItsMaximum) {
+TEST(WaitObjectTest, SemaphoreGivesAsManyPermitsAsItHasAndKeepsItsMaximum) {
   XpSemaphore semaphore(2, 2);
   EXPECT_EQ(semaphore.Unlock(), XpOk);
   EXPECT_EQ(semaphore.TryLock(), XpOk);
@@ -76,11 +75,9 @@ TEST(WaitObjectTest, ASemaphoreGivesOutItsPermitsAndKeepsItsMaximum) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(endless.TryLock(), XpOk);
 }
 
-TEST(WaitObjectTest, AMutexBelongsToOneThreadAndOneNameHoweverOftenItIsTaken) {
-  const MutexName name(u"WaitObjectTest/owner");
-  const MutexName otherName(u"WaitObjectTest_owner");
-  XpMutex other(otherName.text);
-  for (const XpString& text : {XpString(), name.text}) {
+TEST(WaitObjectTest, MutexIsHeldByOneThreadUntilItsLastUnlock) {
+  XpMutex other(u"WaitObjectTest_owner");
+  for (const XpString& text : {XpString(), XpString(u"WaitObjectTest/owner")}) {
     XpMutex mutex(text);
     XpMutex second(text);
     EXPECT_EQ(mutex.Wait(5), XpErrNoHandle);
@@ -97,7 +94,36 @@ TEST(WaitObjectTest, AMutexBelongsToOneThreadAndOneNameHoweverOftenItIsTaken) {
   }
 }
 
-TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessPassesOnAndThatOfALiveOneDoesNot) {
+/// A process that takes the mutex of a name and keeps it until it is killed.
+class HoldingProcess {
+ public:
+  explicit HoldingProcess(const XpString& name) {
+    std::array<int, 2> ends;
+    EXPECT_EQ(pipe(ends.data()), 0);
+    m_child = fork();
+    if (m_child == 0) {
+      XpMutex mutex(name);
+      const XpResult result = mutex.Lock();
+      [[maybe_unused]] const auto written = write(ends[1], &result, sizeof result);
+      pause();
+    }
+    EXPECT_EQ(read(ends[0], &m_result, sizeof m_result), static_cast<ssize_t>(sizeof m_result));
+    for (const int end : ends) close(end);
+  }
+  HoldingProcess(const HoldingProcess&) = delete;
+  HoldingProcess& operator=(const HoldingProcess&) = delete;
+  ~HoldingProcess() {
+    kill(m_child, SIGKILL);
+    waitpid(m_child, nullptr, 0);
+  }
+  XpResult GetLockResult() const { return m_result; }
+
+ private:
+  pid_t m_child = -1;
+  XpResult m_result = XpErrFailed;
+};
+
+TEST(WaitObjectTest, MutexIsReleasedWhenItsThreadOrProcessDies) {
   XpMutex ofThread;
   EXPECT_EQ(OnOtherThread([&] { return ofThread.Lock(); }), XpOk);
   EXPECT_EQ(ofThread.Lock(), XpErrAbandoned);
@@ -105,27 +131,67 @@ TEST(WaitObjectTest, AMutexOfADeadThreadOrProcessPassesOnAndThatOfALiveOneDoesNo
   ofThread.Unlock();
   EXPECT_EQ(ofThread.TryLock(), XpOk);
   ofThread.Unlock();
-  const MutexName name(u"WaitObjectTest process");
-  std::array<int, 2> held;
-  ASSERT_EQ(pipe(held.data()), 0);
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  char taken = 0;
-  if (child == 0) {
-    XpMutex mutex(name.text);
-    taken = mutex.Lock() == XpOk ? 'y' : 'n';
-    [[maybe_unused]] const auto written = write(held[1], &taken, 1);
-    pause();
-  }
-  ASSERT_EQ(read(held[0], &taken, 1), 1);
-  ASSERT_EQ(taken, 'y');
-  XpMutex mutex(name.text);  // opened while the other process has it
+  const XpString name(u"WaitObjectTest process");
+  auto holder = std::make_unique<HoldingProcess>(name);
+  ASSERT_EQ(holder->GetLockResult(), XpOk);
+  XpMutex mutex(name);  // opened while the other process has it
   EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
-  kill(child, SIGKILL);
+  holder.reset();
   EXPECT_EQ(mutex.Lock(), XpErrAbandoned);
   mutex.Unlock();
-  EXPECT_EQ(waitpid(child, nullptr, 0), child);
-  for (const int file : held) close(file);
+}
+
+/// Does what a faulty program would: takes a mutex over from a dead owner and unlocks it without repairing
+/// it, so that it cannot be locked any more. The name may have only letters.
+void MakeUnrecoverable(const std::string& name) {
+  struct Page {
+    std::uint32_t state;
+    pthread_mutex_t mutex;
+  };
+  const std::string file =
+      "/vrx-mutex-" + std::to_string(getuid()) + "-" + std::getenv("VRX_NAMED_OBJECT_PREFIX") + name;
+  const int handle = shm_open(file.c_str(), O_RDWR, 0);
+  ASSERT_GE(handle, 0) << file;
+  void* memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  pthread_mutex_t* mutex = &static_cast<Page*>(memory)->mutex;
+  EXPECT_EQ(OnOtherThread([&] { return pthread_mutex_lock(mutex); }), 0);
+  EXPECT_EQ(pthread_mutex_lock(mutex), EOWNERDEAD);
+  EXPECT_EQ(pthread_mutex_unlock(mutex), 0);
+  EXPECT_EQ(pthread_mutex_lock(mutex), ENOTRECOVERABLE);
+  munmap(memory, sizeof(Page));
+  close(handle);
+}
+
+TEST(WaitObjectTest, UnrecoverableMutexIsMadeAgainForAllProcesses) {
+  const XpString name(u"unrecoverable");
+  XpMutex mutex(name);
+  MakeUnrecoverable("unrecoverable");
+  const HoldingProcess holder(name);
+  EXPECT_EQ(holder.GetLockResult(), XpErrAbandoned);
+  EXPECT_EQ(mutex.TryLock(), XpErrTimeout);
+}
+
+TEST(WaitObjectTest, TryOfAnUnrecoverableMutexBlocksNoOtherProcess) {
+  const XpString name(u"unrecoverableTry");
+  XpMutex mutex(name);
+  MakeUnrecoverable("unrecoverableTry");
+  std::array<int, 2> ends;
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const pid_t later = fork();  // has the old mutex open
+  if (later == 0) {
+    char go = 0;
+    [[maybe_unused]] const auto got = read(ends[0], &go, 1);
+    alarm(20);
+    _exit(mutex.Lock() == XpErrAbandoned ? 0 : 1);
+  }
+  EXPECT_EQ(mutex.TryLock(), XpErrAbandoned);
+  mutex.Unlock();
+  EXPECT_EQ(write(ends[1], "g", 1), 1);
+  int status = -1;
+  waitpid(later, &status, 0);
+  EXPECT_EQ(status, 0);
+  for (const int end : ends) close(end);
 }
 
 template <class Lock>
@@ -133,7 +199,7 @@ class ReadWriteTest : public testing::Test {};
 using ReadWriteLocks = testing::Types<XpRwLock, XpRwLockEx>;
 TYPED_TEST_SUITE(ReadWriteTest, ReadWriteLocks);
 
-TYPED_TEST(ReadWriteTest, ReadersShareAndAWriterIsAlone) {
+TYPED_TEST(ReadWriteTest, ReadersShareTheLockAndAWriterDoesNot) {
   TypeParam lock;
   EXPECT_EQ(lock.TryRead(), XpOk);
   EXPECT_EQ(Elsewhere(lock, &TypeParam::TryLock), XpErrTimeout);
@@ -168,7 +234,7 @@ TYPED_TEST(ReadWriteTest, AWaitingWriterGoesBeforeNewReaders) {
   lock.Unlock();
 }
 
-TYPED_TEST(ReadWriteTest, AWriterThatGivesUpLetsTheReadersBehindItGoOn) {
+TYPED_TEST(ReadWriteTest, WriterThatTimesOutWakesTheReadersThatWaitedForIt) {
   TypeParam lock;
   ASSERT_EQ(lock.TryRead(), XpOk);
   std::jthread writer([&] { EXPECT_EQ(lock.WaitWrite(1), XpErrTimeout); });
@@ -197,9 +263,8 @@ TEST(ReadWriteExTest, TheWriterMayReadAndALoneReaderMayRise) {
   EXPECT_EQ(lock.TryLock(), XpErrTimeout) << "another thread reads too";
 }
 
-// The plain numbers in these tests are guarded by nothing but the locks, so that a thread checker sees a lock
-// that fails.
-TYPED_TEST(ReadWriteTest, HoldsUnderManyThreads) {
+// Only the locks guard the plain numbers in these tests, so that a thread checker finds a lock that fails.
+TYPED_TEST(ReadWriteTest, ManyThreadsNeverWriteAndReadAtOnce) {
   constexpr int kRounds = 4000;
   TypeParam lock;
   int written = 0;
@@ -228,7 +293,7 @@ TYPED_TEST(ReadWriteTest, HoldsUnderManyThreads) {
   EXPECT_EQ(written, writes);
 }
 
-TEST(WaitObjectTest, ASemaphoreHoldsUnderManyThreads) {
+TEST(WaitObjectTest, ManyThreadsNeverHoldMorePermitsThanThereAre) {
   constexpr int kRounds = 4000;
   constexpr int kPermits = 3;
   XpSemaphore semaphore(kPermits, kPermits);
@@ -243,7 +308,46 @@ TEST(WaitObjectTest, ASemaphoreHoldsUnderManyThreads) {
   });
 }
 
-TEST(MultiWaitTest, OneOfSeveralIsTheFirstThatCanBeHadAndIsGivenBack) {
+/// Counts how often a watched object wakes it, and gets no permits from that.
+struct WakeCounter : XpSemaphore {
+  XpResult Unlock() override {
+    ++wakes;
+    return XpOk;
+  }
+  int wakes = 0;
+};
+
+struct Watcher : XpMultiWaiterBase {
+  explicit Watcher(XpComboSyncObject& sleepObject) : XpMultiWaiterBase(sleepObject) {}
+};
+
+TYPED_TEST(ReadWriteTest, FailedTryWakesNobody) {
+  TypeParam lock;
+  XpSemaphore permit(1);
+  std::atomic<bool> isDone = false;
+  std::binary_semaphore isHeld(0);
+  std::jthread writer([&] {
+    EXPECT_EQ(lock.Lock(), XpOk);
+    isHeld.release();
+    isDone.wait(false);
+    lock.Unlock();
+  });
+  isHeld.acquire();
+  WakeCounter sleep;
+  EXPECT_EQ(XpMultiLockOne({&lock}, sleep, 0).GetResult(), XpErrTimeout);
+  EXPECT_EQ(XpMultiLockAll({&lock, &permit}, sleep, 0).GetResult(), XpErrTimeout);
+  // A wake would start the time-out of a sleeping thread again.
+  Watcher sleeper(sleep);
+  lock.Watch(sleeper);
+  EXPECT_EQ(lock.TryLock(), XpErrTimeout);
+  EXPECT_EQ(lock.TryRead(), XpErrTimeout);
+  lock.Unwatch(sleeper);
+  EXPECT_EQ(sleep.wakes, 0);
+  isDone = true;
+  isDone.notify_one();
+}
+
+TEST(MultiWaitTest, LockOneTakesTheFirstFreeObjectAndUnlocksItAtTheEnd) {
   XpSemaphore empty;
   XpSemaphore full(1);
   XpSemaphore sleep;
@@ -260,7 +364,7 @@ TEST(MultiWaitTest, OneOfSeveralIsTheFirstThatCanBeHadAndIsGivenBack) {
   EXPECT_EQ(none.GetIndex(), XpMultiLockOne::kNone);
 }
 
-TEST(MultiWaitTest, WhoCannotHaveAllHasNone) {
+TEST(MultiWaitTest, LockAllThatFailsKeepsNoObject) {
   XpSemaphore first(1);
   XpSemaphore second;
   XpSemaphore sleep;
@@ -269,8 +373,9 @@ TEST(MultiWaitTest, WhoCannotHaveAllHasNone) {
   EXPECT_EQ(first.TryLock(), XpOk) << "what it had for a moment is free again";
 }
 
-// Neighbours round a table share a fork; each takes both or none, in an order that would block a plain wait.
-TEST(MultiWaitTest, HoldsUnderManyThreads) {
+// Neighbours at a round table share a fork. Each takes both or none, in an order in which plain locks would
+// block each other.
+TEST(MultiWaitTest, ManyThreadsWithObjectsInDifferentOrdersDoNotBlock) {
   constexpr int kRounds = 500;
   std::array<XpMutex, kThreads> forks;
   std::array<int, kThreads> meals{};

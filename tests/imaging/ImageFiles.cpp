@@ -1,5 +1,8 @@
 #include "tests/imaging/ImageFiles.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
@@ -9,6 +12,7 @@
 #include <jpeglib.h>
 #include <png.h>
 #include <tiffio.h>
+#include <zlib.h>
 #include <tiffio.hxx>
 
 namespace imagefiles {
@@ -24,12 +28,16 @@ Samples Make(int width, int height, int channels, const SampleRule& rule) {
   return samples;
 }
 
-/// The samples of one row, repeated to 16 bits where asked.
+/// The samples of one row. With 16 bits every second one lies just below its 8-bit value, and is rounded up
+/// to that.
 std::vector<std::uint8_t> Row(const Samples& samples, int y, int depth) {
   std::vector<std::uint8_t> row;
   const std::uint8_t* in = samples.At(0, y);
-  for (int i = 0; i < samples.width * samples.channels; ++i)
-    row.insert(row.end(), depth == 16 ? 2u : 1u, in[i]);
+  for (int i = 0; i < samples.width * samples.channels; ++i) {
+    const int value = depth == 16 ? in[i] * 257 - (in[i] > 0 ? i % 2 * 100 : 0) : in[i];
+    if (depth == 16) row.push_back(static_cast<std::uint8_t>(value >> 8));
+    row.push_back(static_cast<std::uint8_t>(value));
+  }
   return row;
 }
 
@@ -184,6 +192,67 @@ Bytes Tiff(const Samples& samples, const TiffForm& form) {
   return out.str();
 }
 
+Bytes Little(std::uint32_t value, int bytes) {
+  Bytes out;
+  for (int i = 0; i < bytes; ++i, value >>= 8) out += static_cast<char>(value);
+  return out;
+}
+
+Bytes Big(std::uint32_t value, int bytes) {
+  const Bytes little = Little(value, bytes);
+  return {little.rbegin(), little.rend()};
+}
+
+Bytes Bmp(int width, int height, const BmpForm& form) {
+  const auto offset = static_cast<std::uint32_t>(54 + form.palette.size());
+  const auto colours = form.bits <= 8 ? static_cast<std::uint32_t>(form.palette.size() / 4) : 0;
+  return "BM" + Little(0, 8) + Little(offset, 4) + Little(40, 4) +
+         Little(static_cast<std::uint32_t>(width), 4) + Little(static_cast<std::uint32_t>(height), 4) +
+         Little(1, 2) + Little(static_cast<std::uint32_t>(form.bits), 2) + Little(form.compression, 4) +
+         Little(0, 12) + Little(colours, 4) + Little(0, 4) + form.palette + form.data;
+}
+
+/// A little-endian grey TIFF whose directory comes before its strips, as in most files of cameras and
+/// scanners.
+Bytes TiffInOrder(const Samples& samples, int photometric, int rowsPerStrip, bool isDeflated) {
+  constexpr std::uint32_t kShort = 3, kLong = 4, kEntries = 9;
+  std::vector<Bytes> strips;
+  for (int y = 0; y < samples.height; y += rowsPerStrip) {
+    const auto rows = static_cast<std::size_t>(std::min(rowsPerStrip, samples.height - y));
+    const std::size_t count = rows * static_cast<std::size_t>(samples.width);
+    Bytes strip(reinterpret_cast<const char*>(samples.At(0, y)), count);
+    if (isDeflated) {
+      uLongf length = compressBound(count);
+      Bytes packed(length, '\0');
+      compress(reinterpret_cast<Bytef*>(packed.data()), &length, samples.At(0, y), count);
+      strip = packed.substr(0, length);
+    }
+    strips.push_back(strip);
+  }
+  const auto count = static_cast<std::uint32_t>(strips.size());
+  const std::uint32_t arrays = 8 + 2 + kEntries * 12 + 4, first = arrays + 2 * 4 * count;
+  Bytes offsets, counts, data;
+  for (const Bytes& strip : strips) {
+    offsets += Little(first + static_cast<std::uint32_t>(data.size()), 4);
+    counts += Little(static_cast<std::uint32_t>(strip.size()), 4);
+    data += strip;
+  }
+  const auto entry = [](std::uint32_t tag, std::uint32_t type, std::uint32_t number, std::uint32_t value) {
+    return Little(tag, 2) + Little(type, 2) + Little(number, 4) + Little(value, 4);
+  };
+  const auto array = [&](std::uint32_t tag, const Bytes& numbers, std::uint32_t at) {
+    return count == 1 ? Little(tag, 2) + Little(kLong, 2) + Little(1, 4) + numbers
+                      : entry(tag, kLong, count, at);
+  };
+  return Bytes("II*\0", 4) + Little(8, 4) + Little(kEntries, 2) +
+         entry(256, kLong, 1, static_cast<std::uint32_t>(samples.width)) +
+         entry(257, kLong, 1, static_cast<std::uint32_t>(samples.height)) + entry(258, kShort, 1, 8) +
+         entry(259, kShort, 1, isDeflated ? 8 : 1) +
+         entry(262, kShort, 1, static_cast<std::uint32_t>(photometric)) + array(273, offsets, arrays) +
+         entry(277, kShort, 1, 1) + entry(278, kLong, 1, static_cast<std::uint32_t>(rowsPerStrip)) +
+         array(279, counts, arrays + 4 * count) + Little(0, 4) + offsets + counts + data;
+}
+
 Loaded Load(Bytes bytes, const vrx::imaging::StillImageRequest& request, bool wantsPixels) {
   XpMemoryFile file;
   file.Attach(bytes.data(), static_cast<std::int64_t>(bytes.size()), false);
@@ -193,6 +262,12 @@ Loaded Load(Bytes bytes, const vrx::imaging::StillImageRequest& request, bool wa
                                                loaded.width, loaded.height, &problem);
   loaded.problem = problem.ToNarrow().c_str();
   return loaded;
+}
+
+void ExpectErrorOrPart(const Loaded& loaded) {
+  EXPECT_FALSE(loaded.problem.empty());
+  EXPECT_EQ(loaded.result, loaded.image.isPartial ? XpOk : XpErrInvalidFile);
+  EXPECT_EQ(loaded.image.pixmap != nullptr, loaded.image.isPartial);
 }
 
 }  // namespace imagefiles

@@ -40,7 +40,7 @@ Bytes Jpeg(const Samples& samples, const JpegForm& form = {});
 
 struct PngForm {
   int colourType = 2;  // as in the file
-  int depth = 8;       // samples of 16 bits repeat the 8 bits; below 8 the sample's low bits are taken
+  int depth = 8;       // samples of 16 bits come near the 8 bits; below 8 the sample's low bits are taken
   bool isInterlaced = false;
   std::vector<std::uint8_t> palette = {};       // RGB
   std::vector<std::uint8_t> paletteAlpha = {};  // with a palette
@@ -65,6 +65,22 @@ struct TiffForm {
 };
 Bytes Tiff(const Samples& samples, const TiffForm& form = {});
 
+/// The lowest `bytes` bytes of a number, in either order.
+Bytes Little(std::uint32_t value, int bytes);
+Bytes Big(std::uint32_t value, int bytes);
+
+struct BmpForm {
+  int bits = 24;
+  std::uint32_t compression = 0;
+  Bytes palette = {};  // or masks
+  Bytes data;
+};
+
+Bytes Bmp(int width, int height, const BmpForm& form);
+
+/// A grey TIFF whose directory comes before its strips, as in most files of cameras and scanners.
+Bytes TiffInOrder(const Samples& samples, int photometric, int rowsPerStrip, bool isDeflated);
+
 struct Loaded {
   XpResult result = XpOk;
   vrx::imaging::StillImage image;
@@ -72,5 +88,8 @@ struct Loaded {
   std::string problem;
 };
 Loaded Load(Bytes bytes, const vrx::imaging::StillImageRequest& request = {}, bool wantsPixels = true);
+
+/// What a file that is not whole may give: nothing, or a part of the picture, each with the cause.
+void ExpectErrorOrPart(const Loaded& loaded);
 
 }  // namespace imagefiles

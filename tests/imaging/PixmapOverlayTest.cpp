@@ -38,7 +38,7 @@ void ComposeWithAlphaPlainly(unsigned char* d, const unsigned char* s, int alpha
   d[3] = static_cast<unsigned char>(d[3] + (((255 - d[3]) * w) >> 16));
 }
 
-TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
+TEST(PixmapOverlayTest, ComposesLikeThePlainLoopWhereverThePictureLies) {
   std::mt19937 random(4);
   for (int round = 0; round < 2000; ++round) {
     const auto [dw, dh] = kOddSizes[random() % kOddSizes.size()];
@@ -88,7 +88,7 @@ TEST(PixmapOverlay, ComposesLikeThePlainLoopWhereverThePictureLies) {
 }
 
 /// Every pair of bytes, at the alphas where rounding can go off by one.
-TEST(PixmapOverlay, EveryPairOfBytesGivesTheExactResult) {
+TEST(PixmapOverlayTest, EveryPairOfBytesGivesTheExactResult) {
   XpPixmap32 dest, source;
   ASSERT_EQ(dest.Allocate(256, 256), XpOk);
   ASSERT_EQ(source.Allocate(256, 256), XpOk);
@@ -116,7 +116,7 @@ TEST(PixmapOverlay, EveryPairOfBytesGivesTheExactResult) {
   }
 }
 
-TEST(PixmapOverlay, EmptyPicturesAndExtremePlacesDrawNothing) {
+TEST(PixmapOverlayTest, EmptyPicturesAndExtremePlacesDrawNothing) {
   constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
   constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
   XpPixmap32 dest, source, empty;

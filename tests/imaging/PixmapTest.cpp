@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(Pixmap, RowsArePaddedToFourBytesAndBeginClear) {
+TEST(PixmapTest, RowsArePaddedToFourBytesAndClearAtFirst) {
   for (const std::int32_t width : {1, 3, 4, 5, 1920}) {
     XpPixmap24NoHandle plain;
     XpPixmap24 bitmap;
@@ -32,7 +32,7 @@ TEST(Pixmap, RowsArePaddedToFourBytesAndBeginClear) {
   }
 }
 
-TEST(Pixmap, SizesThatCannotBeHadLeaveItEmpty) {
+TEST(PixmapTest, ImpossibleSizesLeaveItEmpty) {
   constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
   constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
   for (const auto& [width, height] :
@@ -48,7 +48,7 @@ TEST(Pixmap, SizesThatCannotBeHadLeaveItEmpty) {
   }
 }
 
-TEST(Pixmap, CanBeAllocatedAnewClonedAndReleasedTwice) {
+TEST(PixmapTest, CanBeAllocatedAgainClonedAndReleasedTwice) {
   std::mt19937 random(1);
   XpPixmap24NoHandle pixmap;
   pixmap.Release();
@@ -66,7 +66,7 @@ TEST(Pixmap, CanBeAllocatedAnewClonedAndReleasedTwice) {
   EXPECT_TRUE(SamePicture(before, *clone));
 }
 
-TEST(PixmapBlock, CopiesAndStretchesLikeThePlainLoopWhereverTheBlockLies) {
+TEST(PixmapBlockTest, CopiesAndStretchesLikeThePlainLoopWhereverTheBlockLies) {
   std::mt19937 random(2);
   for (int round = 0; round < 1500; ++round) {
     const auto [dw, dh] = kOddSizes[random() % kOddSizes.size()];
@@ -90,7 +90,7 @@ TEST(PixmapBlock, CopiesAndStretchesLikeThePlainLoopWhereverTheBlockLies) {
   }
 }
 
-TEST(PixmapBlock, ExtremeArgumentsWriteNothingOutside) {
+TEST(PixmapBlockTest, ExtremeArgumentsWriteNothingOutside) {
   constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
   constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
   XpPixmap24 dest, source;

@@ -18,7 +18,7 @@ inline constexpr std::array<std::array<std::int32_t, 2>, 7> kOddSizes = {
     {{1, 1}, {1, 7}, {7, 1}, {3, 2}, {16, 16}, {67, 41}, {301, 5}}};
 
 /// Random bytes, with every second pixel or so fully transparent, opaque or empty, since these have rules
-/// of their own. Padding is random as well.
+/// of their own. The padding is random as well.
 template <class Pixmap>
 void FillRandom(Pixmap& pixmap, std::mt19937& random) {
   for (std::uint32_t i = 0; i < pixmap.size; ++i) pixmap.data[i] = static_cast<unsigned char>(random());
@@ -70,8 +70,8 @@ inline Block RandomBlock(std::mt19937& random, const XpPixmapBase& dest, const X
           place(source.width), place(source.height), length(source.width), length(source.height)};
 }
 
-/// Where along one axis a nearest-neighbour copy takes what it writes at `at`, as the rule is told: nowhere
-/// when it writes nothing there.
+/// Where along one axis a nearest-neighbour copy takes what it writes at `at`, as the rule is documented:
+/// nowhere when it writes nothing there.
 inline std::optional<std::int64_t> SourceOf(std::int64_t at, std::int64_t dest, std::int64_t destCount,
                                             std::int64_t source, std::int64_t sourceCount,
                                             std::int64_t sourceSize, bool isScaled) {

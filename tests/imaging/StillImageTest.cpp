@@ -1,8 +1,9 @@
-// Pictures of every format look as they do elsewhere, and hostile or broken files do no harm.
+// Pictures of every format have the pixels that other programs show.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "tests/imaging/ImageFiles.h"
 #include "tests/support/TempFolder.h"
@@ -49,7 +50,7 @@ void ExpectPixels(const Bytes& file, const Samples& samples, Look look, int tole
       tolerance);
 }
 
-TEST(StillImage, PngOfEveryColourTypeShowsItsPixelsOnBlack) {
+TEST(StillImageTest, PngOfEveryColourTypeShowsItsPixelsOnBlack) {
   struct Case {
     int colourType, channels;
     Look look;
@@ -72,7 +73,7 @@ TEST(StillImage, PngOfEveryColourTypeShowsItsPixelsOnBlack) {
   }
 }
 
-TEST(StillImage, PngOfFewBitsPaletteAndTransparentKey) {
+TEST(StillImageTest, PngOfFewBitsWithPaletteOrTransparentKeyShowsItsPixels) {
   Samples bits = Noise(13, 9, 1);
   for (auto& sample : bits.data) sample &= 3;
   const auto at = [&](int x, int y) { return bits.At(x, y)[0]; };
@@ -93,7 +94,7 @@ TEST(StillImage, PngOfFewBitsPaletteAndTransparentKey) {
       1);
 }
 
-TEST(StillImage, JpegOfEveryColourFormComesNearItsPixels) {
+TEST(StillImageTest, JpegOfEveryColourFormComesNearItsPixels) {
   for (const auto& [width, height] : kSizes) {
     for (const bool progressive : {false, true}) {
       SCOPED_TRACE(testing::Message() << width << "x" << height << " progressive " << progressive);
@@ -108,7 +109,7 @@ TEST(StillImage, JpegOfEveryColourFormComesNearItsPixels) {
   }
 }
 
-TEST(StillImage, GifStandsOnItsScreenWithBlackAroundAndThroughIt) {
+TEST(StillImageTest, GifIsPlacedOnItsScreenAndTheRestIsBlack) {
   for (const auto& [width, height] : kSizes) {
     for (const bool isInterlaced : {false, true}) {
       SCOPED_TRACE(testing::Message() << width << "x" << height << " interlaced " << isInterlaced);
@@ -121,14 +122,14 @@ TEST(StillImage, GifStandsOnItsScreenWithBlackAroundAndThroughIt) {
             const bool isOutside = x < 3 || y < 2 || x >= 3 + w || y >= 2 + h;
             return isOutside || indices.At(x - 3, y - 2)[0] == transparent ? 0 : plain(x - 3, y - 2, c);
           });
-      // A picture that sticks out is cut, one without a screen is its own.
+      // A picture larger than its screen is cut; without a screen size the picture is the screen.
       ExpectPixels(Gif(indices, {1, 1, 0, 0, -1, isInterlaced}), 1, 1, plain);
       ExpectPixels(Gif(indices, {0, 0, 0, 0, -1, isInterlaced}), width, height, plain);
     }
   }
 }
 
-TEST(StillImage, TiffInStripsAndTilesOfEveryColourForm) {
+TEST(StillImageTest, TiffInStripsAndTilesOfEveryColourFormShowsItsPixels) {
   struct Case {
     int photometric, channels, extraSample;
     Look look;
@@ -150,7 +151,7 @@ TEST(StillImage, TiffInStripsAndTilesOfEveryColourForm) {
   }
 }
 
-TEST(StillImage, AJpegComesAtTheLeastScaleThatCoversWhatIsEnough) {
+TEST(StillImageTest, JpegIsDecodedAtTheSmallestScaleThatCoversTheWantedSize) {
   const Bytes file = Jpeg(Smooth(301, 165, 3));
   struct Case {
     int enoughWidth, enoughHeight, width, height;
@@ -168,8 +169,9 @@ TEST(StillImage, AJpegComesAtTheLeastScaleThatCoversWhatIsEnough) {
   }
 }
 
-// On noise the whole picture is clipped at black and white before it is averaged, which shows in the largest.
-TEST(StillImage, AScaledJpegStaysNearTheAverageOfTheWholeOne) {
+// The whole picture is clipped at black and white before it is averaged. On noise that raises the largest
+// error.
+TEST(StillImageTest, ScaledJpegIsNearTheAverageOfTheWholeOne) {
   for (const auto& [samples, most] : {std::pair{Smooth(256, 192, 3), 3}, {Noise(256, 192, 3), 6}}) {
     const Bytes file = Jpeg(samples);
     const Loaded whole = Load(file);
@@ -198,33 +200,6 @@ TEST(StillImage, AScaledJpegStaysNearTheAverageOfTheWholeOne) {
   }
 }
 
-Bytes Little(std::uint32_t value, int bytes) {
-  Bytes out;
-  for (int i = 0; i < bytes; ++i, value >>= 8) out += static_cast<char>(value);
-  return out;
-}
-
-Bytes Big(std::uint32_t value, int bytes) {
-  const Bytes little = Little(value, bytes);
-  return {little.rbegin(), little.rend()};
-}
-
-struct BmpForm {
-  int bits = 24;
-  std::uint32_t compression = 0;
-  Bytes palette = {};  // or masks
-  Bytes data;
-};
-
-Bytes Bmp(int width, int height, const BmpForm& form) {
-  const auto offset = static_cast<std::uint32_t>(54 + form.palette.size());
-  const auto colours = form.bits <= 8 ? static_cast<std::uint32_t>(form.palette.size() / 4) : 0;
-  return "BM" + Little(0, 8) + Little(offset, 4) + Little(40, 4) +
-         Little(static_cast<std::uint32_t>(width), 4) + Little(static_cast<std::uint32_t>(height), 4) +
-         Little(1, 2) + Little(static_cast<std::uint32_t>(form.bits), 2) + Little(form.compression, 4) +
-         Little(0, 12) + Little(colours, 4) + Little(0, 4) + form.palette + form.data;
-}
-
 /// The picture's bytes from the top, BGR, as letters of the palette below where they match.
 std::string Letters(const Loaded& loaded) {
   std::string letters;
@@ -243,7 +218,7 @@ std::string Letters(const Loaded& loaded) {
 // Blue, green, red, unused: index 0 is green, 1 red, 2 blue.
 const Bytes kPalette("\0\xFF\0\0\0\0\xFF\0\xFF\0\0\0", 12);
 
-TEST(StillImage, BmpOfEveryPackingShowsItsPixels) {
+TEST(StillImageTest, BmpOfEveryPackingShowsItsPixels) {
   const Bytes masks565 = Little(0xF800, 4) + Little(0x07E0, 4) + Little(0x001F, 4);
   const Bytes masks32 = Little(0xFF, 4) + Little(0xFF00, 4) + Little(0x00FF0000, 4);
   struct Case {
@@ -278,97 +253,83 @@ TEST(StillImage, BmpOfEveryPackingShowsItsPixels) {
     const Loaded loaded = Load(c.file);
     ASSERT_EQ(loaded.result, XpOk) << c.name << ": " << loaded.problem;
     EXPECT_EQ(Letters(loaded), c.letters) << c.name;
-    // What packings end with is no more than a mark; every byte before it counts.
+    // The mark at the end of a packing may be missing; every byte before it counts.
     for (std::size_t length = 0; length + 1 < c.file.size(); ++length) {
       const Loaded cut = Load(c.file.substr(0, length));
       if (c.file[length] == 0 && cut.result == XpOk) continue;
-      EXPECT_EQ(cut.result, XpErrInvalidFile) << c.name << " cut to " << length;
+      SCOPED_TRACE(testing::Message() << c.name << " cut to " << length);
+      ExpectErrorOrPart(cut);
+      if (cut.result != XpOk) continue;
+      const std::string part = Letters(cut), whole = c.letters;
+      for (std::size_t i = 0; i < whole.size(); ++i)
+        EXPECT_TRUE(part[i] == whole[i] || part[i] == '.') << part;
     }
   }
 }
 
-TEST(StillImage, AFileCutAnywhereIsAnErrorInWordsAndAFlippedByteDoesNoHarm) {
+TEST(StillImageTest, RowsLargerThanOneReadOfTheFileAreWhole) {
+  constexpr int kWidth = 50'000;
+  Bytes data;
+  for (int i = 0; i < 3 * kWidth * 3; ++i) data += static_cast<char>(i * 7 + i / 251);
+  const Loaded loaded = Load(Bmp(kWidth, -3, {24, 0, {}, data}));
+  ASSERT_EQ(loaded.result, XpOk) << loaded.problem;
+  for (int y = 0; y < 3; ++y) {
+    EXPECT_EQ(std::memcmp(loaded.image.pixmap->GetPlane(0)->Row(y), data.data() + y * kWidth * 3, kWidth * 3),
+              0);
+  }
+}
+
+TEST(StillImageTest, JpegWithStrayBytesBetweenItsSegmentsIsWhole) {
+  for (const bool isProgressive : {false, true}) {
+    const Bytes file = Jpeg(Noise(32, 24, 3), {.isProgressive = isProgressive});
+    const Loaded whole = Load(file);
+    for (std::size_t at = 2; at + 1 < file.size(); ++at) {
+      const bool isMarker = file[at] == '\xFF' && static_cast<unsigned char>(file[at + 1]) >= 0xC0;
+      if (!isMarker) continue;
+      Bytes strayed = file;
+      strayed.insert(at, "\x12\x34\0\x55", 4);
+      const Loaded loaded = Load(strayed);
+      ASSERT_EQ(loaded.result, XpOk) << at << ": " << loaded.problem;
+      EXPECT_FALSE(loaded.image.isPartial) << at << ": " << loaded.problem;
+      for (int y = 0; y < 24; ++y) {
+        EXPECT_EQ(std::memcmp(loaded.image.pixmap->GetPlane(0)->Row(y),
+                              whole.image.pixmap->GetPlane(0)->Row(y), 96),
+                  0);
+      }
+    }
+  }
+}
+
+TEST(StillImageTest, LabTiffHasNeutralGreysAndTheColoursOfTheirDefinition) {
   struct Case {
-    const char* name;
-    Bytes file;
-    std::size_t spare;  // bytes at the end that are no picture data
+    int lightness, a, b;  // as in the file
+    int red, green, blue;
   };
-  const Samples rgb = Noise(9, 7, 3), grey = Noise(9, 7, 1);
-  const Case cases[] = {
-      {"PNG", Png(rgb), 0},
-      {"PNG, interlaced", Png(rgb, {.isInterlaced = true}), 0},
-      {"JPEG", Jpeg(rgb), 0},
-      {"JPEG, progressive", Jpeg(rgb, {.isProgressive = true}), 0},
-      {"GIF", Gif(grey, {9, 7, 0, 0, -1, false}), 2},
-      {"GIF, interlaced", Gif(grey, {9, 7, 0, 0, 1, true}), 2},
-      {"TIFF", Tiff(rgb), 4},
-      {"TIFF, tiled and packed", Tiff(rgb, {.compression = 8, .tile = 16}), 4},
-      {"TIFF, grey and packed", Tiff(grey, {.photometric = 1, .compression = 5}), 4},
-  };
-  testing::internal::CaptureStderr();
+  // Greys, and the primaries of sRGB in Lab with the white D50.
+  const Case cases[] = {{255, 0, 0, 255, 255, 255}, {200, 0, 0, 194, 194, 194}, {128, 0, 0, 119, 119, 119},
+                        {10, 0, 0, 14, 14, 14},     {0, 0, 0, 0, 0, 0},         {138, 81, 70, 255, 0, 0},
+                        {224, -79, 81, 0, 255, 0},  {75, 68, -112, 0, 0, 255}};
+  Samples lab{8, 2, 3, {}};  // the first row is white
+  for (int i = 0; i < 8; ++i) lab.data.insert(lab.data.end(), {255, 0, 0});
   for (const Case& c : cases) {
-    ASSERT_EQ(Load(c.file).result, XpOk) << c.name;
-    for (std::size_t at = 0; at < c.file.size(); ++at) {
-      const Loaded cut = Load(c.file.substr(0, at));
-      if (at + c.spare < c.file.size()) {
-        EXPECT_EQ(cut.result, XpErrInvalidFile) << c.name << " cut to " << at << " of " << c.file.size();
-        EXPECT_FALSE(cut.problem.empty());
-        EXPECT_EQ(cut.image.pixmap, nullptr);
-      }
-      Load(c.file.substr(0, at), {}, false);
-      for (const int flip : {0xFF, 0x01, 0x80}) {
-        Bytes bent = c.file;
-        bent[at] = static_cast<char>(bent[at] ^ flip);
-        const Loaded loaded = Load(bent, {.limits = {.pixels = 1'000'000}});
-        EXPECT_EQ(loaded.result == XpOk, loaded.image.pixmap != nullptr);
-      }
+    for (const int sample : {c.lightness, c.a, c.b}) lab.data.push_back(static_cast<std::uint8_t>(sample));
+  }
+  for (const int tile : {0, 16}) {
+    const Loaded loaded = Load(Tiff(lab, {.photometric = 8, .tile = tile}));
+    ASSERT_EQ(loaded.result, XpOk) << loaded.problem;
+    const unsigned char* bgr = loaded.image.pixmap->GetPlane(0)->Row(1);
+    for (const Case& c : cases) {
+      SCOPED_TRACE(testing::Message() << c.lightness << ", " << c.a << ", " << c.b);
+      const int tolerance = c.a == 0 ? 1 : 14;  // whole numbers of Lab are coarse at the edge of sRGB
+      EXPECT_NEAR(bgr[0], c.blue, tolerance);
+      EXPECT_NEAR(bgr[1], c.green, tolerance);
+      EXPECT_NEAR(bgr[2], c.red, tolerance);
+      bgr += 3;
     }
   }
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(StillImage, SizesBeyondTheLimitsAreRefusedFromTheHead) {
-  Bytes png = Png(Noise(1, 1, 3)), jpeg = Jpeg(Noise(8, 8, 3)),
-        gif = Gif(Noise(1, 1, 1), {65535, 65535, 0, 0, -1, false});
-  // Type and fields of the PNG's first chunk are 17 bytes from 12 on, and its checksum follows them.
-  png.replace(16, 8, Big(65535, 4) + Big(65535, 4));
-  const auto* chunk = reinterpret_cast<const unsigned char*>(png.data()) + 12;
-  png.replace(29, 4, Big(static_cast<std::uint32_t>(crc32(0, chunk, 17)), 4));
-  const std::size_t frame = jpeg.find("\xFF\xC0");
-  jpeg.replace(frame + 5, 4, "\xFF\xDC\xFF\xDC");
-  const Bytes bmp = Bmp(65535, 65535, {24, 0, {}, "1234"});
-  for (const Bytes& file : {png, jpeg, gif, bmp}) {
-    for (const bool wantsPixels : {true, false}) {
-      const Loaded loaded = Load(file, {}, wantsPixels);
-      EXPECT_EQ(loaded.result, XpErrOutOfMemory) << loaded.problem;
-      EXPECT_NE(loaded.problem.find("too large"), std::string::npos) << loaded.problem;
-    }
-  }
-  EXPECT_EQ(Load(Png(Noise(21, 2, 3)), {.limits = {.side = 20}}).result, XpErrOutOfMemory);
-  EXPECT_EQ(Load(Tiff(Noise(21, 2, 3)), {.limits = {.side = 20}}).result, XpErrOutOfMemory);
-  EXPECT_EQ(Load(Png(Noise(10, 10, 3)), {.limits = {.pixels = 99}}).result, XpErrOutOfMemory);
-  EXPECT_EQ(Load(Png(Noise(10, 10, 3)), {.limits = {.fileBytes = 50}}).result, XpErrOutOfMemory);
-  // Within the limits, but more than so small a file can hold.
-  for (const Bytes& file :
-       {Bmp(12000, 12000, {24, 0, {}, "1234"}), jpeg.replace(frame + 5, 4, "\x2E\xE0\x2E\xE0")}) {
-    EXPECT_EQ(Load(file, {}).result, XpErrInvalidFile);
-  }
-}
-
-TEST(StillImage, ThousandsOfScansAreGivenUp) {
-  Bytes jpeg = Jpeg(Noise(8, 8, 1), {.isProgressive = true});
-  const std::size_t first = jpeg.find("\xFF\xDA");
-  const std::size_t next = jpeg.find("\xFF\xC4", first);
-  const Bytes scan = jpeg.substr(first, next - first);
-  ASSERT_NE(next, Bytes::npos);
-  Bytes many = jpeg.substr(0, first);
-  for (int i = 0; i < 5000; ++i) many += scan;
-  const Loaded loaded = Load(many + "\xFF\xD9");
-  EXPECT_EQ(loaded.result, XpErrInvalidFile);
-  EXPECT_NE(loaded.problem.find("scans"), std::string::npos) << loaded.problem;
-}
-
-TEST(StillImage, TheContentTellsTheFormatAndMissingFilesSaySo) {
+TEST(StillImageTest, FormatIsFoundByTheContentAndMissingFilesAreReported) {
   const TempFolder folder;
   folder.Write("png.jpg", Png(Noise(5, 4, 3)));
   folder.Write("jpeg.png", Jpeg(Noise(6, 4, 3)));

@@ -1,4 +1,4 @@
-// Captions stand where, when and how the document says. Text is drawn as boxes, so pixels are known.
+// Captions are drawn where, when and how the document says. Text is drawn as boxes, so pixels are known.
 #include <optional>
 
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ TEST_F(CaptionPainterTest, ShowsTheFirstCaptionOfItsTimeAndClip) {
   EXPECT_NE(Drawn(Draw(1000)), Rect{});  // whatever clip is current
 }
 
-TEST_F(CaptionPainterTest, NothingIsDrawnOutsideTheRowsThatItNames) {
+TEST_F(CaptionPainterTest, DrawnRowsHoldEverythingThatIsDrawn) {
   for (const auto& [width, height] :
        {std::pair{1920, 1080}, {64, 48}, {90, 61}, {199, 1000}, {301, 2160}, {640, 359}}) {
     for (std::int32_t layout = 1; layout <= 9; ++layout) {
@@ -100,6 +100,14 @@ TEST_F(CaptionPainterTest, ShadowLiesBelowTheTextAndIsHalfAsStrongInSaveMode) {
   }
 }
 
+TEST_F(CaptionPainterTest, LastLineOfAMultiLineCaptionIsDrawn) {
+  for (std::int32_t layout = 1; layout <= 9; ++layout) {
+    Set({Caption(u"x", 0, 10, layout), Caption(u"x\nx\nx", 20, 30, layout)});
+    const double more = static_cast<double>(Drawn(Draw(25)).Height() - Drawn(Draw(5)).Height());
+    EXPECT_NEAR(more, 2 * 120.0 * 1060 / 1080, 2) << layout;
+  }
+}
+
 TEST_F(CaptionPainterTest, TallTextStartsAtTheTop) {
   const std::u16string text = u"x" + std::u16string(30, u'\n') + u"x";
   for (const std::int32_t layout : {4, 7}) {
@@ -108,7 +116,7 @@ TEST_F(CaptionPainterTest, TallTextStartsAtTheTop) {
   }
 }
 
-TEST_F(CaptionPainterTest, ACaptionLeavesNothingForTheNextOne) {
+TEST_F(CaptionPainterTest, CaptionLeavesNothingOnTheCanvasForTheNextOne) {
   for (const bool saveMode : {false, true}) {
     for (std::int32_t layout = 1; layout <= 9; ++layout) {
       const CaptionItem next = Caption(u"next", 20, 30, layout);
@@ -122,7 +130,7 @@ TEST_F(CaptionPainterTest, ACaptionLeavesNothingForTheNextOne) {
   }
 }
 
-TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeIsSafe) {
+TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeStaysInsideTheMargin) {
   for (const double fontSize : {0.0, -20.0, 1e4, 1e300, -1e300}) {
     CaptionItem caption = Caption(u"words that wrap, words that wrap", 0, 10);
     caption.fontSize = fontSize;
@@ -135,7 +143,7 @@ TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeIsSafe) {
   }
 }
 
-TEST_F(CaptionPainterTest, StampsTellContentApart) {
+TEST_F(CaptionPainterTest, StampsOfDifferentCaptionsDiffer) {
   const auto stamp = [this](std::int64_t ms, std::int32_t videoId = 0) {
     return painter->GetContentStamp({.videoId = videoId, .captionMs = ms});
   };

@@ -137,11 +137,13 @@ TEST_F(PainterDocumentTest, MissingKeysHaveOtherDefaultsThanMissingDicts) {
   Load(Dict("GeneralInfo",
             "<key>StringManager</key><array><string>a</string><integer>1</integer>"
             "<string>c</string></array>") +
-       Dict("TemplateInfo", ""));
+       Dict("TemplateInfo", "<key>DrawStartTime</key><real>1.5</real><key>DrawEndTime</key><real>9</real>"));
   const PainterInfo& info = document.GetPainterInfo();
   EXPECT_EQ(info.extendSpeed, 0.0f);
   EXPECT_EQ(info.templateInfo.scenarioType, -1);
   EXPECT_FALSE(info.templateInfo.drawTrimmedOutArea);
+  EXPECT_EQ(info.templateInfo.drawStartTime, 1.5);
+  EXPECT_EQ(info.templateInfo.drawEndTime, 9.0);
   EXPECT_EQ(info.subVideoSize, -1);
   EXPECT_EQ(info.stringTable.at(2), u"c");
 }

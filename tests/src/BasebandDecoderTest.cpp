@@ -27,8 +27,8 @@ using vrx::imaging::StillImageRequest;
 constexpr int kWidth = 16;
 constexpr int kHeight = 2;
 
-/// Gives plain pictures whose brightness is the number that the file's name is; "bad" is refused and "held"
-/// comes only after Let.
+/// Gives plain pictures whose brightness is the number that the file's name begins with, as a partial one
+/// when it ends in ".part"; "bad" is refused and "held" comes only after Let.
 class Pictures {
  public:
   VRXWBasebandHooks Hooks(std::uint32_t waitMilliseconds) {
@@ -78,6 +78,8 @@ class Pictures {
     std::memset(image.pixmap->data, name == "held" ? 99 : std::stoi(name), image.pixmap->size);
     image.fullWidth = kWidth;
     image.fullHeight = kHeight;
+    image.isPartial = name.ends_with(".part");
+    if (image.isPartial) *problem = u"it ends early";
     return XpOk;
   }
 
@@ -150,9 +152,10 @@ TEST_F(BasebandDecoderTest, CancelEndsTheWaitForAPictureAndLaterOnes) {
 TEST_F(BasebandDecoderTest, SpansShowTheirPicturesOnBothEndsAndFailuresShowNone) {
   // Of adjacent images of one id the first shows.
   Parse(ImageText(1, "10", 0, 0) + ImageText(1, "20", 1, 1) + ImageText(2, "bad", 2, 3) +
-        ImageText(3, "30", 4, 5) + ImageText(1, "40", 6, 6));
+        ImageText(3, "30.part", 4, 5) + ImageText(1, "40", 6, 6));
   EXPECT_THAT(Frames(*object, 7), ElementsAre(10, 10, -1, -1, 30, 30, 40, -1));
   EXPECT_THAT(Log(), HasSubstr("bad is left out: it is bad"));
+  EXPECT_THAT(Log(), HasSubstr("30.part is shown only in part: it ends early"));
   EXPECT_EQ(object->GetFormat(), 5u);
   unsigned char small[8];
   EXPECT_FALSE(Parse(Each(0, 0))->GetFrame(0, small, sizeof(small)));

@@ -13,7 +13,7 @@ namespace vrx::platform {
 
 namespace {
 
-/// Stays mapped after the last unload: the libraries behind a module leave thread-local data and exit
+/// A module stays mapped after the last unload: the libraries that it uses leave thread-local data and exit
 /// handlers that point into their code.
 constexpr int kLoadFlags = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE;
 

@@ -56,7 +56,7 @@ bool IsNetworkMount(const std::string& folder, const std::vector<Mount>& mounts)
   return found != mounts.rend() && found->isNetwork;
 }
 
-/// The parts of `path` in front of `rest`, a stack whose top is the next part.
+/// Puts the parts of `path` on `rest`, a stack with the next part on top.
 void PushParts(const std::string& path, std::vector<std::string>& rest) {
   std::istringstream stream(path);
   std::vector<std::string> parts;

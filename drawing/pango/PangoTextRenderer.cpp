@@ -1,4 +1,4 @@
-#include "drawing/PangoTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 
 #include <algorithm>
 #include <mutex>
@@ -17,7 +17,7 @@ constexpr std::uint32_t kAlignBits = DT_CENTER | DT_RIGHT;
 constexpr std::size_t kPicturesPerLayout = 4;
 constexpr std::size_t kLayoutBytesPerUnit = 128;  // glyphs, log attributes and lines of one code unit
 
-/// What of a layout a coverage shows.
+/// The part of a layout that a coverage shows.
 struct View {
   Rect box;
   std::size_t lineCount = 0;
@@ -107,7 +107,7 @@ PangoTextRenderer::~PangoTextRenderer() = default;
 
 Size PangoTextRenderer::Measure(std::u16string_view text, const Font& font, std::int32_t width,
                                 std::uint32_t format) {
-  const std::lock_guard lock(m_impl->mutex);
+  const std::scoped_lock lock(m_impl->mutex);
   const Size size = SizeOfLines(m_impl->LayOut(text, font, width, format).layout->GetLineSizes());
   m_impl->Shrink();
   return text.empty() ? Size{0, size.height} : size;
@@ -121,7 +121,7 @@ void PangoTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, con
   std::shared_ptr<const Coverage> coverage;
   Point origin{rect.left, 0};
   {
-    const std::lock_guard lock(m_impl->mutex);
+    const std::scoped_lock lock(m_impl->mutex);
     Entry& entry = m_impl->LayOut(text, font, Saturated(rect.Width()), format);
     const LinePlacement placement = PlaceLines(entry.layout->GetLineSizes(), rect, format);
     origin.y = Saturated(placement.top);
@@ -138,7 +138,7 @@ void PangoTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, con
 }
 
 TextCacheUse PangoTextRenderer::GetCacheUse() const {
-  const std::lock_guard lock(m_impl->mutex);
+  const std::scoped_lock lock(m_impl->mutex);
   return m_impl->GetUse();
 }
 
