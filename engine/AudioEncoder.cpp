@@ -18,13 +18,13 @@ constexpr int kPcmBlockSize = 1024;  // samples; PCM codecs leave the size to us
 
 AVCodecID CodecId(AudioCodec codec) {
   switch (codec) {
-    case AudioCodec::kAac:
+    case AudioCodec::Aac:
       return AV_CODEC_ID_AAC;
-    case AudioCodec::kAc3:
+    case AudioCodec::Ac3:
       return AV_CODEC_ID_AC3;
-    case AudioCodec::kPcm16:
+    case AudioCodec::Pcm16:
       return AV_CODEC_ID_PCM_S16LE;
-    case AudioCodec::kPcm24:
+    case AudioCodec::Pcm24:
       return AV_CODEC_ID_PCM_S24LE;
   }
   return AV_CODEC_ID_NONE;
@@ -38,19 +38,21 @@ std::int64_t Bitrate(const AudioPlan& plan) {
   return plan.channels == 1 ? kMono : plan.channels == 2 ? kStereo : kSurround;
 }
 
-template <typename Sample>
-Sample Quantise(float value) {
-  const double scaled = std::nearbyint(double{value} * -double{std::numeric_limits<Sample>::min()});
-  if (!(scaled > double{std::numeric_limits<Sample>::min()})) return std::numeric_limits<Sample>::min();
-  if (scaled >= double{std::numeric_limits<Sample>::max()}) return std::numeric_limits<Sample>::max();
-  return static_cast<Sample>(scaled);
+/// The nearest whole number of `bits` bits for a sample of -1 to 1. Louder samples are clipped, and one that
+/// is not a number is silent.
+std::int32_t Quantise(float sample, int bits) {
+  if (std::isnan(sample)) return 0;
+  const double scale = std::int32_t{1} << (bits - 1);
+  return static_cast<std::int32_t>(std::clamp(std::nearbyint(double{sample} * scale), -scale, scale - 1));
 }
 
+/// The upper `bits` bits of each `Sample` carry the sound.
 template <typename Sample>
-void Interleave(const std::vector<std::vector<float>>& planes, int count, std::uint8_t* bytes) {
+void Interleave(const std::vector<std::vector<float>>& planes, int count, int bits, std::uint8_t* bytes) {
+  const int factor = 1 << (std::numeric_limits<Sample>::digits + 1 - bits);
   auto* out = reinterpret_cast<Sample*>(bytes);
   for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-    for (const auto& plane : planes) *out++ = Quantise<Sample>(plane[i]);
+    for (const auto& plane : planes) *out++ = static_cast<Sample>(Quantise(plane[i], bits) * factor);
   }
 }
 
@@ -83,7 +85,7 @@ Result AudioEncoder::Open(const AudioPlan& plan, bool globalHeader) {
   m_codec->sample_rate = plan.sampleRate;
   m_codec->time_base = {1, plan.sampleRate};
   av_channel_layout_default(&m_codec->ch_layout, plan.channels);
-  if (plan.codec == AudioCodec::kAac || plan.codec == AudioCodec::kAc3) m_codec->bit_rate = Bitrate(plan);
+  if (plan.codec == AudioCodec::Aac || plan.codec == AudioCodec::Ac3) m_codec->bit_rate = Bitrate(plan);
   if (globalHeader) m_codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   if (const int error = avcodec_open2(m_codec.get(), encoder, nullptr); error < 0) {
     Log(VRXLogError, std::string("the sound encoder ") + encoder->name + " does not take " +
@@ -142,10 +144,11 @@ Result AudioEncoder::StoreBlock(int count) {
       }
       return kOk;
     case AV_SAMPLE_FMT_S16:
-      Interleave<std::int16_t>(m_planes, count, frame.data[0]);
+      Interleave<std::int16_t>(m_planes, count, 16, frame.data[0]);
       return kOk;
     case AV_SAMPLE_FMT_S32:
-      Interleave<std::int32_t>(m_planes, count, frame.data[0]);
+      // The 24-bit encoder cuts off the lowest byte, so the samples are rounded here.
+      Interleave<std::int32_t>(m_planes, count, 24, frame.data[0]);
       return kOk;
     default:
       Log(VRXLogError, "the sound encoder wants an unknown sample format");

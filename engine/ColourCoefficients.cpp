@@ -46,7 +46,7 @@ constexpr Matrix MakeMatrix(double kr, double kb) { return {MakeCoefficients(kr,
 constexpr Matrix kBt601 = MakeMatrix(0.299, 0.114);
 constexpr Matrix kBt709 = MakeMatrix(0.2126, 0.0722);
 
-const Matrix& MatrixOf(OutputMatrix matrix) { return matrix == OutputMatrix::kBt709 ? kBt709 : kBt601; }
+const Matrix& MatrixOf(OutputMatrix matrix) { return matrix == OutputMatrix::Bt709 ? kBt709 : kBt601; }
 
 }  // namespace
 

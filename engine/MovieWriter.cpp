@@ -30,11 +30,11 @@ std::int64_t SeekFile(void* file, std::int64_t offset, int whence) {
 
 const char* MuxerName(Container container) {
   switch (container) {
-    case Container::kMp4:
+    case Container::Mp4:
       return "mp4";
-    case Container::kQuickTime:
+    case Container::QuickTime:
       return "mov";
-    case Container::kMpegTs:
+    case Container::MpegTs:
       return "mpegts";
   }
   return "mp4";

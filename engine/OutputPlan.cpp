@@ -14,6 +14,7 @@ namespace {
 // By avcEncoderMode. Slower presets look further ahead and keep hundreds of MiB of full HD frames for it.
 constexpr std::array<const char*, 3> kPresets{"veryfast", "superfast", "medium"};
 constexpr std::uint32_t kMaxTimeZoneBytes = 4096;
+constexpr std::uint16_t kNotSet = 0xFFFF;  // hosts fill a number that a project leaves out with -1
 
 Result Unusable(const std::string& what) {
   Log(VRXLogError, "output setting not usable: " + what);
@@ -51,7 +52,7 @@ Result MakeVideoPlan(const VRXVideoOutputSetting& setting, VideoPlan& plan) {
   }
   if (const Result result = CheckSize("width", setting.width); result != kOk) return result;
   if (const Result result = CheckSize("height", setting.height); result != kOk) return result;
-  plan.codec = setting.codecType == 0 ? VideoCodec::kH264 : VideoCodec::kMpeg2;
+  plan.codec = setting.codecType == 0 ? VideoCodec::H264 : VideoCodec::Mpeg2;
   plan.width = setting.width;
   plan.height = setting.height;
   plan.bitrate = std::max(setting.averageBitrate, 0);
@@ -61,38 +62,49 @@ Result MakeVideoPlan(const VRXVideoOutputSetting& setting, VideoPlan& plan) {
 }
 
 Result ChooseContainer(std::int32_t systemType, const std::string& path, Container& container) {
-  container = Container::kMp4;
+  container = Container::Mp4;
   if (systemType == VRXSystemMp4 || systemType == VRXSystemMp4Broadcast) return kOk;
   if (systemType != VRXSystemByExtension) {
     return Unusable("systemType is " + std::to_string(systemType) + ", not 1 to 3");
   }
   const std::string extension = LowerExtension(path);
-  if (extension == "ts" || extension == "m2ts" || extension == "mts") container = Container::kMpegTs;
-  if (extension == "mov") container = Container::kQuickTime;
+  if (extension == "ts" || extension == "m2ts" || extension == "mts") container = Container::MpegTs;
+  if (extension == "mov") container = Container::QuickTime;
   return kOk;
+}
+
+Result ChoosePcm(std::uint16_t bitsPerSample, AudioCodec& codec) {
+  switch (bitsPerSample) {
+    case 0:
+    case kNotSet:
+    case 16:
+      codec = AudioCodec::Pcm16;
+      return kOk;
+    case 24:
+      codec = AudioCodec::Pcm24;
+      return kOk;
+    default:
+      return Unusable("bitsPerSample is " + std::to_string(bitsPerSample) + ", not 16 or 24");
+  }
 }
 
 Result ChooseAudioCodec(const VRXAudioOutputSetting& setting, Container container, AudioCodec& codec) {
   switch (setting.codecType) {
     case 0:
-      codec = container == Container::kMpegTs ? AudioCodec::kAc3 : AudioCodec::kAac;
+      codec = container == Container::MpegTs ? AudioCodec::Ac3 : AudioCodec::Aac;
       return kOk;
     case 1:
-      codec = AudioCodec::kAac;
+      codec = AudioCodec::Aac;
       return kOk;
     case 2:
-      codec = AudioCodec::kAc3;
+      codec = AudioCodec::Ac3;
       return kOk;
     case 3:
-      break;
+      if (container == Container::MpegTs) return Unusable("an MPEG transport stream holds no PCM sound");
+      return ChoosePcm(setting.bitsPerSample, codec);
     default:
       return Unusable("audio codecType is " + std::to_string(setting.codecType) + ", not 0 to 3");
   }
-  if (setting.bitsPerSample != 0 && setting.bitsPerSample != 16 && setting.bitsPerSample != 24) {
-    return Unusable("bitsPerSample is " + std::to_string(setting.bitsPerSample) + ", not 16 or 24");
-  }
-  codec = setting.bitsPerSample == 24 ? AudioCodec::kPcm24 : AudioCodec::kPcm16;
-  return container == Container::kMpegTs ? Unusable("an MPEG transport stream holds no PCM sound") : kOk;
 }
 
 Result MakeAudioPlan(const VRXAudioOutputSetting& setting, Container container, AudioPlan& plan) {
@@ -144,8 +156,8 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan) {
     if (const Result result = MakeAudioPlan(*setting.audio, plan.container, audio); result != kOk)
       return result;
     // The MP4 muxer has no box for PCM; its QuickTime sibling has.
-    const bool pcm = audio.codec == AudioCodec::kPcm16 || audio.codec == AudioCodec::kPcm24;
-    if (pcm) plan.container = Container::kQuickTime;
+    const bool pcm = audio.codec == AudioCodec::Pcm16 || audio.codec == AudioCodec::Pcm24;
+    if (pcm) plan.container = Container::QuickTime;
     plan.audio = audio;
   }
   return setting.metaData == nullptr ? kOk : FindTimeZone(*setting.metaData, plan.timeZone);

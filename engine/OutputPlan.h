@@ -12,9 +12,9 @@
 
 namespace vrx::engine {
 
-enum class VideoCodec { kH264, kMpeg2 };
-enum class AudioCodec { kAac, kAc3, kPcm16, kPcm24 };
-enum class Container { kMp4, kQuickTime, kMpegTs };
+enum class VideoCodec { H264, Mpeg2 };
+enum class AudioCodec { Aac, Ac3, Pcm16, Pcm24 };
+enum class Container { Mp4, QuickTime, MpegTs };
 
 struct VideoPlan {
   VideoCodec codec;

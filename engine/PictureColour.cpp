@@ -17,11 +17,11 @@ bool IsRgb(AVPixelFormat format) {
 }  // namespace
 
 OutputMatrix MatrixOfHeight(int height) {
-  return height > kMaxStandardHeight ? OutputMatrix::kBt709 : OutputMatrix::kBt601;
+  return height > kMaxStandardHeight ? OutputMatrix::Bt709 : OutputMatrix::Bt601;
 }
 
 PictureColour OutputColour(int height) {
-  if (MatrixOfHeight(height) == OutputMatrix::kBt709) {
+  if (MatrixOfHeight(height) == OutputMatrix::Bt709) {
     return {AVCOL_SPC_BT709, AVCOL_PRI_BT709, AVCOL_TRC_BT709, false};
   }
   if (height == kMaxStandardHeight) {

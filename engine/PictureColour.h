@@ -7,7 +7,7 @@
 namespace vrx::engine {
 
 /// The two matrices that the movie can have, both with limited range.
-enum class OutputMatrix { kBt601, kBt709 };
+enum class OutputMatrix { Bt601, Bt709 };
 
 struct PictureColour {
   AVColorSpace matrix;

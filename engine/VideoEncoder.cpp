@@ -55,7 +55,7 @@ void SetUpCommon(const VideoPlan& plan, bool globalHeader, AVCodecContext& codec
 }  // namespace
 
 Result VideoEncoder::Open(const VideoPlan& plan, bool globalHeader) {
-  const bool h264 = plan.codec == VideoCodec::kH264;
+  const bool h264 = plan.codec == VideoCodec::H264;
   const AVCodec* encoder =
       h264 ? avcodec_find_encoder_by_name("libx264") : avcodec_find_encoder(AV_CODEC_ID_MPEG2VIDEO);
   if (encoder == nullptr) {

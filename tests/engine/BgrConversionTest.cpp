@@ -40,8 +40,8 @@ Colour ColourOf(std::uint32_t pixel) {
 
 /// Limited-range samples by the defining equations, unrounded.
 std::array<double, 3> Reference(const Colour& c, OutputMatrix matrix) {
-  const double kr = matrix == OutputMatrix::kBt709 ? 0.2126 : 0.299;
-  const double kb = matrix == OutputMatrix::kBt709 ? 0.0722 : 0.114;
+  const double kr = matrix == OutputMatrix::Bt709 ? 0.2126 : 0.299;
+  const double kb = matrix == OutputMatrix::Bt709 ? 0.0722 : 0.114;
   const double y = kr * c.r + (1 - kr - kb) * c.g + kb * c.b;
   return {16 + y * 219 / 255, 128 + (c.b - y) / (2 * (1 - kb)) * 224 / 255,
           128 + (c.r - y) / (2 * (1 - kr)) * 224 / 255};
@@ -166,9 +166,9 @@ TEST_P(Conversion, WholeRowsGiveTheSameBytesAsPairsOfColumns) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, Conversion, testing::Values(OutputMatrix::kBt601, OutputMatrix::kBt709),
+INSTANTIATE_TEST_SUITE_P(Both, Conversion, testing::Values(OutputMatrix::Bt601, OutputMatrix::Bt709),
                          [](const auto& matrix) {
-                           return std::string(matrix.param == OutputMatrix::kBt709 ? "Bt709" : "Bt601");
+                           return std::string(matrix.param == OutputMatrix::Bt709 ? "Bt709" : "Bt601");
                          });
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "engine/EngineExports.h"
@@ -203,6 +205,48 @@ TEST_F(Render, EveryKindOfOutputHoldsPictureSoundAndTimes) {
   }
 }
 
+/// A mono WAV file with 32-bit float samples.
+std::string FloatWav(const std::vector<float>& samples, std::uint32_t rate) {
+  std::string bytes;
+  const auto put = [&](std::uint64_t value, int size) {
+    for (int i = 0; i < size; ++i) bytes.push_back(static_cast<char>(value >> 8 * i));
+  };
+  const std::uint64_t dataSize = samples.size() * sizeof(float);
+  bytes += "RIFF", put(36 + dataSize, 4), bytes += "WAVEfmt ", put(16, 4);
+  put(3, 2), put(1, 2), put(rate, 4), put(rate * sizeof(float), 4), put(sizeof(float), 2), put(32, 2);
+  bytes += "data", put(dataSize, 4);
+  for (const float sample : samples) put(std::bit_cast<std::uint32_t>(sample), sizeof(float));
+  return bytes;
+}
+
+TEST_F(Render, PcmSamplesAreRoundedToTheNearestAndClipped) {
+  constexpr std::uint32_t kRate = 48000;
+  for (const int bits : {16, 24}) {
+    const float unit = std::ldexp(1.0F, 1 - bits);
+    std::vector<float> samples{0.4F, 0.6F, -0.4F, -0.6F, 100.7F, -100.7F, -101.2F};
+    for (float& sample : samples) sample *= unit;
+    samples.insert(samples.end(), {1.5F, -1.5F, std::nanf("")});
+    samples.resize(kRate / 25);  // as long as the frame
+    RenderJob job(Path("out.mov"));
+    job.AddClip(Write("source.mp4", {.frames = 1}), 0, 1);
+    job.AddSound(1, kRate, 3);
+    job.output.audio->bitsPerSample = static_cast<std::uint16_t>(bits);
+    VRXFileSourceStreamInfo sound(textcodec::ToUtf16(folder.Write("sound.wav", FloatWav(samples, kRate))));
+    sound.startTime = VRXTimeInfo(0, 25);
+    sound.endTime = VRXTimeInfo(1, 25);
+    job.timeline.audio.Add(sound);
+    ASSERT_EQ(job.Run(), kOk) << job.log;
+    MovieReader movie(Path("out.mov"));
+    EXPECT_EQ(movie.Info().audioCodec, bits == 16 ? "pcm_s16le" : "pcm_s24le");
+    std::vector<float> levels = movie.ReadSound().samples;
+    ASSERT_EQ(levels.size(), samples.size());
+    for (float& level : levels) level /= unit;
+    levels.resize(10);
+    const float loudest = 1 / unit;
+    EXPECT_THAT(levels, ElementsAre(0, 1, 0, -1, 101, -101, -101, loudest - 1, -loudest, 0)) << bits;
+  }
+}
+
 TEST_F(Render, WritesTheTimeZoneItem) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(Write("source.mp4", {.frames = 5}), 0, 5);
@@ -328,7 +372,6 @@ TEST_F(Fault, EachRefusalHasItsOwnCodeAndAReadableLine) {
        [&](RenderJob& job) { job.AddClip(source, 0, 5, 0); }},
       {kUnusableSettings, "width", [](RenderJob& job) { job.output.video->width = 63; }},
       {kUnusableSettings, "no frame", [](RenderJob& job) { job.timeline.video.Clear(); }},
-      {kUnusableSettings, "channels", [](RenderJob& job) { job.AddSound(0, 48000, 0); }},
       {kUnusableSettings, "samplingRate", [](RenderJob& job) { job.AddSound(2, 22050, 2); }},
       {kUnusableSettings, "frameDuration",
        [](RenderJob& job) {
