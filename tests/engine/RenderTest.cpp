@@ -205,6 +205,25 @@ TEST_F(Render, EveryKindOfOutputHoldsPictureSoundAndTimes) {
   }
 }
 
+TEST_F(Render, KeyFramesOfTheSourceAreNoKeyFramesOfTheMovie) {
+  for (const auto& [codec, movieCodec, keys] :
+       {std::tuple{"h264", 0, std::vector{0}}, {"mpeg2video", 1, std::vector{0, 15}}}) {
+    RenderJob job(Path("out.mp4"));
+    job.output.video->codecType = movieCodec;
+    // With the movie's matrix, so that the frames reach the encoder as the decoder gave them.
+    const PatternClip clip{.frames = 28, .codec = codec, .gop = 1, .bFrames = 0, .bt601 = true};
+    job.AddClip(Write("source.mkv", clip), 0, 28);
+    ASSERT_EQ(job.Run(), kOk) << job.log;
+    MovieReader movie(Path("out.mp4"));
+    MovieFrame frame;
+    std::vector<int> found;
+    for (int n = 0; movie.NextFrame(frame); ++n) {
+      if (frame.isKey) found.push_back(n);
+    }
+    EXPECT_EQ(found, keys) << codec;
+  }
+}
+
 /// A mono WAV file with 32-bit float samples.
 std::string FloatWav(const std::vector<float>& samples, std::uint32_t rate) {
   std::string bytes;

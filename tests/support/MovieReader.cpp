@@ -78,6 +78,7 @@ bool MovieReader::NextFrame(MovieFrame& frame) {
   frame.seconds =
       static_cast<double>(m_frame->best_effort_timestamp) * av_q2d(timeBase) - m_info.startSeconds;
   frame.interlaced = m_frame->interlaced_frame != 0;
+  frame.isKey = m_frame->key_frame != 0;
   return true;
 }
 

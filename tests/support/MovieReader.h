@@ -26,6 +26,7 @@ struct MovieFrame {
   RgbImage image;
   double seconds = 0;
   bool interlaced = false;
+  bool isKey = false;  // decodes without others
 };
 
 struct MovieSound {
