@@ -12,7 +12,8 @@ constexpr std::int16_t Round(double value) {
   return static_cast<std::int16_t>(value < 0 ? value - 0.5 : value + 0.5);
 }
 
-constexpr Coefficients MakeCoefficients(double kr, double kb) {
+constexpr Coefficients MakeCoefficients(LumaWeights weights) {
+  const double kr = weights.red, kb = weights.blue;
   const double kg = 1 - kr - kb;
   const double luma = kLumaRange * (1 << kFraction);
   const double blue = kChromaRange * (1 << kFraction) / 2 / (1 - kb);
@@ -27,7 +28,8 @@ constexpr Coefficients MakeCoefficients(double kr, double kb) {
   return c;
 }
 
-constexpr InverseCoefficients MakeInverse(double kr, double kb) {
+constexpr InverseCoefficients MakeInverse(LumaWeights weights) {
+  const double kr = weights.red, kb = weights.blue;
   const double kg = 1 - kr - kb;
   constexpr double kUnit = 1 << (kInverseFraction + kProductShift);
   const double luma = kUnit / kLumaRange / kLumaGain;
@@ -41,10 +43,8 @@ struct Matrix {
   InverseCoefficients inverse;
 };
 
-constexpr Matrix MakeMatrix(double kr, double kb) { return {MakeCoefficients(kr, kb), MakeInverse(kr, kb)}; }
-
-constexpr Matrix kBt601 = MakeMatrix(0.299, 0.114);
-constexpr Matrix kBt709 = MakeMatrix(0.2126, 0.0722);
+constexpr Matrix kBt601{MakeCoefficients(kBt601Weights), MakeInverse(kBt601Weights)};
+constexpr Matrix kBt709{MakeCoefficients(kBt709Weights), MakeInverse(kBt709Weights)};
 
 const Matrix& MatrixOf(OutputMatrix matrix) { return matrix == OutputMatrix::Bt709 ? kBt709 : kBt601; }
 

@@ -24,9 +24,21 @@ constexpr int kUnitGain = 1 << 16;  // contrast and saturation of the scaler
 constexpr int kQuarterTurn = 90;    // degrees
 constexpr int kFullTurn = 360;
 
-int EvenSize(Int128 size) { return std::max(2, static_cast<int>(size) & ~1); }
+/// The even number that is nearest to `length` * `numerator` / `denominator`; 2 at least.
+int EvenSize(int length, Int128 numerator, Int128 denominator) {
+  return std::max(2, 2 * static_cast<int>(RoundDivide(length * numerator, 2 * denominator)));
+}
 
-/// A view of `rectangle` in `frame`; it does not own the picture.
+bool IsPlanar420(const AVFrame& frame) {
+  return WithoutRange(static_cast<AVPixelFormat>(frame.format)) == AV_PIX_FMT_YUV420P &&
+         frame.linesize[0] > 0;
+}
+
+bool SameSize(const AVFrame& frame, int width, int height) {
+  return frame.width == width && frame.height == height;
+}
+
+/// A view of `rectangle`, even numbers, in `frame`; it does not own the picture.
 FramePtr View(const AVFrame& frame, const FitRectangle& rectangle) {
   FramePtr view(av_frame_alloc());
   if (!view) throw std::bad_alloc();
@@ -41,6 +53,16 @@ FramePtr View(const AVFrame& frame, const FitRectangle& rectangle) {
                         (rectangle.x >> shift);
   }
   return view;
+}
+
+void FillBars(AVFrame& frame, const FitRectangle& fit) {
+  const int right = fit.x + fit.width, bottom = fit.y + fit.height;
+  for (const FitRectangle& bar : {FitRectangle{0, 0, frame.width, fit.y},
+                                  {0, fit.y, fit.x, fit.height},
+                                  {right, fit.y, frame.width - right, fit.height},
+                                  {0, bottom, frame.width, frame.height - bottom}}) {
+    if (bar.width > 0 && bar.height > 0) FillBlack(*View(frame, bar));
+  }
 }
 
 }  // namespace
@@ -61,9 +83,9 @@ FitRectangle FitPicture(int width, int height, AVRational sampleAspect, bool sid
   if (sideways) std::swap(shapeWidth, shapeHeight);
   FitRectangle fit{0, 0, outWidth, outHeight};
   if (outWidth * shapeHeight <= outHeight * shapeWidth) {
-    fit.height = EvenSize(outWidth * shapeHeight / shapeWidth);
+    fit.height = EvenSize(outWidth, shapeHeight, shapeWidth);
   } else {
-    fit.width = EvenSize(outHeight * shapeWidth / shapeHeight);
+    fit.width = EvenSize(outHeight, shapeWidth, shapeHeight);
   }
   fit.x = (outWidth - fit.width) / 2 & ~1;
   fit.y = (outHeight - fit.height) / 2 & ~1;
@@ -74,32 +96,39 @@ Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, F
   const FitRectangle fit = FitPicture(source.width, source.height, source.sample_aspect_ratio,
                                       orientation.sideways(), m_width, m_height);
   const bool fills = fit.width == m_width && fit.height == m_height;
-  if (orientation.upright() && fills && source.width == m_width && source.height == m_height &&
-      IsOutputFormat(source)) {
+  if (orientation.upright() && fills && SameSize(source, m_width, m_height) && IsOutputFormat(source)) {
     fitted = ShareFrame(source);
     return kOk;
   }
   fitted = m_frames.Get(m_width, m_height);
-  if (!fills) FillBlack(*fitted);
-  const FramePtr target = View(*fitted, fit);
-  if (orientation.upright()) return ScaleInto(source, *target);
-
-  const int uprightWidth = orientation.sideways() ? fit.height : fit.width;
-  const int uprightHeight = orientation.sideways() ? fit.width : fit.height;
-  if (IsOutputFormat(source) && source.width == uprightWidth && source.height == uprightHeight) {
-    Turn(source, orientation, *target);
-    return kOk;
-  }
-  const FramePtr upright = m_uprightFrames.Get(uprightWidth, uprightHeight);
-  if (const Result result = ScaleInto(source, *upright); result != kOk) return result;
-  Turn(*upright, orientation, *target);
+  if (const Result result = Place(source, orientation, *View(*fitted, fit)); result != kOk) return result;
+  // Last, because the scaler writes whole vectors and so past the right edge of the picture.
+  if (!fills) FillBars(*fitted, fit);
   return kOk;
 }
 
-bool FrameFitter::IsOutputFormat(const AVFrame& source) const {
+/// The content of a frame from the pool, or of a rectangle in one, becomes the picture as it is to be seen.
+Result FrameFitter::Place(const AVFrame& source, const Orientation& orientation, AVFrame& target) {
+  if (orientation.upright()) return Scale(source, target);
+  const int width = orientation.sideways() ? target.height : target.width;
+  const int height = orientation.sideways() ? target.width : target.height;
+  if (IsOutputFormat(source) && SameSize(source, width, height)) {
+    Turn(source, orientation, target);
+    return kOk;
+  }
+  const FramePtr upright = m_uprightFrames.Get(width, height);
+  if (const Result result = Scale(source, *upright); result != kOk) return result;
+  Turn(*upright, orientation, target);
+  return kOk;
+}
+
+bool FrameFitter::HasOutputColour(const AVFrame& source) const {
   const PictureColour colour = ColourOf(source);
-  return source.format == AV_PIX_FMT_YUV420P && !colour.fullRange && source.linesize[0] > 0 &&
-         SameCoefficients(colour.matrix, OutputColour(m_height).matrix);
+  return !colour.fullRange && WeightsOf(colour.matrix) == WeightsOf(m_colour.matrix);
+}
+
+bool FrameFitter::IsOutputFormat(const AVFrame& source) const {
+  return source.format == AV_PIX_FMT_YUV420P && IsPlanar420(source) && HasOutputColour(source);
 }
 
 void FrameFitter::Turn(const AVFrame& upright, const Orientation& orientation, AVFrame& target) const {
@@ -111,16 +140,28 @@ void FrameFitter::Turn(const AVFrame& upright, const Orientation& orientation, A
                      static_cast<libyuv::RotationMode>(orientation.clockwise));
 }
 
-Result FrameFitter::ScaleInto(const AVFrame& source, AVFrame& target) {
-  if (!IsOutputFormat(source)) return ConvertInto(source, target);
-  libyuv::I420Scale(source.data[0], source.linesize[0], source.data[1], source.linesize[1], source.data[2],
-                    source.linesize[2], source.width, source.height, target.data[0], target.linesize[0],
-                    target.data[1], target.linesize[1], target.data[2], target.linesize[2], target.width,
-                    target.height, libyuv::kFilterBox);
+/// Brings the picture to the size and format of `target`, and after that to the movie's colours.
+Result FrameFitter::Scale(const AVFrame& source, AVFrame& target) {
+  const bool isPlanar = IsPlanar420(source), hasColour = HasOutputColour(source);
+  const AVFrame* scaled = &target;
+  if (!isPlanar) {
+    if (const Result result = ChangeFormat(source, target); result != kOk) return result;
+  } else if (!hasColour && SameSize(source, target.width, target.height)) {
+    scaled = &source;
+  } else {
+    libyuv::I420Scale(source.data[0], source.linesize[0], source.data[1], source.linesize[1], source.data[2],
+                      source.linesize[2], source.width, source.height, target.data[0], target.linesize[0],
+                      target.data[1], target.linesize[1], target.data[2], target.linesize[2], target.width,
+                      target.height, libyuv::kFilterBox);
+  }
+  if (hasColour || IsRgb(static_cast<AVPixelFormat>(source.format))) return kOk;
+  m_conversion.Prepare(ColourOf(source), m_colour.matrix);
+  m_conversion.Apply(PlanarPicture::Of(*scaled), PlanarPicture::Of(target));
   return kOk;
 }
 
-Result FrameFitter::ConvertInto(const AVFrame& source, AVFrame& target) {
+/// Scales as well. The matrix and range stay as they are, but RGB gets those of the movie.
+Result FrameFitter::ChangeFormat(const AVFrame& source, AVFrame& target) {
   if (const Result result = PrepareScaler(source, target); result != kOk) return result;
   const int rows =
       sws_scale(m_scaler.get(), source.data, source.linesize, 0, source.height, target.data, target.linesize);
@@ -131,21 +172,21 @@ Result FrameFitter::ConvertInto(const AVFrame& source, AVFrame& target) {
 
 Result FrameFitter::PrepareScaler(const AVFrame& source, const AVFrame& target) {
   const auto format = static_cast<AVPixelFormat>(source.format);
-  const PictureColour colour = ColourOf(source);
-  const ScalerKey key{source.width,     source.height, source.format, ScalerMatrix(colour.matrix),
-                      colour.fullRange, target.width,  target.height};
+  const ScalerKey key{source.width, source.height, source.format, target.width, target.height};
   if (m_scaler && key == m_scalerKey) return kOk;
   m_scaler.reset(sws_alloc_context());
   if (!m_scaler) return kOutOfMemory;
   SwsContext* scaler = m_scaler.get();
+  // Equal ranges are left alone; the library insists on full range for grey pictures.
+  const int range = IsRgb(format) ? 0 : 1;
   av_opt_set_int(scaler, "srcw", source.width, 0);
   av_opt_set_int(scaler, "srch", source.height, 0);
   av_opt_set_int(scaler, "src_format", WithoutRange(format), 0);
-  av_opt_set_int(scaler, "src_range", colour.fullRange ? 1 : 0, 0);
+  av_opt_set_int(scaler, "src_range", range, 0);
   av_opt_set_int(scaler, "dstw", target.width, 0);
   av_opt_set_int(scaler, "dsth", target.height, 0);
   av_opt_set_int(scaler, "dst_format", AV_PIX_FMT_YUV420P, 0);
-  av_opt_set_int(scaler, "dst_range", 0, 0);
+  av_opt_set_int(scaler, "dst_range", range, 0);
   av_opt_set_int(scaler, "sws_flags", kScalerFlags, 0);
   const int error = sws_init_context(scaler, nullptr, nullptr);
   if (error < 0) {
@@ -156,9 +197,9 @@ Result FrameFitter::PrepareScaler(const AVFrame& source, const AVFrame& target) 
     return kSourceUnreadable;
   }
   // Fails for formats without a matrix, which need none.
-  sws_setColorspaceDetails(scaler, sws_getCoefficients(ScalerMatrix(colour.matrix)), colour.fullRange ? 1 : 0,
-                           sws_getCoefficients(ScalerMatrix(OutputColour(m_height).matrix)), 0, 0, kUnitGain,
-                           kUnitGain);
+  const int* matrix =
+      sws_getCoefficients(MatrixOfHeight(m_height) == OutputMatrix::Bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
+  sws_setColorspaceDetails(scaler, matrix, range, matrix, range, 0, kUnitGain, kUnitGain);
   m_scalerKey = key;
   return kOk;
 }

@@ -7,6 +7,8 @@
 #include "engine/AvPointers.h"
 #include "engine/EngineResult.h"
 #include "engine/FramePool.h"
+#include "engine/MatrixConversion.h"
+#include "engine/PictureColour.h"
 
 namespace vrx::engine {
 
@@ -29,15 +31,15 @@ struct FitRectangle {
   int height;
 };
 
-/// The largest centred rectangle of the picture's shape. `width` and `height` are those of the stored
-/// picture, before it is turned.
+/// The largest centred rectangle of the picture's shape, to the nearest even pixel. `width` and `height` are
+/// those of the stored picture, before it is turned.
 FitRectangle FitPicture(int width, int height, AVRational sampleAspect, bool sideways, int outWidth,
                         int outHeight);
 
 /// Belongs to one thread.
 class FrameFitter {
  public:
-  FrameFitter(int width, int height) : m_width(width), m_height(height) {}
+  FrameFitter(int width, int height) : m_width(width), m_height(height), m_colour(OutputColour(height)) {}
 
   /// `fitted` is a frame of the movie's size and format: a reference to `source` where that already is one,
   /// else a new one. kSourceUnreadable for a picture that nothing can convert, with a logged line.
@@ -45,24 +47,27 @@ class FrameFitter {
 
  private:
   struct ScalerKey {
-    int sourceWidth, sourceHeight, sourceFormat, sourceMatrix;
-    bool fullRange;
+    int sourceWidth, sourceHeight, sourceFormat;
     int width, height;
     bool operator==(const ScalerKey&) const = default;
   };
 
   bool IsOutputFormat(const AVFrame& source) const;
+  bool HasOutputColour(const AVFrame& source) const;
+  Result Place(const AVFrame& source, const Orientation& orientation, AVFrame& target);
   void Turn(const AVFrame& upright, const Orientation& orientation, AVFrame& target) const;
-  Result ScaleInto(const AVFrame& source, AVFrame& target);
-  Result ConvertInto(const AVFrame& source, AVFrame& target);
+  Result Scale(const AVFrame& source, AVFrame& target);
+  Result ChangeFormat(const AVFrame& source, AVFrame& target);
   Result PrepareScaler(const AVFrame& source, const AVFrame& target);
 
   int m_width;  // pixels of the movie's frame
   int m_height;
+  PictureColour m_colour;  // of the movie
   FramePool m_frames;
   FramePool m_uprightFrames;  // scaled, not yet turned
   ScalerPtr m_scaler;
   ScalerKey m_scalerKey{};
+  MatrixConversion m_conversion;
 };
 
 }  // namespace vrx::engine

@@ -14,6 +14,7 @@ namespace vrx::engine {
 namespace {
 
 constexpr int kRowAlignment = 64;  // bytes, for the widest vectors
+constexpr int kRowSlack = 64;      // pixels; half of it in the chroma rows is still a vector
 constexpr int kBlackLuma = 16;
 constexpr int kNeutralChroma = 128;
 
@@ -24,7 +25,7 @@ FramePool::~FramePool() { av_buffer_pool_uninit(&m_pool); }
 FramePtr FramePool::Get(int width, int height) {
   if (m_pool == nullptr || width != m_width || height != m_height) {
     av_buffer_pool_uninit(&m_pool);
-    const int size = av_image_get_buffer_size(AV_PIX_FMT_YUV420P, width, height, kRowAlignment);
+    const int size = av_image_get_buffer_size(AV_PIX_FMT_YUV420P, width + kRowSlack, height, kRowAlignment);
     if (size > 0) m_pool = av_buffer_pool_init(static_cast<std::size_t>(size) + kRowAlignment, nullptr);
     if (m_pool == nullptr) throw std::bad_alloc();
     m_width = width;
@@ -37,8 +38,8 @@ FramePtr FramePool::Get(int width, int height) {
   frame->format = AV_PIX_FMT_YUV420P;
   frame->width = width;
   frame->height = height;
-  av_image_fill_arrays(frame->data, frame->linesize, frame->buf[0]->data, AV_PIX_FMT_YUV420P, width, height,
-                       kRowAlignment);
+  av_image_fill_arrays(frame->data, frame->linesize, frame->buf[0]->data, AV_PIX_FMT_YUV420P,
+                       width + kRowSlack, height, kRowAlignment);
   return frame;
 }
 

@@ -14,7 +14,8 @@ class FramePool {
   FramePool& operator=(const FramePool&) = delete;
   ~FramePool();
 
-  /// A writable 8-bit 4:2:0 frame of `width` x `height` with undefined content. Throws std::bad_alloc.
+  /// A writable 8-bit 4:2:0 frame of `width` x `height` with undefined content. Each row has room after its
+  /// end for a scaler that writes whole vectors. Throws std::bad_alloc.
   FramePtr Get(int width, int height);
 
  private:

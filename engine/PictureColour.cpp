@@ -9,9 +9,10 @@ namespace {
 
 constexpr int kMaxStandardHeight = 576;  // lines of standard definition
 
-bool IsRgb(AVPixelFormat format) {
+bool IsGrey(AVPixelFormat format) {
   const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
-  return descriptor != nullptr && (descriptor->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+  return descriptor != nullptr && descriptor->nb_components >= 1 && descriptor->nb_components <= 2 &&
+         !IsRgb(format);
 }
 
 }  // namespace
@@ -36,26 +37,31 @@ PictureColour ColourOf(const AVFrame& frame) {
   if (frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RESERVED) {
     colour.matrix = frame.colorspace;
   }
-  colour.fullRange = frame.color_range == AVCOL_RANGE_JPEG || WithoutRange(format) != format || IsRgb(format);
+  const bool usuallyFull = WithoutRange(format) != format || IsRgb(format) || IsGrey(format);
+  const bool saysLimited = frame.color_range == AVCOL_RANGE_MPEG && IsGrey(format);
+  colour.fullRange = frame.color_range == AVCOL_RANGE_JPEG || (usuallyFull && !saysLimited);
   return colour;
 }
 
-bool SameCoefficients(AVColorSpace a, AVColorSpace b) { return ScalerMatrix(a) == ScalerMatrix(b); }
-
-int ScalerMatrix(AVColorSpace matrix) {
+LumaWeights WeightsOf(AVColorSpace matrix) {
   switch (matrix) {
     case AVCOL_SPC_BT709:
-      return SWS_CS_ITU709;
+      return kBt709Weights;
     case AVCOL_SPC_FCC:
-      return SWS_CS_FCC;
+      return {0.30, 0.11};
     case AVCOL_SPC_SMPTE240M:
-      return SWS_CS_SMPTE240M;
+      return {0.212, 0.087};
     case AVCOL_SPC_BT2020_NCL:
     case AVCOL_SPC_BT2020_CL:
-      return SWS_CS_BT2020;
+      return {0.2627, 0.0593};
     default:
-      return SWS_CS_ITU601;
+      return kBt601Weights;
   }
+}
+
+bool IsRgb(AVPixelFormat format) {
+  const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+  return descriptor != nullptr && (descriptor->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
 }
 
 AVPixelFormat WithoutRange(AVPixelFormat format) {

@@ -20,14 +20,24 @@ struct PictureColour {
 OutputMatrix MatrixOfHeight(int height);
 PictureColour OutputColour(int height);
 
-/// What `frame` says of itself; where it says nothing, what pictures of its height usually are.
+/// What `frame` says of itself; where it says nothing, what pictures of its height and format usually are.
 PictureColour ColourOf(const AVFrame& frame);
 
-/// Whether both matrices have the same coefficients.
-bool SameCoefficients(AVColorSpace a, AVColorSpace b);
+/// The shares of red and blue in the luma of a matrix; the rest is green's.
+struct LumaWeights {
+  double red;
+  double blue;
+  bool operator==(const LumaWeights&) const = default;
+};
 
-/// The argument of sws_getCoefficients for `matrix`.
-int ScalerMatrix(AVColorSpace matrix);
+inline constexpr LumaWeights kBt601Weights{0.299, 0.114};
+inline constexpr LumaWeights kBt709Weights{0.2126, 0.0722};
+
+/// Matrices that no 4:2:0 picture should have count as BT.601.
+LumaWeights WeightsOf(AVColorSpace matrix);
+
+/// Whether pictures of `format` hold red, green and blue.
+bool IsRgb(AVPixelFormat format);
 
 /// The format without the range that old formats carry in their names.
 AVPixelFormat WithoutRange(AVPixelFormat format);
