@@ -1,6 +1,7 @@
 #include "engine/FileVideoSource.h"
 
 extern "C" {
+#include <libavutil/cpu.h>
 #include <libavutil/mathematics.h>
 }
 
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::int64_t kReadOnSeconds = 3;  // a gap up to here is decoded through rather than jumped over
 constexpr std::int64_t kMaxPixels = std::int64_t{16384} * 16384;
+constexpr int kMaxThreads = 4;  // each keeps frames of its own; more do not help, since encoding takes longer
 constexpr int kMaxIdleErrors = 64;  // of the decoder in a row, without a frame between
 constexpr int kDamage =
     FF_DECODE_ERROR_INVALID_BITSTREAM | FF_DECODE_ERROR_CONCEALMENT_ACTIVE | FF_DECODE_ERROR_DECODE_SLICES;
@@ -63,7 +65,7 @@ Result FileVideoSource::OpenDecoder() {
   }
   m_codec.reset(avcodec_alloc_context3(decoder));
   if (!m_codec || avcodec_parameters_to_context(m_codec.get(), stream.codecpar) < 0) return kOutOfMemory;
-  m_codec->thread_count = 0;
+  m_codec->thread_count = std::min(av_cpu_count(), kMaxThreads);
   m_codec->pkt_timebase = stream.time_base;
   m_codec->max_pixels = kMaxPixels;
   const int error = avcodec_open2(m_codec.get(), decoder, nullptr);
