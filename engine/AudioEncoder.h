@@ -18,7 +18,7 @@ class AudioEncoder {
  public:
   /// kUnusableSettings when the codec refuses the plan, with a logged line.
   Result Open(const AudioPlan& plan, bool globalHeader);
-  const AVCodecContext& context() const { return *m_codec; }
+  const AVCodecContext& GetContext() const { return *m_codec; }
   /// Samples of each channel that were encoded so far.
   std::int64_t GetSamples() const { return m_samples; }
 

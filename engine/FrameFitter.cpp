@@ -94,9 +94,9 @@ FitRectangle FitPicture(int width, int height, AVRational sampleAspect, bool sid
 
 Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, FramePtr& fitted) {
   const FitRectangle fit = FitPicture(source.width, source.height, source.sample_aspect_ratio,
-                                      orientation.sideways(), m_width, m_height);
+                                      orientation.IsSideways(), m_width, m_height);
   const bool fills = fit.width == m_width && fit.height == m_height;
-  if (orientation.upright() && fills && SameSize(source, m_width, m_height) && IsOutputFormat(source)) {
+  if (orientation.IsUpright() && fills && SameSize(source, m_width, m_height) && IsOutputFormat(source)) {
     fitted = ShareFrame(source);
     return kOk;
   }
@@ -109,9 +109,9 @@ Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, F
 
 /// The content of a frame from the pool, or of a rectangle in one, becomes the picture as it is to be seen.
 Result FrameFitter::Place(const AVFrame& source, const Orientation& orientation, AVFrame& target) {
-  if (orientation.upright()) return Scale(source, target);
-  const int width = orientation.sideways() ? target.height : target.width;
-  const int height = orientation.sideways() ? target.width : target.height;
+  if (orientation.IsUpright()) return Scale(source, target);
+  const int width = orientation.IsSideways() ? target.height : target.width;
+  const int height = orientation.IsSideways() ? target.width : target.height;
   if (IsOutputFormat(source) && SameSize(source, width, height)) {
     Turn(source, orientation, target);
     return kOk;

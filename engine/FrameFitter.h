@@ -19,8 +19,8 @@ struct Orientation {
 
   /// From the nine numbers of a container's display matrix; angles between go to the nearest quarter turn.
   static Orientation OfDisplayMatrix(const std::int32_t* matrix);
-  bool upright() const { return clockwise == 0 && !flipped; }
-  bool sideways() const { return clockwise == 90 || clockwise == 270; }
+  bool IsUpright() const { return clockwise == 0 && !flipped; }
+  bool IsSideways() const { return clockwise == 90 || clockwise == 270; }
 };
 
 /// A rectangle in the movie's frame, in pixels from the top left; all four are even.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <utility>
 
 #include "engine/EngineLog.h"
 #include "engine/SourcePath.h"
@@ -19,12 +20,6 @@ constexpr std::uint16_t kNotSet = 0xFFFF;  // hosts fill a number that a project
 Result Unusable(const std::string& what) {
   Log(VRXLogError, "output setting not usable: " + what);
   return kUnusableSettings;
-}
-
-Result CheckSize(const char* name, int size) {
-  if (limits::IsUsableSide(size)) return kOk;
-  return Unusable(std::string(name) + " is " + std::to_string(size) + ", not an even number from " +
-                  std::to_string(limits::kMinSide) + " to " + std::to_string(limits::kMaxSide));
 }
 
 Result MakeFrameDuration(const VRXTimeInfo& time, FrameDuration& duration) {
@@ -50,8 +45,11 @@ Result MakeVideoPlan(const VRXVideoOutputSetting& setting, VideoPlan& plan) {
   if (setting.avcEncoderMode < 0 || setting.avcEncoderMode >= static_cast<int>(kPresets.size())) {
     return Unusable("avcEncoderMode is " + std::to_string(setting.avcEncoderMode) + ", not 0 to 2");
   }
-  if (const Result result = CheckSize("width", setting.width); result != kOk) return result;
-  if (const Result result = CheckSize("height", setting.height); result != kOk) return result;
+  for (const auto& [name, side] : {std::pair{"width", setting.width}, {"height", setting.height}}) {
+    if (limits::IsUsableSide(side)) continue;
+    return Unusable(std::string(name) + " is " + std::to_string(side) + ", not an even number from " +
+                    std::to_string(limits::kMinSide) + " to " + std::to_string(limits::kMaxSide));
+  }
   plan.codec = setting.codecType == 0 ? VideoCodec::H264 : VideoCodec::Mpeg2;
   plan.width = setting.width;
   plan.height = setting.height;

@@ -61,10 +61,10 @@ Result Sequence::OpenTracks() {
 
 Result Sequence::OpenOutput() {
   if (const Result result = m_writer.Create(m_output); result != kOk) return result;
-  if (const Result result = m_writer.AddStream(m_videoEncoder.context(), m_videoStream); result != kOk)
+  if (const Result result = m_writer.AddStream(m_videoEncoder.GetContext(), m_videoStream); result != kOk)
     return result;
   if (m_audio) {
-    const Result result = m_writer.AddStream(m_audioEncoder.context(), m_audioStream);
+    const Result result = m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream);
     if (result != kOk) return result;
   }
   return m_writer.Begin();

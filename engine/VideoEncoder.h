@@ -15,7 +15,7 @@ class VideoEncoder {
  public:
   /// kUnusableSettings when the codec refuses the plan, with a logged line.
   Result Open(const VideoPlan& plan, bool globalHeader);
-  const AVCodecContext& context() const { return *m_codec; }
+  const AVCodecContext& GetContext() const { return *m_codec; }
 
   /// Encodes `frame` as number `index` of the movie and writes what comes out. The frame's own time and
   /// picture type are overwritten.

@@ -173,7 +173,7 @@ TEST(FrameFitter, WritesNothingBesideThePicture) {
   };
   for (const Kind& kind : kinds) {
     for (const Orientation& orientation : {Orientation{}, Orientation{0, true}, Orientation{90, false}}) {
-      const bool sideways = orientation.sideways();
+      const bool sideways = orientation.IsSideways();
       for (int width = 2; width <= 130; ++width) {
         SCOPED_TRACE(testing::Message() << av_get_pix_fmt_name(kind.format) << " " << width
                                         << " wide, turned by " << orientation.clockwise);
