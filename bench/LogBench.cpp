@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The benchmarks of this program log as well; not into the user's own log.
+/// Keeps the benchmarks of this program from the user's log.
 const bool g_ownLog = [] {
   const auto folder = std::filesystem::temp_directory_path() / "vrx-bench-log";
   std::filesystem::create_directories(folder);

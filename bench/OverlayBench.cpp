@@ -25,7 +25,7 @@ struct Release {
   void operator()(IKVSDynamicInfoPainter* painters) const { painters->Release(); }
 };
 
-/// A movie of captions that each stand for `framesEach` frames.
+/// A movie of captions that each last `framesEach` frames.
 class CaptionedMovie {
  public:
   explicit CaptionedMovie(std::int32_t framesEach) {

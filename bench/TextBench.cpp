@@ -32,7 +32,7 @@ void CaptionFirst(benchmark::State& state) {
   Font other;
   other.height = -20;
   for (auto _ : state) {
-    renderer.Measure(u"x", other, 0, 0);  // pushes the caption out
+    renderer.Measure(u"x", other, 0, 0);  // pushes the caption out of the cache
     DrawCaption(renderer, canvas);
   }
 }
