@@ -130,12 +130,13 @@ TEST_P(Conversion, OnlyChangedPixelsReachThePicture) {
   }
 }
 
-TEST_P(Conversion, WholeRowsGiveTheSameBytesAsPairsOfColumns) {
+TEST_P(Conversion, VectorsAndSinglePixelsGiveTheSameBytes) {
   std::mt19937 random(13);
   for (const auto& [w, h] : {std::pair{32, 2}, {33, 3}, {62, 1}, {64, 4}, {301, 5}}) {
     Planes planes(w, h, random);
     for (auto* plane : {&planes.y, &planes.u, &planes.v}) {
-      for (auto& sample : *plane) sample = static_cast<std::uint8_t>(random());  // beyond the range as well
+      for (auto& sample : *plane)
+        sample = static_cast<std::uint8_t>(random());  // also outside the limited range
     }
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(w * h)), narrowPixels = pixels;
     PlanarToBgr(planes.View(), GetParam(), {pixels.data(), w});

@@ -54,7 +54,7 @@ TEST(OverlayStage, CallsOnceForEachFrameOfTheSpans) {
                                                   std::array{4, 7, 8}, std::array{9, 1, 1}));
 }
 
-TEST(OverlayStage, TakesWhatWasDrawnUnlessTheCallbackFailedAndLeavesTheRestBitIdentical) {
+TEST(OverlayStage, TakesExactlyTheDrawnPixelsUnlessTheCallbackFails) {
   Painter painter;
   painter.paint = [](std::uint8_t* bytes) {
     // A white 3 by 2 patch with its lower left corner at (50, 10) counted from the bottom left.
