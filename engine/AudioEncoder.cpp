@@ -14,7 +14,7 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-constexpr int kPcmBlockSize = 1024;  // samples; PCM codecs leave the size to us
+constexpr int kPcmBlockSize = 1024;  // samples; PCM codecs take any number
 
 AVCodecID CodecId(AudioCodec codec) {
   switch (codec) {

@@ -86,7 +86,7 @@ BgrRowPair PixelPair(BgrRows rows, int top, int second) {
   return {rows.top + top * rows.stride, rows.top + second * rows.stride};
 }
 
-/// Calls `convert` with the places of two rows after the other.
+/// Calls `convert` for every two rows, from the top.
 template <typename Convert>
 void ForEachRowPair(const PlanarPicture& picture, Convert convert) {
   for (int top = 0; top < picture.height; top += 2) {

@@ -41,7 +41,7 @@ void BgrToPlanar(BgrRows rows, OutputMatrix matrix, const PlanarPicture& picture
 /// is.
 void ChangedBgrToPlanar(BgrRows rows, BgrRows before, OutputMatrix matrix, const PlanarPicture& picture);
 
-/// Whether two pictures are the same to the last byte.
+/// Whether two pictures have the same bytes.
 bool SameRows(BgrRows a, BgrRows b, int width, int height);
 
 }  // namespace vrx::engine

@@ -13,7 +13,7 @@ struct Coefficients {
   std::int16_t yr, yg, yb, ur, ug, ub, vr, vg, vb;
 };
 
-inline constexpr int kFraction = 15;  // bits behind the point; all coefficients stay within sixteen bits
+inline constexpr int kFraction = 15;  // bits after the point; all coefficients fit into sixteen bits
 inline constexpr int kQuad = 2;       // bits: a chroma sample sums four pixels
 inline constexpr int kLumaFloor = 16;
 inline constexpr int kNeutral = 128;
@@ -23,13 +23,14 @@ inline constexpr int kChromaBias = (kNeutral << (kFraction + kQuad)) + (1 << (kF
 
 const Coefficients& CoefficientsOf(OutputMatrix matrix);
 
-/// The inverse, for rounded products of sixteen bits: luma and chroma samples go in times kLumaGain and
-/// kChromaGain, and the products, less kProductShift bits, are colours times 2^kInverseFraction.
+/// From samples to colours with sixteen bits. A sample is multiplied by kLumaGain or kChromaGain and by its
+/// coefficient; the product, rounded and shifted right by kProductShift, is a colour times
+/// 2^kInverseFraction.
 struct InverseCoefficients {
   std::int16_t y, rv, gu, gv, bu;
 };
 
-inline constexpr int kInverseFraction = 5;  // so that no sum of three terms leaves 16 bits
+inline constexpr int kInverseFraction = 5;  // so that a sum of three terms fits into 16 bits
 inline constexpr int kLumaGain = 1 << 7;    // a luma sample less its floor has eight bits
 inline constexpr int kChromaGain = 1 << 8;  // a chroma sample less its bias has seven bits and a sign
 inline constexpr int kProductShift = 15;

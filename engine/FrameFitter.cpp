@@ -38,7 +38,7 @@ bool SameSize(const AVFrame& frame, int width, int height) {
   return frame.width == width && frame.height == height;
 }
 
-/// A view of `rectangle`, even numbers, in `frame`; it does not own the picture.
+/// The part of `frame` in `rectangle`, whose numbers are even. It does not own the samples.
 FramePtr View(const AVFrame& frame, const FitRectangle& rectangle) {
   FramePtr view(av_frame_alloc());
   if (!view) throw std::bad_alloc();
@@ -102,12 +102,12 @@ Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, F
   }
   fitted = m_frames.Get(m_width, m_height);
   if (const Result result = Place(source, orientation, *View(*fitted, fit)); result != kOk) return result;
-  // Last, because the scaler writes whole vectors and so past the right edge of the picture.
+  // After the scaler, which writes whole vectors and so past the right edge of the picture.
   if (!fills) FillBars(*fitted, fit);
   return kOk;
 }
 
-/// The content of a frame from the pool, or of a rectangle in one, becomes the picture as it is to be seen.
+/// Fills `target`, a frame from the pool or a part of one, with the picture as it is displayed.
 Result FrameFitter::Place(const AVFrame& source, const Orientation& orientation, AVFrame& target) {
   if (orientation.IsUpright()) return Scale(source, target);
   const int width = orientation.IsSideways() ? target.height : target.width;
@@ -132,7 +132,7 @@ bool FrameFitter::IsOutputFormat(const AVFrame& source) const {
 }
 
 void FrameFitter::Turn(const AVFrame& upright, const Orientation& orientation, AVFrame& target) const {
-  // A negative height turns the rows upside down before anything else.
+  // A negative height turns the picture upside down first.
   libyuv::I420Rotate(upright.data[0], upright.linesize[0], upright.data[1], upright.linesize[1],
                      upright.data[2], upright.linesize[2], target.data[0], target.linesize[0], target.data[1],
                      target.linesize[1], target.data[2], target.linesize[2], upright.width,
@@ -177,7 +177,7 @@ Result FrameFitter::PrepareScaler(const AVFrame& source, const AVFrame& target) 
   m_scaler.reset(sws_alloc_context());
   if (!m_scaler) return kOutOfMemory;
   SwsContext* scaler = m_scaler.get();
-  // Equal ranges are left alone; the library insists on full range for grey pictures.
+  // Equal ranges mean no conversion. For grey pictures the library takes no other range than full.
   const int range = IsRgb(format) ? 0 : 1;
   av_opt_set_int(scaler, "srcw", source.width, 0);
   av_opt_set_int(scaler, "srch", source.height, 0);
@@ -196,7 +196,7 @@ Result FrameFitter::PrepareScaler(const AVFrame& source, const AVFrame& target) 
                          " cannot be converted: " + AvErrorText(error));
     return kSourceUnreadable;
   }
-  // Fails for formats without a matrix, which need none.
+  // Its error is ignored: it fails for formats without a matrix, which need none.
   const int* matrix =
       sws_getCoefficients(MatrixOfHeight(m_height) == OutputMatrix::Bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
   sws_setColorspaceDetails(scaler, matrix, range, matrix, range, 0, kUnitGain, kUnitGain);

@@ -12,12 +12,12 @@
 
 namespace vrx::engine {
 
-/// How a source wants to be shown: turned upside down first if `flipped`, then turned clockwise.
+/// How a stored picture is turned for display: first upside down if `flipped`, then clockwise.
 struct Orientation {
   int clockwise = 0;  // degrees: 0, 90, 180 or 270
   bool flipped = false;
 
-  /// From the nine numbers of a container's display matrix; angles between go to the nearest quarter turn.
+  /// From the nine numbers of a container's display matrix; the angle is rounded to quarter turns.
   static Orientation OfDisplayMatrix(const std::int32_t* matrix);
   bool IsUpright() const { return clockwise == 0 && !flipped; }
   bool IsSideways() const { return clockwise == 90 || clockwise == 270; }
@@ -42,7 +42,7 @@ class FrameFitter {
   FrameFitter(int width, int height) : m_width(width), m_height(height), m_colour(OutputColour(height)) {}
 
   /// `fitted` is a frame of the movie's size and format: a reference to `source` where that already is one,
-  /// else a new one. kSourceUnreadable for a picture that nothing can convert, with a logged line.
+  /// else a new one. kSourceUnreadable, with a logged line, for a pixel format that cannot be converted.
   Result Fit(const AVFrame& source, const Orientation& orientation, FramePtr& fitted);
 
  private:

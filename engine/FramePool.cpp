@@ -46,7 +46,7 @@ FramePtr FramePool::Get(int width, int height) {
 FramePtr ShareFrame(const AVFrame& frame) {
   FramePtr share(av_frame_alloc());
   if (!share || av_frame_ref(share.get(), &frame) < 0) throw std::bad_alloc();
-  // An encoder would take captions, regions and the like over into the movie.
+  // Encoders would copy side data, such as a source's captions, into the movie.
   while (share->nb_side_data > 0) av_frame_remove_side_data(share.get(), share->side_data[0]->type);
   av_dict_free(&share->metadata);
   av_buffer_unref(&share->opaque_ref);

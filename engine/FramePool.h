@@ -1,4 +1,4 @@
-// Frames of one size in the movie's pixel format, whose memory is used again. Used wherever the engine makes
+// Frames of one size in the movie's pixel format, whose memory is reused. Used wherever the engine makes
 // pictures of its own.
 #pragma once
 

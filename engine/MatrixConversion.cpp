@@ -5,6 +5,14 @@
 
 #include "engine/ColourCoefficients.h"
 
+// Source and target are the same row or do not overlap. Compilers vectorise the loops below only when told
+// so.
+#ifdef __clang__
+#define VRX_NO_OVERLAP _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define VRX_NO_OVERLAP _Pragma("GCC ivdep")
+#endif
+
 namespace vrx::engine {
 namespace {
 
@@ -12,7 +20,7 @@ constexpr int kWeightBits = 14;  // after the point; no weight reaches 2
 constexpr int kTermBits = 6;     // a luma sample and its term stay within sixteen bits
 constexpr double kLumaSteps = 219, kChromaSteps = 224, kFullSteps = 255;
 
-// Full-range luma in terms, times 2^16. The sample is shifted to fill sixteen bits first.
+// From a full-range sample, shifted up to fill sixteen bits, to the scale of the terms; times 2^16.
 constexpr int kSampleShift = 7;
 constexpr auto kFullGain =
     static_cast<std::uint16_t>(kLumaSteps / kFullSteps * (1 << (16 + kTermBits - kSampleShift)) + 0.5);
@@ -55,11 +63,12 @@ void MatrixConversion::Apply(const PlanarPicture& source, const PlanarPicture& t
   }
 }
 
-/// Also leaves the terms for the two rows of luma.
+/// Fills m_terms for the two rows of luma as well.
 void MatrixConversion::ConvertChroma(const PlanarPicture& source, const PlanarPicture& target, int row) {
   constexpr int kShift = kWeightBits - kTermBits;
   constexpr int kBias = (kNeutral << kWeightBits) + (1 << (kWeightBits - 1));
-  // A limited sample keeps its floor. The product of a full one is cut off, by half a unit on the average.
+  // A limited-range sample includes the floor already. For full range the product in ConvertLuma is rounded
+  // down, so that half a unit is added here.
   const int floor = (m_fullRange ? kLumaFloor << kTermBits : 0) + (1 << (kTermBits - 1));
   const int termBias = (floor << kShift) + (m_fullRange ? 1 << kShift : 1 << (kShift - 1));
   const std::uint8_t* u = source.u + row * source.chromaStride;
@@ -70,7 +79,7 @@ void MatrixConversion::ConvertChroma(const PlanarPicture& source, const PlanarPi
   const std::int16_t lumaOfU = m_lumaOfU, lumaOfV = m_lumaOfV, uOfU = m_uOfU, uOfV = m_uOfV, vOfU = m_vOfU,
                      vOfV = m_vOfV;
   const int width = (source.width + 1) / 2;
-#pragma GCC ivdep
+  VRX_NO_OVERLAP
   for (int x = 0; x < width; ++x) {
     const auto cb = static_cast<std::int16_t>(u[x] - kNeutral),
                cr = static_cast<std::int16_t>(v[x] - kNeutral);
@@ -85,14 +94,14 @@ void MatrixConversion::ConvertChroma(const PlanarPicture& source, const PlanarPi
 void MatrixConversion::ConvertLuma(const std::uint8_t* source, std::uint8_t* target, int width) const {
   const std::int16_t* terms = m_terms.data();
   if (m_fullRange) {
-#pragma GCC ivdep
+    VRX_NO_OVERLAP
     for (int x = 0; x < width; ++x) {
       const auto sample = static_cast<std::uint16_t>(source[x] << kSampleShift);
       const auto luma = static_cast<std::int16_t>((std::uint32_t{sample} * kFullGain) >> 16);
       target[x] = ToByte(static_cast<std::int16_t>(luma + terms[x]) >> kTermBits);
     }
   } else {
-#pragma GCC ivdep
+    VRX_NO_OVERLAP
     for (int x = 0; x < width; ++x) {
       const auto luma = static_cast<std::int16_t>(source[x] << kTermBits);
       target[x] = ToByte(static_cast<std::int16_t>(luma + terms[x]) >> kTermBits);

@@ -12,7 +12,7 @@
 namespace vrx::engine {
 namespace {
 
-// By avcEncoderMode. Slower presets look further ahead and keep hundreds of MiB of full HD frames for it.
+// By avcEncoderMode. Slower presets look further ahead, which takes hundreds of MiB of full HD frames.
 constexpr std::array<const char*, 3> kPresets{"veryfast", "superfast", "medium"};
 constexpr std::uint32_t kMaxTimeZoneBytes = 4096;
 constexpr std::uint16_t kNotSet = 0xFFFF;  // hosts fill a number that a project leaves out with -1
@@ -153,7 +153,7 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan) {
     AudioPlan audio{};
     if (const Result result = MakeAudioPlan(*setting.audio, plan.container, audio); result != kOk)
       return result;
-    // The MP4 muxer has no box for PCM; its QuickTime sibling has.
+    // The MP4 muxer does not take PCM, and the QuickTime muxer does.
     const bool pcm = audio.codec == AudioCodec::Pcm16 || audio.codec == AudioCodec::Pcm24;
     if (pcm) plan.container = Container::QuickTime;
     plan.audio = audio;

@@ -1,5 +1,5 @@
-// The output settings after validation, in the engine's own terms. Made once per sequence from the host's
-// record; used by the encoders, the writer and the sequence.
+// The checked output settings as the engine uses them. Made once per sequence from the host's record; used by
+// the encoders, the writer and the sequence.
 #pragma once
 
 #include <cstdint>

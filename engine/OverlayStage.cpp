@@ -45,8 +45,8 @@ const OverlaySpan* OverlayStage::SpanOf(std::int64_t number) {
   return m_span < m_spans.size() && m_spans[m_span].first <= number ? &m_spans[m_span] : nullptr;
 }
 
-/// The frame is converted once more, two rows at a time that stay in the innermost cache: cheaper than a copy
-/// of the whole picture.
+/// Converts the frame again to see what was changed, two rows at a time, which fit into the first-level
+/// cache. That costs less than keeping a copy of the whole picture.
 void OverlayStage::TakeOver(FramePtr& frame) {
   const BgrRows before{m_pair.data(), m_width};
   bool writable = false;
@@ -65,7 +65,7 @@ BgrRows OverlayStage::DrawnRows(int top) {
   return {m_buffer.data() + static_cast<std::ptrdiff_t>(m_height - 1 - top) * m_width, -m_width};
 }
 
-/// Other frames may still be predicted from a decoder's picture, and a picture on hold comes again.
+/// The decoder may still predict other frames from its picture, and a held picture is shown several times.
 void OverlayStage::MakeWritable(FramePtr& frame) {
   if (av_frame_is_writable(frame.get()) != 0) return;
   FramePtr copy = m_frames.Get(m_width, m_height);

@@ -19,8 +19,8 @@ class OverlayStage {
   OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vector<OverlaySpan> spans, int width,
                int height);
 
-  /// Hands frame `number` to the callback if a span holds it; numbers rise. Where the callback changed
-  /// something, `frame` becomes a frame of its own with the changed samples in it, else it stays as it is.
+  /// Hands frame `number` to the callback if it lies in a span; numbers must rise. If the callback changed
+  /// something, `frame` becomes a copy with the changed samples, unless nothing else refers to it.
   void Apply(std::int64_t number, FramePtr& frame);
 
  private:

@@ -1,5 +1,5 @@
-// Which matrix and range a picture is coded with: what a source says or leaves open, and what the movie gets.
-// Used by the fitter, the overlay stage and the encoder.
+// Which matrix and range the samples of a picture have: those of a source, stated or assumed, and those of
+// the movie. Used by the fitter, the overlay stage and the encoder.
 #pragma once
 
 #include "engine/AvPointers.h"

@@ -11,7 +11,7 @@
 namespace vrx::engine {
 
 /// Writes output frame `number` as packed bottom-up 4-byte BGR, after the overlay callback has seen it if a
-/// range holds it. kInvalidArgument for a frame behind the end or a span that does not hold the picture's
+/// range holds it. kInvalidArgument for a frame after the end or a span that does not hold the picture's
 /// width * height pixels; otherwise as a sequence fails.
 Result RenderStillFrame(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
                         std::uint64_t number, std::span<std::uint32_t> pixels);

@@ -20,7 +20,7 @@ constexpr int kMpeg2BFrames = 2;
 
 void SetUpH264(const VideoPlan& plan, AVCodecContext& codec) {
   av_opt_set(codec.priv_data, "preset", plan.preset, 0);
-  // How many frames wait for the lookahead's thread: one keeps it busy, and each costs 22 MiB in a 4K movie.
+  // Frames that wait for the lookahead's thread. One keeps it busy, and each takes 22 MiB in a 4K movie.
   av_opt_set(codec.priv_data, "x264-params", "sync-lookahead=1", 0);
   if (plan.bitrate == 0) av_opt_set_double(codec.priv_data, "crf", kH264Quality, 0);
   if (plan.interlaced) codec.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
@@ -50,7 +50,8 @@ void SetUpCommon(const VideoPlan& plan, bool globalHeader, AVCodecContext& codec
   codec.color_trc = colour.transfer;
   codec.color_range = AVCOL_RANGE_MPEG;
   codec.chroma_sample_location = AVCHROMA_LOC_LEFT;
-  // Left to itself x264 takes half as many again, each with frames of its own, and the decoder needs a share.
+  // By itself x264 starts half as many threads again, each with frames of its own, but the decoder needs a
+  // share too.
   codec.thread_count = av_cpu_count();
   if (plan.bitrate > 0) codec.bit_rate = plan.bitrate;
   if (globalHeader) codec.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -115,7 +116,7 @@ Result VideoEncoder::WritePackets(MovieWriter& writer, int stream) {
       Log(VRXLogError, "the video encoder failed: " + AvErrorText(error));
       return kEncoderFailed;
     }
-    // The codec leaves the length of some packets open, and the last one decides the length of the movie.
+    // Some packets come without a length, and the movie ends with that of the last one.
     if (m_packet->duration == 0) m_packet->duration = 1;
     if (const Result result = writer.Write(*m_packet, stream, m_codec->time_base); result != kOk)
       return result;

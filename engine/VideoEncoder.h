@@ -10,7 +10,7 @@
 
 namespace vrx::engine {
 
-/// Belongs to one thread; the codec's own threads work behind it.
+/// Belongs to one thread; the codec has threads of its own.
 class VideoEncoder {
  public:
   /// kUnusableSettings when the codec refuses the plan, with a logged line.

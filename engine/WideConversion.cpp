@@ -1,5 +1,5 @@
-// This file is compiled for processors that not every machine has: include nothing whose inline functions
-// other files share.
+// Compiled for AVX2, which not every processor has. Include no header with inline functions that other files
+// use: the linker keeps one copy of each, and it might be the one from here.
 #include "engine/WideConversion.h"
 
 #ifdef __AVX2__
@@ -23,7 +23,7 @@ void Store(void* place, Vector value) { _mm256_storeu_si256(static_cast<Vector*>
 /// The colours of eight pixels, or sums of such, in fields of sixteen bits.
 struct Colours {
   Vector redBlue;
-  Vector green;  // beside the fourth byte, which counts for nothing
+  Vector green;  // and the fourth byte, whose weight is 0
 };
 
 /// Coefficients in the same places.
@@ -62,7 +62,7 @@ Colours AddNeighbours(const Colours& a, const Colours& b) {
              {Odds(a.redBlue, b.redBlue), Odds(a.green, b.green)});
 }
 
-/// Undoes the order into which two packings, or Evens and one packing, bring groups of 32 bits.
+/// Restores the order of groups of 32 bits after two packings, or after Evens and one packing.
 Vector InOrder(Vector groups) {
   return _mm256_permutevar8x32_epi32(groups, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 }
@@ -198,7 +198,7 @@ void WriteRow(const std::uint8_t* y, const ChromaTerms& chroma, const InverseCoe
   const Vector blueGreenLow = _mm256_unpacklo_epi8(blue, green);
   const Vector blueGreenHigh = _mm256_unpackhi_epi8(blue, green);
   const Vector redLow = _mm256_unpacklo_epi8(red, opaque), redHigh = _mm256_unpackhi_epi8(red, opaque);
-  // Each holds four pixels, and four that stand sixteen further on.
+  // Each holds four pixels, and the four that are sixteen columns further right.
   const Vector p0 = _mm256_unpacklo_epi16(blueGreenLow, redLow);
   const Vector p4 = _mm256_unpackhi_epi16(blueGreenLow, redLow);
   const Vector p8 = _mm256_unpacklo_epi16(blueGreenHigh, redHigh);

@@ -1,5 +1,5 @@
-// The conversion between packed pixels and 4:2:0 once more, for processors with vectors of 32 bytes. Gives
-// the same bytes as the plain form. Used by BgrConversion.
+// The conversion between packed pixels and 4:2:0 for processors with vectors of 32 bytes. It gives the same
+// bytes as the plain conversion. Used by BgrConversion.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@ struct PlanarRowPair {
 /// Whether this processor has what the functions below need.
 bool HasWideVectors();
 
-// They convert the first columns, as many as whole vectors hold, and return how many these are: an even
-// number up to `width`.
+// They convert as many columns as whole vectors hold, from the left, and return their number: even, up to
+// `width`.
 
 int WideToBgr(const PlanarRowPair& samples, const InverseCoefficients& c, int width,
               const BgrRowPair& pixels);
