@@ -57,7 +57,8 @@ std::error_code FollowLinks(std::string& path) {
   return ErrnoCode(ELOOP);
 }
 
-/// Marks and access lists. What the file system refuses is left out.
+/// Marks and the access list. What the file system refuses is left out, and so are privileges of the old
+/// file.
 void CopyAttributes(int from, int to) {
   const ssize_t size = flistxattr(from, nullptr, 0);
   if (size <= 0) return;
@@ -67,6 +68,8 @@ void CopyAttributes(int from, int to) {
   names.resize(static_cast<std::size_t>(listed));
   std::vector<char> value(kLargestAttribute);
   for (auto name = names.begin(); name != names.end(); name = std::find(name, names.end(), '\0') + 1) {
+    const std::string_view kind = &*name;
+    if (!kind.starts_with("user.") && kind != "system.posix_acl_access") continue;
     const ssize_t length = fgetxattr(from, &*name, value.data(), value.size());
     if (length >= 0) fsetxattr(to, &*name, value.data(), static_cast<std::size_t>(length), 0);
   }
