@@ -15,7 +15,7 @@ InterruptWaiter::InterruptWaiter() {
   sigemptyset(&interrupts);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&interrupts, signal);
   pthread_sigmask(SIG_BLOCK, &interrupts, nullptr);
-  std::signal(SIGXFSZ, SIG_IGN);
+  for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
   m_signals = signalfd(-1, &interrupts, SFD_CLOEXEC | SFD_NONBLOCK);
   m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
 }
