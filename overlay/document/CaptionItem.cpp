@@ -2,7 +2,6 @@
 
 #include "content/plist/PlistNumbers.h"
 #include "foundation/number/Saturate.h"
-#include "overlay/document/CaptionTags.h"
 
 namespace {
 
@@ -12,38 +11,47 @@ using View = std::u16string_view;
 constexpr std::int32_t kLastLayoutType = 9;
 constexpr std::int64_t kColorMask = 0xFFFFFF;
 
-bool FindText(View body, const CaptionTag& tag, View& text) {
-  return FindTagged(body, tag, text) == TagSearch::Found;
+template <std::int32_t CaptionItem::*field>
+void ReadInteger(View text, CaptionItem& item) {
+  item.*field = vrx::Saturate<std::int32_t>(vrx::plist::ParseReal(text));
 }
 
-void ReadText(View body, const CaptionTag& tag, XpString& value) {
-  if (View text; FindText(body, tag, text)) value = XpString(text);
+void ReadLayout(View text, CaptionItem& item) {
+  const std::int64_t layout = vrx::plist::ParseInteger(text);
+  item.layoutType = layout >= 1 && layout <= kLastLayoutType ? static_cast<std::int32_t>(layout) : 0;
 }
 
-void ReadInteger(View body, const CaptionTag& tag, std::int32_t& value) {
-  View text;
-  if (FindText(body, tag, text)) value = vrx::Saturate<std::int32_t>(vrx::plist::ParseReal(text));
+void ReadColor(View text, CaptionItem& item) {
+  const auto color = vrx::Saturate<std::int64_t>(vrx::plist::ParseReal(text));
+  item.fontColor = static_cast<std::uint32_t>(color & kColorMask);
 }
+
+constexpr CaptionField kFields[] = {
+    {{u"<Text>", u"</Text>"},
+     CaptionValue::Text,
+     [](View text, CaptionItem& item) { item.text = XpString(text); }},
+    {{u"<FontName>", u"</FontName>"},
+     CaptionValue::Name,
+     [](View text, CaptionItem& item) { item.fontName = XpString(text); }},
+    {{u"<FontSize>", u"</FontSize>"},
+     CaptionValue::Size,
+     [](View text, CaptionItem& item) { item.fontSize = vrx::plist::ParseReal(text); }},
+    {{u"<LayoutType>", u"</LayoutType>"}, CaptionValue::Number, &ReadLayout},
+    {{u"<FontColor>", u"</FontColor>"}, CaptionValue::Color, &ReadColor},
+    {{u"<LeftPos>", u"</LeftPos>"}, CaptionValue::Integer, &ReadInteger<&CaptionItem::startMs>},
+    {{u"<RightPos>", u"</RightPos>"}, CaptionValue::Integer, &ReadInteger<&CaptionItem::endMs>},
+    {{u"<VideoID>", u"</VideoID>"}, CaptionValue::Integer, &ReadInteger<&CaptionItem::videoId>},
+};
 
 void ReadCaption(View body, CaptionItem& item) {
-  View text;
-  ReadText(body, kTextTag, item.text);
-  ReadText(body, kFontNameTag, item.fontName);
-  if (FindText(body, kFontSizeTag, text)) item.fontSize = vrx::plist::ParseReal(text);
-  if (FindText(body, kLayoutTypeTag, text)) {
-    const std::int64_t layout = vrx::plist::ParseInteger(text);
-    item.layoutType = layout >= 1 && layout <= kLastLayoutType ? static_cast<std::int32_t>(layout) : 0;
+  for (const CaptionField& field : kFields) {
+    if (View text; FindTagged(body, field.tag, text) == TagSearch::Found) field.read(text, item);
   }
-  if (FindText(body, kFontColorTag, text)) {
-    const auto color = vrx::Saturate<std::int64_t>(vrx::plist::ParseReal(text));
-    item.fontColor = static_cast<std::uint32_t>(color & kColorMask);
-  }
-  ReadInteger(body, kLeftPosTag, item.startMs);
-  ReadInteger(body, kRightPosTag, item.endMs);
-  ReadInteger(body, kVideoIdTag, item.videoId);
 }
 
 }  // namespace
+
+std::span<const CaptionField> vrx::overlay::CaptionFields() { return kFields; }
 
 void ParseCaptionString(const XpString& text, std::vector<CaptionItem>& items) {
   CaptionBodies bodies(text.AsView());

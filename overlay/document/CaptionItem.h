@@ -3,8 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
+#include <string_view>
 #include <vector>
 
+#include "overlay/document/CaptionTags.h"
 #include "vrx/XpString.h"
 
 struct CaptionItem {
@@ -22,6 +25,20 @@ namespace vrx::overlay {
 
 /// Captions beyond this number are not read.
 inline constexpr std::size_t kMaxCaptions = 200'000;
+
+/// What the text of a tag inside a caption means. The check of painter documents decides by it what is wrong.
+enum class CaptionValue { Text, Name, Size, Number, Color, Integer };
+
+struct CaptionField {
+  CaptionTag tag;
+  CaptionValue value;
+  void (*read)(std::u16string_view text, CaptionItem& item);
+
+  std::u16string_view GetName() const { return tag.open.substr(1, tag.open.size() - 2); }
+};
+
+/// Every tag that a caption can hold: the table that its reader and its check walk.
+std::span<const CaptionField> CaptionFields();
 
 }  // namespace vrx::overlay
 

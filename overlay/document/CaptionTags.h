@@ -1,5 +1,5 @@
-// The tagged text of captions, found piece by piece without changing it. Used by its reader and by the check of
-// painter documents.
+// The tagged text of captions, found piece by piece without changing it. Used by its reader and by the check
+// of painter documents.
 #pragma once
 
 #include <cstddef>
@@ -13,14 +13,6 @@ struct CaptionTag {
 };
 
 inline constexpr CaptionTag kCaptionTag{u"<Caption>", u"</Caption>"};
-inline constexpr CaptionTag kTextTag{u"<Text>", u"</Text>"};
-inline constexpr CaptionTag kFontNameTag{u"<FontName>", u"</FontName>"};
-inline constexpr CaptionTag kFontSizeTag{u"<FontSize>", u"</FontSize>"};
-inline constexpr CaptionTag kLayoutTypeTag{u"<LayoutType>", u"</LayoutType>"};
-inline constexpr CaptionTag kFontColorTag{u"<FontColor>", u"</FontColor>"};
-inline constexpr CaptionTag kLeftPosTag{u"<LeftPos>", u"</LeftPos>"};
-inline constexpr CaptionTag kRightPosTag{u"<RightPos>", u"</RightPos>"};
-inline constexpr CaptionTag kVideoIdTag{u"<VideoID>", u"</VideoID>"};
 
 enum class TagSearch { Found, NoOpening, NoClosing };
 

@@ -1,15 +1,16 @@
 #include "src/check/PainterTextCheck.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 #include <string_view>
+#include <vector>
 
 #include "content/plist/PlistNumbers.h"
 #include "drawing/TextRenderer.h"
 #include "foundation/text/XpFormat.h"
 #include "overlay/document/CaptionItem.h"
-#include "overlay/document/CaptionTags.h"
 #include "overlay/document/PainterKeys.h"
 #include "overlay/document/SlowInfoRecord.h"
 
@@ -94,44 +95,91 @@ class CaptionTextChecker {
   void Add(const XpString& message) { m_report.Add(u"caption", m_number, message); }
 
   void CheckCaption(View body) {
-    View text;
-    if (Find(body, kTextTag, text) && text.size() > drawing::kMaxTextUnits) {
-      XpString message;
-      XpFormat(message, u"its text has %I64u characters, of which no more than %u are drawn",
-               static_cast<std::uint64_t>(text.size()), static_cast<std::uint32_t>(drawing::kMaxTextUnits));
-      Add(message);
+    std::vector<View> known;  // the elements that are read, tags included
+    for (const CaptionField& field : CaptionFields()) {
+      View text;
+      if (!Find(body, field, text)) continue;
+      known.emplace_back(text.data() - field.tag.open.size(),
+                         field.tag.open.size() + text.size() + field.tag.close.size());
+      CheckValue(field, text);
     }
-    Find(body, kFontNameTag, text);
-    if (double size; FindNumber(body, kFontSizeTag, size)) CheckFontSize(std::trunc(size));
-    double number;
-    FindNumber(body, kLayoutTypeTag, number);
-    if (FindNumber(body, kFontColorTag, number) && (number < 0 || number >= kLargestColor + 1)) {
-      Add(u"FontColor lies outside 0 to 16777215: its higher bits are dropped");
-    }
-    for (const CaptionTag& tag : {kLeftPosTag, kRightPosTag, kVideoIdTag}) {
-      if (FindNumber(body, tag, number)) CheckInteger(tag, number);
+    CheckUnknownTags(body, known);
+  }
+
+  void CheckValue(const CaptionField& field, View text) {
+    double number = 0;
+    switch (field.value) {
+      case CaptionValue::Text:
+        return CheckLength(text);
+      case CaptionValue::Name:
+        return;
+      case CaptionValue::Number:
+        ReadNumber(field, text, number);
+        return;
+      case CaptionValue::Size:
+        if (ReadNumber(field, text, number)) CheckFontSize(std::trunc(number));
+        return;
+      case CaptionValue::Color:
+        if (ReadNumber(field, text, number) && (number < 0 || number >= kLargestColor + 1)) {
+          Add(NameOf(field) + u" lies outside 0 to 16777215: its higher bits are dropped");
+        }
+        return;
+      case CaptionValue::Integer:
+        if (ReadNumber(field, text, number)) CheckInteger(field, number);
+        return;
     }
   }
 
-  static XpString NameOf(const CaptionTag& tag) { return XpString(tag.open.substr(1, tag.open.size() - 2)); }
+  void CheckLength(View text) {
+    if (text.size() <= drawing::kMaxTextUnits) return;
+    XpString message;
+    XpFormat(message, u"its text has %I64u characters, of which no more than %u are drawn",
+             static_cast<std::uint64_t>(text.size()), static_cast<std::uint32_t>(drawing::kMaxTextUnits));
+    Add(message);
+  }
 
-  bool Find(View body, const CaptionTag& tag, View& text) {
-    const TagSearch found = FindTagged(body, tag, text);
+  /// Names tags outside of what is read, for someone meant them to do something.
+  void CheckUnknownTags(View body, std::vector<View>& known) {
+    std::ranges::sort(known, {}, &View::data);
+    const char16_t* at = body.data();
+    for (const View element : known) {
+      if (element.data() >= at) CheckGap(View(at, static_cast<std::size_t>(element.data() - at)));
+      at = std::max(at, element.data() + element.size());
+    }
+    CheckGap(View(at, static_cast<std::size_t>(body.data() + body.size() - at)));
+  }
+
+  void CheckGap(View gap) {
+    constexpr std::size_t kLongestName = 32;
+    const auto isLetter = [](char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); };
+    for (std::size_t open; (open = gap.find(u'<')) != gap.npos;) {
+      gap.remove_prefix(open + 1);
+      const auto end = static_cast<std::size_t>(std::ranges::find_if_not(gap, isLetter) - gap.begin());
+      if (end == 0 || end > kLongestName || end == gap.size() || gap[end] != u'>') continue;
+      const View name = gap.substr(0, end);
+      if (std::ranges::find(CaptionFields(), name, &CaptionField::GetName) != CaptionFields().end()) continue;
+      Add(u"<" + XpString(name) + u"> is an unknown tag and is not read");
+    }
+  }
+
+  static XpString NameOf(const CaptionField& field) { return XpString(field.GetName()); }
+
+  bool Find(View body, const CaptionField& field, View& text) {
+    const TagSearch found = FindTagged(body, field.tag, text);
     if (found == TagSearch::NoClosing) {
-      Add(XpString(tag.close) + u" is missing: the caption keeps the value of the one before");
+      Add(XpString(field.tag.close) + u" is missing: the caption keeps the value of the one before");
     } else if (found == TagSearch::NoOpening && m_number == 1) {
-      Add(NameOf(tag) + u" is missing, and no caption before it has one");
+      Add(NameOf(field) + u" is missing, and no caption before it has one");
     }
     return found == TagSearch::Found;
   }
 
-  bool FindNumber(View body, const CaptionTag& tag, double& number) {
-    View text;
-    if (!Find(body, tag, text)) return false;
+  bool ReadNumber(const CaptionField& field, View text, double& number) {
     number = plist::ParseReal(text);
     if (plist::IsReal(text)) return true;
     XpString message;
-    XpFormat(message, u"%s is %s, which is no number: it counts as %.6g", NameOf(tag), Quoted(text), number);
+    XpFormat(message, u"%s is %s, which is no number: it counts as %.6g", NameOf(field), Quoted(text),
+             number);
     Add(message);
     return false;
   }
@@ -139,7 +187,7 @@ class CaptionTextChecker {
   void CheckFontSize(double size) {
     XpString message;
     if (size == 0) {
-      message = u"FontSize is 0: the letters get a size of their own";
+      message = u"FontSize is 0: a default size is used";
     } else if (size < 0) {
       XpFormat(message, u"FontSize is %.6g: below 0 it gives the height of a line, not of the letters", size);
     } else if (size > kPictureHeight) {
@@ -150,11 +198,11 @@ class CaptionTextChecker {
     Add(message);
   }
 
-  void CheckInteger(const CaptionTag& tag, double number) {
+  void CheckInteger(const CaptionField& field, double number) {
     using Limits = std::numeric_limits<std::int32_t>;
     if (number >= Limits::min() && number <= Limits::max()) return;
     XpString message;
-    XpFormat(message, u"%s is %.6g: it counts as %d, which is as far as it goes", NameOf(tag), number,
+    XpFormat(message, u"%s is %.6g: it counts as %d, the limit", NameOf(field), number,
              number < 0 ? Limits::min() : Limits::max());
     Add(message);
   }
@@ -173,7 +221,7 @@ XpString JudgeRecord(std::string_view text) {
   const std::size_t fields = ReadSlowInfoRecord(text, record);
   if (fields < kSlowInfoFields) {
     return XpString(kFieldNames[fields]) +
-           u" cannot be read: it and the fields behind it keep the values of the record before";
+           u" cannot be read: it and the fields after it keep the values of the record before";
   }
   if (!text.empty()) return u"more than six fields: the others are not read";
   if (record.endTime < record.startTime) return u"it ends before it starts";
@@ -204,7 +252,7 @@ void CheckSlowInfoText(const XpString& text, const XpString& file, std::vector<P
     if (!problem.IsEmpty()) report.Add(u"record", number, problem);
   }
   if (rest.empty()) return;
-  report.Add(u"record", number + 1, u"no bar closes it: it is not read");
+  report.Add(u"record", number + 1, u"does not end with a bar: it is not read");
 }
 
 }  // namespace vrx::check

@@ -64,6 +64,7 @@ TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
         Case{With("FontColor", "-1"), "FontColor lies outside"},
         Case{With("RightPos", "1e20"), "RightPos is 1e+20: it counts as 2147483647"},
         Case{With("VideoID", "-3e9"), "VideoID is -3e+09: it counts as -2147483648"},
+        Case{With("Text", "a <b> c</Text><Bold>1</Bold><Text>d"), "caption 1: <Bold> is an unknown tag"},
         Case{With("LeftPos", std::string(500, 'x')), "\"" + std::string(24, 'x') + "...\""}}) {
     EXPECT_THAT(Messages(CheckCaptionText, c.text), ElementsAre(HasSubstr(c.message)))
         << c.text.substr(0, 400);
@@ -86,7 +87,7 @@ TEST(PainterTextCheckTest, DamagedSpeedSectionsAreNamed) {
                         Case{"1,0.5,3,2,3,3|", "record 1: it ends before it starts"},
                         Case{"1,0,1,2,3,3|", "record 1: at a speed of 0"},
                         Case{"|" + good, "record 1: the VideoID cannot be read"},
-                        Case{good + "1,0.5,1", "record 2: no bar closes it"}}) {
+                        Case{good + "1,0.5,1", "record 2: does not end with a bar"}}) {
     EXPECT_THAT(Messages(CheckSlowInfoText, c.text), ElementsAre(HasSubstr(c.message))) << c.text;
   }
 }
