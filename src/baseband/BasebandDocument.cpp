@@ -197,7 +197,7 @@ XpResult ReadBasebandDocument(const XpString& path, BasebandDocument& document) 
   if (const XpResult result = xml::ReadDocumentBytes(path, {}, bytes, problem); result != XpOk) {
     XpString message = u"does not exist";
     if (result != XpErrFileNotFound && result != XpErrPathNotFound) {
-      XpFormat(message, u"cannot be read (error %04x)", result);
+      XpFormat(message, u"cannot be read (error 0x%04x)", result);
     }
     ReportUnreadable({}, message, document);
     return result;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "foundation/text/XpFormat.h"
+#include "src/baseband/PictureProblems.h"
 #include "src/log/RenderLog.h"
 #include "src/project/ProjectPath.h"
 
@@ -50,7 +51,7 @@ void VRXWBasebandDecImage::Close() {
   jobs.clear();
   spans.clear();
   cache.clear();
-  m_documents = 0;
+  m_documents.clear();
   m_images = 0;
   m_hasWanted = false;
   m_counts = {};
@@ -77,7 +78,11 @@ XpResult VRXWBasebandDecImage::Start(std::int32_t width, std::int32_t height, co
     targetHeight = height;
   }
   path = file;
-  index = m_documents++;
+  {
+    const Held held(lock);
+    index = static_cast<std::uint32_t>(m_documents.size());
+    m_documents.push_back(file);
+  }
   BasebandDocument source;
   if (const XpResult result = ReadBasebandDocument(file, source); result != XpOk) {
     LogLine(u"Start", file + u": " + source.Cause());
@@ -94,7 +99,7 @@ void VRXWBasebandDecImage::AddImages(const BasebandDocument& source, const XpStr
                                      std::uint32_t index) {
   const Held held(lock);
   for (const vrx::baseband::BasebandImage& image : source.images) {
-    const Place place{index, m_images++};
+    const Place place{index, m_images++, image.line};
     jobs.push_back({place, image.job});
     jobs.back().job.imagePath = vrx::project::ResolvePath(file, image.job.imagePath);
     spans.push_back({place, image.span});
@@ -135,7 +140,7 @@ void VRXWBasebandDecImage::DecodeAll() {
   try {
     QueuedJob job;
     while (TakeJob(job)) {
-      XpSharedPtr<XpPixmapBase> pixmap = Decode(job.job);
+      XpSharedPtr<XpPixmapBase> pixmap = Decode(job);
       const Held held(lock);
       cache.push_back({job.place, job.job.imageId, pixmap});
       ++m_counts.decoded;
@@ -175,19 +180,31 @@ bool VRXWBasebandDecImage::IsPassed(const QueuedJob& job) const {
   return job.place.document != m_wanted.place.document || job.job.imageId != m_wanted.span.imageId;
 }
 
-XpSharedPtr<XpPixmapBase> VRXWBasebandDecImage::Decode(const vrx::baseband::DecodeJob& job) {
+XpSharedPtr<XpPixmapBase> VRXWBasebandDecImage::Decode(const QueuedJob& queued) {
+  const vrx::baseband::DecodeJob& job = queued.job;
+  XpSharedPtr<XpPixmapBase> pixmap;
   XpString problem;
   try {
     auto picture = vrx::baseband::DecodePicture(job, targetWidth, targetHeight, m_hooks.reader, problem);
-    if (picture) {
-      if (!problem.IsEmpty()) LogLine(u"Decode", job.imagePath + u" is shown only in part: " + problem);
-      return XpSharedPtr<XpPixmapBase>(picture.release());
-    }
+    if (picture) pixmap = XpSharedPtr<XpPixmapBase>(picture.release());
   } catch (const std::exception& error) {
     problem = XpNarrowString(error.what()).ToWide();
   }
-  LogLine(u"Decode", job.imagePath + u" is left out: " + problem);
-  return XpSharedPtr<XpPixmapBase>();
+  if (pixmap && problem.IsEmpty()) return pixmap;
+  LogLine(u"Decode", job.imagePath + (pixmap ? u" is shown only in part: " : u" is left out: ") + problem);
+  Report(queued.place, job.imagePath, problem, static_cast<bool>(pixmap));
+  return pixmap;
+}
+
+void VRXWBasebandDecImage::Report(const Place& place, const XpString& picture, const XpString& cause,
+                                  bool isPartial) {
+  vrx::baseband::PictureProblem problem{
+      .line = place.line, .picture = picture, .cause = cause, .isPartial = isPartial};
+  {
+    const Held held(lock);
+    if (place.document < m_documents.size()) problem.document = m_documents[place.document];
+  }
+  ReportPicture(problem);
 }
 
 /// Drops the spans before the frame, also those of earlier documents.
@@ -238,6 +255,7 @@ bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, vo
                                     std::uint32_t size) {
   XpSharedPtr<XpPixmapBase> pixmap;
   bool isLate = false;
+  Place late;
   {
     Held held(lock);
     QueuedSpan* span = FindSpan(index, frame);
@@ -248,12 +266,14 @@ bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, vo
       pixmap = cache.front().pixmap;
     } else {
       isLate = span->givenUp && !m_wanted.givenUp;
+      late = span->place;
     }
   }
   if (isLate) {
     XpString line;
     XpFormat(line, u"The still image of frame %I64u did not come in time", frame);
     LogLine(u"GetFrame", line);
+    Report(late, {}, line, false);
   }
   if (!pixmap || buffer == nullptr || size < pixmap->size) return false;
   std::memcpy(buffer, pixmap->data, pixmap->size);

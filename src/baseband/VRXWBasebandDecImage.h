@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <vector>
 
 #include "foundation/memory/XpSharedPtr.h"
 #include "foundation/sync/XpCriticalSection.h"
@@ -66,6 +67,7 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   struct Place {  // of a picture in the order of all documents
     std::uint32_t document = 0;
     std::uint64_t number = 0;  // of the picture, over all documents
+    std::uint64_t line = 0;    // of its document
   };
   struct QueuedJob {
     Place place;
@@ -87,7 +89,8 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   void DecodeAll();
   bool TakeJob(QueuedJob& job);
   bool IsPassed(const QueuedJob& job) const;
-  XpSharedPtr<XpPixmapBase> Decode(const vrx::baseband::DecodeJob& job);
+  XpSharedPtr<XpPixmapBase> Decode(const QueuedJob& job);
+  void Report(const Place& place, const XpString& picture, const XpString& cause, bool isPartial);
   bool EnsureDecoder();
   QueuedSpan* FindSpan(std::uint32_t index, std::uint64_t frame);
   bool WaitForImage(Held& held, QueuedSpan& span);
@@ -106,7 +109,7 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   XpThread* decoder = nullptr;
   XpCriticalSection lock;
   std::condition_variable_any m_changed;  // a picture came or went, the decoder stopped
-  std::uint32_t m_documents = 0;
+  std::vector<XpString> m_documents;      // their paths
   std::uint64_t m_images = 0;
   QueuedSpan m_wanted;  // the one that GetFrame shows
   bool m_hasWanted = false;

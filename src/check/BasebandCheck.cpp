@@ -7,17 +7,21 @@
 #include "foundation/text/XpFormat.h"
 #include "imaging/loader/StillImage.h"
 #include "src/baseband/BasebandDocument.h"
+#include "src/baseband/BasebandPicture.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::check {
 namespace {
 
 using baseband::BasebandImage;
+using baseband::PictureProblem;
 
 class BasebandChecker {
  public:
-  BasebandChecker(const BasebandClip& clip, ProjectReport& report) : m_clip(clip), m_report(report) {}
+  BasebandChecker(const BasebandClip& clip, StillLook look, ProjectReport& report)
+      : m_clip(clip), m_look(look), m_report(report) {}
 
   void Run() {
     baseband::BasebandDocument document;
@@ -36,12 +40,24 @@ class BasebandChecker {
         {Severity::Warning, m_clip.document, project::kVideoTrack.name, m_clip.clip, key, message, line});
   }
 
+  void Report(Problem problem) {
+    problem.track = project::kVideoTrack.name;
+    problem.clip = m_clip.clip;
+    m_report.problems.push_back(problem);
+  }
+
   void ReportProblem(const baseband::DocumentProblem& problem) {
     XpString message;
     if (!problem.element.IsEmpty() && problem.attribute.IsEmpty()) message = problem.element + u" ";
     message.Append(problem.message);
-    if (problem.isFatal) message.Append(u": the document is not used, and the clip is black");
-    Report(problem.line, problem.attribute, message);
+    if (!problem.isFatal) return Report(problem.line, problem.attribute, message);
+    message.Append(u": the document is not used, and the clip is black");
+    Report({.severity = Severity::Error,
+            .file = m_clip.document,
+            .key = problem.attribute,
+            .message = message,
+            .line = problem.line,
+            .isMissingPicture = true});
   }
 
   void CheckImage(const BasebandImage& image) {
@@ -55,7 +71,7 @@ class BasebandChecker {
       Report(image.line, u"Mirror", message);
     }
     if (!m_ids.insert(image.job.imageId).second) {
-      XpFormat(message, u"%I64d is used before: next to each other, both would show the first one's picture",
+      XpFormat(message, u"%I64d is used before: next to each other, both would show the first picture",
                image.job.imageId);
       Report(image.line, u"ImageId", message);
     }
@@ -70,19 +86,32 @@ class BasebandChecker {
                       .outFrame = image.span.outFrame,
                       .rotation = image.job.rotation,
                       .mirror = image.job.mirror};
-    const auto found = m_looked.find(row.picture);
-    if (found != m_looked.end()) {
-      row.width = found->second.first;
-      row.height = found->second.second;
-    } else {
-      XpString cause;
-      if (imaging::ReadStillImageSize(row.picture, {}, row.width, row.height, &cause) != XpOk) {
-        row.width = row.height = 0;
-        Report(image.line, u"ImagePath", row.picture + u" is left out: " + cause);
-      }
-      m_looked.emplace(row.picture, std::pair(row.width, row.height));
-    }
+    const auto [found, isNew] = m_sizes.try_emplace(row.picture, 0, 0);
+    auto& [width, height] = found->second;
+    if (isNew) LookInto(image, row.picture, width, height);
+    row.width = width;
+    row.height = height;
     m_report.stillImages.push_back(row);
+  }
+
+  /// The size is 0 when the picture cannot be read.
+  void LookInto(const BasebandImage& image, const XpString& path, std::int32_t& width, std::int32_t& height) {
+    PictureProblem problem{.document = m_clip.document, .line = image.line, .picture = path};
+    if (imaging::ReadStillImageSize(path, {}, width, height, &problem.cause) != XpOk) {
+      width = height = 0;
+    } else if (m_look == StillLook::Size || !m_report.videoSettings) {
+      return;
+    } else {
+      baseband::DecodeJob job = image.job;
+      job.imagePath = path;
+      const VRXVideoOutputSetting& video = *m_report.videoSettings;
+      const bool isUsable = limits::IsUsableSide(video.width) && limits::IsUsableSide(video.height);
+      if (!isUsable) return;
+      problem.isPartial =
+          baseband::DecodePicture(job, video.width, video.height, baseband::PictureReader::OfFiles(),
+                                  problem.cause) != nullptr;
+    }
+    if (!problem.cause.IsEmpty()) Report(PictureProblemOf(problem));
   }
 
   void CheckSpans(const baseband::BasebandDocument& document) {
@@ -92,7 +121,8 @@ class BasebandChecker {
     const std::int64_t end = m_clip.firstFrame + m_clip.frames;
     XpString message;
     if (m_next < end) {
-      XpFormat(message, u"the images end with frame %I64d, the clip with frame %I64d: black stands between",
+      XpFormat(message,
+               u"the images end with frame %I64d, the clip with frame %I64d: the frames between are black",
                m_next - 1, end - 1);
       Report(0, XpString(), message);
     } else if (m_next > end) {
@@ -110,16 +140,16 @@ class BasebandChecker {
     if (in < 0 || out < 0) return Report(image.line, u"InFrame", u"frames below 0 are never shown");
     if (out < in) return Report(image.line, u"OutFrame", u"lies before InFrame: the image is never shown");
     if (m_hasSpan && in < m_lastIn) {
-      Report(image.line, u"InFrame", u"lies before that of the image before: images must stand in order");
+      Report(image.line, u"InFrame",
+             u"lies before that of the previous image: images must be listed in order");
     } else if (out < m_next) {
-      Report(image.line, u"OutFrame",
-             u"lies before the frames that are still to come: the image is never shown");
+      Report(image.line, u"OutFrame", u"lies before the end of the previous image: this one is never shown");
     } else if (m_hasSpan && in < m_next) {
-      XpFormat(message, u"frames %I64d to %I64d have an image already, which is shown", in,
+      XpFormat(message, u"frames %I64d to %I64d already have an image, and that one is shown", in,
                std::min(out, m_next - 1));
       Report(image.line, u"InFrame", message);
     } else if (in > m_next && m_next < m_clip.firstFrame + m_clip.frames && !m_isBroken) {
-      XpFormat(message, u"no image stands on frames %I64d to %I64d: the clip is black from there to its end",
+      XpFormat(message, u"frames %I64d to %I64d have no image: the clip is black from there to its end",
                m_next, in - 1);
       Report(image.line, u"InFrame", message);
       m_isBroken = true;
@@ -130,10 +160,11 @@ class BasebandChecker {
   }
 
   const BasebandClip& m_clip;
+  StillLook m_look;
   ProjectReport& m_report;
   std::set<std::int64_t> m_ids;
-  std::map<XpString, std::pair<std::int32_t, std::int32_t>> m_looked;  // sizes of pictures
-  std::int64_t m_next = 0;                                             // the first frame without an image
+  std::map<XpString, std::pair<std::int32_t, std::int32_t>> m_sizes;  // of the pictures looked into
+  std::int64_t m_next = 0;                                            // the first frame without an image
   std::int64_t m_lastIn = 0;
   bool m_hasSpan = false;
   bool m_isBroken = false;  // a gap ends the pictures
@@ -141,8 +172,18 @@ class BasebandChecker {
 
 }  // namespace
 
-void CheckBasebandClip(const BasebandClip& clip, ProjectReport& report) {
-  BasebandChecker(clip, report).Run();
+void CheckBasebandClip(const BasebandClip& clip, StillLook look, ProjectReport& report) {
+  BasebandChecker(clip, look, report).Run();
+}
+
+Problem PictureProblemOf(const baseband::PictureProblem& problem) {
+  const char16_t* effect = problem.isPartial ? u" is shown only in part: " : u" is left out: ";
+  return {.severity = problem.isPartial ? Severity::Warning : Severity::Error,
+          .file = problem.document,
+          .key = u"ImagePath",
+          .message = problem.picture.IsEmpty() ? problem.cause : problem.picture + effect + problem.cause,
+          .line = problem.line,
+          .isMissingPicture = !problem.isPartial};
 }
 
 }  // namespace vrx::check

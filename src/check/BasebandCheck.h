@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "src/baseband/PictureProblems.h"
 #include "src/check/ProjectReport.h"
 
 namespace vrx::check {
@@ -14,8 +15,11 @@ struct BasebandClip {
   std::int64_t frames = 0;
 };
 
-/// Adds the document's images and problems to `report`. What leaves frames without a picture is a warning:
-/// the movie is black there.
-void CheckBasebandClip(const BasebandClip& clip, ProjectReport& report);
+/// Adds the document's images and problems to `report`, which holds the output settings. A document that is
+/// not used and a picture of which nothing can be decoded are missing pictures; all else is a warning.
+void CheckBasebandClip(const BasebandClip& clip, StillLook look, ProjectReport& report);
+
+/// What a render says of a picture, as the check says it.
+Problem PictureProblemOf(const baseband::PictureProblem& problem);
 
 }  // namespace vrx::check

@@ -1,4 +1,4 @@
-#include "src/check/ClipCheck.h"
+#include "src/check/Checks.h"
 
 #include <cmath>
 #include <map>
@@ -16,8 +16,6 @@ namespace vrx::check {
 namespace {
 
 using namespace vrx::project;
-
-constexpr double kMillisecondsPerSecond = 1000.0;
 
 /// Asks the file system and the probe about each path once.
 class SourceCache {
@@ -55,9 +53,10 @@ double WholeMs(double milliseconds) { return std::trunc(milliseconds); }
 
 class ClipChecker {
  public:
-  ClipChecker(const XpString& file, const SourceProbe& probe, ProjectReport& report)
+  ClipChecker(const XpString& file, const SourceLook& look, ProjectReport& report)
       : m_file(file),
-        m_sources(probe),
+        m_look(look),
+        m_sources(look.probe),
         m_report(report),
         m_clock(report.videoSettings ? report.videoSettings->frameDuration : VRXTimeInfo()) {}
 
@@ -94,7 +93,7 @@ class ClipChecker {
     if (isBaseband && !clip.sourceFile.IsEmpty()) {
       const std::int64_t frame = std::max<std::int64_t>(m_clock.GetFrameValue(), 1);
       const std::int64_t first = std::max<std::int64_t>(m_clock.FloorToFrame(WholeMs(clip.startTime)), 0);
-      CheckBasebandClip({m_clip, row.source, first / frame, row.frames}, m_report);
+      CheckBasebandClip({m_clip, row.source, first / frame, row.frames}, m_look.stills, m_report);
     }
     m_report.clips.push_back(row);
   }
@@ -109,7 +108,7 @@ class ClipChecker {
     if (m_isVideo && !facts.hasVideo)
       return Report(Severity::Error, kSourceFile, row.source + u" has no picture");
     if (!m_isVideo && !facts.hasAudio) {
-      Report(Severity::Warning, kSourceFile, row.source + u" has no sound: silence takes its place");
+      Report(Severity::Warning, kSourceFile, row.source + u" has no sound: the clip is silent");
     }
   }
 
@@ -122,32 +121,36 @@ class ClipChecker {
     const double end = isBaseband ? WholeMs(clip.endTime) : clip.endTime;
     const std::int64_t in = std::max<std::int64_t>(m_clock.FloorToFrame(start), 0);
     const std::int64_t out = m_clock.FloorToFrame(end);
-    std::int64_t length = out - in;
+    std::int64_t length = SaturatedSubtract(out, in);
     row.wholeSource = out <= in && !isBaseband;
     const double sourceSeconds = m_isVideo ? facts.videoSeconds : facts.audioSeconds;
     if (row.wholeSource) {
       CheckWholeSource(clip);
       // The engine's rule: the nearest whole number of frames, at least one.
-      const double frames = sourceSeconds > 0.0 ? std::max(std::round(FramesIn(sourceSeconds)), 1.0) : 0.0;
-      length = Saturate<std::int64_t>(frames) * m_clock.GetFrameValue();
+      const double frames =
+          sourceSeconds > 0.0 ? std::max(std::round(m_clock.FramesInSeconds(sourceSeconds)), 1.0) : 0.0;
+      length = m_clock.TimeOf(frames);
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
-      if (isBaseband && length <= 0) Report(Severity::Error, kEndTime, u"must lie behind StartTime");
+      if (isBaseband && length <= 0) Report(Severity::Error, kEndTime, u"must lie after StartTime");
       CheckEnd(out, sourceSeconds);
       length = std::max<std::int64_t>(length, 0);
     }
     row.seconds = m_clock.ToSeconds(length);
     row.frames = m_clock.IsUsable() ? length / m_clock.GetFrameValue() : 0;
-    m_movieTime += length;
+    m_movieTime = SaturatedAdd(m_movieTime, length);
   }
 
   void CheckWholeSource(const TKLXOutputXmlInfo& clip) {
-    const bool untold = clip.startTime < 0 && clip.endTime < 0;
-    if (untold) return;  // the plain way to ask for the whole source
+    const bool isEndSet = clip.endTime >= 0;
+    if (!isEndSet && clip.startTime < 0) return;  // the plain way to ask for the whole source
+    if (!isEndSet) {
+      return Report(Severity::Warning, kStartTime, u"is not used without EndTime: the whole source is used");
+    }
     Report(Severity::Warning, kEndTime,
            clip.endTime > clip.startTime
                ? XpString(u"the clip is shorter than a frame: the whole source is used")
-               : XpString(u"does not lie behind StartTime: the whole source is used"));
+               : XpString(u"does not lie after StartTime: the whole source is used"));
   }
 
   void CheckEnd(std::int64_t out, double sourceSeconds) {
@@ -155,17 +158,13 @@ class ClipChecker {
     const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
     if (sourceSeconds <= 0.0 || beyond < frameSeconds) return;
     XpString message;
-    XpFormat(message, u"lies %.3f s behind the source's end: %s", beyond,
-             m_isVideo ? u"the last frame holds" : u"silence fills up");
+    XpFormat(message, u"lies %.3f s after the source's end: %s", beyond,
+             m_isVideo ? u"the last frame is held" : u"the rest is silent");
     Report(Severity::Warning, kEndTime, message);
   }
 
-  double FramesIn(double seconds) const {
-    const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
-    return frameSeconds > 0.0 ? seconds / frameSeconds : 0.0;
-  }
-
   const XpString& m_file;
+  const SourceLook& m_look;
   SourceCache m_sources;
   ProjectReport& m_report;
   timeline::FrameClock m_clock;
@@ -177,15 +176,15 @@ class ClipChecker {
 
 }  // namespace
 
-void CheckClips(const XpString& file, const TKLXOutputXml& project, const SourceProbe& probe,
+void CheckClips(const XpString& file, const TKLXOutputXml& project, const SourceLook& look,
                 ProjectReport& report) {
-  ClipChecker checker(file, probe, report);
+  ClipChecker checker(file, look, report);
   checker.RunTrack(kVideoTrack, project.videoTracks, true);
   checker.RunTrack(kAudioTrack, project.audioTracks, false);
   if (project.videoTracks.empty()) {
     report.problems.push_back({Severity::Error, file, kVideoTrack.name, 0, XpString(), u"holds no clip"});
   }
-  if (!project.audioTracks.empty() && !project.audioSettings) {
+  if (!project.audioTracks.empty() && !report.audioSettings) {
     report.problems.push_back({Severity::Warning, file, kAudioTrack.name, 0, XpString(),
                                u"has clips, but without AudioOutputSettings the movie has no sound"});
   }

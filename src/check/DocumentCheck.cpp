@@ -1,4 +1,4 @@
-#include "src/check/DocumentCheck.h"
+#include "src/check/Checks.h"
 
 #include "src/check/KeyCheck.h"
 #include "src/project/ProjectKeys.h"

@@ -14,7 +14,7 @@ void CheckKey(const XpString& name, const XpIniElement& element, std::span<const
     if (!(name == key.name)) continue;
     if (element.GetType() == key.type) return;
     XpString message;
-    XpFormat(message, u"is %s where %s is due: it is not read", TypeName(element.GetType()),
+    XpFormat(message, u"is %s instead of %s: it is not read", TypeName(element.GetType()),
              TypeName(key.type));
     return report(Severity::Warning, name, message);
   }

@@ -13,7 +13,7 @@ namespace vrx::check {
 
 using KeyReport = std::function<void(Severity severity, const XpString& key, const XpString& message)>;
 
-/// Reports values of a wrong type, which are not read, and keys that nobody reads. `dict` must be a dict.
+/// Reports values of a wrong type, which are not read, and unknown keys. `dict` must be a dict.
 void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, const KeyReport& report);
 
 /// "dict", "real" and so on, as the elements of a document are called; a boolean is "true or false".

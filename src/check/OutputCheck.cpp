@@ -1,19 +1,27 @@
-#include "src/check/OutputCheck.h"
+#include "src/check/Checks.h"
 
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/text/XpPath.h"
 #include "src/project/ProjectKeys.h"
-#include "src/timeline/FrameClock.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::check {
 namespace {
 
 using namespace vrx::project;
 
-constexpr std::int32_t kSmallestSide = 16;
-constexpr std::int32_t kLargestSide = 8192;
+constexpr std::int32_t kNotSet = -1;
+
+/// A number that the document does not set is read as -1, cut to the width of its field.
+template <class Number>
+XpString NumberText(Number number) {
+  if (number == static_cast<Number>(kNotSet)) return u"not set";
+  XpString text;
+  XpFormat(text, u"%u", static_cast<std::uint32_t>(number));
+  return text;
+}
 
 class OutputChecker {
  public:
@@ -41,48 +49,77 @@ class OutputChecker {
     if (!XpPathIsDirectory(folder)) {
       return Report(Severity::Error, kOutputFilePath, XpString(u"the folder ") + folder + u" does not exist");
     }
-    for (const ClipRow& clip : m_report.clips) {
-      if (!(clip.source == path)) continue;
-      return Report(Severity::Warning, kOutputFilePath, path + u" is also a source and would be replaced");
+    const InputFile* input = FindOutputAmongInputs(path, m_report.inputs);
+    if (input != nullptr) {
+      Report(Severity::Error, kOutputFilePath, path + u" is " + input->Role() + u" and would be overwritten");
     }
   }
 
   void CheckSide(const Key& key, std::int32_t side) {
     XpString message;
-    if (side < kSmallestSide || side > kLargestSide) {
-      XpFormat(message, u"must lie between %d and %d pixels, and is %d", kSmallestSide, kLargestSide, side);
-    } else if (side % 2 != 0) {
+    if (side == kNotSet) {
+      message = u"is missing";
+    } else if (side < limits::kMinSide || side > limits::kMaxSide) {
+      XpFormat(message, u"must lie between %d and %d pixels, and is %d", limits::kMinSide, limits::kMaxSide,
+               side);
+    } else if (!limits::IsUsableSide(side)) {
       XpFormat(message, u"must be even, and is %d", side);
     }
     if (!message.IsEmpty()) Report(Severity::Error, key, message);
   }
 
+  void CheckFrameLength(const VRXTimeInfo& frame) {
+    const auto isAboveZero = [](std::uint64_t number) { return static_cast<std::int64_t>(number) > 0; };
+    if (!isAboveZero(frame.value)) {
+      Report(Severity::Error, kTimeValue, u"must be above 0: a frame lasts TimeValue / TimeScale seconds");
+    }
+    if (!isAboveZero(frame.scale)) {
+      Report(Severity::Error, kTimeScale, u"must be above 0: a frame lasts TimeValue / TimeScale seconds");
+    }
+    if (!isAboveZero(frame.value) || !isAboveZero(frame.scale)) return;
+    if (limits::IsUsableFrameLength(frame.value, frame.scale)) return;
+    XpString message;
+    XpFormat(message, u"a frame must last from 1/%I64u to %I64u seconds", limits::kMaxFramesPerSecond,
+             limits::kMaxSecondsPerFrame);
+    Report(Severity::Error, kTimeValue, message);
+  }
+
+  /// Numbered as in the engine, where the document's 1, 2 and 3 are 1, 3 and 4.
+  void CheckContainer(std::int32_t specificationType) {
+    const bool isMp4 = specificationType == 1 || specificationType == 3 || specificationType == 4;
+    const XpString extension = XpPathExtension(m_report.outputPath);
+    const auto is = [&](const char16_t* other) { return XpCompareNoCase(extension, other) == 0; };
+    if (!isMp4 || !(is(u".ts") || is(u".m2ts") || is(u".mts"))) return;
+    Report(Severity::Warning, kVideoSpecificationType,
+           u"asks for an MP4 file, and that is what is written under a name that ends in " + extension);
+  }
+
   void CheckVideo(const VRXVideoOutputSetting& video) {
     CheckSide(kWidth, video.width);
     CheckSide(kHeight, video.height);
-    const auto valueOf = [](std::uint64_t number) { return static_cast<std::int64_t>(number); };
-    if (valueOf(video.frameDuration.value) <= 0) {
-      Report(Severity::Error, kTimeValue, u"must be above 0: a frame lasts TimeValue / TimeScale seconds");
-    }
-    if (valueOf(video.frameDuration.scale) <= 0) {
-      Report(Severity::Error, kTimeScale, u"must be above 0: a frame lasts TimeValue / TimeScale seconds");
-    }
+    CheckFrameLength(video.frameDuration);
+    CheckContainer(video.specificationType);
     if (video.averageBitrate <= 0) {
       Report(Severity::Note, kAverageBitrate, u"is not set: the engine codes at constant quality");
     }
   }
 
   void CheckAudio(const VRXAudioOutputSetting& audio) {
-    if (audio.channels != 1 && audio.channels != 2 && audio.channels != 6) {
-      XpString message;
-      XpFormat(message, u"must be 1, 2 or 6, and is %d", audio.channels);
+    XpString message;
+    if (!limits::IsUsableChannelCount(audio.channels)) {
+      XpFormat(message, u"must be 1, 2 or 6, and is %s", NumberText(audio.channels));
       Report(Severity::Error, kChannel, message);
     }
-    constexpr std::uint32_t kLowestRate = 8000;
-    constexpr std::uint32_t kHighestRate = 192000;
-    if (audio.samplingRate < kLowestRate || audio.samplingRate > kHighestRate) {
-      XpString message;
-      XpFormat(message, u"must lie between %u and %u Hz", kLowestRate, kHighestRate);
+    constexpr std::int32_t kPcm = 3;
+    const std::uint16_t bits = audio.bitsPerSample;
+    const bool isUsableDepth = bits == static_cast<std::uint16_t>(kNotSet) || bits == 16 || bits == 24;
+    if (audio.codecType == kPcm && !isUsableDepth) {
+      XpFormat(message, u"must be 16 or 24 for PCM, and is %s", NumberText(bits));
+      Report(Severity::Error, kBitPerSample, message);
+    }
+    if (!limits::IsUsableSampleRate(audio.samplingRate)) {
+      XpFormat(message, u"must lie between %u and %u Hz, and is %s", limits::kMinSampleRate,
+               limits::kMaxSampleRate, NumberText(audio.samplingRate));
       Report(Severity::Error, kSamplingRate, message);
     }
   }

@@ -1,4 +1,4 @@
-#include "src/check/OverlayCheck.h"
+#include "src/check/Checks.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,7 +21,7 @@ namespace vrx::check {
 namespace {
 
 constexpr double kMillisecondsPerSecond = 1000.0;
-constexpr double kCountableFrames = 1e15;  // a double still tells one from the next
+constexpr double kCountableFrames = 1e15;  // up to here doubles can be told apart
 constexpr std::size_t kMostCaptionProblems = 50;
 
 /// Times or frames that are taken, as intervals that do not touch, by their start. Both ends belong to them.
@@ -63,7 +63,7 @@ class CaptionJudge {
     for (const overlay::OverlayRange& range : plan.ranges) {
       if (range.start <= range.end) m_drawnFrames.Add(range.start / value, range.end / value);
     }
-    // Without a log no clip is ever named as the current one.
+    // Without a log there is never a current clip.
     if (!info.templateInfo.valid) return;
     for (const SlowInfoRecord& record : plan.speedSections) m_currentIds.insert(record.videoId);
   }
@@ -72,7 +72,7 @@ class CaptionJudge {
     if (caption.text.IsEmpty()) return u"its text is empty";
     if (caption.endMs < caption.startMs) return u"it ends before it starts";
     if (caption.endMs < 0) return u"it ends before the movie begins";
-    if (m_movieMs > 0.0 && caption.startMs >= m_movieMs) return u"it starts behind the movie's end";
+    if (m_movieMs > 0.0 && caption.startMs >= m_movieMs) return u"it starts after the movie's end";
     if (!m_showsAlways && !m_currentIds.contains(caption.videoId)) {
       XpString cause;
       XpFormat(cause,
@@ -81,7 +81,7 @@ class CaptionJudge {
       return cause;
     }
     if (FallsBetweenFrames(caption)) return u"it falls between two frames";
-    // One without a place hides those behind it all the same.
+    // One without a place hides later ones all the same.
     Intervals& covered = m_covered[m_showsAlways ? 0 : caption.videoId];
     const bool isHidden = covered.Cover(caption.startMs, caption.endMs);
     covered.Add(caption.startMs, caption.endMs);
@@ -93,7 +93,7 @@ class CaptionJudge {
   /// Whether frames that are drawn on show the caption: all of its frames, or any.
   bool Draws(const CaptionItem& caption, bool all) const {
     const std::int64_t first = FirstFrame(caption);
-    // Where captions meet, a frame at the end may go to either; that is not worth a word.
+    // Where captions meet, the frame between them may show either; that is not reported.
     const std::int64_t last = std::max(first, std::min(FirstFrameBehind(caption.endMs), m_movieFrames) - 2);
     return all ? m_drawnFrames.Cover(first, last) : m_drawnFrames.Meet(first, last);
   }
@@ -159,6 +159,7 @@ class OverlayChecker {
     CheckSlowInfoText(info.slowInfoData, path, m_report.problems);
     CheckPainters(info);
     CheckClipTimes();
+    CheckRoom(info);
     if (m_report.videoSettings) AddRows(project, info);
   }
 
@@ -191,7 +192,7 @@ class OverlayChecker {
     }
   }
 
-  /// Frames of such a record go through the callback, but nobody draws on them.
+  /// Frames of a record without a painter go through the callback, but nothing is drawn on them.
   void CheckPainters(const PainterInfo& info) {
     for (const overlay::PainterKind& kind : overlay::GetPainterKinds()) {
       if (!kind.IsWanted(info) || kind.make != nullptr || kind.documentKey == nullptr) continue;
@@ -200,13 +201,37 @@ class OverlayChecker {
     }
   }
 
-  /// Overlays are placed by the times that the document gives, and a whole clip gives none.
+  /// Overlays are placed by the times in the document, and those of a clip that is used whole do not tell its
+  /// length.
   void CheckClipTimes() {
     for (const ClipRow& clip : m_report.clips) {
       if (!clip.wholeSource || !(clip.track == project::kVideoTrack.name)) continue;
       m_report.problems.push_back({Severity::Warning, m_file, clip.track, clip.clip, project::kEndTime.name,
-                                   u"is not set: overlays count this clip as empty and may be missing"});
+                                   u"does not say where the clip ends: overlays count it as empty and may be "
+                                   u"missing"});
     }
+  }
+
+  /// Captions keep a margin on each side.
+  void CheckRoom(const PainterInfo& info) {
+    constexpr std::int32_t kMargins = 20;  // pixels, both sides together
+    if (!info.captionInfo.valid || !m_report.videoSettings) return;
+    const VRXVideoOutputSetting& video = *m_report.videoSettings;
+    const XpString& path = m_report.painterPath;
+    if (video.width <= kMargins || video.height <= kMargins) {
+      return Report(path, Severity::Warning, overlay::kCaptionInfo.name,
+                    u"captions do not show in a movie of 20 pixels or less on a side");
+    }
+    // Captions are scaled from a picture of this size, in each direction on its own.
+    constexpr double kCanvasShape = 1920.0 / 1080.0;
+    constexpr double kNoticed = 0.1;
+    const double squeeze =
+        static_cast<double>(video.width - kMargins) / (video.height - kMargins) / kCanvasShape;
+    if (std::abs(squeeze - 1.0) < kNoticed) return;
+    XpString message;
+    XpFormat(message, u"the letters are %.2f times as wide as usual, since the movie is not 16 by 9",
+             squeeze);
+    Report(path, Severity::Note, overlay::kCaptionInfo.name, message);
   }
 
   void AddRows(const TKLXOutputXml& project, const PainterInfo& info) {

@@ -1,13 +1,12 @@
 #include "src/check/ProjectReport.h"
 
+#include <algorithm>
+
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
-#include "src/check/ClipCheck.h"
-#include "src/check/DocumentCheck.h"
-#include "src/check/OutputCheck.h"
-#include "src/check/OverlayCheck.h"
+#include "src/check/Checks.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 
@@ -27,19 +26,37 @@ XpString ReadFailure(const XpString& path, XpResult result, const xml::XmlProble
   if (!XpPathExists(path, &isDirectory)) return u"does not exist";
   if (isDirectory) return u"is a folder";
   if (result == XpErrAccessDenied) return u"cannot be read: no permission";
-  XpFormat(message, u"cannot be read (error %04x)", result);
+  XpFormat(message, u"cannot be read (error 0x%04x)", result);
   return message;
 }
 
 }  // namespace
 
-ProjectReport CheckProject(const XpString& path, const SourceProbe& probe) {
+const Problem* ProjectReport::FindError(bool withMissingPictures) const {
+  const auto found = std::ranges::find_if(problems, [=](const Problem& problem) {
+    return problem.severity == Severity::Error && (withMissingPictures || !problem.isMissingPicture);
+  });
+  return found == problems.end() ? nullptr : &*found;
+}
+
+void ProjectReport::AllowMissingPictures() {
+  for (Problem& problem : problems) {
+    if (problem.isMissingPicture) problem.severity = Severity::Warning;
+  }
+  SortProblems();
+}
+
+void ProjectReport::SortProblems() {
+  std::ranges::stable_sort(problems, std::ranges::greater(), &Problem::severity);
+}
+
+ProjectReport CheckProject(const XpString& path, const SourceProbe& probe, StillLook stills) {
   ProjectReport report;
   const XpString file = platform::AbsolutePath(path);
   TKLXOutputXml project;
   xml::XmlProblem problem;
   const XpResult result = project.LoadXmlFile(file, &problem);
-  // A document that lacks a part was read all the same, and is told apart by what it lacks.
+  // A document that lacks a part was read all the same; what it lacks is reported below.
   const bool wasRead = result == XpOk || result == XpErrNoObject || result == XpErrFileNotFound;
   if (!wasRead || !XpPathIsFile(file)) {
     report.problems.push_back(
@@ -47,16 +64,16 @@ ProjectReport CheckProject(const XpString& path, const SourceProbe& probe) {
     return report;
   }
   CheckDocument(*project.document, file, report.problems);
+  report.SortProblems();
   if (project::Find(project.document.get(), project::kRoot) == nullptr) return report;
   report.videoSettings = std::move(project.videoSettings);
   report.audioSettings = std::move(project.audioSettings);
   report.outputPath = project::ResolvePath(file, project.outputFilePath);
-  // The clips are checked with the settings at hand, which the project has handed over.
-  if (report.audioSettings)
-    project.audioSettings = std::make_unique<VRXAudioOutputSetting>(*report.audioSettings);
-  CheckClips(file, project, probe, report);
+  report.inputs = project::ListInputFiles(file, project);
+  CheckClips(file, project, {probe, stills}, report);
   CheckOutput(file, report);
   CheckOverlays(file, project, report);
+  report.SortProblems();
   return report;
 }
 

@@ -8,13 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "src/project/InputFiles.h"
 #include "src/project/TKLXOutputXml.h"
 #include "vrx/XpString.h"
 
 namespace vrx::check {
 
-/// Error: the render cannot succeed. Warning: it does, but not as the document seems to want. Note: worth
-/// knowing.
+/// Error: the render fails, or its movie lacks a picture. Warning: the movie is not what the document seems
+/// to want. Note: worth knowing.
 enum class Severity { Note, Warning, Error };
 
 struct Problem {
@@ -24,7 +25,8 @@ struct Problem {
   std::uint32_t clip = 0;  // counted from 1 within the track; 0 for none
   XpString key;            // may be empty
   XpString message;
-  std::uint64_t line = 0;  // of `file`, counted from 1; 0 for none
+  std::uint64_t line = 0;         // of `file`, counted from 1; 0 for none
+  bool isMissingPicture = false;  // an error that does not stop the render: frames of its movie are black
 };
 
 /// What the engine knows of a source after a look into it.
@@ -53,7 +55,7 @@ struct ClipRow {
   std::int64_t frames = 0;
 };
 
-/// A still image and the frames that it stands on, both ends included, on its clip's own clock.
+/// A still image and the frames that show it, both ends included, on its clip's own clock.
 struct StillImageRow {
   std::uint32_t clip = 0;  // on the video track, counted from 1
   std::uint64_t line = 0;  // of the baseband document
@@ -86,7 +88,8 @@ struct CaptionRow {
 };
 
 struct ProjectReport {
-  std::vector<Problem> problems;
+  std::vector<Problem> problems;  // errors first, then warnings, then notes
+  std::vector<project::InputFile> inputs;
   std::vector<ClipRow> clips;
   std::vector<StillImageRow> stillImages;
   XpString painterPath;  // native; empty when the project names no painter document
@@ -98,16 +101,20 @@ struct ProjectReport {
   std::int64_t totalFrames = 0;
   double totalSeconds = 0.0;
 
-  bool HasErrors() const {
-    for (const Problem& problem : problems) {
-      if (problem.severity == Severity::Error) return true;
-    }
-    return false;
-  }
+  bool HasErrors() const { return FindError(true) != nullptr; }
+  /// The first error, or the first one that stops the render; null when there is none.
+  const Problem* FindError(bool withMissingPictures) const;
+  /// Makes warnings of the errors that only leave frames black.
+  void AllowMissingPictures();
+  void SortProblems();
 };
 
+/// How far still pictures are looked into: their size alone, or decoded as a render would.
+enum class StillLook { Size, Whole };
+
 /// Reads the document at `path` and inspects it with everything that it names. Each source is probed once; an
-/// empty `probe` leaves it at what the file system tells.
-ProjectReport CheckProject(const XpString& path, const SourceProbe& probe);
+/// empty `probe` only asks the file system.
+ProjectReport CheckProject(const XpString& path, const SourceProbe& probe,
+                           StillLook stills = StillLook::Size);
 
 }  // namespace vrx::check

@@ -1,4 +1,4 @@
-// Every mistake in a project and in the documents that it names is found and its place told, and each caption
+// Every mistake in a project and in the documents that it names is reported with its place, and each caption
 // that never shows with its cause.
 #include <algorithm>
 
@@ -26,6 +26,13 @@ std::string Caption(int startMs, int endMs, int layout = 5, int videoId = 0, con
          std::to_string(layout) + "</LayoutType><LeftPos>" + std::to_string(startMs) +
          "</LeftPos><RightPos>" + std::to_string(endMs) + "</RightPos><VideoID>" + std::to_string(videoId) +
          "</VideoID></Caption>";
+}
+
+/// A picture of one pixel.
+std::string PixelBmp() {
+  using namespace std::string_literals;
+  return "BM\x3A\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\1\0\0\0\1\0\x18\0"s + std::string(24, '\0') +
+         std::string(4, '\x7F');
 }
 
 class ProjectCheckTest : public testing::Test {
@@ -110,13 +117,14 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
   };
   const Case cases[] = {
       {"<dict><key>SourceFile</key><string>a.mp4</string><key>StartTime</key><integer>5</integer></dict>",
-       "W VideoTrack/2 StartTime is integer where real is due", true},
+       "W VideoTrack/2 StartTime is integer instead of real", true},
       {ClipText("b.mp4", "0", "1001"), "E VideoTrack/2 SourceFile ", false},
       {ClipText("a.mp4", "900", "900"),
-       "W VideoTrack/2 EndTime does not lie behind StartTime: the whole source is used", true},
+       "W VideoTrack/2 EndTime does not lie after StartTime: the whole source is used", true},
+      {ClipText("a.mp4", "2000", "-1"), "W VideoTrack/2 StartTime is not used without EndTime", true},
       {ClipText("a.mp4", "1", "9"), "W VideoTrack/2 EndTime the clip is shorter than a frame", true},
       {ClipText("a.mp4", "3003", "6006"),
-       "W VideoTrack/2 EndTime lies 2.006 s behind the source's end: the last frame holds", true},
+       "W VideoTrack/2 EndTime lies 2.006 s after the source's end: the last frame is held", true},
       {"<string>a.mp4</string>", "W VideoTrack/2  is a string, not a dict: left out", true},
   };
   const std::string good = project.videoTrack;
@@ -145,7 +153,13 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        false},
       {&ProjectText::output, "", "E OutputFilePath names no file", false},
       {&ProjectText::output, "none/out.mp4", "E OutputFilePath the folder ", false},
-      {&ProjectText::output, "a.mp4", "is also a source and would be replaced", true},
+      {&ProjectText::audio, "<key>Channel</key><integer>2</integer>",
+       "E SamplingRate must lie between 8000 and 192000 Hz, and is not set", false},
+      {&ProjectText::audio,
+       "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>"
+       "<key>AudioCodecType</key><integer>3</integer><key>BitPerSample</key><integer>20</integer>",
+       "E BitPerSample must be 16 or 24 for PCM, and is 20", false},
+      {&ProjectText::output, "out.m2ts", "W VideoSpecificationType asks for an MP4 file", true},
       {&ProjectText::moreOutput, "<key>PainterEffect</key><string>none.vrx</string>", "W PainterEffect ",
        true},
   };
@@ -156,6 +170,46 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
     project.*c.part = c.text;
     ExpectLine(c.line, c.renderable);
   }
+}
+
+TEST_F(ProjectCheckTest, OutputThatIsAnInputIsRefusedAlsoThroughLinks) {
+  m_folder.Write("sound.wav", "sound");
+  m_folder.Write("photo.png", "photo");
+  m_folder.Write("painter.xml", "<plist/>");
+  m_folder.Write("stills.xml", BasebandText(ImageText(1, "photo.png", 0, 9)));
+  std::filesystem::create_symlink("a.mp4", m_folder.Path() / "link.mp4");
+  std::filesystem::create_hard_link(m_folder.Path() / "photo.png", m_folder.Path() / "hard.png");
+  std::filesystem::create_symlink("nothing", m_folder.Path() / "to-nothing.mp4");
+  project.videoTrack += ClipText("stills.xml", "0", "334", "<key>SourceType</key><integer>4</integer>");
+  project.audioTrack = ClipText("sound.wav", "0", "1001");
+  project.moreOutput = "<key>PainterEffect</key><string>painter.xml</string>";
+  struct Case {
+    const char* output;
+    const char* role;
+  };
+  for (const Case& c : {Case{"a.mp4", "is the source of VideoTrack clip 1"},
+                        {"link.mp4", "is the source of VideoTrack clip 1"},
+                        {"stills.xml", "is the source of VideoTrack clip 2"},
+                        {"photo.png", "is a still picture of VideoTrack clip 2 (line 2 of its document)"},
+                        {"hard.png", "is a still picture of VideoTrack clip 2"},
+                        {"sound.wav", "is the source of AudioTrack clip 1"},
+                        {"painter.xml", "is the painter document"},
+                        {"./p.vrx", "is the project document"}}) {
+    project.output = c.output;
+    EXPECT_THAT(Lines(Check()), Contains(AllOf(HasSubstr("E OutputFilePath"), HasSubstr(c.role))))
+        << c.output;
+  }
+  for (const char* output : {"to-nothing.mp4", "new.mp4"}) {
+    project.output = output;
+    EXPECT_THAT(Lines(Check()), testing::Not(Contains(HasSubstr("OutputFilePath")))) << output;
+  }
+}
+
+TEST_F(ProjectCheckTest, EndlessTimesAddUpToALongMovie) {
+  project.videoTrack = ClipText("a.mp4", "-1e300", "1e300") + ClipText("a.mp4", "0", "1e300");
+  const ProjectReport report = Check();
+  EXPECT_GT(report.totalFrames, 1'000'000'000'000);
+  EXPECT_GT(report.clips[1].firstFrame, 1'000'000'000'000);
 }
 
 TEST_F(ProjectCheckTest, SourceThatCannotGiveItsPictureIsNamed) {
@@ -171,27 +225,34 @@ TEST_F(ProjectCheckTest, StillsThatLeaveFramesBlackOrSayWhatIsUnknownAreNamed) {
     std::uint64_t line;
     const char* key;
     const char* message;
+    bool renderable = true;
   };
+  m_folder.Write("a", PixelBmp());
   const Case cases[] = {
-      {ImageText(1, "no.jpg", 0, 9), 2, "ImagePath", "no.jpg is left out"},
-      {ImageText(1, "a", 0, 3) + ImageText(2, "a", 6, 9), 3, "InFrame", "on frames 4 to 5"},
-      {ImageText(1, "a", 0, 5) + ImageText(2, "a", 4, 9), 3, "InFrame", "frames 4 to 5 have an image"},
-      {ImageText(1, "a", 5, 9) + ImageText(2, "a", 0, 4), 3, "InFrame", "must stand in order"},
+      {ImageText(1, "no.jpg", 0, 9), 2, "ImagePath", "no.jpg is left out", false},
+      {ImageText(1, "a", 0, 3) + ImageText(2, "a", 6, 9), 3, "InFrame", "frames 4 to 5 have no image"},
+      {ImageText(1, "a", 0, 5) + ImageText(2, "a", 4, 9), 3, "InFrame",
+       "frames 4 to 5 already have an image"},
+      {ImageText(1, "a", 5, 9) + ImageText(2, "a", 0, 4), 3, "InFrame", "must be listed in order"},
       {ImageText(1, "a", 0, 7), 0, "", "end with frame 7, the clip with frame 9"},
       {ImageText(1, "a", 0, 12), 0, "", "go on to frame 12"},
       {ImageText(1, "a", 0, 9, 4), 2, "Rotation", "4 is none of 0 to 3"},
       {ImageText(1, "a", 0, 9, 0, 2), 2, "Mirror", "2 is neither 0 nor 1"},
       {ImageText(1, "a", 0, 4) + ImageText(1, "a", 5, 9), 3, "ImageId", "1 is used before"},
-      {"", 0, "", "holds no DecImage"},
+      {"", 0, "", "holds no DecImage", false},
   };
   project.videoTrack = ClipText("b.xml", "0", "334", "<key>SourceType</key><integer>4</integer>");
   for (const Case& c : cases) {
     m_folder.Write("b.xml", BasebandText(c.images));
-    const ProjectReport report = Check();
-    const std::string place = std::string("W VideoTrack/1 ") + c.key + " ";
+    ProjectReport report = Check();
+    EXPECT_EQ(report.HasErrors(), !c.renderable) << c.message;
+    const std::string place =
+        (c.renderable ? "W VideoTrack/1 " : "E VideoTrack/1 ") + std::string(c.key) + " ";
     EXPECT_THAT(Lines(report), Contains(AllOf(HasSubstr(place), HasSubstr(c.message))));
     EXPECT_TRUE(c.line == 0 || std::ranges::count(report.problems, c.line, &vrx::check::Problem::line) > 0)
         << c.message;
+    report.AllowMissingPictures();
+    EXPECT_FALSE(report.HasErrors()) << c.message;
   }
 }
 
@@ -220,6 +281,14 @@ TEST_F(ProjectCheckTest, GoodCaptionsAreListedInTheMoviesTime) {
   ASSERT_EQ(report.captions.size(), 1u);
   EXPECT_NEAR(report.captions[0].startSeconds, 1.001, 1e-9);
   EXPECT_THAT(Causes(report), ElementsAre(""));
+  const auto linesAtSize = [&](const std::string& width, const std::string& height) {
+    project.video =
+        "<key>Width</key><integer>" + width + "</integer><key>Height</key><integer>" + height +
+        "</integer><key>TimeValue</key><integer>1</integer><key>TimeScale</key><integer>25</integer>";
+    return Lines(CheckCaptions(Caption(1001, 2002)));
+  };
+  EXPECT_THAT(linesAtSize("20", "1080"), Contains(HasSubstr("20 pixels or less on a side")));
+  EXPECT_THAT(linesAtSize("1080", "1920"), Contains(HasSubstr("letters are 0.31 times as wide")));
 }
 
 TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
@@ -229,7 +298,7 @@ TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
       Caption(50000, 51000) + Caption(8500, 8501) + Caption(9000, 9500, 5, 0, ""));
   EXPECT_THAT(Causes(report), ElementsAre("", "", "", HasSubstr("earlier captions"), HasSubstr("LayoutType"),
                                           HasSubstr("earlier captions"), HasSubstr("ends before it starts"),
-                                          HasSubstr("VideoID 3"), HasSubstr("behind the movie's end"),
+                                          HasSubstr("VideoID 3"), HasSubstr("after the movie's end"),
                                           HasSubstr("between two frames"), HasSubstr("text is empty")));
   EXPECT_THAT(Lines(report), Contains(HasSubstr("caption 8 never shows: its VideoID 3")));
   EXPECT_FALSE(report.HasErrors());
@@ -239,7 +308,7 @@ TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
               ElementsAre(""));
 }
 
-TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreTold) {
+TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreReported) {
   const ProjectReport unordered = CheckCaptions(Caption(6000, 8000) + Caption(1000, 3000));
   EXPECT_THAT(Causes(unordered),
               ElementsAre(HasSubstr("no frame that is drawn on"), HasSubstr("in the order")));
@@ -252,7 +321,7 @@ TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreTold) {
   EXPECT_THAT(Lines(sound), ElementsAre());
 }
 
-TEST_F(ProjectCheckTest, ManyHiddenCaptionsAreSummedUp) {
+TEST_F(ProjectCheckTest, HiddenCaptionsBeyondFiftyAreCounted) {
   std::string captions;
   for (int i = 0; i < 1000; ++i) captions += Caption(1000, 2000, 0);
   const ProjectReport report = CheckCaptions(captions);
@@ -268,7 +337,7 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
   };
   const std::string width = "<key>GeneralInfo</key><dict><key>VideoWidth</key>";
   for (const Case& c :
-       {Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is real where integer is due"},
+       {Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is real instead of integer"},
         Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is missing or cannot be read"},
         Case{"<key>TennisMetaInfo</key><dict/>", "TennisMetaInfo/TrimedShift is missing"},
         Case{"<key>TemplateInfo</key><dict><key>LogDataArray</key><array><dict/></array></dict>",

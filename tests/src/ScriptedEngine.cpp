@@ -5,7 +5,11 @@
 
 namespace {
 
-EngineScript g_script;
+EngineScript g_script{
+#ifdef SCRIPTED_ENGINE_FRAMES
+    .slices = {{.processed = 100, .ends = true}},
+#endif
+};
 
 class ScriptedSequence final : public IVRXSequence {
  public:
@@ -81,6 +85,14 @@ __attribute__((visibility("default"))) std::int32_t VRX_SetSTPVSetting(VRXHandle
   g_script.Note("SetSTPVSetting");
   const auto* bytes = static_cast<const std::uint8_t*>(data);
   g_script.gpuBlocks.emplace_back(bytes, bytes + size);
+  return 0;
+}
+#endif
+
+#ifdef SCRIPTED_ENGINE_FRAMES
+/// Such an engine ends at once and says that its movie has that many frames.
+__attribute__((visibility("default"))) std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary) {
+  *summary = {.frames = SCRIPTED_ENGINE_FRAMES};
   return 0;
 }
 #endif

@@ -1,0 +1,67 @@
+#include "src/project/InputFiles.h"
+
+#include "foundation/platform/FileSystem.h"
+#include "foundation/text/XpFormat.h"
+#include "src/baseband/BasebandDocument.h"
+#include "src/project/ProjectKeys.h"
+#include "src/project/ProjectPath.h"
+
+namespace vrx::project {
+namespace {
+
+constexpr char16_t kImagePath[] = u"ImagePath";
+
+void AddStillPictures(const InputFile& document, std::vector<InputFile>& inputs) {
+  baseband::BasebandDocument read;
+  ReadBasebandDocument(document.path, read);  // what is wrong with it does not matter here
+  for (const baseband::BasebandImage& image : read.images) {
+    const XpString path = ResolvePath(document.path, image.job.imagePath);
+    inputs.push_back({path, document.track, document.clip, kImagePath, image.line});
+  }
+}
+
+void AddTrack(const XpString& projectPath, const Key& track, const TKLXOutputXml::Track& clips, bool isVideo,
+              std::vector<InputFile>& inputs) {
+  std::uint32_t number = 0;
+  for (const auto& clip : clips) {
+    ++number;
+    if (clip->sourceFile.IsEmpty()) continue;
+    const InputFile source{ResolvePath(projectPath, clip->sourceFile), track.name, number, kSourceFile.name};
+    inputs.push_back(source);
+    if (isVideo && clip->sourceType == VRXSourceBaseband) AddStillPictures(source, inputs);
+  }
+}
+
+}  // namespace
+
+XpString InputFile::Role() const {
+  XpString role;
+  if (clip == 0) return key.IsEmpty() ? u"the project document" : u"the painter document";
+  if (line == 0) {
+    XpFormat(role, u"the source of %s clip %u", track, clip);
+  } else {
+    XpFormat(role, u"a still picture of %s clip %u (line %I64u of its document)", track, clip, line);
+  }
+  return role;
+}
+
+std::vector<InputFile> ListInputFiles(const XpString& projectPath, const TKLXOutputXml& project) {
+  std::vector<InputFile> inputs{{.path = projectPath}};
+  if (!project.painterEffect.IsEmpty()) {
+    inputs.push_back({.path = ResolvePath(projectPath, project.painterEffect), .key = kPainterEffect.name});
+  }
+  AddTrack(projectPath, kVideoTrack, project.videoTracks, true, inputs);
+  AddTrack(projectPath, kAudioTrack, project.audioTracks, false, inputs);
+  return inputs;
+}
+
+const InputFile* FindOutputAmongInputs(const XpString& outputPath, std::span<const InputFile> inputs) {
+  platform::FileStatus status;
+  if (outputPath.IsEmpty() || platform::StatPath(outputPath, platform::Links::Follow, status)) return nullptr;
+  for (const InputFile& input : inputs) {
+    if (platform::IsSameFile(outputPath, input.path)) return &input;
+  }
+  return nullptr;
+}
+
+}  // namespace vrx::project
