@@ -1,4 +1,4 @@
-#include "host/ConfigCommand.h"
+#include "host/Commands.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,9 +1,48 @@
 #include "host/Console.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
 namespace vrx::host {
+namespace {
+
+struct Character {
+  char32_t code = 0;  // of a byte that is no UTF-8: the byte
+  std::size_t bytes = 1;
+};
+
+/// `text` is not empty.
+Character FirstCharacter(std::string_view text) {
+  const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byteAt(0);
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+  const Character loneByte{lead, 1};
+  if (length == 1 || length > text.size()) return loneByte;
+  char32_t code = lead & (0xFF >> (length + 1));
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byteAt(i) & 0xC0) != 0x80) return loneByte;
+    code = code << 6 | (byteAt(i) & 0x3F);
+  }
+  return {code, length};
+}
+
+bool IsControl(char32_t code) {
+  struct Range {
+    char32_t first;
+    char32_t last;
+  };
+  static constexpr Range kControls[] = {
+      {0x00, 0x1F},      // C0
+      {0x7F, 0x9F},      // delete, C1
+      {0x2028, 0x202E},  // line separators; embeddings and overrides of the writing direction
+      {0x2066, 0x2069},  // isolates
+  };
+  return std::ranges::any_of(kControls,
+                             [=](Range range) { return code >= range.first && code <= range.last; });
+}
+
+}  // namespace
 
 std::string Utf8(const XpString& text) { return textcodec::ToUtf8(text.AsView()); }
 
@@ -19,19 +58,62 @@ std::string_view SeverityName(check::Severity severity) {
   return "note";
 }
 
-std::string ProblemLine(const check::Problem& problem) {
-  std::string line(SeverityName(problem.severity));
-  line += ": " + Utf8(problem.file);
-  if (problem.line != 0) line += ":" + std::to_string(problem.line);
-  if (!problem.track.IsEmpty()) line += ": " + Utf8(problem.track);
-  if (problem.clip != 0) line += " clip " + std::to_string(problem.clip);
-  line += problem.key.IsEmpty() ? ":" : ": " + Utf8(problem.key);
-  return line + " " + Utf8(problem.message);
+std::string Masked(std::string_view text, bool keepsLines) {
+  std::string masked;
+  masked.reserve(text.size());
+  while (!text.empty()) {
+    const Character next = FirstCharacter(text);
+    const bool isKept = keepsLines && (next.code == U'\n' || next.code == U'\t');
+    if (IsControl(next.code) && !isKept) {
+      masked += '?';
+    } else {
+      masked += text.substr(0, next.bytes);
+    }
+    text.remove_prefix(next.bytes);
+  }
+  return masked;
 }
 
-void Say(std::string_view line) {
-  std::fprintf(stderr, "vrx: %.*s\n", static_cast<int>(line.size()), line.data());
+std::string Plain(const XpString& text) { return Masked(Utf8(text)); }
+
+std::string CodeText(std::uint32_t code) {
+  char text[16];
+  std::snprintf(text, sizeof(text), "0x%04x", code);
+  return text;
 }
+
+std::string ProblemText(const check::Problem& problem) {
+  if (problem.file.IsEmpty()) return Plain(problem.message);
+  std::string line = Plain(problem.file);
+  if (problem.line != 0) line += ":" + std::to_string(problem.line);
+  if (!problem.track.IsEmpty()) line += ": " + Plain(problem.track);
+  if (problem.clip != 0) line += " clip " + std::to_string(problem.clip);
+  line += problem.key.IsEmpty() ? ":" : ": " + Plain(problem.key);
+  return line + " " + Plain(problem.message);
+}
+
+std::string ProblemLine(const check::Problem& problem) {
+  return std::string(SeverityName(problem.severity)) + ": " + ProblemText(problem);
+}
+
+Json ProblemJson(const check::Problem& problem) {
+  Json entry{{"severity", SeverityName(problem.severity)}};
+  if (!problem.file.IsEmpty()) entry["file"] = Utf8(problem.file);
+  if (problem.line != 0) entry["line"] = problem.line;
+  if (!problem.track.IsEmpty()) entry["track"] = Utf8(problem.track);
+  if (problem.clip != 0) entry["clip"] = problem.clip;
+  if (!problem.key.IsEmpty()) entry["key"] = Utf8(problem.key);
+  entry["message"] = Utf8(problem.message);
+  return entry;
+}
+
+void Say(std::string_view line) { std::fprintf(stderr, "vrx: %s\n", Masked(line).c_str()); }
+
+void PrintJson(const Json& document, int indent) {
+  std::puts(document.dump(indent, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
+bool FlushOutput() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 
 std::string ClockText(double seconds) {
   constexpr long kPerMinute = 60;

@@ -1,24 +1,48 @@
-// How the command line speaks: one place for the form of its messages.
+// How the command line speaks: the form of its messages, for people and as JSON.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include <nlohmann/json.hpp>
+
 #include "src/check/ProjectReport.h"
 
 namespace vrx::host {
 
+using Json = nlohmann::ordered_json;
+
 /// Exit statuses of the program.
 enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUse = 2, kCancelled = 130 };
 
+/// For JSON and for the system. What a terminal shows goes through Plain.
 std::string Utf8(const XpString& text);
 
-/// "error: FILE: VideoTrack clip 2: SourceFile /a/b.mp4 does not exist"
+/// UTF-8 text with a question mark in place of each character that could control the terminal or reverse the
+/// text on it: control characters, delete, and overrides of the writing direction. `keepsLines` lets line
+/// feeds and tabs through.
+std::string Masked(std::string_view text, bool keepsLines = false);
+std::string Plain(const XpString& text);
+
+/// "0x8111", as codes are written everywhere.
+std::string CodeText(std::uint32_t code);
+
+/// "FILE:12: VideoTrack clip 2: SourceFile /a/b.mp4 does not exist"; masked.
+std::string ProblemText(const check::Problem& problem);
+/// The same after its severity: "error: FILE: ...".
 std::string ProblemLine(const check::Problem& problem);
+/// One with what is known: severity, file, line, track, clip, key and message.
+Json ProblemJson(const check::Problem& problem);
 std::string_view SeverityName(check::Severity severity);
 
-/// Writes "vrx: " and the line to stderr.
+/// Writes "vrx: " and the line, masked, to stderr.
 void Say(std::string_view line);
+
+/// Writes the document and a line end to stdout. Bytes of file names that are no UTF-8 are replaced.
+void PrintJson(const Json& document, int indent);
+
+/// Writes out what stdout still holds. False when it, or something before, could not be written.
+bool FlushOutput();
 
 /// "1:02:03" or "4:05".
 std::string ClockText(double seconds);

@@ -72,4 +72,9 @@ bool EngineModule::RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& ou
          render(&timeline, &output, static_cast<std::uint64_t>(number), pixels.data(), bytes) == VRXEngineOk;
 }
 
+bool EngineModule::GetSummary(VRXRenderSummary& summary) const {
+  const auto get = m_library.Find<VRX_GetRenderSummaryFunction>("VRX_GetRenderSummary");
+  return get != nullptr && get(&summary) == VRXEngineOk;
+}
+
 }  // namespace vrx::host

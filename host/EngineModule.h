@@ -39,14 +39,17 @@ class EngineModule {
 
   check::SourceFacts Probe(const XpString& path) const;
 
-  /// Has the engine open everything that the job needs and lets go of it again. Its result; the lines tell
-  /// why.
+  /// Has the engine open everything that the job needs, and close it again. Gives the engine's result; the
+  /// lines say why.
   std::int32_t Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const;
 
   /// Frame `number` of the movie, bottom-up, into `pixels`, which holds the whole picture. The lines tell why
   /// there is none.
   bool RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& output, std::int64_t number,
                    std::span<std::uint32_t> pixels) const;
+
+  /// What the last movie holds that was written. False when there is none, or the module cannot tell.
+  bool GetSummary(VRXRenderSummary& summary) const;
 
  private:
   void SetLogCallback(VRXLogFunction log);

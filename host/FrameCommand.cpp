@@ -1,4 +1,4 @@
-#include "host/FrameCommand.h"
+#include "host/Commands.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,27 +7,30 @@
 #include "foundation/platform/Paths.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
+#include "host/Inspection.h"
 #include "host/PngFile.h"
-#include "src/check/ProjectReport.h"
 #include "src/job/RenderJob.h"
 #include "src/timeline/FrameClock.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::host {
 namespace {
 
-/// The frame that stands on the screen at `seconds`.
+/// The frame that is shown at `seconds`.
 std::int64_t FrameAt(double seconds, const VRXTimeInfo& frameDuration) {
   const timeline::FrameClock clock(frameDuration);
-  // A hair forward: a time that was copied from a frame's own start must give that frame.
-  constexpr double kHairMs = 1e-6;
-  return clock.IsUsable() ? clock.FloorToFrame(seconds * 1000.0 + kHairMs) / clock.GetFrameValue() : 0;
+  // So that a time that was copied from a frame's own start gives that frame despite its rounding.
+  constexpr double kRoundingMs = 1e-6;
+  return clock.IsUsable() ? clock.FloorToFrame(seconds * 1000.0 + kRoundingMs) / clock.GetFrameValue() : 0;
 }
 
 const VRXIntermediateRawOutputSetting* RangeOf(const VRXSystemOutputSetting& output, std::int64_t frame) {
-  const std::uint64_t time = static_cast<std::uint64_t>(frame) * output.video->frameDuration.value;
+  // Range ends are signed numbers in unsigned fields: a range may end before the movie begins.
+  const auto signedValue = [](std::uint64_t value) { return static_cast<std::int64_t>(value); };
+  const std::int64_t time = frame * signedValue(output.video->frameDuration.value);
   for (std::uint32_t i = 0; i < output.rawRangeCount; ++i) {
     const VRXIntermediateRawOutputSetting& range = *output.rawRanges[i];
-    if (time >= range.startTime.value && time <= range.endTime.value) return &range;
+    if (time >= signedValue(range.startTime.value) && time <= signedValue(range.endTime.value)) return &range;
   }
   return nullptr;
 }
@@ -62,11 +65,29 @@ int Fail(const std::string& cause) {
   return kFailed;
 }
 
+/// Why the project cannot give a frame at all; empty when nothing speaks against it.
+std::string CauseWithout(const XpString& project, const check::ProjectReport& report) {
+  const VRXVideoOutputSetting* video = report.videoSettings.get();
+  const bool isUsable = video != nullptr && limits::IsUsableSide(video->width) &&
+                        limits::IsUsableSide(video->height) &&
+                        limits::IsUsableFrameLength(video->frameDuration.value, video->frameDuration.scale);
+  if (isUsable && report.totalFrames > 0) return {};
+  const check::Problem* error = report.FindError(false);
+  return error == nullptr ? Utf8(project) + ": the movie has no frame" : ProblemText(*error);
+}
+
+/// Why `frame` is not in the movie; empty when it is.
+std::string CauseWithout(const XpString& project, std::int64_t frame, std::int64_t frames) {
+  if (frame < frames) return {};
+  return Utf8(project) + ": the movie has " + std::to_string(frames) + " frames, from 0 to " +
+         std::to_string(frames - 1) + ": there is no frame " + std::to_string(frame);
+}
+
 /// Why the engine gave no picture.
-std::string Cause(EngineModule& engine, std::int64_t frame) {
-  std::string cause = "the project has no frame " + std::to_string(frame);
+std::string EngineCause(const XpString& project, EngineModule& engine) {
+  std::string cause = "the conversion engine gives no cause";
   for (const EngineLine& line : engine.TakeLines()) {
-    if (line.severity == VRXLogError) cause = line.text;
+    if (line.severity == VRXLogError) cause = ProblemText(ProblemOf(project, line));
   }
   return cause;
 }
@@ -79,19 +100,20 @@ int RunFrame(const FrameOptions& options) {
   std::string cause;
   if (!engine.Load(cause)) return Fail(cause);
   engine.Listen({});
-  job::RenderJob job;
-  job.Load(project);
-  if (job.GetSystemOutput() == nullptr || job.GetSystemOutput()->video == nullptr) {
-    for (const check::Problem& problem : check::CheckProject(project, {}).problems) Say(ProblemLine(problem));
-    return kFailed;
-  }
-  const VRXVideoOutputSetting& video = *job.GetSystemOutput()->video;
-  constexpr std::int32_t kLargestSide = 8192;
-  if (video.width <= 0 || video.height <= 0 || video.width > kLargestSide || video.height > kLargestSide) {
-    return Fail(Utf8(project) + ": Width and Height must lie between 16 and 8192 pixels");
-  }
+  const check::ProjectReport report = InspectQuickly(project, engine);
+  if (cause = CauseWithout(project, report); !cause.empty()) return Fail(cause);
+  const VRXVideoOutputSetting& video = *report.videoSettings;
   const std::int64_t frame =
       options.frame >= 0 ? options.frame : FrameAt(options.seconds, video.frameDuration);
+  if (cause = CauseWithout(project, frame, report.totalFrames); !cause.empty()) return Fail(cause);
+  const XpString picture = platform::AbsolutePath(platform::PathFromNative(options.picture));
+  if (const auto* input = FindOutputAmongInputs(picture, report.inputs)) {
+    return Fail(options.picture + " is " + Utf8(input->Role()) + " and would be overwritten");
+  }
+  engine.TakeLines();
+  job::RenderJob job;
+  job.Load(project);
+  if (!job.IsUsable()) return Fail(Utf8(project) + ": changed while it was read");
   const auto width = static_cast<std::uint32_t>(video.width);
   const auto height = static_cast<std::uint32_t>(video.height);
   std::vector<std::uint32_t> pixels(std::size_t{width} * height);
@@ -99,11 +121,11 @@ int RunFrame(const FrameOptions& options) {
     DrawOverlay(job, frame, pixels);
   } else {
     if (!engine.RenderFrame(*job.GetTimeline(), *job.GetSystemOutput(), frame, pixels)) {
-      return Fail(Utf8(project) + ": " + Cause(engine, frame));
+      return Fail(EngineCause(project, engine));
     }
     TurnOver(pixels, width);
   }
-  if (!WritePng(options.picture, {width, height, pixels}, options.overlayOnly, cause)) {
+  if (!WritePng(picture, {width, height, pixels}, options.overlayOnly, cause)) {
     return Fail(options.picture + " cannot be written: " + cause);
   }
   return kDone;

@@ -1,9 +1,10 @@
-#include "host/LogsCommand.h"
+#include "host/Commands.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
@@ -14,7 +15,7 @@ namespace vrx::host {
 namespace {
 
 constexpr std::int64_t kBlock = 64 << 10;
-constexpr std::int64_t kMostBytes = std::int64_t{64} << 20;  // that the last lines are looked for in
+constexpr std::int64_t kMostBytes = std::int64_t{64} << 20;  // searched for the last lines
 constexpr std::int32_t kPollMs = 200;
 
 /// Path of the current run's log; empty when nothing was logged yet.
@@ -34,22 +35,27 @@ std::string ReadAt(XpFile& file, std::int64_t start, std::int64_t count) {
   return bytes;
 }
 
-/// A damaged log must not take over the terminal: of the control characters only line feed and tab get
-/// through.
-void Print(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  for (const char c : bytes) {
-    constexpr unsigned char kDelete = 0x7F;
-    const auto code = static_cast<unsigned char>(c);
-    if (c == '\r') continue;
-    const bool isControl = (code < ' ' && c != '\n' && c != '\t') || code == kDelete;
-    text += isControl ? '?' : c;
-  }
+/// A damaged log must not take over the terminal.
+void Print(std::string bytes) {
+  std::erase(bytes, '\r');
+  const std::string text = Masked(bytes, true);
   std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/// Where the last `lines` lines begin, looked for from the end.
+/// How many bytes at the end begin a character whose other bytes are still to come.
+std::size_t OpenCharacter(std::string_view bytes) {
+  constexpr std::size_t kLongest = 4;
+  for (std::size_t back = 1; back < kLongest && back <= bytes.size(); ++back) {
+    const auto byte = static_cast<unsigned char>(bytes[bytes.size() - back]);
+    if (byte < 0x80) return 0;
+    if (byte < 0xC0) continue;
+    const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
+    return back < length ? back : 0;
+  }
+  return 0;
+}
+
+/// Where the last `lines` lines begin, searched from the end.
 std::int64_t StartOfLastLines(XpFile& file, std::int64_t size, std::int64_t lines) {
   const std::int64_t floor = std::max<std::int64_t>(0, size - kMostBytes);
   std::int64_t found = 0;
@@ -58,7 +64,7 @@ std::int64_t StartOfLastLines(XpFile& file, std::int64_t size, std::int64_t line
     const std::string bytes = ReadAt(file, start, end - start);
     for (std::size_t i = bytes.size(); i-- > 0;) {
       const std::int64_t position = start + static_cast<std::int64_t>(i);
-      // The feed at the very end closes the last line.
+      // A line feed at the very end belongs to the last line.
       if (bytes[i] == '\n' && position != size - 1 && ++found == lines) return position + 1;
     }
     end = start;
@@ -66,12 +72,13 @@ std::int64_t StartOfLastLines(XpFile& file, std::int64_t size, std::int64_t line
   return floor;
 }
 
-/// One log file on its way to the terminal.
+/// Prints one log file, as far as it has grown.
 class LogView {
  public:
   bool IsAt(const XpString& path) const { return m_path == path; }
 
-  /// Takes up a file: from the start of its last lines, or of the whole when it came while following.
+  /// Goes on with the file at `path`: from the start of its last lines, or from its own when `lines` is below
+  /// 0.
   void Open(const XpString& path, std::int64_t lines) {
     m_path = path;
     m_position = 0;
@@ -80,17 +87,22 @@ class LogView {
     m_position = StartOfLastLines(file, std::max<std::int64_t>(file.GetSize(), 0), lines);
   }
 
-  /// Prints what has come since; from the start when the file was begun anew.
+  /// Prints what was added since the last call, or the whole file when it was started again.
   void PrintNew() {
     XpFile file;
     if (file.OpenPath(m_path, XpOpenRead, XpShareRead | XpShareWrite) != XpOk) return;
     const std::int64_t size = file.GetSize();
     if (size < m_position) m_position = 0;
     while (m_position < size) {
-      const std::string bytes = ReadAt(file, m_position, std::min(kBlock, size - m_position));
+      std::string bytes = ReadAt(file, m_position, std::min(kBlock, size - m_position));
       if (bytes.empty()) break;
-      Print(bytes);
       m_position += static_cast<std::int64_t>(bytes.size());
+      if (m_position < size) {
+        const std::size_t open = OpenCharacter(bytes);
+        bytes.resize(bytes.size() - open);
+        m_position -= static_cast<std::int64_t>(open);
+      }
+      Print(std::move(bytes));
     }
     std::fflush(stdout);
   }
@@ -101,8 +113,7 @@ class LogView {
 };
 
 void SayNothingLogged(const log::Channel& channel) {
-  Say("nothing was logged yet; a log will be in a folder of its own below " +
-      Utf8(log::ChannelFolder(channel)));
+  Say("nothing was logged yet; a log will be in a folder below " + Utf8(log::ChannelFolder(channel)));
 }
 
 int Follow(const log::Channel& channel, std::int64_t lines) {
@@ -134,7 +145,7 @@ int RunLogs(const LogsOptions& options) {
     return kFailed;
   }
   if (options.path) {
-    std::puts(Utf8(path).c_str());
+    std::puts(Masked(Utf8(path)).c_str());
     return kDone;
   }
   LogView view;

@@ -1,14 +1,17 @@
 #include "host/PngFile.h"
 
-#include <cstdio>
+#include <cstddef>
 #include <vector>
 
 #include <png.h>
 
+#include "foundation/file/XpReplaceFile.h"
+#include "host/Console.h"
+
 namespace vrx::host {
 namespace {
 
-/// The simplified interface of libpng takes opaque pictures as three bytes a pixel.
+/// For opaque pictures the simplified interface of libpng wants three bytes a pixel.
 std::vector<png_byte> WithoutAlpha(std::span<const std::uint32_t> pixels) {
   std::vector<png_byte> bytes;
   bytes.reserve(pixels.size() * 3);
@@ -18,28 +21,50 @@ std::vector<png_byte> WithoutAlpha(std::span<const std::uint32_t> pixels) {
   return bytes;
 }
 
-}  // namespace
-
-bool WritePng(const std::string& path, const BgraPicture& picture, bool alpha, std::string& cause) {
+/// Empty, with the cause, on failure.
+std::vector<std::byte> Encode(const BgraPicture& picture, bool alpha, std::string& cause) {
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
   image.width = picture.width;
   image.height = picture.height;
   image.format = alpha ? PNG_FORMAT_BGRA : PNG_FORMAT_BGR;
   const std::vector<png_byte> opaque = alpha ? std::vector<png_byte>() : WithoutAlpha(picture.pixels);
-  const void* bytes = alpha ? static_cast<const void*>(picture.pixels.data()) : opaque.data();
-  const std::string beside = path + ".new";
+  const void* pixels = alpha ? static_cast<const void*>(picture.pixels.data()) : opaque.data();
   constexpr int kKeepAllBits = 0;
   constexpr int kPackedRows = 0;
-  bool written =
-      png_image_write_to_file(&image, beside.c_str(), kKeepAllBits, bytes, kPackedRows, nullptr) != 0;
-  if (!written) cause = image.message;
-  if (written && std::rename(beside.c_str(), path.c_str()) != 0) {
-    written = false;
-    cause = "it cannot take its name";
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  std::vector<std::byte> file(size);
+  const int written =
+      png_image_write_to_memory(&image, file.data(), &size, kKeepAllBits, pixels, kPackedRows, nullptr);
+  if (written == 0) cause = image.message;
+  file.resize(written == 0 ? 0 : size);
+  return file;
+}
+
+const char* CauseOf(XpResult result) {
+  switch (result) {
+    case XpErrNotAFile:
+      return "it is no file";
+    case XpErrFileNotFound:
+    case XpErrPathNotFound:
+      return "its folder does not exist";
+    case XpErrAccessDenied:
+      return "no permission";
+    case XpErrDiskFull:
+      return "the disk is full";
+    default:
+      return "writing failed";
   }
-  if (!written) std::remove(beside.c_str());
-  return written;
+}
+
+}  // namespace
+
+bool WritePng(const XpString& path, const BgraPicture& picture, bool alpha, std::string& cause) {
+  const std::vector<std::byte> file = Encode(picture, alpha, cause);
+  if (file.empty()) return false;
+  const XpResult result = XpReplaceFile(path, std::span(file));
+  if (result != XpOk) cause = std::string(CauseOf(result)) + " (" + CodeText(result) + ")";
+  return result == XpOk;
 }
 
 }  // namespace vrx::host

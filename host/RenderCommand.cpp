@@ -1,155 +1,249 @@
-#include "host/RenderCommand.h"
-
-#include <mutex>
-#include <optional>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <future>
 
 #include "foundation/platform/Paths.h"
-#include "foundation/platform/Signals.h"
+#include "foundation/text/XpFormat.h"
+#include "host/Commands.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
-#include "src/check/ProjectReport.h"
-#include "vrx/VRXWrapper.h"
+#include "host/Inspection.h"
+#include "host/RenderEvents.h"
+#include "src/baseband/PictureProblems.h"
+#include "src/check/BasebandCheck.h"
 
 namespace vrx::host {
 namespace {
 
-/// Carries what happens on the render thread over to the main thread.
-class RenderEvents final : public IVRXWrapperCallback {
+using check::Problem;
+using check::ProjectReport;
+using check::Severity;
+using platform::InterruptWaiter;
+
+constexpr std::int32_t kForever = -1;
+
+Problem Failure(const XpString& file, const XpString& message) {
+  return {.severity = Severity::Error, .file = file, .message = message};
+}
+
+/// One `vrx render`, from the inspection of the project to the closing line.
+class RenderRun {
  public:
-  struct State {
-    std::optional<std::uint32_t> percent;  // new since the last look
-    std::optional<std::uint32_t> error;
-    bool ended = false;
-  };
+  explicit RenderRun(const RenderOptions& options)
+      : m_options(options),
+        m_progress(RenderProgress::Make(options.progress, options.quiet)),
+        m_project(platform::AbsolutePath(platform::PathFromNative(options.project))),
+        m_events(m_waiter) {}
+  RenderRun(const RenderRun&) = delete;
+  RenderRun& operator=(const RenderRun&) = delete;
+  ~RenderRun() { baseband::SetPictureListener({}); }
 
-  explicit RenderEvents(platform::InterruptWaiter& waiter) : m_waiter(waiter) {}
-
-  void OnRenderStart() override {}
-  void OnRenderEnd() override {
-    Change([](State& state) { state.ended = true; });
-  }
-  void OnRenderError(std::uint32_t code) override {
-    Change([=](State& state) { state.error = code; });
-  }
-  void OnRenderProgress(std::uint32_t percentage) override {
-    m_lastPercent = percentage;
-    Change([=](State& state) { state.percent = percentage; });
-  }
-
-  State Take() {
-    const std::scoped_lock lock(m_mutex);
-    State taken = m_state;
-    m_state.percent.reset();
-    return taken;
-  }
-  /// All frames are in the movie and it stands under its name. Only to be asked after the end.
-  bool IsComplete() const {
-    constexpr std::uint32_t kAll = 100;
-    return m_lastPercent == kAll;
+  int Run() {
+    std::string cause;
+    if (!m_engine.Load(cause) || VRXWrapper::CreateVRXWrapper(true, &m_wrapper) != 0) {
+      if (cause.empty()) cause = "the conversion engine cannot be started";
+      return Fail(XpErrNoObject, Failure({}, XpNarrowString(cause).ToWide()));
+    }
+    Prepare();
+    const auto* input = FindOutputAmongInputs(m_report.outputPath, m_report.inputs);
+    if (input != nullptr) {
+      m_wrapper->Release();
+      return Fail(XpErrNoObject, CauseOf(XpErrNoObject));
+    }
+    ListenToEngine();
+    m_wrapper->SetCallback(&m_events);
+    for (const Problem& problem : m_report.problems) Show(problem);
+    m_progress->OnStart({Utf8(m_report.outputPath), m_report.totalFrames, m_report.totalSeconds});
+    m_wrapper->StartRender();
+    Follow();
+    m_wrapper->Release();
+    TakeEvents();
+    return Finish();
   }
 
  private:
-  template <class Function>
-  void Change(Function change) {
-    {
-      const std::scoped_lock lock(m_mutex);
-      change(m_state);
+  /// Inspects and reads the project. On a thread of its own, since a source on a slow disk can take long, and
+  /// an interrupt must end that wait too: nothing is written yet, so the program ends at once.
+  void Prepare() {
+    struct AtEnd {
+      RenderRun& run;
+      ~AtEnd() {
+        run.m_isPrepared = true;
+        run.m_waiter.Wake();
+      }
+    };
+    // Reading the project starts the decoder of still pictures.
+    baseband::SetPictureListener(
+        [this](const baseband::PictureProblem& problem) { m_events.Add(check::PictureProblemOf(problem)); });
+    auto prepared = std::async(std::launch::async, [this] {
+      const AtEnd atEnd{*this};
+      m_engine.Listen({});  // what it says of a source now it says again when the render opens it
+      m_report = InspectQuickly(m_project, m_engine);
+      if (m_options.allowMissing) m_report.AllowMissingPictures();
+      m_wrapper->SetProjectFile(m_project);
+      m_engine.TakeLines();
+    });
+    while (!m_isPrepared) {
+      if (m_waiter.Wait(kForever) == InterruptWaiter::Event::Interrupt) EndNow();
     }
-    m_waiter.Wake();
+    prepared.get();
   }
 
-  platform::InterruptWaiter& m_waiter;
-  std::mutex m_mutex;
-  State m_state;
-  std::uint32_t m_lastPercent = 0;
+  void ListenToEngine() {
+    m_engine.Listen([this](const EngineLine& line) {
+      if (line.severity == VRXLogWarning) m_events.Add(ProblemOf(m_project, line));
+    });
+  }
+
+  /// Waits for the end of the render, showing progress and passing on an interrupt.
+  void Follow() {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kPatience{900};
+    Clock::time_point deadline;
+    while (!m_state.ended && !m_state.error) {
+      // Before its first frame the engine opens sources, which cannot be interrupted, and writes nothing.
+      const bool isOpening = m_isCancelled && !m_hasStarted;
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+      const auto wait =
+          isOpening ? static_cast<std::int32_t>(std::max<std::int64_t>(left.count(), 0)) : kForever;
+      const InterruptWaiter::Event event = m_waiter.Wait(wait);
+      if (isOpening && event == InterruptWaiter::Event::Timeout && Clock::now() >= deadline) EndNow();
+      if (event == InterruptWaiter::Event::Interrupt) {
+        // The second interrupt ends the program at once, even if a temporary file is left.
+        if (m_isCancelled) platform::ExitNow(kCancelled);
+        m_isCancelled = true;
+        deadline = Clock::now() + kPatience;
+        m_wrapper->Cancel();
+      }
+      TakeEvents();
+      if (m_hasOutput && !FlushOutput()) {
+        m_hasOutput = false;  // the reader of the progress has gone
+        m_wrapper->Cancel();
+      }
+    }
+  }
+
+  void TakeEvents() {
+    m_state = m_events.Take();
+    for (const Problem& problem : m_state.problems) {
+      if (!AddFound(problem)) continue;
+      Show(m_found.back());
+    }
+    if (!m_state.percent) return;
+    m_hasStarted = true;
+    if (!m_state.ended && !m_state.error) m_progress->OnPercent(*m_state.percent);
+  }
+
+  /// False when the inspection has reported it already.
+  bool AddFound(Problem problem) {
+    const auto isKnown = [&](const Problem& known) {
+      return problem.line != 0 && known.line == problem.line && known.file == problem.file &&
+             known.key == problem.key;
+    };
+    if (std::ranges::any_of(m_report.problems, isKnown)) return false;
+    if (m_options.allowMissing && problem.isMissingPicture) problem.severity = Severity::Warning;
+    m_found.push_back(problem);
+    return true;
+  }
+
+  /// Errors that stop the render come as its cause.
+  void Show(const Problem& problem) {
+    const bool isError = problem.severity == Severity::Error;
+    if (isError ? !problem.isMissingPicture : problem.severity != Severity::Warning) return;
+    if (isError || !m_options.quiet) m_progress->OnMessage(ProblemLine(problem));
+  }
+
+  int Finish() {
+    if (m_state.error) return Fail(*m_state.error, CauseOf(*m_state.error));
+    if (!m_events.IsComplete()) {
+      if (!m_hasOutput) return kFailed;
+      m_progress->OnCancelled();
+      return kCancelled;
+    }
+    RenderResult result{m_report.totalFrames, m_report.totalSeconds, 0, {}};
+    for (const Problem& problem : m_report.problems) AddToResult(problem, result);
+    for (const Problem& problem : m_found) AddToResult(problem, result);
+    const auto missing = std::ranges::count(result.problems, Severity::Error, &Problem::severity);
+    const bool isWhole = AddWritten(result);
+    m_progress->OnEnd(result);
+    if (!isWhole) m_progress->OnMessage(ProblemLine(result.problems.back()));
+    if (missing != 0) {
+      m_progress->OnMessage("error: still pictures missing in the movie: " + std::to_string(missing) +
+                            " (--allow-missing accepts that)");
+    }
+    return isWhole && missing == 0 ? kDone : kFailed;
+  }
+
+  static void AddToResult(const Problem& problem, RenderResult& result) {
+    if (problem.severity == Severity::Warning || problem.isMissingPicture) result.problems.push_back(problem);
+  }
+
+  /// What the engine wrote. False, with a last problem that says so, when that is not what the project asks
+  /// for.
+  bool AddWritten(RenderResult& result) const {
+    VRXRenderSummary written;
+    if (!m_engine.GetSummary(written)) return true;
+    result.frames = static_cast<std::int64_t>(written.frames);
+    result.bytes = written.bytes;
+    if (m_report.totalFrames > 0) {
+      result.seconds = m_report.totalSeconds * static_cast<double>(result.frames) /
+                       static_cast<double>(m_report.totalFrames);
+    }
+    // The length of a clip that is used whole is an estimate, right to a frame.
+    const auto isEstimate = [](const check::ClipRow& clip) {
+      return clip.wholeSource && clip.track == u"VideoTrack";
+    };
+    const std::int64_t difference = std::abs(result.frames - m_report.totalFrames);
+    if (difference <= std::ranges::count_if(m_report.clips, isEstimate)) return true;
+    XpString message;
+    XpFormat(message, u"the movie has %I64d frames, but the project asks for %I64d", result.frames,
+             m_report.totalFrames);
+    result.problems.push_back(Failure(m_project, message));
+    return false;
+  }
+
+  /// Why the render failed: what the documents show, or else what the engine says.
+  Problem CauseOf(std::uint32_t code) {
+    const Problem* shown = m_report.FindError(false);
+    if (shown != nullptr && code != XpErrDiskFull) return *shown;
+    Problem cause = Failure(m_project, u"the conversion engine gives no cause");
+    for (const EngineLine& line : m_engine.TakeLines()) {
+      if (line.severity != VRXLogError || (line.clip == 0 && cause.clip != 0)) continue;
+      cause = ProblemOf(m_project, line);
+    }
+    return cause;
+  }
+
+  int Fail(std::uint32_t code, const Problem& cause) {
+    m_progress->OnError(code, cause);
+    return kFailed;
+  }
+
+  [[noreturn]] void EndNow() {
+    m_progress->OnCancelled();
+    FlushOutput();
+    platform::ExitNow(kCancelled);
+  }
+
+  const RenderOptions& m_options;
+  InterruptWaiter m_waiter;
+  std::unique_ptr<RenderProgress> m_progress;
+  const XpString m_project;
+  EngineModule m_engine;
+  IVRXWrapper* m_wrapper = nullptr;
+  ProjectReport m_report;
+  RenderEvents m_events;
+  RenderEvents::State m_state;
+  std::vector<Problem> m_found;  // during the render
+  std::atomic<bool> m_isPrepared = false;
+  bool m_hasStarted = false;
+  bool m_isCancelled = false;
+  bool m_hasOutput = true;  // stdout can still be written to
 };
-
-/// Why the render failed: the engine's word, or else what the document shows.
-std::string Cause(EngineModule& engine, const check::ProjectReport& report) {
-  std::string cause;
-  for (const EngineLine& line : engine.TakeLines()) {
-    if (line.severity == VRXLogError) cause = line.text;
-  }
-  if (!cause.empty()) return cause;
-  for (const check::Problem& problem : report.problems) {
-    if (problem.severity == check::Severity::Error) return ProblemLine(problem);
-  }
-  return cause;
-}
-
-/// Problems that a user should know of before a long render; the errors follow as its cause.
-void SayWarnings(const check::ProjectReport& report) {
-  for (const check::Problem& problem : report.problems) {
-    if (problem.severity == check::Severity::Warning) Say(ProblemLine(problem));
-  }
-}
-
-/// Sources are looked into only where the movie's length hangs on them: the engine opens them anyway.
-check::ProjectReport Inspect(const XpString& project, const EngineModule& engine) {
-  check::ProjectReport report = check::CheckProject(project, {});
-  for (const check::ClipRow& clip : report.clips) {
-    if (!clip.wholeSource) continue;
-    return check::CheckProject(project, [&](const XpString& path) { return engine.Probe(path); });
-  }
-  return report;
-}
-
-/// Waits for the end of the render, showing progress and passing on an interrupt. True when it was cancelled.
-bool Follow(IVRXWrapper& wrapper, RenderEvents& events, platform::InterruptWaiter& waiter,
-            RenderProgress& progress, RenderEvents::State& state) {
-  constexpr std::int32_t kForever = -1;
-  bool cancelled = false;
-  for (;;) {
-    if (waiter.Wait(kForever) == platform::InterruptWaiter::Event::Interrupt) {
-      if (cancelled) platform::ExitNow(kCancelled);  // asked twice: at once, even at the price of a leftover
-      cancelled = true;
-      wrapper.Cancel();
-    }
-    state = events.Take();
-    if (state.ended || state.error) return cancelled;
-    if (state.percent) progress.OnPercent(*state.percent);
-  }
-}
 
 }  // namespace
 
-int RunRender(const RenderOptions& options) {
-  platform::InterruptWaiter waiter;
-  const auto progress = RenderProgress::Make(options.progress, options.quiet);
-  const XpString project = platform::AbsolutePath(platform::PathFromNative(options.project));
-  EngineModule engine;
-  IVRXWrapper* wrapper = nullptr;
-  std::string cause;
-  if (!engine.Load(cause) || VRXWrapper::CreateVRXWrapper(true, &wrapper) != 0) {
-    progress->OnError(XpErrNoObject, cause.empty() ? "the conversion engine cannot be started" : cause);
-    return kFailed;
-  }
-  engine.Listen({});  // what it says while the sources are looked into comes again when they are opened
-  const check::ProjectReport report = Inspect(project, engine);
-  if (!options.quiet) SayWarnings(report);
-  engine.TakeLines();
-  engine.Listen([&](const EngineLine& line) {
-    if (line.severity == VRXLogWarning && !options.quiet) Say("warning: " + line.text);
-  });
-  RenderEvents events(waiter);
-  wrapper->SetCallback(&events);
-  wrapper->SetProjectFile(project);
-  progress->OnStart({Utf8(report.outputPath), report.totalFrames, report.totalSeconds});
-  wrapper->StartRender();
-  RenderEvents::State state;
-  const bool cancelled = Follow(*wrapper, events, waiter, *progress, state);
-  wrapper->Release();
-
-  if (state.error) {
-    progress->OnError(*state.error, Cause(engine, report));
-    return kFailed;
-  }
-  if (cancelled && !events.IsComplete()) {
-    progress->OnCancelled();
-    return kCancelled;
-  }
-  progress->OnEnd();
-  return kDone;
-}
+int RunRender(const RenderOptions& options) { return RenderRun(options).Run(); }
 
 }  // namespace vrx::host

@@ -3,69 +3,69 @@
 #include <algorithm>
 #include <cstdio>
 
-#include <nlohmann/json.hpp>
-
 #include "foundation/platform/Terminal.h"
 #include "host/Console.h"
 
 namespace vrx::host {
 namespace {
 
-void SayFailure(std::uint32_t code, const std::string& cause) {
-  char line[32];
-  std::snprintf(line, sizeof(line), "render failed (%04x)", code);
-  Say(cause.empty() ? std::string(line) : std::string(line) + ": " + cause);
-}
-
 /// The last line of a render for people, on stdout.
-void PrintDone(const RenderSummary& summary, double elapsed) {
-  const double rate = elapsed > 0.0 ? static_cast<double>(summary.frames) / elapsed : 0.0;
-  std::printf("%s: %lld frames, %.3f s of movie, rendered in %.1f s (%.1f fps)\n", summary.outputPath.c_str(),
-              static_cast<long long>(summary.frames), summary.movieSeconds, elapsed, rate);
+void PrintDone(const std::string& path, const RenderResult& result, double elapsed) {
+  const double rate = elapsed > 0.0 ? static_cast<double>(result.frames) / elapsed : 0.0;
+  std::printf("%s: %lld frames, %.3f s of movie, rendered in %.1f s (%.1f fps)\n", Masked(path).c_str(),
+              static_cast<long long>(result.frames), result.seconds, elapsed, rate);
 }
 
 class SilentProgress : public RenderProgress {
  public:
   explicit SilentProgress(bool quiet) : m_quiet(quiet) {}
-  void OnStart(const RenderSummary& summary) override {
-    m_summary = summary;
-    m_pace.Start(summary.frames);
+  void OnStart(const RenderPlan& plan) override {
+    m_plan = plan;
+    m_pace.Start(plan.frames);
   }
   void OnPercent(std::uint32_t) override {}
-  void OnEnd() override {
-    if (!m_quiet) PrintDone(m_summary, m_pace.GetElapsed());
+  void OnMessage(const std::string& line) override { Say(line); }
+  void OnEnd(const RenderResult& result) override {
+    if (!m_quiet) PrintDone(m_plan.outputPath, result, m_pace.GetElapsed());
   }
   void OnCancelled() override {
-    if (!m_quiet) Say("cancelled; " + m_summary.outputPath + " was not written");
+    if (m_quiet) return;
+    Say(m_plan.outputPath.empty() ? "cancelled" : "cancelled; " + m_plan.outputPath + " was not written");
   }
-  void OnError(std::uint32_t code, const std::string& cause) override { SayFailure(code, cause); }
+  void OnError(std::uint32_t code, const check::Problem& cause) override {
+    Say("render failed (" + CodeText(code) + "): " + ProblemText(cause));
+  }
 
  protected:
   bool m_quiet;
-  RenderSummary m_summary;
+  RenderPlan m_plan;
   RenderPace m_pace;
 };
 
 class BarProgress : public SilentProgress {
  public:
   BarProgress() : SilentProgress(false) {}
-  void OnStart(const RenderSummary& summary) override {
-    SilentProgress::OnStart(summary);
+  void OnStart(const RenderPlan& plan) override {
+    SilentProgress::OnStart(plan);
     Draw(0);
   }
   void OnPercent(std::uint32_t percent) override {
     m_pace.Update(percent);
     Draw(percent);
   }
-  void OnEnd() override {
+  void OnMessage(const std::string& line) override {
     Clear();
-    SilentProgress::OnEnd();
+    SilentProgress::OnMessage(line);
+  }
+  void OnEnd(const RenderResult& result) override {
+    Clear();
+    SilentProgress::OnEnd(result);
   }
   void OnCancelled() override {
     Clear();
     SilentProgress::OnCancelled();
   }
-  void OnError(std::uint32_t code, const std::string& cause) override {
+  void OnError(std::uint32_t code, const check::Problem& cause) override {
     Clear();
     SilentProgress::OnError(code, cause);
   }
@@ -93,32 +93,42 @@ class BarProgress : public SilentProgress {
 
 class JsonProgress : public RenderProgress {
  public:
-  void OnStart(const RenderSummary& summary) override {
-    m_pace.Start(summary.frames);
-    m_output = summary.outputPath;
-    Print({{"event", "start"},
-           {"output", summary.outputPath},
-           {"frames", summary.frames},
-           {"seconds", summary.movieSeconds}});
+  void OnStart(const RenderPlan& plan) override {
+    m_pace.Start(plan.frames);
+    m_output = plan.outputPath;
+    Print({{"event", "start"}, {"output", m_output}, {"frames", plan.frames}, {"seconds", plan.seconds}});
   }
   void OnPercent(std::uint32_t percent) override {
     m_pace.Update(percent);
-    nlohmann::ordered_json line{
-        {"event", "progress"}, {"percent", percent}, {"fps", m_pace.GetFramesPerSecond()}};
+    Json line{{"event", "progress"}, {"percent", percent}, {"fps", m_pace.GetFramesPerSecond()}};
     if (const double left = m_pace.GetSecondsLeft(); left >= 0.0) line["secondsLeft"] = left;
     Print(line);
   }
-  void OnEnd() override { Print({{"event", "end"}, {"output", m_output}, {"elapsed", m_pace.GetElapsed()}}); }
+  void OnMessage(const std::string& line) override { Say(line); }
+  void OnEnd(const RenderResult& result) override {
+    Json line{{"event", "end"},
+              {"output", m_output},
+              {"frames", result.frames},
+              {"seconds", result.seconds},
+              {"bytes", result.bytes == 0 ? Json() : Json(result.bytes)},
+              {"elapsed", m_pace.GetElapsed()},
+              {"problems", Json::array()}};
+    for (const check::Problem& problem : result.problems) line["problems"].push_back(ProblemJson(problem));
+    Print(line);
+  }
   void OnCancelled() override { Print({{"event", "cancelled"}, {"output", m_output}}); }
-  void OnError(std::uint32_t code, const std::string& cause) override {
-    Print({{"event", "error"}, {"code", code}, {"cause", cause}});
+  void OnError(std::uint32_t code, const check::Problem& cause) override {
+    Json line{{"event", "error"}, {"code", CodeText(code)}, {"cause", Utf8(cause.message)}};
+    const Json problem = ProblemJson(cause);
+    for (const auto& [name, value] : problem.items()) {
+      if (name != "severity" && name != "message") line[name] = value;
+    }
+    Print(line);
   }
 
  private:
-  static void Print(const nlohmann::ordered_json& line) {
-    // File names may hold bytes that are no text; JSON may not.
-    const auto replace = nlohmann::ordered_json::error_handler_t::replace;
-    std::puts(line.dump(-1, ' ', false, replace).c_str());
+  static void Print(const Json& line) {
+    PrintJson(line, -1);
     std::fflush(stdout);
   }
 

@@ -5,26 +5,41 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
+
+#include "src/check/ProjectReport.h"
 
 namespace vrx::host {
 
 enum class ProgressStyle { Auto, Bar, Json, None };
 
-struct RenderSummary {
+/// What the project asks for.
+struct RenderPlan {
   std::string outputPath;
-  std::int64_t frames = 0;  // of the whole movie
-  double movieSeconds = 0.0;
+  std::int64_t frames = 0;
+  double seconds = 0.0;  // of movie
+};
+
+/// What was written.
+struct RenderResult {
+  std::int64_t frames = 0;
+  double seconds = 0.0;     // of movie
+  std::uint64_t bytes = 0;  // 0 when unknown
+  /// Warnings, and the errors because of which the movie is not what it should be.
+  std::vector<check::Problem> problems;
 };
 
 /// All calls come on one thread.
 class RenderProgress {
  public:
   virtual ~RenderProgress() = default;
-  virtual void OnStart(const RenderSummary& summary) = 0;
+  virtual void OnStart(const RenderPlan& plan) = 0;
   virtual void OnPercent(std::uint32_t percent) = 0;
-  virtual void OnEnd() = 0;
+  /// A line for people; it goes to stderr.
+  virtual void OnMessage(const std::string& line) = 0;
+  virtual void OnEnd(const RenderResult& result) = 0;
   virtual void OnCancelled() = 0;
-  virtual void OnError(std::uint32_t code, const std::string& cause) = 0;
+  virtual void OnError(std::uint32_t code, const check::Problem& cause) = 0;
 
   /// Auto is the bar on a terminal and silence elsewhere. `quiet` drops everything but errors and JSON.
   static std::unique_ptr<RenderProgress> Make(ProgressStyle style, bool quiet);

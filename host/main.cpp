@@ -1,4 +1,5 @@
 // The command line program `vrx`: renders projects through the library and inspects them.
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <map>
@@ -6,13 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include "foundation/platform/Terminal.h"
 #include "foundation/registry/SystemSettings.h"
-#include "host/CheckCommand.h"
-#include "host/ConfigCommand.h"
+#include "host/Commands.h"
 #include "host/Console.h"
-#include "host/FrameCommand.h"
-#include "host/LogsCommand.h"
-#include "host/RenderCommand.h"
 
 namespace {
 
@@ -49,7 +47,10 @@ void AddRender(CLI::App& app, Commands& commands) {
       ->type_name("STYLE")
       ->option_text("STYLE  auto (a bar on a terminal), bar, json (one object a line), none");
   command->add_flag("--quiet", commands.render.quiet, "Print errors only");
-  command->footer("Exit status: 0 done, 1 the render failed, 2 wrong use, 130 cancelled.");
+  command->add_flag("--allow-missing", commands.render.allowMissing,
+                    "Succeed although still pictures are missing: their frames are black");
+  command->footer(
+      "Exit status: 0 done, 1 the render failed or a still picture is missing, 2 wrong use, 130 cancelled.");
   commands.renderCommand = command;
 }
 
@@ -57,8 +58,17 @@ void AddCheck(CLI::App& app, Commands& commands) {
   CLI::App* command = app.add_subcommand("check", "Show a project's timeline and everything wrong with it");
   command->add_option("PROJECT", commands.check.project, "The project document")->required();
   command->add_flag("--json", commands.check.json, "Print one JSON document");
+  command->add_flag("--allow-missing", commands.check.allowMissing,
+                    "Make warnings of still pictures that are missing");
   command->footer("Exit status: 0 the project can be rendered, 1 it cannot, 2 wrong use.");
   commands.checkCommand = command;
+}
+
+/// Empty when the text is a time that a movie can have.
+std::string CheckSeconds(const std::string& text) {
+  double seconds = 0.0;
+  const bool isTime = CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) && seconds >= 0.0;
+  return isTime ? "" : text + " is no number of seconds from 0 on";
 }
 
 void AddFrame(CLI::App& app, Commands& commands) {
@@ -67,7 +77,7 @@ void AddFrame(CLI::App& app, Commands& commands) {
   CLI::Option* frame = command->add_option("--frame", commands.frame.frame, "Number of the frame, from 0")
                            ->check(CLI::NonNegativeNumber);
   command->add_option("--time", commands.frame.seconds, "Seconds on the movie's clock, instead of --frame")
-      ->check(CLI::NonNegativeNumber)
+      ->check(CheckSeconds)
       ->excludes(frame);
   command->add_option("-o,--output", commands.frame.picture, "The PNG file to write")->required();
   command->add_flag("--overlay-only", commands.frame.overlayOnly,
@@ -103,18 +113,18 @@ void AddConfig(CLI::App& app, Commands& commands) {
   CLI::App* unset =
       AddConfigAction(*config, options, "unset", "Remove a setting or a key", ConfigAction::Unset);
   unset->add_option("KEY", options.key, keyHelp)->required();
-  unset->add_option("NAME", options.name, "The setting; without it the key and all below it go");
+  unset->add_option("NAME", options.name, "The setting; without it the key and all below it are removed");
   config->footer("Exit status: 0 done, 1 there is no such setting or it cannot be written, 2 wrong use.");
   commands.configCommand = config;
 }
 
 void AddLogs(CLI::App& app, Commands& commands) {
   CLI::App* command = app.add_subcommand("logs", "Show the log of the current run");
-  CLI::Option* follow =
-      command->add_flag("--follow", commands.logs.follow, "Go on as entries arrive, until interrupted");
-  command->add_option("--lines", commands.logs.lines, "How many of the last lines; 1000 unless told")
+  CLI::Option* follow = command->add_flag("--follow", commands.logs.follow,
+                                          "Show new entries as they arrive, until interrupted");
+  command->add_option("--lines", commands.logs.lines, "How many of the last lines; 1000 if not given")
       ->check(CLI::Range(std::int64_t{1}, kMostLogLines));
-  command->add_flag("--path", commands.logs.path, "Print where the log lies instead")->excludes(follow);
+  command->add_flag("--path", commands.logs.path, "Print the path of the log instead")->excludes(follow);
   const std::map<std::string, std::uint32_t> channels{{"importer", SfLogImporter},
                                                       {"start", SfLogAppStart},
                                                       {"output", SfLogOutput},
@@ -150,6 +160,7 @@ int Run(const CLI::App& app, const Commands& commands) {
 }  // namespace
 
 int main(int argc, char** argv) try {
+  vrx::platform::ReserveStandardStreams();
   CLI::App app("Renders project documents to movies.", "vrx");
   app.set_version_flag("--version", std::string("vrx ") + VRX_VERSION);
   app.require_subcommand(1);
@@ -164,10 +175,14 @@ int main(int argc, char** argv) try {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kWrongUse;
+    if (app.exit(error) != 0) return kWrongUse;
+    return FlushOutput() ? kDone : kFailed;
   }
   vrx::registry::ApplySystemSettings();
-  return Run(app, commands);
+  const int status = Run(app, commands);
+  if (FlushOutput()) return status;
+  Say("the output cannot be written");
+  return status == kDone ? kFailed : status;
 } catch (const std::exception& error) {
   Say(std::string("out of resources: ") + error.what());
   return kFailed;

@@ -1,4 +1,4 @@
-// Captions stand on exactly the frames that they are meant for, and the rest of the movie is as without them.
+// Captions show on exactly their frames, and the rest of the movie is as without them.
 #include <cstdlib>
 #include <tuple>
 #include <vector>
@@ -51,7 +51,7 @@ int Differences(const RgbImage& a, const RgbImage& b, int top, int bottom) {
   return count;
 }
 
-TEST_F(CaptionRenderTest, TextStandsOnItsFramesAndNoneBeside) {
+TEST_F(CaptionRenderTest, TextShowsOnItsFramesOnly) {
   const std::string plain = Render();
   // The last one ends within two frames of the clip's end and is therefore moved to its last frame but one.
   UseCaptions({{"One", 400, 800}, {"Two", 1400, 1810}, {"Three", 3600, 3980}});
@@ -92,9 +92,52 @@ TEST_F(CaptionRenderTest, SingleFrameShowsWhatTheMovieWillShow) {
   const std::string clear = picture({"--frame", "21", "--overlay-only"});
   EXPECT_EQ(picture({"--frame", "50", "--overlay-only"}), clear);
   EXPECT_NE(picture({"--frame", "15", "--overlay-only"}), clear);
-  const VrxResult behind = RunVrx({{"frame", document, "--frame", "100", "-o", "/dev/null"}});
-  EXPECT_EQ(behind.status, 1);
-  EXPECT_THAT(behind.errors, testing::HasSubstr("has no frame 100"));
+  for (const auto& [option, value] : {std::pair{"--frame", "100"},
+                                      {"--frame", "9223372036854775807"},
+                                      {"--time", "4.0"},
+                                      {"--time", "1e300"}}) {
+    const VrxResult beyond =
+        RunVrx({{"frame", document, option, value, "--overlay-only", "-o", Path("no.png")}});
+    EXPECT_EQ(beyond.status, 1) << value;
+    EXPECT_THAT(beyond.errors,
+                testing::HasSubstr("the movie has 100 frames, from 0 to 99: there is no frame "));
+  }
+  for (const char* seconds : {"nan", "inf", "-1", "soon"}) {
+    const VrxResult wrong = RunVrx({{"frame", document, "--time", seconds, "-o", Path("no.png")}});
+    EXPECT_EQ(wrong.status, 2) << seconds;
+    EXPECT_THAT(wrong.errors, testing::HasSubstr("is no number of seconds from 0 on"));
+  }
+  EXPECT_EQ(folder.Count(), 4);
+}
+
+TEST_F(CaptionRenderTest, RangeThatEndsBeforeTheMovieShowsNothing) {
+  project.videoTrack = ClipText("a.mp4", "2000", "-1");
+  UseCaptions({{"One", 400, 3000}});
+  const std::string document = WriteProject();
+  const auto overlay = [&](const char* frame) {
+    EXPECT_EQ(RunVrx({{"frame", document, "--frame", frame, "--overlay-only", "-o", Path("o.png")}}).status,
+              0);
+    return folder.Read("o.png");
+  };
+  EXPECT_EQ(overlay("20"), overlay("99"));
+}
+
+TEST_F(CaptionRenderTest, PictureOfAFrameNeverReplacesAnInputOrAnotherFile) {
+  UseCaptions({{"One", 400, 800}});
+  const std::string document = WriteProject();
+  const std::string clip = folder.Read("a.mp4");
+  folder.Write("a.mp4.new", "the user's own");
+  folder.Write("new.png.new", "the user's own");
+  for (const char* input : {"a.mp4", "painter.vrx", "p.vrx"}) {
+    const VrxResult result = RunVrx({{"frame", document, "-o", Path(input)}});
+    EXPECT_EQ(result.status, 1) << input;
+    EXPECT_THAT(result.errors, testing::HasSubstr("and would be overwritten"));
+  }
+  EXPECT_EQ(folder.Read("a.mp4"), clip);
+  EXPECT_EQ(RunVrx({{"frame", document, "-o", Path("new.png")}}).status, 0);
+  EXPECT_EQ(folder.Read("new.png.new"), "the user's own");
+  EXPECT_THAT(RunVrx({{"frame", document, "-o", "/dev/null"}}).errors, testing::HasSubstr("it is no file"));
+  EXPECT_EQ(folder.Count(), 6);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ class FrameExactTest : public RenderFixture {
     project.videoTrack += ClipText(name, std::to_string(start * kMsPerFrame + 0.01),
                                    std::to_string((start + frames) * kMsPerFrame + 0.01));
     for (int k = 0; k < frames; ++k) {
-      // A hair forward, since the times of both clocks meet exactly where rates are equal.
+      // A little later, since with equal rates the times of both clocks are the same up to rounding.
       const double seconds = (start + k) * kMsPerFrame / 1000 + 1e-7;
       const int shown = static_cast<int>(std::floor(seconds * clip.rateNum / clip.rateDen));
       wanted.push_back(static_cast<int>(clip.firstNumber) + std::min(shown, clip.frames - 1));
@@ -39,7 +39,7 @@ TEST_F(FrameExactTest, EveryPlannedFrameIsTheRightOneAndUpright) {
   // Held upright: stored turned by a quarter.
   Add("upright.mp4", {.rateNum = 24000, .rateDen = 1001, .frames = 80, .rotation = 90, .firstNumber = 3000},
       5, 30);
-  // Shorter than its range: the last frame stands.
+  // Shorter than its range: the last frame is held.
   Add("short.mp4", {.rateNum = 30000, .rateDen = 1001, .frames = 20, .firstNumber = 4000}, 0, 45);
   // Whole clips, in both ways to say so.
   WriteClip("whole.mkv", {.rateNum = 30000, .rateDen = 1001, .frames = 20, .codec = "ffv1"});

@@ -1,4 +1,4 @@
-// What a user is left with when something goes wrong: a clear line, the right status, and no half movie.
+// When something goes wrong the user gets a clear line, the right status, and no half-written movie.
 #include <csignal>
 #include <filesystem>
 
@@ -25,7 +25,7 @@ class RenderFaultTest : public RenderFixture {
     call.arguments = {"render", WriteProject(), "--progress", "json"};
     return RunVrx(call);
   }
-  /// The older movie stands, and nothing lies about beside it.
+  /// The older movie is unchanged, and no other file is left.
   void ExpectNothingLeft(std::ptrdiff_t files = 3) const {
     EXPECT_EQ(folder.Read("out.mp4"), kOlderMovie);
     EXPECT_EQ(folder.Count(), files);
@@ -36,7 +36,7 @@ class RenderFaultTest : public RenderFixture {
   }
 };
 
-TEST_F(RenderFaultTest, UnusableSourceIsNamedAndCostsNothing) {
+TEST_F(RenderFaultTest, UnusableSourceIsNamedAndLeavesNoFile) {
   std::filesystem::resize_file(Path(WriteClip("cut.mp4", {.frames = 100})), 2000);
   folder.Write("text.mp4", "this is no movie");
   folder.Write("empty.mp4", "");
@@ -46,8 +46,15 @@ TEST_F(RenderFaultTest, UnusableSourceIsNamedAndCostsNothing) {
     const VrxResult result = Render();
     EXPECT_EQ(result.status, 1) << source;
     const bool isMissing = std::string_view(source) == "missing.mp4";
-    EXPECT_THAT(result.output, HasSubstr(isMissing ? "\"code\":33041" : "\"code\":32771")) << source;
-    EXPECT_THAT(result.output, HasSubstr(source));
+    EXPECT_THAT(result.output, HasSubstr(isMissing ? R"("code":"0x8111")" : R"("code":"0x8003")")) << source;
+    EXPECT_THAT(result.output, HasSubstr(Path(source)));
+    EXPECT_THAT(result.output, HasSubstr(R"("track":"VideoTrack","clip":2,"key":"SourceFile")")) << source;
+    const VrxResult text = RunVrx({.arguments = {"render", Path("p.vrx")}});
+    EXPECT_THAT(text.errors, HasSubstr("vrx: render failed (" + std::string(isMissing ? "0x8111" : "0x8003") +
+                                       "): " + Path("p.vrx") + ": VideoTrack clip 2: SourceFile "));
+    EXPECT_THAT(text.errors, HasSubstr(Path(source)));
+    EXPECT_THAT(RunVrx({.arguments = {"check", Path("p.vrx")}}).output,
+                HasSubstr("error: " + Path("p.vrx") + ": VideoTrack clip 2: SourceFile " + Path(source)));
     ExpectNothingLeft(7);
   }
 }
@@ -58,7 +65,7 @@ TEST_F(RenderFaultTest, OutputThatCannotBeWrittenIsNamed) {
   chmod(Path("locked").c_str(), 0500);
   for (const char* output : {"none/out.mp4", "taken.mp4", "locked/out.mp4"}) {
     if (geteuid() == 0 && std::string_view(output) == "locked/out.mp4")
-      continue;  // nothing is locked to root
+      continue;  // root may write everywhere
     project.output = output;
     const VrxResult result = Render();
     EXPECT_EQ(result.status, 1);
@@ -67,17 +74,50 @@ TEST_F(RenderFaultTest, OutputThatCannotBeWrittenIsNamed) {
   }
 }
 
-TEST_F(RenderFaultTest, FullDiskIsTold) {
+TEST_F(RenderFaultTest, FullDiskIsNamed) {
   project.output = "whole.mp4";
   ASSERT_EQ(Render().status, 0);
   const auto whole = static_cast<long>(std::filesystem::file_size(Path("whole.mp4")));
   std::filesystem::remove(Path("whole.mp4"));
   project.output = "out.mp4";
-  // The first limit strikes at the header, the last only in the last bytes of the file.
+  // The first limit is met in the header, the last one only in the last bytes of the file.
   for (const long limit : {16L, whole / 2, whole - 4}) {
     const VrxResult result = Render({.fileSizeLimit = limit});
     EXPECT_EQ(result.status, 1) << limit;
-    EXPECT_THAT(result.output, HasSubstr("\"code\":33033")) << limit;
+    EXPECT_THAT(result.output, HasSubstr(R"("code":"0x8109")")) << limit;
+    ExpectNothingLeft();
+  }
+}
+
+TEST_F(RenderFaultTest, OutputThatIsAnInputIsRefused) {
+  const std::string clip = folder.Read("a.mp4");
+  std::filesystem::create_symlink("a.mp4", Path("link.mp4"));
+  for (const char* output : {"a.mp4", "link.mp4", "p.vrx"}) {
+    project.output = output;
+    const VrxResult result = Render();
+    EXPECT_EQ(result.status, 1) << output;
+    EXPECT_THAT(result.output, HasSubstr(R"("key":"OutputFilePath")"));
+    EXPECT_THAT(result.output, HasSubstr("and would be overwritten"));
+    EXPECT_EQ(folder.Read("a.mp4"), clip);
+    ExpectNothingLeft(4);
+  }
+}
+
+TEST_F(RenderFaultTest, OutputThatNobodyReadsEndsInAnErrorWithoutLeftovers) {
+  UseClip(20);
+  VrxResult result = Render({.linesRead = 2});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("the output cannot be written"));
+  ExpectNothingLeft();
+  for (const char* output : {"/dev/full", VrxCall::kClosed}) {
+    for (const auto& arguments : {std::vector<std::string>{"check", Path("p.vrx")},
+                                  {"check", Path("p.vrx"), "--json"},
+                                  {"help"},
+                                  {"render", Path("p.vrx"), "--progress", "json"}}) {
+      result = RunVrx({.arguments = arguments, .output = output});
+      EXPECT_EQ(result.status, 1) << output << testing::PrintToString(arguments);
+      EXPECT_THAT(result.errors, HasSubstr("the output cannot be written"));
+    }
     ExpectNothingLeft();
   }
 }
@@ -116,7 +156,6 @@ TEST_F(RenderFaultTest, KilledRenderLeavesTheOlderMovieAndTheNextOneWorks) {
 TEST_F(RenderFaultTest, MissingEngineIsNamed) {
   const std::string program = Path("vrx");
   std::filesystem::copy_file(VRX_PROGRAM, program);
-  std::filesystem::copy_file(VRX_LIBRARY, folder.Path() / std::filesystem::path(VRX_LIBRARY).filename());
   VrxResult result = RunVrx({.arguments = {"render", WriteProject()}, .program = program});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, HasSubstr("VRXEngine.so cannot be loaded"));
@@ -126,7 +165,26 @@ TEST_F(RenderFaultTest, MissingEngineIsNamed) {
   EXPECT_THAT(result.output, HasSubstr("lacks the function VRX_SetSTPVSetting"));
 }
 
-TEST(CommandLineTest, WrongUseIsTold) {
+TEST_F(RenderFaultTest, MovieThatIsNotWhatTheProjectAsksForIsAnError) {
+  const std::string program = Path("vrx");
+  std::filesystem::copy_file(VRX_PROGRAM, program);
+  std::filesystem::copy_file(SHORT_ENGINE_PATH, folder.Path() / "VRXEngine.so");
+  const VrxResult result = RunVrx({.arguments = {"render", WriteProject()}, .program = program});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr("out.mp4: 7 frames, 0.280 s of movie"));
+  EXPECT_THAT(result.errors, HasSubstr("the movie has 7 frames, but the project asks for 100"));
+}
+
+TEST(CommandLineTest, ControlCharactersOfNamesStayOffTheTerminal) {
+  const std::string name = "/no/\x1b[2J\n\x7f\xc2\x9b\xe2\x80\xae\xe2\x81\xa6\xffä.vrx";
+  const std::string masked = "/no/?[2J?????\xffä.vrx: does not exist";
+  EXPECT_THAT(RunVrx({{"check", name}}).output, HasSubstr(masked));
+  EXPECT_THAT(RunVrx({{"render", name}}).errors, HasSubstr(masked));
+  EXPECT_THAT(RunVrx({{"check", name, "--json"}}).output,
+              HasSubstr("\\u001b[2J\\n\x7f\xc2\x9b\xe2\x80\xae\xe2\x81\xa6\xef\xbf\xbdä.vrx"));
+}
+
+TEST(CommandLineTest, WrongUseIsNamed) {
   for (const auto& wrong : {std::vector<std::string>{},
                             {"render"},
                             {"paint", "a"},

@@ -1,4 +1,4 @@
-// `vrx config` keeps what it is told, and `vrx logs` shows what happened.
+// `vrx config` keeps settings, and `vrx logs` shows what happened.
 #include <csignal>
 #include <cstdlib>
 
@@ -33,7 +33,7 @@ class SettingsAndLogsTest : public testing::Test {
   TempFolder m_home;
 };
 
-TEST_F(SettingsAndLogsTest, SettingsAreKeptWithTheirTypeAndGoWhenTold) {
+TEST_F(SettingsAndLogsTest, SettingsAreKeptWithTheirTypeUntilTheyAreRemoved) {
   EXPECT_EQ(Vrx({"config", "set", "Common/Settings", "UILanguageId", "0x411"}).status, 0);
   EXPECT_EQ(Vrx({"config", "set", "Common/Settings", "Name", "12", "--text"}).status, 0);
   EXPECT_EQ(Vrx({"config", "set", "--machine", "Drives", "C", "/media/ä b"}).status, 0);
@@ -50,7 +50,7 @@ TEST_F(SettingsAndLogsTest, SettingsAreKeptWithTheirTypeAndGoWhenTold) {
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("there is no setting"));
   }
-  // Separators turn in names as in keys, and only the whole word stands for the top.
+  // Slashes become backslashes in names as in keys, and only the whole word Software is the top.
   EXPECT_EQ(Vrx({"config", "set", "Software2", "a/b", "7"}).status, 0);
   EXPECT_EQ(Vrx({"config", "list", "Software2"}).output,
             "[Software\\Kelo Corporation\\LBR\\Software2]\n  a\\b = 7\n");
@@ -60,7 +60,7 @@ TEST_F(SettingsAndLogsTest, SettingsAreKeptWithTheirTypeAndGoWhenTold) {
   EXPECT_EQ(Vrx({"config"}).status, 2);
 }
 
-TEST_F(SettingsAndLogsTest, WithoutALogItSaysWhereOneWouldBe) {
+TEST_F(SettingsAndLogsTest, WithoutALogItsFutureFolderIsNamed) {
   for (const auto& call : {std::vector<std::string>{"logs"}, {"logs", "--path"}}) {
     const VrxResult result = Vrx(call);
     EXPECT_EQ(result.status, 1);
@@ -75,7 +75,7 @@ TEST_F(SettingsAndLogsTest, WithoutALogItSaysWhereOneWouldBe) {
   }
 }
 
-TEST_F(SettingsAndLogsTest, TheLastLinesOfAnyFileAreShownAndATerminalStaysWhole) {
+TEST_F(SettingsAndLogsTest, LastLinesOfAnyLogAreShownWithoutControlCharacters) {
   std::string huge(3 << 20, 'x');
   for (std::size_t i = 99; i < huge.size(); i += 100) huge[i] = '\n';
   struct Case {
@@ -85,7 +85,9 @@ TEST_F(SettingsAndLogsTest, TheLastLinesOfAnyFileAreShownAndATerminalStaysWhole)
   };
   for (const Case& c :
        {Case{"", "5", ""}, Case{"a\r\nb\r\nc\r\n", "2", "b\nc\n"}, Case{"a\nb\nc", "2", "b\nc"},
-        Case{"a\nb\n", "9", "a\nb\n"}, Case{"\x1b[2J\x01\tx\xff\n", "1", "?[2J?\tx\xff\n"},
+        Case{"a\nb\n", "9", "a\nb\n"}, Case{"\x1b[2J\x01\tx\xff\xc2\x9b\n", "1", "?[2J?\tx\xff?\n"},
+        Case{std::string((64 << 10) - 1, 'x') + "\xc2\x9bä\n", "1",
+             std::string((64 << 10) - 1, 'x') + "?ä\n"},
         Case{huge + "end\n", "1", huge.substr(huge.rfind('\n') + 1) + "end\n"}}) {
     const fs::path path = PutLog("20260101000000", c.log);
     const VrxResult result = Vrx({"logs", "--lines", c.lines});
@@ -95,7 +97,7 @@ TEST_F(SettingsAndLogsTest, TheLastLinesOfAnyFileAreShownAndATerminalStaysWhole)
   }
 }
 
-TEST_F(SettingsAndLogsTest, FollowingShowsEntriesAsTheyArriveAndGoesOnWithANewRun) {
+TEST_F(SettingsAndLogsTest, FollowShowsNewEntriesAlsoOfANewRun) {
   const fs::path first = PutLog("20260101000000", "one\ntwo\n");
   std::vector<std::string> seen;
   VrxCall call;
@@ -110,12 +112,12 @@ TEST_F(SettingsAndLogsTest, FollowingShowsEntriesAsTheyArriveAndGoesOnWithANewRu
   EXPECT_THAT(seen, testing::ElementsAre("two", "three", "first", "of the next run"));
 }
 
-TEST_F(SettingsAndLogsTest, AnUnreadableDocumentEndsInAClearLineThatCanBeReadUpon) {
+TEST_F(SettingsAndLogsTest, UnreadableDocumentIsNamedAndLogged) {
   for (const char* document : {"", "no project", "<?xml version=\"1.0\"?><movie/>"}) {
     const std::string path = m_home.Write("broken.vrx", document);
     const VrxResult render = Vrx({"render", path});
     EXPECT_EQ(render.status, 1);
-    EXPECT_THAT(render.errors, HasSubstr("render failed (8003): error: " + path));
+    EXPECT_THAT(render.errors, HasSubstr("render failed (0x8003): " + path));
     EXPECT_THAT(Vrx({"logs"}).output, HasSubstr("Load VRXWrapper.xml Error("));
     EXPECT_EQ(Vrx({"check", path}).status, 1);
   }

@@ -12,7 +12,11 @@
 namespace {
 
 [[noreturn]] void Become(const VrxCall& call, int output, int errors) {
-  dup2(output, STDOUT_FILENO);
+  if (call.output == VrxCall::kClosed) {
+    close(STDOUT_FILENO);
+  } else {
+    dup2(call.output.empty() ? output : open(call.output.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+  }
   dup2(errors, STDERR_FILENO);
   if (call.fileSizeLimit >= 0) {
     const auto bytes = static_cast<rlim_t>(call.fileSizeLimit);
@@ -42,19 +46,21 @@ VrxResult RunVrx(const VrxCall& call) {
   std::FILE* lines = fdopen(output[0], "r");
   char* bytes = nullptr;
   std::size_t capacity = 0;
-  for (ssize_t length = 0; (length = getline(&bytes, &capacity, lines)) > 0;) {
+  int read = 0;
+  for (ssize_t length = 0; read != call.linesRead && (length = getline(&bytes, &capacity, lines)) > 0;
+       ++read) {
     std::string line(bytes, static_cast<std::size_t>(length));
     result.output += line;
     if (!line.ends_with('\n') || !call.onLine) continue;
     line.pop_back();
     call.onLine(line, process);
   }
+  std::fclose(lines);
   int status = 0;
   waitpid(process, &status, 0);
   std::rewind(errors);
   while (getline(&bytes, &capacity, errors) > 0) result.errors += bytes;
   std::free(bytes);
-  std::fclose(lines);
   std::fclose(errors);
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   return result;

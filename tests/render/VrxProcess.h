@@ -17,7 +17,10 @@ struct VrxCall {
   std::vector<std::string> arguments;
   long fileSizeLimit = -1;  // bytes, as RLIMIT_FSIZE; -1 for none
   std::string program;      // another copy of the program; empty for the built one
-  /// Hears each line of standard output as it comes, with the process, which it may send signals to.
+  std::string output;       // file that standard output goes to; kClosed for none; empty to read it
+  int linesRead = -1;       // of standard output, which is closed after them; -1 for all
+  static constexpr char kClosed[] = "-";
+  /// Gets each line of standard output as it comes, with the process, to which it may send signals.
   std::function<void(const std::string& line, pid_t process)> onLine;
 };
 

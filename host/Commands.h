@@ -1,0 +1,61 @@
+// The commands of `vrx`: what each is asked for, and the function that runs it and returns the exit status.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "foundation/log/LogChannel.h"
+#include "host/RenderProgress.h"
+
+namespace vrx::host {
+
+/// `vrx render`: renders a project through the library as any other host would.
+struct RenderOptions {
+  std::string project;
+  ProgressStyle progress = ProgressStyle::Auto;
+  bool quiet = false;
+  bool allowMissing = false;  // still pictures that are missing do not fail the render
+};
+int RunRender(const RenderOptions& options);
+
+/// `vrx check`: the timeline of a project, its output and everything that is wrong with it, without
+/// rendering.
+struct CheckOptions {
+  std::string project;
+  bool json = false;
+  bool allowMissing = false;  // still pictures that are missing are warnings
+};
+int RunCheck(const CheckOptions& options);
+
+/// `vrx frame`: what one frame of the movie will look like, without rendering the others.
+struct FrameOptions {
+  std::string project;
+  std::string picture;       // PNG file to write
+  std::int64_t frame = -1;   // of the movie; below 0: `seconds` counts
+  double seconds = 0.0;      // on the movie's clock
+  bool overlayOnly = false;  // the overlays alone, on a transparent ground
+};
+int RunFrame(const FrameOptions& options);
+
+/// `vrx config`: shows and changes the settings that the library and its hosts read.
+enum class ConfigAction { Get, Set, List, Unset };
+struct ConfigOptions {
+  ConfigAction action = ConfigAction::List;
+  std::string key;   // below the product's key, or from "Software" on; either separator
+  std::string name;  // of a value; empty for the whole key
+  std::string value;
+  bool isText = false;  // store digits as a text, not as a number
+  bool machine = false;
+};
+int RunConfig(const ConfigOptions& options);
+
+/// `vrx logs`: shows the log of the current run, and new entries as they arrive.
+struct LogsOptions {
+  std::uint32_t channel = SfLogOutput;
+  std::int64_t lines = 1000;  // the last ones
+  bool follow = false;        // until interrupted
+  bool path = false;          // print the path of the log instead
+};
+int RunLogs(const LogsOptions& options);
+
+}  // namespace vrx::host
