@@ -15,7 +15,7 @@ class ClipPicture {
   ClipPicture(const PatternClip& clip, ClipMuxer& muxer);
 
   int FrameCount() const { return m_frames; }
-  /// Time of frame `index`, which may be the one behind the last, in units of TimeBase().
+  /// Time of frame `index`, which may be the one after the last, in units of TimeBase().
   std::int64_t FrameTime(int index) const;
   AVRational TimeBase() const { return m_encoder->time_base; }
 

@@ -9,10 +9,10 @@ namespace vrx::test_support {
 // A chain of hills: a height above the horizon that depends on the place along it.
 struct DemoScene::Ridge {
   float base;     // mean height, in heights of the picture
-  float relief;   // how much it goes up and down
+  float relief;   // height of its hills
   float period;   // waves across the picture
   float speed;    // widths of the picture a second
-  float offset;   // tells the ridges apart
+  float offset;   // different for each ridge
   Colour colour;  // at the crest
   float haze;     // share of the sky's colour at the foot
 };

@@ -26,7 +26,7 @@ struct ClipSound {
   std::string codec;          // libav's encoder name; empty: aac in .mp4, .ts and .m4a, pcm_s16le elsewhere
   std::int64_t start = 0;     // time of the first sample, in samples
   std::int64_t samples = -1;  // on the sound's clock; -1: as long as the picture
-  std::vector<SoundJump> jumps;  // in rising order, each behind where the one before led; PCM only
+  std::vector<SoundJump> jumps;  // in rising order, each after the end of the previous one; PCM only
 };
 
 /// The same description gives the same bytes on every run.
