@@ -4,8 +4,8 @@
 #include <map>
 
 #include "foundation/file/XpFile.h"
-#include "foundation/file/XpFileOperations.h"
 #include "foundation/number/Saturate.h"
+#include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpFormat.h"
 #include "src/check/BasebandCheck.h"
 #include "src/project/ProjectKeys.h"
@@ -30,11 +30,13 @@ class SourceCache {
  private:
   SourceFacts Ask(const XpString& path) const {
     SourceFacts facts;
-    bool isDirectory = false;
-    if (!XpPathExists(path, &isDirectory)) {
+    platform::FileStatus status;
+    if (platform::StatPath(path, platform::Links::Follow, status)) {
       facts.cause = "does not exist";
-    } else if (isDirectory) {
+    } else if (status.isDirectory) {
       facts.cause = "is a folder";
+    } else if (status.isSpecial) {
+      facts.cause = "is a device, a pipe or a socket";
     } else if (XpFile file; file.OpenPath(path, XpOpenRead, XpShareRead) != XpOk) {
       facts.cause = "cannot be read: no permission";
     } else if (m_probe) {

@@ -1,7 +1,7 @@
 #include "src/check/Checks.h"
 
 #include "foundation/file/XpFileOperations.h"
-#include "foundation/platform/Paths.h"
+#include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/text/XpPath.h"
 #include "src/project/ProjectKeys.h"
@@ -41,9 +41,12 @@ class OutputChecker {
   void CheckPath() {
     const XpString& path = m_report.outputPath;
     if (path.IsEmpty()) return Report(Severity::Error, kOutputFilePath, u"names no file to write");
-    bool isDirectory = false;
-    if (XpPathExists(path, &isDirectory) && isDirectory) {
-      return Report(Severity::Error, kOutputFilePath, path + u" is a folder");
+    platform::FileStatus status;
+    if (!platform::StatPath(path, platform::Links::Follow, status)) {
+      if (status.isDirectory) return Report(Severity::Error, kOutputFilePath, path + u" is a folder");
+      if (status.isSpecial) {
+        return Report(Severity::Error, kOutputFilePath, path + u" is a device, a pipe or a socket");
+      }
     }
     const XpString folder = XpPathDirectory(path);
     if (!XpPathIsDirectory(folder)) {
