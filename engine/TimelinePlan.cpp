@@ -84,10 +84,11 @@ Result MakeFileClip(const VRXSourceStreamInfoBase& source, FrameDuration duratio
   ClipTimes times{};
   if (const Result result = ReadTimes(source, times); result != kOk) return result;
   clip.scale = times.scale;
-  clip.wholeSource = times.end <= times.start;
+  const std::int64_t start = std::max<std::int64_t>(times.start, 0);
+  clip.wholeSource = times.end <= start;
   if (clip.wholeSource) return kOk;
-  clip.start = std::max<std::int64_t>(times.start, 0);
-  clip.frameCount = times.end <= clip.start ? 0 : WholeFrames(times.end - clip.start, times.scale, duration);
+  clip.start = start;
+  clip.frameCount = WholeFrames(times.end - start, times.scale, duration);
   return kOk;
 }
 

@@ -25,7 +25,8 @@ TEST(TimelinePlan, CountsTheFramesOfFileClipsAndRefusesTimesThatNoMovieHas) {
       {1001, 100 * 1001 - 1, 30000, kFilm, 98, false},  // an unfinished frame does not count
       {500, 1500, 1000, kTwentyFive, 25, false},
       {-40, 80, 1000, kTwentyFive, 2, false},
-      {-80, -40, 1000, kTwentyFive, 0, false},
+      {-80, -40, 1000, kTwentyFive, 0, true},
+      {-40, 0, 1000, kTwentyFive, 0, true},  // no start and an end within the first frame
       {100, 100, 1000, kTwentyFive, 0, true},
       {100, 99, 1000, kTwentyFive, 0, true},
       {0, 39, 1000, kTwentyFive, 0, false},
