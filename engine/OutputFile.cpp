@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "engine/EngineLog.h"
+#include "engine/OutputTarget.h"
 
 namespace vrx::engine {
 namespace {
@@ -81,13 +82,25 @@ std::string RandomLetters(std::random_device& random) {
   return letters;
 }
 
-/// A render holds the lock on its temporary file as long as it lives, so one that can be locked is nobody's.
+/// A render holds the lock on its temporary file as long as it lives, so one that can be locked is a
+/// leftover.
 bool Lock(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
 
 /// Whether the file still has a name: another render may have taken it for a leftover before it was locked.
 bool HasName(int descriptor) {
   struct stat status {};
   return fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+}
+
+/// Gives the movie the rights of the file that it replaces. Another user's file stays that user's only where
+/// the system allows it; then the rights of its group must not go to another one.
+void TakeOver(FileRights rights, int descriptor) {
+  const bool sameGroup = fchown(descriptor, rights.owner, rights.group) == 0 ||
+                         fchown(descriptor, static_cast<uid_t>(-1), rights.group) == 0;
+  constexpr mode_t kGroupRights = 0070;
+  if (fchmod(descriptor, sameGroup ? rights.mode : rights.mode & ~kGroupRights) != 0) {
+    Log(VRXLogWarning, "the movie cannot take over the rights of the file that it replaces");
+  }
 }
 
 /// Removes what renders of the same movie left behind when they were killed.
@@ -107,7 +120,9 @@ void RemoveLeftovers(const std::string& folder, const std::string& prefix) {
     const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) continue;
     struct stat status {};
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && Lock(descriptor)) unlink(path.c_str());
+    const bool isLeftover = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+                            status.st_uid == geteuid() && Lock(descriptor);
+    if (isLeftover) unlink(path.c_str());
     close(descriptor);
   }
 }
@@ -116,17 +131,15 @@ void RemoveLeftovers(const std::string& folder, const std::string& prefix) {
 
 OutputFile::~OutputFile() { Discard(); }
 
-Result OutputFile::Create(const std::string& finalPath) {
-  m_finalPath = finalPath;
+Result OutputFile::Create(const std::string& path) {
   m_systemError = 0;
-  const std::size_t slash = finalPath.rfind('/');
-  const std::string folder = slash == std::string::npos ? std::string() : finalPath.substr(0, slash + 1);
-  const std::string name = slash == std::string::npos ? finalPath : finalPath.substr(slash + 1);
-  struct stat status {};
-  if (name.empty() || (stat(finalPath.c_str(), &status) == 0 && S_ISDIR(status.st_mode))) {
-    return Fail(finalPath, EISDIR);
-  }
-  const std::string prefix = TemporaryPrefix(name);
+  OutputTarget target;
+  if (const Result result = FindOutputTarget(path, target); result != kOk) return result;
+  m_path = path;
+  m_finalPath = target.path;
+  const std::size_t nameStart = m_finalPath.rfind('/') + 1;  // 0 without a slash
+  const std::string folder = m_finalPath.substr(0, nameStart);
+  const std::string prefix = TemporaryPrefix(m_finalPath.substr(nameStart));
   RemoveLeftovers(folder, prefix);
   std::random_device random;
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
@@ -136,15 +149,17 @@ Result OutputFile::Create(const std::string& finalPath) {
       if (errno != EEXIST && errno != EINTR) break;
       continue;
     }
-    // A file system without locks keeps no render from its work; nothing there is taken for a leftover
-    // either.
+    // On a file system without locks the file is used unlocked. Nothing there is taken for a leftover either.
     const bool isOurs = Lock(m_descriptor) || errno != EWOULDBLOCK;
-    if (isOurs && HasName(m_descriptor)) return kOk;
+    if (isOurs && HasName(m_descriptor)) {
+      if (target.rights) TakeOver(*target.rights, m_descriptor);
+      return kOk;
+    }
     Discard();
   }
   const int cause = errno;
   m_temporaryPath.clear();
-  return Fail(finalPath, cause);
+  return Fail(path, cause);
 }
 
 bool OutputFile::Write(const std::uint8_t* data, std::size_t size) {
@@ -203,7 +218,7 @@ void OutputFile::Discard() {
 
 Result OutputFile::error() const { return ResultOf(m_systemError); }
 
-Result OutputFile::ReportError() const { return m_systemError == 0 ? kOk : Fail(m_finalPath, m_systemError); }
+Result OutputFile::ReportError() const { return m_systemError == 0 ? kOk : Fail(m_path, m_systemError); }
 
 void OutputFile::Remember(int systemError) {
   if (m_systemError == 0) m_systemError = systemError;

@@ -19,9 +19,10 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  /// Makes the temporary file, and removes those that killed renders of the same movie left behind.
-  /// kOutputFailed or kDiskFull with a logged line.
-  Result Create(const std::string& finalPath);
+  /// Makes the temporary file, and removes those that killed renders of the same movie left behind. A link at
+  /// `path` is followed: the file that it leads to will be replaced. The movie takes over the rights of the
+  /// older file. kOutputFailed or kDiskFull with a logged line.
+  Result Create(const std::string& path);
 
   /// False on failure; the cause is kept.
   bool Write(const std::uint8_t* data, std::size_t size);
@@ -42,7 +43,8 @@ class OutputFile {
  private:
   void Remember(int systemError);
 
-  std::string m_finalPath;
+  std::string m_path;       // as it was given
+  std::string m_finalPath;  // with links followed
   std::string m_temporaryPath;
   int m_descriptor = -1;
   int m_systemError = 0;  // errno of the first failure

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "engine/EngineLog.h"
+#include "engine/OutputTarget.h"
 #include "engine/RenderSummary.h"
 #include "engine/TimelineSources.h"
 
@@ -37,6 +38,7 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
   const VideoPlan& video = m_output.video;
   if (const Result result = MakeTimelinePlan(timeline, video.frameDuration, m_timeline); result != kOk)
     return result;
+  if (const Result result = RefuseSourceAsOutput(m_timeline, m_output.path); result != kOk) return result;
   if (const Result result = MakeOverlaySpans(output, video.frameDuration, m_spans); result != kOk)
     return result;
   if (const Result result = MeasureSources(video.frameDuration, m_timeline, m_total); result != kOk) {

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <optional>
 #include <set>
@@ -47,6 +50,53 @@ TEST(OutputFile, LeftoversOfTheSameMovieGoAndEverythingElseStays) {
   EXPECT_EQ(after.erase(".movie.mp4.part-folder"), 1u);
   EXPECT_EQ(after, kept);
   EXPECT_EQ(std::filesystem::file_size(root / "movie.mp4"), 1u);
+}
+
+Result WriteMovie(const std::filesystem::path& path) {
+  OutputFile file;
+  if (const Result result = file.Create(path); result != kOk) return result;
+  const std::uint8_t byte = 'x';
+  EXPECT_TRUE(file.Write(&byte, 1));
+  return file.Commit();
+}
+
+TEST(OutputFile, ALinkIsFollowedAndTheOlderFilesRightsAreKept) {
+  TempFolder folder;
+  const std::filesystem::path root = folder.Path();
+  std::filesystem::create_directory(root / "movies");
+  folder.Write("movies/old.mp4", "older");
+  std::filesystem::permissions(root / "movies/old.mp4", std::filesystem::perms(0640));
+  std::filesystem::create_symlink("movies/old.mp4", root / "first.mp4");
+  std::filesystem::create_symlink(root / "first.mp4", root / "second.mp4");
+  std::filesystem::create_symlink("movies/new.mp4", root / "dangling.mp4");
+  const auto before = NamesIn(root);
+  EXPECT_EQ(WriteMovie(root / "second.mp4"), kOk);
+  EXPECT_EQ(WriteMovie(root / "dangling.mp4"), kOk);
+  EXPECT_EQ(folder.Read("movies/old.mp4"), "x");
+  EXPECT_EQ(std::filesystem::status(root / "movies/old.mp4").permissions(), std::filesystem::perms(0640));
+  EXPECT_EQ(folder.Read("movies/new.mp4"), "x");
+  EXPECT_EQ(NamesIn(root), before);
+  for (const char* link : {"first.mp4", "second.mp4", "dangling.mp4"}) {
+    EXPECT_TRUE(std::filesystem::is_symlink(root / link)) << link;
+  }
+}
+
+TEST(OutputFile, WhateverIsNoOrdinaryWritableFileIsRefused) {
+  TempFolder folder;
+  const std::filesystem::path root = folder.Path();
+  std::filesystem::create_directory(root / "folder.mp4");
+  ASSERT_EQ(mkfifo((root / "pipe.mp4").c_str(), 0600), 0);
+  std::filesystem::create_symlink("pipe.mp4", root / "to-pipe.mp4");
+  std::filesystem::create_symlink("circle.mp4", root / "circle.mp4");
+  folder.Write("locked.mp4", "kept");
+  std::filesystem::permissions(root / "locked.mp4", std::filesystem::perms(0444));
+  const auto before = NamesIn(root);
+  for (const char* name :
+       {"folder.mp4", "pipe.mp4", "to-pipe.mp4", "circle.mp4", "locked.mp4", "none/a.mp4", ""}) {
+    if (geteuid() == 0 && std::string_view(name) == "locked.mp4") continue;  // root may write everywhere
+    EXPECT_EQ(WriteMovie(root / name), kOutputFailed) << name;
+    EXPECT_EQ(NamesIn(root), before) << name;
+  }
 }
 
 }  // namespace

@@ -408,6 +408,31 @@ TEST_F(Fault, EachRefusalHasItsOwnCodeAndAReadableLine) {
   }
 }
 
+TEST_F(Fault, AnOutputThatIsOneOfTheSourcesIsRefusedAndTheClipNamed) {
+  const std::string picture = folder.Read("source.mp4");
+  std::filesystem::create_symlink("source.mp4", Path("link.mp4"));
+  std::filesystem::create_hard_link(source, Path("other-name.mp4"));
+  for (const bool isSound : {false, true}) {
+    for (const char* output : {"source.mp4", "link.mp4", "other-name.mp4", "./source.mp4"}) {
+      RenderJob job(Path(output));
+      const std::string other = Write("first.mp4", {});
+      job.AddClip(other, 0, 50);
+      if (isSound) {
+        job.AddSound(2, 48000, 0);
+        VRXFileSourceStreamInfo sound(textcodec::ToUtf16(source));
+        sound.startTime = sound.endTime = VRXTimeInfo(0, 25);
+        job.timeline.audio.Add(sound);
+      } else {
+        job.AddClip(source, 0, 50);
+      }
+      EXPECT_EQ(job.Run(), kUnusableSettings) << output;
+      EXPECT_TRUE(job.Logged(isSound ? "audio 1: " : "video 2: ")) << job.log;
+    }
+  }
+  EXPECT_EQ(folder.Read("source.mp4"), picture);
+  EXPECT_TRUE(std::filesystem::is_symlink(Path("link.mp4")));
+}
+
 TEST_F(Fault, ASourceWithoutPicturesFailsAgainAndAgain) {
   std::string damaged = folder.Read("source.mp4");
   const std::size_t data = damaged.find("mdat"), index = damaged.find("moov");
