@@ -38,7 +38,8 @@ std::int64_t SamplesOf(std::int64_t ticks, std::uint64_t scale, int rate) {
   return samples < 0 ? INT64_MAX : samples;  // libav says INT64_MIN when it does not fit
 }
 
-AudioClipReader::AudioClipReader(AudioFormat format) : m_format(format) {
+AudioClipReader::AudioClipReader(AudioFormat format, const StopSignal& stop)
+    : m_format(format), m_stop(stop) {
   m_inputPlanes = MakePlanes(m_input, format.channels);
   m_leadingPlanes = MakePlanes(m_leading, format.channels);
 }
@@ -46,14 +47,14 @@ AudioClipReader::AudioClipReader(AudioFormat format) : m_format(format) {
 AudioClipReader::~AudioClipReader() { swr_free(&m_resampler); }
 
 Result AudioClipReader::Start(const std::string& path, std::int64_t start, std::uint64_t scale) {
-  if (m_source == nullptr || m_source->Path() != path) {
+  if (m_source == nullptr || m_source->GetPath() != path) {
     m_source.reset();
-    const Result result = AudioSource::Open(path, m_format.channels, m_source);
+    const Result result = AudioSource::Open(path, m_format.channels, m_stop, m_source);
     if (result != kOk) return result;
   }
   if (!m_source->HasSound()) return kOk;
-  const std::int64_t place = SamplesOf(start, scale, m_source->Rate());
-  if (m_source->Rate() == m_format.sampleRate) {
+  const std::int64_t place = SamplesOf(start, scale, m_source->GetRate());
+  if (m_source->GetRate() == m_format.sampleRate) {
     swr_free(&m_resampler);
     m_source->Seek(place);
     return kOk;
@@ -65,21 +66,21 @@ Result AudioClipReader::Start(const std::string& path, std::int64_t start, std::
 
 Result AudioClipReader::OpenResampler() {
   int code = 0;
-  if (m_resampler == nullptr || m_resamplerRate != m_source->Rate()) {
+  if (m_resampler == nullptr || m_resamplerRate != m_source->GetRate()) {
     AVChannelLayout layout{};
     av_channel_layout_default(&layout, m_format.channels);
     swr_free(&m_resampler);
     code = swr_alloc_set_opts2(&m_resampler, &layout, AV_SAMPLE_FMT_FLTP, m_format.sampleRate, &layout,
-                               AV_SAMPLE_FMT_FLTP, m_source->Rate(), 0, nullptr);
+                               AV_SAMPLE_FMT_FLTP, m_source->GetRate(), 0, nullptr);
     av_channel_layout_uninit(&layout);
   }
   if (code >= 0) code = swr_init(m_resampler);  // also forgets what a clip before left in it
   if (code < 0) {
     swr_free(&m_resampler);
-    Log(VRXLogError, "cannot resample \"" + m_source->Path() + "\": " + AvErrorText(code));
+    Log(VRXLogError, "cannot resample \"" + m_source->GetPath() + "\": " + AvErrorText(code));
     return code == AVERROR(ENOMEM) ? kOutOfMemory : kFailed;
   }
-  m_resamplerRate = m_source->Rate();
+  m_resamplerRate = m_source->GetRate();
   return kOk;
 }
 
@@ -109,7 +110,7 @@ Result AudioClipReader::Resample(float* const* planes, int count) {
       out[c] = reinterpret_cast<std::uint8_t*>(planes[c] + done);
     const int made = swr_convert(m_resampler, out.data(), count - done, in.data(), input);
     if (made < 0) {
-      Log(VRXLogError, "cannot resample \"" + m_source->Path() + "\": " + AvErrorText(made));
+      Log(VRXLogError, "cannot resample \"" + m_source->GetPath() + "\": " + AvErrorText(made));
       return kFailed;
     }
     done += made;

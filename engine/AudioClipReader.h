@@ -18,7 +18,8 @@ namespace vrx::engine {
 /// Belongs to one thread. One file is open at a time.
 class AudioClipReader {
  public:
-  explicit AudioClipReader(AudioFormat format);
+  /// `stop` must live as long as the reader; once it is set, what is left is silent.
+  AudioClipReader(AudioFormat format, const StopSignal& stop);
   AudioClipReader(const AudioClipReader&) = delete;
   AudioClipReader& operator=(const AudioClipReader&) = delete;
   ~AudioClipReader();
@@ -36,6 +37,7 @@ class AudioClipReader {
   Result Resample(float* const* planes, int count);
 
   const AudioFormat m_format;
+  const StopSignal& m_stop;
   std::unique_ptr<AudioSource> m_source;
   SwrContext* m_resampler = nullptr;          // null while the rates are the same
   int m_resamplerRate = 0;                    // what it takes

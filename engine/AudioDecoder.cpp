@@ -15,31 +15,9 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-// Containers of media. Playlists and other files that lead to more files are not among them: reading one can
-// wait for ever.
-constexpr const char* kContainers =
-    "mov,matroska,mpegts,mpeg,mpegvideo,avi,wav,w64,aiff,au,caf,aac,loas,ac3,eac3,dts,dtshd,truehd,mlp,mp3,"
-    "flac,"
-    "ogg,ape,wv,tta,amr,asf,flv,f4v,mxf,gxf,dv,rm,nut,ivf,m4v,h264,hevc";
 constexpr int kMaxChannels = 64;      // libswresample's limit
 constexpr int kFinerSteps = 64;       // of a sample, in which two clocks are subtracted before rounding
 constexpr int kMaxEmptyReads = 1000;  // reads in a row that give neither a packet nor the end
-
-Result ResultOf(int code) {
-  constexpr int kLargestErrno = 4095;  // libav's own codes lie beyond
-  switch (code) {
-    case AVERROR(ENOENT):
-    case AVERROR(ENOTDIR):
-      return kSourceMissing;
-    case AVERROR(ENOMEM):
-      return kOutOfMemory;
-    case AVERROR(EINVAL):  // how readers of formats call bytes that make no sense
-    case AVERROR(ENOSYS):
-      return kSourceNotMovie;
-    default:
-      return AVUNERROR(code) <= kLargestErrno ? kSourceUnreadable : kSourceNotMovie;
-  }
-}
 
 bool IsUsable(const AVCodecParameters& parameters) {
   return parameters.sample_rate >= AudioDecoder::kMinRate &&
@@ -49,8 +27,6 @@ bool IsUsable(const AVCodecParameters& parameters) {
 
 }  // namespace
 
-AudioDecoder::AudioDecoder(std::string path) : m_path(std::move(path)) {}
-
 AudioDecoder::~AudioDecoder() {
   Close();
   av_packet_free(&m_packet);
@@ -59,43 +35,36 @@ AudioDecoder::~AudioDecoder() {
 
 void AudioDecoder::Close() {
   avcodec_free_context(&m_codec);
-  avformat_close_input(&m_demuxer);
+  m_input.reset();
+  m_demuxer = nullptr;
   m_stream = nullptr;
 }
 
-Result AudioDecoder::Open(const std::string& path, std::unique_ptr<AudioDecoder>& decoder) {
-  std::unique_ptr<AudioDecoder> opened(new AudioDecoder(path));
+Result AudioDecoder::Open(const std::string& path, const StopSignal& stop,
+                          std::unique_ptr<AudioDecoder>& decoder) {
+  std::unique_ptr<AudioDecoder> opened(new AudioDecoder(path, stop));
   opened->m_packet = av_packet_alloc();
   opened->m_frame = av_frame_alloc();
-  if (opened->m_packet == nullptr || opened->m_frame == nullptr) {
-    return opened->Refuse(kOutOfMemory, "out of memory");
-  }
-  const Result result = opened->OpenFile();
+  if (opened->m_packet == nullptr || opened->m_frame == nullptr) return kOutOfMemory;
+  const Refusal refusal = opened->OpenFile();
+  if (stop.IsSet()) return kFailed;
+  const Result result = Report(path, refusal);
   if (result == kOk) decoder = std::move(opened);
   return result;
 }
 
-Result AudioDecoder::Refuse(Result result, const std::string& cause) const {
-  Log(VRXLogError, "cannot use \"" + m_path + "\" as sound: " + cause);
-  return result;
-}
-
-Result AudioDecoder::OpenFile() {
-  // A path is always a file here, never an address.
-  AVDictionary* options = nullptr;
-  av_dict_set(&options, "protocol_whitelist", "file", 0);
-  av_dict_set(&options, "format_whitelist", kContainers, 0);
-  int code = avformat_open_input(&m_demuxer, ("file:" + m_path).c_str(), nullptr, &options);
-  av_dict_free(&options);
-  if (code >= 0) code = avformat_find_stream_info(m_demuxer, nullptr);
-  if (code < 0) return Refuse(ResultOf(code), AvErrorText(code));
+Refusal AudioDecoder::OpenFile() {
+  if (Refusal refusal = MediaInput::Open(m_path, m_stop, m_input); refusal.result != kOk) return refusal;
+  m_demuxer = &m_input->GetDemuxer();
+  const int code = avformat_find_stream_info(m_demuxer, nullptr);
+  if (code < 0) return {kSourceNotMovie, "is no movie and no sound file (" + AvErrorText(code) + ")"};
 
   const AVCodec* codec = nullptr;
   const int index = av_find_best_stream(m_demuxer, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
   if (index < 0) {
-    if (index == AVERROR_DECODER_NOT_FOUND) return Refuse(kSourceNotMovie, "no decoder for its sound");
+    if (index == AVERROR_DECODER_NOT_FOUND) return {kSourceNotMovie, "has sound that no decoder here reads"};
     const bool picture = av_find_best_stream(m_demuxer, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0) >= 0;
-    return picture ? kOk : Refuse(kSourceNotMovie, "it has neither sound nor picture");
+    return picture ? Refusal{} : Refusal{kSourceNotMovie, "has neither sound nor picture"};
   }
   m_stream = m_demuxer->streams[index];
   for (unsigned i = 0; i < m_demuxer->nb_streams; ++i) {
@@ -105,20 +74,21 @@ Result AudioDecoder::OpenFile() {
   return OpenCodec();
 }
 
-Result AudioDecoder::OpenCodec() {
+Refusal AudioDecoder::OpenCodec() {
   const AVCodecParameters& parameters = *m_stream->codecpar;
-  if (!IsUsable(parameters)) return Refuse(kSourceNotMovie, "no such sound format");
+  if (!IsUsable(parameters)) return {kSourceNotMovie, "has sound in a format that does not exist"};
   m_rate = parameters.sample_rate;
   const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
   m_codec = avcodec_alloc_context3(codec);
-  if (m_codec == nullptr) return Refuse(kOutOfMemory, "out of memory");
+  if (m_codec == nullptr) return RefuseForMemory();
   int code = avcodec_parameters_to_context(m_codec, &parameters);
   m_codec->pkt_timebase = m_stream->time_base;
   if (code >= 0) code = avcodec_open2(m_codec, codec, nullptr);
-  return code < 0 ? Refuse(kSourceNotMovie, AvErrorText(code)) : kOk;
+  if (code < 0) return {kSourceNotMovie, "has sound that cannot be decoded (" + AvErrorText(code) + ")"};
+  return {};
 }
 
-std::int64_t AudioDecoder::FileMicroseconds() const {
+std::int64_t AudioDecoder::GetFileMicroseconds() const {
   return m_demuxer->duration == AV_NOPTS_VALUE || m_demuxer->duration < 0 ? 0 : m_demuxer->duration;
 }
 
@@ -127,12 +97,12 @@ bool AudioDecoder::HasExactTimes() const {
          m_demuxer->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
 }
 
-int AudioDecoder::TickSamples() const {
+int AudioDecoder::GetTickSamples() const {
   const std::int64_t tick = av_rescale_q_rnd(1, m_stream->time_base, {1, m_rate}, AV_ROUND_UP);
   return tick < 1 || tick > m_rate ? 1 : static_cast<int>(tick);
 }
 
-std::int64_t AudioDecoder::FirstPlace() const {
+std::int64_t AudioDecoder::GetFirstPlace() const {
   return m_stream->start_time == AV_NOPTS_VALUE ? 0 : PlaceOf(m_stream->start_time);
 }
 
@@ -148,7 +118,7 @@ std::int64_t AudioDecoder::PlaceOf(std::int64_t timestamp) const {
   return av_rescale_rnd(at - zero, 1, kFinerSteps, AV_ROUND_NEAR_INF);
 }
 
-std::int64_t AudioDecoder::EditedEnd() const {
+std::int64_t AudioDecoder::GetEditedEnd() const {
   if (m_stream->duration == AV_NOPTS_VALUE || m_stream->start_time == AV_NOPTS_VALUE) return kNoPlace;
   std::int64_t end = 0;
   if (av_match_name("mov", m_demuxer->iformat->name) == 0) return kNoPlace;
@@ -183,7 +153,7 @@ bool AudioDecoder::Rewind() {
     const std::int64_t start = (m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time) - second;
     if (av_seek_frame(m_demuxer, m_stream->index, start, AVSEEK_FLAG_BACKWARD) < 0) {
       Close();
-      if (OpenFile() != kOk || m_stream == nullptr) {
+      if (OpenFile().result != kOk || m_stream == nullptr) {
         m_failed = true;
         return false;
       }
@@ -203,7 +173,7 @@ bool AudioDecoder::ReadPacket() {
       continue;
     }
     if (code < 0) {
-      if (code != AVERROR_EOF) m_damaged = true;
+      if (code != AVERROR_EOF && !m_stop.IsSet()) m_damaged = true;
       return false;
     }
     if (m_packet->stream_index == m_stream->index) return true;

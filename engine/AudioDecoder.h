@@ -7,16 +7,11 @@
 #include <string>
 
 #include "engine/EngineResult.h"
-
-struct AVCodecContext;
-struct AVFormatContext;
-struct AVFrame;
-struct AVPacket;
-struct AVStream;
+#include "engine/MediaInput.h"
 
 namespace vrx::engine {
 
-/// Time 0 is the file's start time, the same as for its picture; places are samples at Rate() from there.
+/// Time 0 is the file's start time, the same as for its picture; places are samples at GetRate() from there.
 /// Belongs to one thread.
 class AudioDecoder {
  public:
@@ -29,29 +24,29 @@ class AudioDecoder {
   static constexpr int kMaxRate = 768'000;
 
   /// A file that has a picture but no sound opens too; see HasSound. On failure one line in the log names the
-  /// file and the cause.
-  static Result Open(const std::string& path, std::unique_ptr<AudioDecoder>& decoder);
+  /// file and the cause. `stop` must live as long as the decoder; once it is set there are no more frames.
+  static Result Open(const std::string& path, const StopSignal& stop, std::unique_ptr<AudioDecoder>& decoder);
 
   AudioDecoder(const AudioDecoder&) = delete;
   AudioDecoder& operator=(const AudioDecoder&) = delete;
   ~AudioDecoder();
 
   bool HasSound() const { return m_stream != nullptr; }
-  int Rate() const { return m_rate; }  // Hz; 0 without sound
-  const std::string& Path() const { return m_path; }
+  int GetRate() const { return m_rate; }  // Hz; 0 without sound
+  const std::string& GetPath() const { return m_path; }
 
   /// The stated length of the whole file in microseconds; 0 when it is not known.
-  std::int64_t FileMicroseconds() const;
+  std::int64_t GetFileMicroseconds() const;
   /// Whether the stated length and the places after a seek come from timestamps rather than from a guess by
   /// the bit rate.
   bool HasExactTimes() const;
   /// Length of one unit of the stream's timestamps in samples, rounded up; 1 when it is finer.
-  int TickSamples() const;
+  int GetTickSamples() const;
   /// Place of the stream's first sample.
-  std::int64_t FirstPlace() const;
+  std::int64_t GetFirstPlace() const;
 
   /// Where the container itself says that the last packet is to be cut; kNoPlace when it does not say.
-  std::int64_t EditedEnd() const;
+  std::int64_t GetEditedEnd() const;
 
   /// Goes to a packet at or before `place`, as far as the container's index is right. False when the file
   /// cannot be read any more; it then has no more frames.
@@ -67,18 +62,19 @@ class AudioDecoder {
   bool TakeDamage();
 
  private:
-  explicit AudioDecoder(std::string path);
+  AudioDecoder(std::string path, const StopSignal& stop) : m_path(std::move(path)), m_stop(stop) {}
 
-  Result OpenFile();
-  Result OpenCodec();
+  Refusal OpenFile();
+  Refusal OpenCodec();
   void Close();
-  Result Refuse(Result result, const std::string& cause) const;
   std::int64_t PlaceOf(std::int64_t timestamp) const;
   bool ReadPacket();
   void Restart();
 
   std::string m_path;
-  AVFormatContext* m_demuxer = nullptr;
+  const StopSignal& m_stop;
+  std::unique_ptr<MediaInput> m_input;
+  AVFormatContext* m_demuxer = nullptr;  // the input's
   AVCodecContext* m_codec = nullptr;
   AVStream* m_stream = nullptr;  // the demuxer's
   AVPacket* m_packet = nullptr;

@@ -36,17 +36,18 @@ AudioSource::~AudioSource() {
   swr_free(&m_converter);
 }
 
-Result AudioSource::Open(const std::string& path, int channels, std::unique_ptr<AudioSource>& source) {
+Result AudioSource::Open(const std::string& path, int channels, const StopSignal& stop,
+                         std::unique_ptr<AudioSource>& source) {
   if (channels < 1 || channels > kMaxOutputs) return kInvalidArgument;
   std::unique_ptr<AudioDecoder> decoder;
-  const Result result = AudioDecoder::Open(path, decoder);
+  const Result result = AudioDecoder::Open(path, stop, decoder);
   if (result == kOk) source.reset(new AudioSource(std::move(decoder), channels));
   return result;
 }
 
 std::int64_t AudioSource::DecodedEnd() {
-  const std::int64_t stated = av_rescale(m_decoder->FileMicroseconds(), Rate(), AV_TIME_BASE);
-  const std::int64_t tail = stated - std::int64_t{kTailSeconds} * Rate();
+  const std::int64_t stated = av_rescale(m_decoder->GetFileMicroseconds(), GetRate(), AV_TIME_BASE);
+  const std::int64_t tail = stated - std::int64_t{kTailSeconds} * GetRate();
   std::int64_t end = 0;
   if (m_decoder->HasExactTimes() && tail > 0) {
     SeekDecoder(tail);
@@ -60,28 +61,35 @@ std::int64_t AudioSource::DecodedEnd() {
   return end;
 }
 
+bool AudioSource::CanDecode() {
+  m_warned = true;
+  m_joined = false;
+  m_ended = !m_decoder->Rewind();
+  return FillBlock();
+}
+
 std::int64_t AudioSource::MeasureEnd() {
   m_warned = true;  // the clip itself will tell about damage
   const std::int64_t end = DecodedEnd();
-  const std::int64_t edited = HasSound() ? m_decoder->EditedEnd() : AudioDecoder::kNoPlace;
+  const std::int64_t edited = HasSound() ? m_decoder->GetEditedEnd() : AudioDecoder::kNoPlace;
   return edited == AudioDecoder::kNoPlace ? end : std::clamp<std::int64_t>(edited, 0, end);
 }
 
 void AudioSource::Seek(std::int64_t place) {
   m_warned = false;
-  const std::int64_t farthest = AudioDecoder::kMaxSeconds * Rate();
+  const std::int64_t farthest = AudioDecoder::kMaxSeconds * GetRate();
   m_place = std::min(place, farthest);
   m_blockSize = 0;
   m_ended = true;
   if (!HasSound() || place >= farthest) return;
-  const std::int64_t lead = Rate() / kLeadPerSecond;
-  if (place <= m_decoder->FirstPlace() + lead) {
+  const std::int64_t lead = GetRate() / kLeadPerSecond;
+  if (place <= m_decoder->GetFirstPlace() + lead) {
     m_joined = false;
     m_ended = !m_decoder->Rewind();
     return;
   }
   // An index may lead behind the place; then once more from farther back, and last from the start.
-  for (const std::int64_t back : {lead, std::int64_t{kFarLeadSeconds} * Rate()}) {
+  for (const std::int64_t back : {lead, std::int64_t{kFarLeadSeconds} * GetRate()}) {
     if (SeekDecoder(place - back) && FillBlock() && m_blockPlace <= place) return;
   }
   m_joined = false;
@@ -141,9 +149,9 @@ bool AudioSource::FillBlock() {
 }
 
 void AudioSource::PlaceBlock(std::int64_t place) {
-  const std::int64_t jitter = std::max(Rate() / kJitterPerSecond, 2 * m_decoder->TickSamples());
+  const std::int64_t jitter = std::max(GetRate() / kJitterPerSecond, 2 * m_decoder->GetTickSamples());
   if (!m_joined) {
-    m_blockPlace = place == AudioDecoder::kNoPlace ? m_decoder->FirstPlace() : FirstPlaceInGrid(place);
+    m_blockPlace = place == AudioDecoder::kNoPlace ? m_decoder->GetFirstPlace() : FirstPlaceInGrid(place);
   } else if (place == AudioDecoder::kNoPlace || std::abs(place - m_blockEnd) <= jitter) {
     m_blockPlace = m_blockEnd;
   } else {
@@ -157,9 +165,9 @@ void AudioSource::PlaceBlock(std::int64_t place) {
 // Where timestamps are coarser than samples, they tell which frame of a steady row it is, and the row tells
 // the place: so a cut is heard at the same sample whether it was sought or played up to.
 std::int64_t AudioSource::FirstPlaceInGrid(std::int64_t place) const {
-  const int tick = m_decoder->TickSamples();
+  const int tick = m_decoder->GetTickSamples();
   if (tick <= 1) return place;
-  const std::int64_t first = m_decoder->FirstPlace();
+  const std::int64_t first = m_decoder->GetFirstPlace();
   const std::int64_t frames = av_rescale_rnd(place - first, 1, m_blockSize, AV_ROUND_NEAR_INF);
   const std::int64_t inGrid = first + frames * m_blockSize;
   return std::abs(inGrid - place) <= tick ? inGrid : place;
@@ -198,7 +206,7 @@ bool AudioSource::OpenConverter(const AVFrame& frame) {
     return false;
   }
   av_channel_layout_default(&out, m_channels);
-  int code = swr_alloc_set_opts2(&m_converter, &out, AV_SAMPLE_FMT_FLTP, Rate(), &in,
+  int code = swr_alloc_set_opts2(&m_converter, &out, AV_SAMPLE_FMT_FLTP, GetRate(), &in,
                                  static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
   const bool spread = in.nb_channels == 1 && m_channels == 2;
   if (code >= 0 && (spread || in.order == AV_CHANNEL_ORDER_UNSPEC)) {
@@ -238,7 +246,7 @@ void AudioSource::MakeFinite() {
 void AudioSource::Warn() {
   if (m_warned) return;
   m_warned = true;
-  Log(VRXLogWarning, "sound is damaged or missing in \"" + Path() + "\" and is silent there");
+  Log(VRXLogWarning, "sound is damaged or missing in \"" + GetPath() + "\" and is silent there");
 }
 
 }  // namespace vrx::engine

@@ -20,20 +20,24 @@ namespace vrx::engine {
 class AudioSource {
  public:
   /// Fails as AudioDecoder::Open does. A file without sound is silent.
-  static Result Open(const std::string& path, int channels, std::unique_ptr<AudioSource>& source);
+  static Result Open(const std::string& path, int channels, const StopSignal& stop,
+                     std::unique_ptr<AudioSource>& source);
 
   AudioSource(const AudioSource&) = delete;
   AudioSource& operator=(const AudioSource&) = delete;
   ~AudioSource();
 
   bool HasSound() const { return m_decoder->HasSound(); }
-  int Rate() const { return m_decoder->Rate(); }  // Hz; 0 without sound
-  const std::string& Path() const { return m_decoder->Path(); }
-  std::int64_t FileMicroseconds() const { return m_decoder->FileMicroseconds(); }
+  int GetRate() const { return m_decoder->GetRate(); }  // Hz; 0 without sound
+  const std::string& GetPath() const { return m_decoder->GetPath(); }
+  std::int64_t GetFileMicroseconds() const { return m_decoder->GetFileMicroseconds(); }
 
   /// Place behind the last sample, found by decoding the end of the file: lengths in headers count what the
   /// encoder added, or are guesses. Leaves the stream at an unspecified place.
   std::int64_t MeasureEnd();
+
+  /// Whether any of the sound can be decoded. Leaves the stream at an unspecified place.
+  bool CanDecode();
 
   /// The next Read begins at `place`, which may be negative. Damage is reported anew from here.
   void Seek(std::int64_t place);

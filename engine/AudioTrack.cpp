@@ -62,7 +62,7 @@ class SampleSum {
 };
 
 /// What Open learns about a file.
-struct SourceFacts {
+struct SoundLength {
   bool measured = false;
   std::int64_t length = 0;  // of the whole source, in units of 1 / scale seconds
   std::uint64_t scale = 1;
@@ -70,21 +70,23 @@ struct SourceFacts {
 
 class ClipSequence : public AudioTrack {
  public:
-  ClipSequence(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples)
-      : m_clips(std::move(clips)), m_format(format), m_total(totalSamples) {}
+  ClipSequence(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
+               const StopSignal& stop)
+      : m_clips(std::move(clips)), m_format(format), m_total(totalSamples), m_stop(stop) {}
 
   Result Prepare();
   Result Read(float* const* planes, int count, int& got) override;
 
  private:
   Result CheckArguments() const;
-  Result CheckSource(const AudioClip& clip, SourceFacts& facts, bool first) const;
+  Result CheckSource(const AudioClip& clip, SoundLength& known, bool first) const;
   bool Continues(std::size_t index) const;
   Result Play(float* const* planes, int count, int& played);
 
   std::vector<AudioClip> m_clips;
   const AudioFormat m_format;
   const std::int64_t m_total;
+  const StopSignal& m_stop;
   std::vector<std::int64_t> m_ends;  // of the clips, in samples of the movie
   std::size_t m_current = 0;
   bool m_started = false;  // m_reader is in the current clip
@@ -112,42 +114,42 @@ Result ClipSequence::CheckArguments() const {
 Result ClipSequence::Prepare() {
   Result result = CheckArguments();
   if (result != kOk) return result;
-  std::map<std::string, SourceFacts> sources;
+  std::map<std::string, SoundLength> lengths;
   SampleSum sum(m_format.sampleRate, m_total);
   m_ends.reserve(m_clips.size());
   for (std::size_t i = 0; i < m_clips.size(); ++i) {
     const ClipLogScope scope(VRXAudioTrack, i);
     AudioClip& clip = m_clips[i];
     clip.start = std::max<std::int64_t>(clip.start, 0);
-    const auto [source, first] = sources.try_emplace(clip.path);
-    SourceFacts& facts = source->second;
-    result = CheckSource(clip, facts, first);
+    const auto [source, first] = lengths.try_emplace(clip.path);
+    SoundLength& known = source->second;
+    result = CheckSource(clip, known, first);
     if (result != kOk) return result;
     if (IsWhole(clip)) {
       clip.start = 0;
-      sum.Add(facts.length, facts.scale);
+      sum.Add(known.length, known.scale);
     } else {
       sum.Add(clip.end - clip.start, clip.scale);
     }
     m_ends.push_back(sum.Rounded());
   }
-  m_reader.emplace(m_format);
+  m_reader.emplace(m_format, m_stop);
   return kOk;
 }
 
 // A file is opened for its first clip, and once more when a later one wants its length.
-Result ClipSequence::CheckSource(const AudioClip& clip, SourceFacts& facts, bool first) const {
-  const bool measure = IsWhole(clip) && !facts.measured;
+Result ClipSequence::CheckSource(const AudioClip& clip, SoundLength& known, bool first) const {
+  const bool measure = IsWhole(clip) && !known.measured;
   if (!first && !measure) return kOk;
   std::unique_ptr<AudioSource> source;
-  const Result result = AudioSource::Open(clip.path, m_format.channels, source);
+  const Result result = AudioSource::Open(clip.path, m_format.channels, m_stop, source);
   if (result != kOk) return result;
   if (!source->HasSound()) {
     if (first)
       Log(VRXLogWarning, "\"" + clip.path + "\" has no sound; its place on the audio track is silent");
-    facts = {true, source->FileMicroseconds(), kMicroseconds};
+    known = {true, source->GetFileMicroseconds(), kMicroseconds};
   } else if (measure) {
-    facts = {true, source->MeasureEnd(), static_cast<std::uint64_t>(source->Rate())};
+    known = {true, source->MeasureEnd(), static_cast<std::uint64_t>(source->GetRate())};
   }
   return kOk;
 }
@@ -201,9 +203,9 @@ Result ClipSequence::Read(float* const* planes, int count, int& got) {
 }  // namespace
 
 Result AudioTrack::Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
-                        std::unique_ptr<AudioTrack>& track) {
+                        const StopSignal& stop, std::unique_ptr<AudioTrack>& track) {
   track.reset();
-  auto sequence = std::make_unique<ClipSequence>(std::move(clips), format, totalSamples);
+  auto sequence = std::make_unique<ClipSequence>(std::move(clips), format, totalSamples, stop);
   const Result result = sequence->Prepare();
   if (result == kOk) track = std::move(sequence);
   return result;

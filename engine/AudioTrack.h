@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/EngineResult.h"
+#include "engine/StopSignal.h"
 
 namespace vrx::engine {
 
@@ -31,9 +32,10 @@ class AudioTrack {
   virtual ~AudioTrack() = default;
 
   /// Opens every clip once, so that a missing or unusable source fails before anything is written.
-  /// `totalSamples` is the movie's length in samples at the output rate.
+  /// `totalSamples` is the movie's length in samples at the output rate. `stop` must live as long as the
+  /// track; once it is set, what is left is silent.
   static Result Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
-                     std::unique_ptr<AudioTrack>& track);
+                     const StopSignal& stop, std::unique_ptr<AudioTrack>& track);
 
   /// Writes the next `count` samples of each channel as planar floats; `got` is less than `count` only at the
   /// end of the movie and 0 behind it. Samples without a source are silence.

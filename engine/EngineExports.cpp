@@ -39,7 +39,7 @@ EngineList& TheEngines() {
 
 std::shared_ptr<Engine> FindEngine(VRXHandle handle) {
   EngineList& list = TheEngines();
-  const std::lock_guard guard(list.lock);
+  const std::scoped_lock guard(list.lock);
   const auto found = std::find_if(list.engines.begin(), list.engines.end(),
                                   [&](const auto& engine) { return engine.get() == handle; });
   return found == list.engines.end() ? nullptr : *found;
@@ -65,7 +65,7 @@ Result Guarded(const char* function, Action action) {
 Result CreateEngine(VRXHandle* handle) {
   auto engine = std::make_shared<Engine>();
   EngineList& list = TheEngines();
-  const std::lock_guard guard(list.lock);
+  const std::scoped_lock guard(list.lock);
   list.engines.push_back(engine);
   *handle = engine.get();
   return kOk;
@@ -76,10 +76,10 @@ Result ReleaseEngine(VRXHandle* handle) {
   if (engine == nullptr) return kInvalidArgument;
   EngineList& list = TheEngines();
   {
-    const std::lock_guard guard(list.lock);
+    const std::scoped_lock guard(list.lock);
     std::erase(list.engines, engine);
   }
-  const std::lock_guard guard(engine->lock);
+  const std::scoped_lock guard(engine->lock);
   engine->sequences.clear();
   *handle = nullptr;
   return kOk;
@@ -91,7 +91,7 @@ Result CreateSequence(VRXHandle handle, const VRXTimeline& timeline, const VRXSy
   if (engine == nullptr) return kInvalidArgument;
   std::unique_ptr<Sequence> made;
   if (const Result result = Sequence::Create(timeline, output, made); result != kOk) return result;
-  const std::lock_guard guard(engine->lock);
+  const std::scoped_lock guard(engine->lock);
   *sequence = engine->sequences.emplace_back(std::move(made)).get();
   return kOk;
 }
@@ -101,7 +101,7 @@ Result ReleaseSequence(VRXHandle handle, IVRXSequence** sequence) {
   if (engine == nullptr) return kInvalidArgument;
   std::unique_ptr<Sequence> released;
   {
-    const std::lock_guard guard(engine->lock);
+    const std::scoped_lock guard(engine->lock);
     auto& all = engine->sequences;
     const auto found =
         std::find_if(all.begin(), all.end(), [&](const auto& one) { return one.get() == *sequence; });

@@ -26,57 +26,56 @@ std::int64_t TicksOfSeconds(std::int64_t seconds, AVRational base) {
 
 }  // namespace
 
-Result FileVideoSource::Open(const std::string& path, const std::atomic<bool>& stop,
-                             std::unique_ptr<FileVideoSource>& source) {
+Refusal FileVideoSource::Open(const std::string& path, const StopSignal& stop,
+                              std::unique_ptr<FileVideoSource>& source) {
   std::unique_ptr<FileVideoSource> opened(new FileVideoSource(path, stop));
   opened->m_packet.reset(av_packet_alloc());
   opened->m_current.reset(av_frame_alloc());
   opened->m_next.reset(av_frame_alloc());
-  if (!opened->m_packet || !opened->m_current || !opened->m_next) return kOutOfMemory;
-  if (const Result result = opened->Reopen(); result != kOk) return result;
+  if (!opened->m_packet || !opened->m_current || !opened->m_next) return RefuseForMemory();
+  if (Refusal refusal = opened->OpenFile(); refusal.result != kOk) return refusal;
   source = std::move(opened);
-  return kOk;
+  return {};
 }
 
-Result FileVideoSource::Reopen() {
+Refusal FileVideoSource::OpenFile() {
   m_codec.reset();
   m_file.reset();
-  if (const Result result = SourceFile::Open(m_path, SourceFile::Purpose::kDecode, m_stop, m_file);
-      result != kOk) {
-    return result;
+  if (Refusal refusal = SourceFile::Open(m_path, SourceFile::Purpose::Decode, m_stop, m_file);
+      refusal.result != kOk) {
+    return refusal;
   }
   m_origin = m_file->OriginTicks();
   m_frameTicks = m_file->FrameTicks();
   const auto* matrix = reinterpret_cast<const std::int32_t*>(
-      av_stream_get_side_data(&m_file->stream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr));
+      av_stream_get_side_data(&m_file->GetStream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr));
   m_orientation = matrix == nullptr ? Orientation{} : Orientation::OfDisplayMatrix(matrix);
   ForgetPictures();
   m_fresh = true;
   return OpenDecoder();
 }
 
-Result FileVideoSource::OpenDecoder() {
-  const AVStream& stream = m_file->stream();
+Refusal FileVideoSource::OpenDecoder() {
+  const AVStream& stream = m_file->GetStream();
+  const char* name = avcodec_get_name(stream.codecpar->codec_id);
   const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
-  if (decoder == nullptr) {
-    Log(VRXLogError,
-        std::string("no decoder for ") + avcodec_get_name(stream.codecpar->codec_id) + ": " + m_path);
-    return kSourceNotMovie;
-  }
+  if (decoder == nullptr)
+    return {kSourceNotMovie, std::string("has a picture that no decoder here reads (") + name + ")"};
   m_codec.reset(avcodec_alloc_context3(decoder));
-  if (!m_codec || avcodec_parameters_to_context(m_codec.get(), stream.codecpar) < 0) return kOutOfMemory;
+  if (!m_codec || avcodec_parameters_to_context(m_codec.get(), stream.codecpar) < 0) return RefuseForMemory();
   m_codec->thread_count = std::min(av_cpu_count(), kMaxThreads);
   m_codec->pkt_timebase = stream.time_base;
   m_codec->max_pixels = kMaxPixels;
   const int error = avcodec_open2(m_codec.get(), decoder, nullptr);
-  if (error >= 0) return kOk;
-  Log(VRXLogError, "the decoder does not start (" + AvErrorText(error) + "): " + m_path);
-  return error == AVERROR(ENOMEM) ? kOutOfMemory : kSourceNotMovie;
+  if (error >= 0) return {};
+  if (error == AVERROR(ENOMEM)) return RefuseForMemory();
+  return {kSourceNotMovie,
+          std::string("has a picture that cannot be decoded (") + name + ", " + AvErrorText(error) + ")"};
 }
 
 Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
   if (!m_codec) {
-    if (const Result result = OpenDecoder(); result != kOk) return result;
+    if (const Result result = Report(m_path, OpenDecoder()); result != kOk) return result;
   }
   const std::int64_t target = TargetTicks(time);
   if (NeedsSeek(target)) {
@@ -87,8 +86,8 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
   for (;;) {
     if (!m_hasNext && !m_ended) {
       const Step step = DecodeNext(*m_next, m_nextTicks);
-      if (step == Step::kStopped) return kFailed;
-      m_hasNext = step == Step::kFrame;
+      if (step == Step::Stopped) return kFailed;
+      m_hasNext = step == Step::Frame;
     }
     if (!m_hasNext || m_nextTicks > target) break;
     std::swap(m_current, m_next);
@@ -102,14 +101,14 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
 }
 
 std::int64_t FileVideoSource::TargetTicks(const ExactTime& time) const {
-  const AVRational base = m_file->stream().time_base;
+  const AVRational base = m_file->GetStream().time_base;
   const Int128 ticks = RoundDivide(time.numerator * base.den, time.denominator * base.num) + m_origin;
   constexpr Int128 kLimit = Int128{1} << 61;
   return static_cast<std::int64_t>(std::clamp<Int128>(ticks, -kLimit, kLimit));
 }
 
 bool FileVideoSource::NeedsSeek(std::int64_t target) const {
-  const std::int64_t readOn = TicksOfSeconds(kReadOnSeconds, m_file->stream().time_base);
+  const std::int64_t readOn = TicksOfSeconds(kReadOnSeconds, m_file->GetStream().time_base);
   if (!m_hasCurrent) return !m_fresh || target - m_origin > readOn;
   if (target < m_currentTicks) return !m_atBeginning;
   const std::int64_t reached = m_hasNext ? m_nextTicks : m_currentTicks;
@@ -118,13 +117,13 @@ bool FileVideoSource::NeedsSeek(std::int64_t target) const {
 
 /// Goes back in growing steps until decoding begins no later than at `target`.
 Result FileVideoSource::SeekTo(std::int64_t target) {
-  const std::int64_t second = TicksOfSeconds(1, m_file->stream().time_base);
+  const std::int64_t second = TicksOfSeconds(1, m_file->GetStream().time_base);
   std::int64_t step = 0;
   do {
     if (!Restart(target - step)) break;
     const Step found = DecodeNext(*m_current, m_currentTicks);
-    if (found == Step::kStopped) return kFailed;
-    if (found == Step::kFrame && m_currentTicks <= target) {
+    if (found == Step::Stopped) return kFailed;
+    if (found == Step::Frame && m_currentTicks <= target) {
       m_hasCurrent = true;
       ++m_serial;
       return kOk;
@@ -136,24 +135,28 @@ Result FileVideoSource::SeekTo(std::int64_t target) {
 
 Result FileVideoSource::StartFromBeginning() {
   if (!m_fresh) {
-    if (const Result result = Reopen(); result != kOk) return result;
+    if (const Result result = ReportUnlessStopped(OpenFile()); result != kOk) return result;
   }
   Step step = DecodeNext(*m_current, m_currentTicks);
-  if (step == Step::kEnd && m_trustKeys) {
+  if (step == Step::End && m_trustKeys) {
     // Some streams mark no key frames at all, and some have none that decodes.
     m_trustKeys = false;
-    if (const Result result = Reopen(); result != kOk) return result;
+    if (const Result result = ReportUnlessStopped(OpenFile()); result != kOk) return result;
     step = DecodeNext(*m_current, m_currentTicks);
   }
-  if (step == Step::kStopped) return kFailed;
-  if (step == Step::kEnd) {
-    Log(VRXLogError, "source gives no picture: " + m_path);
-    return kSourceNotMovie;
+  if (step == Step::Stopped) return kFailed;
+  if (step == Step::End) {
+    return Report(m_path, {kSourceNotMovie, "has no picture that can be decoded"});
   }
   m_hasCurrent = true;
   m_atBeginning = true;
   ++m_serial;
   return kOk;
+}
+
+/// A search that was ended on purpose is no fault of the source.
+Result FileVideoSource::ReportUnlessStopped(const Refusal& refusal) const {
+  return m_stop.IsSet() ? kFailed : Report(m_path, refusal);
 }
 
 void FileVideoSource::Rest() {
@@ -172,7 +175,7 @@ void FileVideoSource::ForgetPictures() {
 
 bool FileVideoSource::Restart(std::int64_t ticks) {
   m_fresh = false;
-  if (av_seek_frame(&m_file->container(), m_file->stream().index, ticks, AVSEEK_FLAG_BACKWARD) < 0)
+  if (av_seek_frame(&m_file->GetDemuxer(), m_file->GetStream().index, ticks, AVSEEK_FLAG_BACKWARD) < 0)
     return false;
   avcodec_flush_buffers(m_codec.get());
   ForgetPictures();
@@ -183,11 +186,11 @@ FileVideoSource::Step FileVideoSource::DecodeNext(AVFrame& frame, std::int64_t& 
   m_fresh = false;
   int errors = 0;
   while (!m_ended) {
-    if (m_stop.load(std::memory_order_relaxed)) return Step::kStopped;
+    if (m_stop.IsSet()) return Step::Stopped;
     const int error = avcodec_receive_frame(m_codec.get(), &frame);
     if (error >= 0) {
       errors = 0;
-      if (Accept(frame, ticks)) return Step::kFrame;
+      if (Accept(frame, ticks)) return Step::Frame;
     } else if (error == AVERROR_EOF) {
       m_ended = true;
     } else if (error != AVERROR(EAGAIN)) {
@@ -197,19 +200,19 @@ FileVideoSource::Step FileVideoSource::DecodeNext(AVFrame& frame, std::int64_t& 
       m_ended = true;
     }
   }
-  return Step::kEnd;
+  return Step::End;
 }
 
 /// Hands one packet over, or the end of the stream. False when the decoder cannot take even that.
 bool FileVideoSource::FeedDecoder() {
   av_packet_unref(m_packet.get());
-  const int error = av_read_frame(&m_file->container(), m_packet.get());
+  const int error = av_read_frame(&m_file->GetDemuxer(), m_packet.get());
   if (error < 0) {
-    if (error != AVERROR_EOF) Warn(AvErrorText(error));
+    if (error != AVERROR_EOF && !m_stop.IsSet()) Warn(AvErrorText(error));
     m_draining = true;
     return avcodec_send_packet(m_codec.get(), nullptr) >= 0;
   }
-  if (m_packet->stream_index != m_file->stream().index) return true;
+  if (m_packet->stream_index != m_file->GetStream().index) return true;
   if (m_waitForKey) {
     if ((m_packet->flags & AV_PKT_FLAG_KEY) == 0) return true;
     m_waitForKey = false;
@@ -237,7 +240,7 @@ bool FileVideoSource::Accept(AVFrame& frame, std::int64_t& ticks) {
 void FileVideoSource::Warn(const std::string& cause) {
   if (m_warned) return;
   m_warned = true;
-  Log(VRXLogWarning, "source is damaged (" + cause + "), the last good picture holds: " + m_path);
+  Log(VRXLogWarning, m_path + " is damaged (" + cause + "): the last good picture holds");
 }
 
 }  // namespace vrx::engine

@@ -2,7 +2,6 @@
 // Used by the frame pipeline on its decode thread.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,11 +17,13 @@ namespace vrx::engine {
 /// Belongs to one thread. Cheapest when asked for rising times.
 class FileVideoSource {
  public:
-  /// `stop` ends a long search early and must outlive the source.
-  static Result Open(const std::string& path, const std::atomic<bool>& stop,
-                     std::unique_ptr<FileVideoSource>& source);
+  /// As SourceFile::Open, and kSourceNotMovie without a decoder for the picture. `stop` ends a long search
+  /// early and must outlive the source.
+  static Refusal Open(const std::string& path, const StopSignal& stop,
+                      std::unique_ptr<FileVideoSource>& source);
 
-  const Orientation& orientation() const { return m_orientation; }
+  SourceFile& GetFile() { return *m_file; }
+  const Orientation& GetOrientation() const { return m_orientation; }
   /// Damage is reported once from here to the next call.
   void BeginClip() { m_warned = false; }
   /// The frame on display at `time`: the last one that starts no later than the tick nearest to it; before
@@ -30,16 +31,16 @@ class FileVideoSource {
   /// when nothing can be decoded.
   Result FrameAt(const ExactTime& time, const AVFrame*& frame);
   /// Changes with every other frame that FrameAt gives.
-  std::uint64_t serial() const { return m_serial; }
+  std::uint64_t GetSerial() const { return m_serial; }
   /// Gives the decoder and its pictures back while the source is not needed; the next FrameAt gets a new one.
   void Rest();
 
  private:
-  enum class Step { kFrame, kEnd, kStopped };
+  enum class Step { Frame, End, Stopped };
 
-  FileVideoSource(std::string path, const std::atomic<bool>& stop) : m_path(std::move(path)), m_stop(stop) {}
-  Result OpenDecoder();
-  Result Reopen();
+  FileVideoSource(std::string path, const StopSignal& stop) : m_path(std::move(path)), m_stop(stop) {}
+  Refusal OpenFile();
+  Refusal OpenDecoder();
   std::int64_t TargetTicks(const ExactTime& time) const;
   bool NeedsSeek(std::int64_t target) const;
   Result SeekTo(std::int64_t target);
@@ -49,10 +50,11 @@ class FileVideoSource {
   Step DecodeNext(AVFrame& frame, std::int64_t& ticks);
   bool FeedDecoder();
   bool Accept(AVFrame& frame, std::int64_t& ticks);
+  Result ReportUnlessStopped(const Refusal& refusal) const;
   void Warn(const std::string& cause);
 
   std::string m_path;
-  const std::atomic<bool>& m_stop;
+  const StopSignal& m_stop;
   std::unique_ptr<SourceFile> m_file;
   CodecPtr m_codec;
   PacketPtr m_packet;

@@ -31,8 +31,8 @@ FramePipeline::FramePipeline(const std::vector<VideoClip>& clips, const VideoPla
 
 FramePipeline::~FramePipeline() {
   {
-    const std::lock_guard guard(m_lock);
-    m_stop = true;
+    const std::scoped_lock lock(m_lock);
+    m_stop.Set();
   }
   m_changed.notify_all();
   m_thread.join();
@@ -65,7 +65,7 @@ void FramePipeline::Run() {
   }
   m_sources.clear();
   {
-    const std::lock_guard guard(m_lock);
+    const std::scoped_lock lock(m_lock);
     m_result = result;
     m_finished = true;
   }
@@ -73,7 +73,7 @@ void FramePipeline::Run() {
 }
 
 Result FramePipeline::DecodeClips() {
-  for (std::size_t i = 0; i < m_clips.size() && !m_stop; ++i) {
+  for (std::size_t i = 0; i < m_clips.size() && !m_stop.IsSet(); ++i) {
     const ClipLogScope scope(VRXVideoTrack, i);
     const VideoClip& clip = m_clips[i];
     if (clip.rawInput != nullptr || clip.frameCount == 0) continue;
@@ -88,14 +88,14 @@ Result FramePipeline::DecodeClip(const VideoClip& clip) {
   source->BeginClip();
   FramePtr fitted;
   std::uint64_t fittedSerial = 0;
-  for (std::int64_t index = 0; index < clip.frameCount && !m_stop; ++index) {
+  for (std::int64_t index = 0; index < clip.frameCount && !m_stop.IsSet(); ++index) {
     const AVFrame* frame = nullptr;
     const ExactTime time = SourceTimeOfFrame(clip, index, m_duration);
     if (const Result result = source->FrameAt(time, frame); result != kOk) return result;
-    if (!fitted || source->serial() != fittedSerial) {
-      if (const Result result = m_fitter.Fit(*frame, source->orientation(), fitted); result != kOk)
+    if (!fitted || source->GetSerial() != fittedSerial) {
+      if (const Result result = m_fitter.Fit(*frame, source->GetOrientation(), fitted); result != kOk)
         return result;
-      fittedSerial = source->serial();
+      fittedSerial = source->GetSerial();
     }
     if (!Push(ShareFrame(*fitted))) break;
   }
@@ -111,7 +111,9 @@ Result FramePipeline::FindSource(const std::string& path, FileVideoSource*& sour
     std::rotate(m_sourcePaths.begin(), found, found + 1);
   } else {
     std::unique_ptr<FileVideoSource> opened;
-    if (const Result result = FileVideoSource::Open(path, m_stop, opened); result != kOk) return result;
+    const Refusal refusal = FileVideoSource::Open(path, m_stop, opened);
+    if (m_stop.IsSet()) return kFailed;
+    if (const Result result = Report(path, refusal); result != kOk) return result;
     m_sources.push_front(std::move(opened));
     m_sourcePaths.push_front(path);
     if (m_sources.size() > kOpenSources) {
@@ -126,8 +128,8 @@ Result FramePipeline::FindSource(const std::string& path, FileVideoSource*& sour
 bool FramePipeline::Push(FramePtr frame) {
   {
     std::unique_lock guard(m_lock);
-    m_changed.wait(guard, [this] { return m_frames.size() < m_capacity || m_stop; });
-    if (m_stop) return false;
+    m_changed.wait(guard, [this] { return m_frames.size() < m_capacity || m_stop.IsSet(); });
+    if (m_stop.IsSet()) return false;
     m_frames.push_back(std::move(frame));
   }
   m_changed.notify_all();

@@ -2,7 +2,6 @@
 // frames that have the movie's size and format. Used by the sequence.
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -50,7 +49,7 @@ class FramePipeline {
   std::deque<std::unique_ptr<FileVideoSource>> m_sources;  // decode thread; the one in use is in front
   std::deque<std::string> m_sourcePaths;                   // decode thread; parallel to m_sources
 
-  std::atomic<bool> m_stop = false;
+  StopSignal m_stop;
   std::mutex m_lock;
   std::condition_variable m_changed;
   std::deque<FramePtr> m_frames;  // guarded

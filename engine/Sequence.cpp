@@ -18,11 +18,6 @@ namespace {
 constexpr int kFramesPerSlice = 8;
 constexpr std::chrono::milliseconds kSliceLength{50};
 
-/// The flag lies in the host's memory, which offers no other type than bool.
-bool IsSet(const bool* flag) {
-  return std::atomic_ref<bool>(const_cast<bool&>(*flag)).load(std::memory_order_acquire);
-}
-
 }  // namespace
 
 Result Sequence::Create(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
@@ -58,7 +53,8 @@ Result Sequence::OpenTracks() {
   const AudioPlan& audio = *m_output.audio;
   if (const Result result = m_audioEncoder.Open(audio, header); result != kOk) return result;
   return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels},
-                          SamplesOfFrames(m_total, m_output.video.frameDuration, audio.sampleRate), m_audio);
+                          SamplesOfFrames(m_total, m_output.video.frameDuration, audio.sampleRate), m_stop,
+                          m_audio);
 }
 
 Result Sequence::OpenOutput() {
@@ -74,8 +70,10 @@ Result Sequence::OpenOutput() {
 
 std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
   if (progress == nullptr || endFlag == nullptr) return kInvalidArgument;
-  if (m_failure == kOk) m_failure = Guarded(endFlag);
-  // Everything is done only when the movie stands under its name: a cancel may come before that.
+  m_stop.Watch(endFlag);
+  if (m_failure == kOk) m_failure = Guarded();
+  m_stop.Watch(nullptr);
+  // The last frame counts only when the movie has been renamed into place: a cancel may come before that.
   progress->processed = static_cast<std::uint64_t>(m_finished ? m_total : std::min(m_done, m_total - 1));
   progress->total = static_cast<std::uint64_t>(m_total);
   if (m_failure != kOk) {
@@ -86,9 +84,11 @@ std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
   return m_failure;
 }
 
-Result Sequence::Guarded(const bool* endFlag) {
+/// A cancel ends reads early, so that failures which come with it are not the sources'.
+Result Sequence::Guarded() {
   try {
-    return DoSlice(endFlag);
+    const Result result = DoSlice();
+    return m_stop.IsSet() ? kOk : result;
   } catch (const std::bad_alloc&) {
     Log(VRXLogError, "out of memory");
     return kOutOfMemory;
@@ -106,18 +106,18 @@ void Sequence::GiveUp() {
   m_writer.Abandon();
 }
 
-Result Sequence::DoSlice(const bool* endFlag) {
+Result Sequence::DoSlice() {
   if (m_finished) return kOk;
   const auto end = std::chrono::steady_clock::now() + kSliceLength;
   for (int frames = 0; frames < kFramesPerSlice && m_done < m_total; ++frames) {
-    if (IsSet(endFlag)) return kOk;
+    if (m_stop.IsSet()) return kOk;
     if (std::chrono::steady_clock::now() >= end) return kOk;
     FramePtr frame;
     if (const Result result = NextFrame(frame); result != kOk) return result;
     if (!frame) return kOk;
     if (const Result result = EncodeFrame(frame); result != kOk) return result;
   }
-  return m_done == m_total && !IsSet(endFlag) ? Finish() : kOk;
+  return m_done == m_total && !m_stop.IsSet() ? Finish() : kOk;
 }
 
 /// Leaves `frame` null when the decoder has none ready yet.
@@ -156,7 +156,9 @@ Result Sequence::Finish() {
     const Result result = m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream);
     if (result != kOk) return result;
   }
-  if (const Result result = m_videoEncoder.Drain(m_writer, m_videoStream); result != kOk) return result;
+  if (const Result result = m_videoEncoder.Drain(m_writer, m_videoStream, m_stop); result != kOk)
+    return result;
+  if (m_stop.IsSet()) return kOk;
   if (const Result result = m_writer.Finish(); result != kOk) return result;
   m_finished = true;
   KeepRenderSummary({m_writer.GetPacketCount(m_videoStream),

@@ -31,7 +31,8 @@ class Sequence final : public IVRXSequence {
   /// Stops at once; an unfinished movie is removed.
   ~Sequence() override = default;
 
-  /// Calls the host's callbacks on the caller's thread. After a failure it gives the same failure again.
+  /// Calls the host's callbacks on the caller's thread. After a failure it gives the same failure again. Once
+  /// it has found `endFlag` set, it does nothing more.
   std::int32_t Execute(VRXProgressInfo* progress, bool* endFlag) override;
 
  private:
@@ -39,11 +40,11 @@ class Sequence final : public IVRXSequence {
   Result Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output);
   Result OpenTracks();
   Result OpenOutput();
-  Result DoSlice(const bool* endFlag);
+  Result DoSlice();
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
   Result Finish();
-  Result Guarded(const bool* endFlag);
+  Result Guarded();
   void GiveUp();
 
   OutputPlan m_output;
@@ -55,6 +56,7 @@ class Sequence final : public IVRXSequence {
   std::size_t m_clip = 0;                                   // of the next frame
   std::int64_t m_frameInClip = 0;
 
+  StopSignal m_stop;
   MovieWriter m_writer;
   VideoEncoder m_videoEncoder;
   AudioEncoder m_audioEncoder;

@@ -2,33 +2,28 @@
 // by the file video source and by the check of a timeline's sources.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
 
-#include "engine/AvPointers.h"
-#include "engine/EngineResult.h"
 #include "engine/ExactTime.h"
+#include "engine/MediaInput.h"
 
 namespace vrx::engine {
 
 /// Belongs to one thread.
 class SourceFile {
  public:
-  enum class Purpose { kCheck, kDecode };
+  enum class Purpose { Check, Decode };
 
-  /// kSourceMissing, kSourceUnreadable or kSourceNotMovie with a logged line. Reading ends early when `stop`
-  /// becomes true; `stop` must live as long as the file.
-  static Result Open(const std::string& path, Purpose purpose, const std::atomic<bool>& stop,
-                     std::unique_ptr<SourceFile>& file);
-  SourceFile(const SourceFile&) = delete;
-  SourceFile& operator=(const SourceFile&) = delete;
-  ~SourceFile();
+  /// As MediaInput::Open, and kSourceNotMovie for a file without a picture. `stop` must live as long as the
+  /// file.
+  static Refusal Open(const std::string& path, Purpose purpose, const StopSignal& stop,
+                      std::unique_ptr<SourceFile>& file);
 
-  const std::string& path() const { return m_path; }
-  AVFormatContext& container() const { return *m_container; }
-  AVStream& stream() const { return *m_stream; }
+  const std::string& GetPath() const { return m_path; }
+  AVFormatContext& GetDemuxer() const { return m_input->GetDemuxer(); }
+  AVStream& GetStream() const { return *m_stream; }
 
   /// Where the source begins on the video stream's clock, in its ticks: with the earliest of its picture and
   /// sound streams. A picture that comes up to one frame (and 50 ms) later counts as simultaneous, for no
@@ -38,7 +33,7 @@ class SourceFile {
   std::int64_t FrameTicks() const;
   /// Length of the video stream in frames of `duration`. Reads packets where the container does not know, and
   /// moves the reading position.
-  Result CountFrames(FrameDuration duration, std::int64_t& frames);
+  Refusal CountFrames(FrameDuration duration, std::int64_t& frames);
 
  private:
   struct Extent {
@@ -47,16 +42,14 @@ class SourceFile {
     std::int64_t end = AV_NOPTS_VALUE;
   };
 
-  SourceFile(std::string path, const std::atomic<bool>& stop) : m_path(std::move(path)), m_stop(stop) {}
-  Result OpenContainer();
-  Result FindVideo(Purpose purpose);
-  Result Fail(Result result, const std::string& cause) const;
+  SourceFile(std::string path, const StopSignal& stop) : m_path(std::move(path)), m_stop(stop) {}
+  Refusal FindVideo(Purpose purpose);
   Extent ReadExtent();
   std::int64_t LengthFromTail();
 
   std::string m_path;
-  const std::atomic<bool>& m_stop;
-  AVFormatContext* m_container = nullptr;
+  const StopSignal& m_stop;
+  std::unique_ptr<MediaInput> m_input;
   AVStream* m_stream = nullptr;
 };
 

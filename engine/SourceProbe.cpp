@@ -1,12 +1,11 @@
 #include "engine/SourceProbe.h"
 
-#include <atomic>
-#include <cstdio>
+#include <algorithm>
 #include <memory>
 #include <string>
 
 #include "engine/AudioSource.h"
-#include "engine/SourceFile.h"
+#include "engine/FileVideoSource.h"
 #include "engine/SourcePath.h"
 
 namespace vrx::engine {
@@ -15,55 +14,53 @@ namespace {
 /// Fine enough for every frame rate.
 constexpr FrameDuration kProbeClock{1, 90'000};
 
-const char* CauseOf(Result result) {
-  switch (result) {
-    case kSourceMissing:
-      return "does not exist";
-    case kSourceUnreadable:
-      return "cannot be read";
-    case kSourceNotMovie:
-      return "is no movie and no sound file";
-    default:
-      return "cannot be opened";
+Refusal ProbeVideo(const std::string& path, VRXSourceProbe& probe) {
+  const StopSignal never;
+  std::unique_ptr<FileVideoSource> source;
+  if (Refusal refusal = FileVideoSource::Open(path, never, source); refusal.result != kOk) return refusal;
+  const AVFrame* first = nullptr;
+  if (const Result result = source->FrameAt({0, 1}, first); result != kOk) {
+    const char* codec = avcodec_get_name(source->GetFile().GetStream().codecpar->codec_id);
+    return {result, std::string("has no picture that can be decoded (") + codec + ")"};
   }
-}
-
-Result ProbeVideo(const std::string& path, VRXSourceProbe& probe) {
-  const std::atomic<bool> never = false;
-  std::unique_ptr<SourceFile> file;
-  if (const Result result = SourceFile::Open(path, SourceFile::Purpose::kCheck, never, file); result != kOk) {
-    return result;
-  }
-  probe.hasVideo = true;
   std::int64_t units = 0;
-  if (const Result result = file->CountFrames(kProbeClock, units); result != kOk) return result;
+  if (Refusal refusal = source->GetFile().CountFrames(kProbeClock, units); refusal.result != kOk)
+    return refusal;
+  probe.hasVideo = true;
   probe.videoSeconds = static_cast<double>(units) / static_cast<double>(kProbeClock.scale);
-  return kOk;
+  return {};
 }
 
-Result ProbeAudio(const std::string& path, VRXSourceProbe& probe) {
+void ProbeAudio(const std::string& path, VRXSourceProbe& probe) {
   constexpr int kStereo = 2;
+  const StopSignal never;
   std::unique_ptr<AudioSource> source;
-  if (const Result result = AudioSource::Open(path, kStereo, source); result != kOk) return result;
-  probe.hasAudio = source->HasSound();
-  if (probe.hasAudio && source->Rate() > 0) {
-    probe.audioSeconds = static_cast<double>(source->MeasureEnd()) / source->Rate();
-  }
-  return kOk;
+  if (AudioSource::Open(path, kStereo, never, source) != kOk) return;
+  probe.hasAudio = source->HasSound() && source->CanDecode();
+  if (probe.hasAudio) probe.audioSeconds = static_cast<double>(source->MeasureEnd()) / source->GetRate();
 }
 
 }  // namespace
 
+void FillText(std::string_view text, std::span<char> field) {
+  std::size_t size = std::min(text.size(), field.size() - 1);
+  const auto continues = [&](std::size_t at) {
+    return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+  };
+  while (size > 0 && size < text.size() && continues(size)) --size;
+  std::copy_n(text.data(), size, field.data());
+  field[size] = '\0';
+}
+
 Result ProbeSource(std::u16string_view path, VRXSourceProbe& probe) {
   probe = {};
   const std::string native = NativePath(path);
-  Result result = native.empty() ? kSourceMissing : ProbeVideo(native, probe);
-  if (result == kOk || result == kSourceNotMovie) {
-    const Result sound = ProbeAudio(native, probe);
-    if (result != kOk && probe.hasAudio) result = sound;
-  }
-  if (result != kOk) std::snprintf(probe.cause, sizeof(probe.cause), "%s", CauseOf(result));
-  return result;
+  Refusal refusal{kSourceMissing, "does not exist"};
+  if (!native.empty()) refusal = ProbeVideo(native, probe);
+  if (refusal.result == kOk || refusal.result == kSourceNotMovie) ProbeAudio(native, probe);
+  if (refusal.result == kOk || probe.hasAudio) return kOk;
+  FillText(refusal.cause, probe.cause);
+  return refusal.result;
 }
 
 }  // namespace vrx::engine

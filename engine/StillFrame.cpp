@@ -1,6 +1,5 @@
 #include "engine/StillFrame.h"
 
-#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -23,14 +22,17 @@ Result FrameOfClip(const VideoClip& clip, std::int64_t index, const VideoPlan& v
     BasebandVideoSource source(video.width, video.height);
     return source.FrameOf(*clip.rawInput, clip.firstRawFrame + static_cast<std::uint64_t>(index), frame);
   }
-  const std::atomic<bool> never = false;
+  const StopSignal never;
   std::unique_ptr<FileVideoSource> source;
-  if (const Result result = FileVideoSource::Open(clip.path, never, source); result != kOk) return result;
+  if (const Result result = Report(clip.path, FileVideoSource::Open(clip.path, never, source));
+      result != kOk) {
+    return result;
+  }
   source->BeginClip();
   const AVFrame* shown = nullptr;
   const Result result = source->FrameAt(SourceTimeOfFrame(clip, index, video.frameDuration), shown);
   if (result != kOk) return result;
-  return FrameFitter(video.width, video.height).Fit(*shown, source->orientation(), frame);
+  return FrameFitter(video.width, video.height).Fit(*shown, source->GetOrientation(), frame);
 }
 
 Result FrameOfMovie(const TimelinePlan& plan, std::int64_t number, const VideoPlan& video, FramePtr& frame) {

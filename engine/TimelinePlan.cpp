@@ -58,8 +58,8 @@ Result ReadFileClip(const VRXSourceStreamInfoBase& source, std::string& path) {
   path = NativePath(file->path->Get());
   if (!path.empty()) return kOk;
   const std::string given = textcodec::ToUtf8(file->path->Get());
-  Log(VRXLogError, "source not found: " +
-                       (given.empty() ? "the clip's path is empty" : given + " is on an unknown drive"));
+  Log(VRXLogError,
+      given.empty() ? "the clip's path is empty" : given + " is on a drive that does not exist here");
   return kSourceMissing;
 }
 

@@ -1,6 +1,5 @@
 #include "engine/TimelineSources.h"
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,7 +12,7 @@ namespace vrx::engine {
 namespace {
 
 Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
-  const std::atomic<bool> never = false;
+  const StopSignal never;
   std::map<std::string, std::int64_t> lengths;  // frames by path; 0 while nobody asked
   for (std::size_t i = 0; i < plan.video.size(); ++i) {
     const ClipLogScope scope(VRXVideoTrack, i);
@@ -26,12 +25,9 @@ Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
     const bool measure = clip.wholeSource && entry->second == 0;
     if (isNew || measure) {
       std::unique_ptr<SourceFile> file;
-      const Result opened = SourceFile::Open(clip.path, SourceFile::Purpose::kCheck, never, file);
-      if (opened != kOk) return opened;
-      if (measure) {
-        const Result counted = file->CountFrames(duration, entry->second);
-        if (counted != kOk) return counted;
-      }
+      Refusal refusal = SourceFile::Open(clip.path, SourceFile::Purpose::Check, never, file);
+      if (refusal.result == kOk && measure) refusal = file->CountFrames(duration, entry->second);
+      if (const Result result = Report(clip.path, refusal); result != kOk) return result;
     }
     if (clip.wholeSource) clip.frameCount = entry->second;
   }

@@ -93,12 +93,12 @@ Result VideoEncoder::Encode(AVFrame& frame, std::int64_t index, MovieWriter& wri
   frame.interlaced_frame = m_interlaced ? 1 : 0;
   frame.top_field_first = m_interlaced ? 1 : 0;
   if (const Result result = Send(&frame); result != kOk) return result;
-  return WritePackets(writer, stream);
+  return WritePackets(writer, stream, StopSignal());
 }
 
-Result VideoEncoder::Drain(MovieWriter& writer, int stream) {
+Result VideoEncoder::Drain(MovieWriter& writer, int stream, const StopSignal& stop) {
   if (const Result result = Send(nullptr); result != kOk) return result;
-  return WritePackets(writer, stream);
+  return WritePackets(writer, stream, stop);
 }
 
 Result VideoEncoder::Send(const AVFrame* frame) {
@@ -108,8 +108,8 @@ Result VideoEncoder::Send(const AVFrame* frame) {
   return error == AVERROR(ENOMEM) ? kOutOfMemory : kEncoderFailed;
 }
 
-Result VideoEncoder::WritePackets(MovieWriter& writer, int stream) {
-  for (;;) {
+Result VideoEncoder::WritePackets(MovieWriter& writer, int stream, const StopSignal& stop) {
+  while (!stop.IsSet()) {
     const int error = avcodec_receive_packet(m_codec.get(), m_packet.get());
     if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return kOk;
     if (error < 0) {
@@ -121,6 +121,7 @@ Result VideoEncoder::WritePackets(MovieWriter& writer, int stream) {
     if (const Result result = writer.Write(*m_packet, stream, m_codec->time_base); result != kOk)
       return result;
   }
+  return kOk;
 }
 
 }  // namespace vrx::engine

@@ -7,6 +7,7 @@
 #include "engine/EngineResult.h"
 #include "engine/MovieWriter.h"
 #include "engine/OutputPlan.h"
+#include "engine/StopSignal.h"
 
 namespace vrx::engine {
 
@@ -20,12 +21,12 @@ class VideoEncoder {
   /// Encodes `frame` as number `index` of the movie and writes what comes out. The frame's own time and
   /// picture type are overwritten.
   Result Encode(AVFrame& frame, std::int64_t index, MovieWriter& writer, int stream);
-  /// Writes all that the codec still holds. No frame may follow.
-  Result Drain(MovieWriter& writer, int stream);
+  /// Writes all that the codec still holds, or part of it when `stop` is set. No frame may follow.
+  Result Drain(MovieWriter& writer, int stream, const StopSignal& stop);
 
  private:
   Result Send(const AVFrame* frame);
-  Result WritePackets(MovieWriter& writer, int stream);
+  Result WritePackets(MovieWriter& writer, int stream, const StopSignal& stop);
 
   CodecPtr m_codec;
   PacketPtr m_packet;

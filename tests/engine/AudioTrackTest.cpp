@@ -68,7 +68,7 @@ class AudioTrackTest : public ::testing::Test {
   Planes Play(const std::vector<AudioClip>& clips, std::int64_t total, AudioFormat format = kStereo,
               int block = 1000) {
     std::unique_ptr<AudioTrack> track;
-    const Result result = AudioTrack::Open(clips, format, total, track);
+    const Result result = AudioTrack::Open(clips, format, total, m_never, track);
     EXPECT_EQ(result, kOk);
     Planes sound(static_cast<std::size_t>(format.channels), Plane(static_cast<std::size_t>(total)));
     if (result != kOk) return sound;
@@ -86,9 +86,10 @@ class AudioTrackTest : public ::testing::Test {
 
   Result Open(const std::vector<AudioClip>& clips, AudioFormat format = kStereo, std::int64_t total = kRate) {
     std::unique_ptr<AudioTrack> track;
-    return AudioTrack::Open(clips, format, total, track);
+    return AudioTrack::Open(clips, format, total, m_never, track);
   }
 
+  const StopSignal m_never;
   std::vector<std::string> m_errors;
   std::vector<std::string> m_warnings;
   const TempFolder m_folder;
@@ -172,7 +173,7 @@ TEST_F(AudioTrackTest, ThousandsOfClipsOfAnOddLengthDoNotDriftAndOpenTheirFileOn
   // Each clip is one frame of 30000/1001 a second, which is 1601.6 samples, and begins with a click.
   const std::vector<AudioClip> clips(2000, AudioClip{path, 30000, 31001, 30000});
   std::unique_ptr<AudioTrack> track;
-  ASSERT_EQ(AudioTrack::Open(clips, kStereo, 3203200, track), kOk);
+  ASSERT_EQ(AudioTrack::Open(clips, kStereo, 3203200, m_never, track), kOk);
   Plane left(3203200), right(8008);
   for (std::size_t at = 0; at < left.size(); at += right.size()) {
     float* planes[] = {&left[at], right.data()};
@@ -247,7 +248,7 @@ TEST_F(AudioTrackTest, UnusableSourcesFailAtOpenAndAreNamed) {
   for (const auto& [path, result] : cases) {
     m_errors.clear();
     EXPECT_EQ(Open({{good, 0, 1, 1}, {path, 0, 1, 1}}), result) << path;
-    EXPECT_THAT(m_errors, ElementsAre(HasSubstr("\"" + path + "\"")));
+    EXPECT_THAT(m_errors, ElementsAre(testing::StartsWith(path + " ")));
   }
   EXPECT_EQ(Open({{good, 0, 1, 0}}), kInvalidArgument);
   EXPECT_EQ(Open({}, {kRate, 1000000000}, 1), kUnusableSettings);
@@ -285,7 +286,8 @@ TEST_F(AudioTrackTest, EveryTruncationOfAFileGivesSoundOrAnError) {
     for (std::size_t length = 0; length < bytes.size(); length += 97) {
       m_folder.Write(name, bytes.substr(0, length));
       std::unique_ptr<AudioTrack> track;
-      if (AudioTrack::Open({{path, 0, 0, 1}, {path, 100, 200, 1000}}, kStereo, kRate, track) != kOk) continue;
+      if (AudioTrack::Open({{path, 0, 0, 1}, {path, 100, 200, 1000}}, kStereo, kRate, m_never, track) != kOk)
+        continue;
       Plane left(kRate), right(kRate);
       float* planes[] = {left.data(), right.data()};
       int got = 0;

@@ -21,7 +21,7 @@ std::set<std::string> NamesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-TEST(OutputFile, LeftoversOfTheSameMovieGoAndEverythingElseStays) {
+TEST(OutputFileTest, LeftoversOfTheSameMovieGoAndEverythingElseStays) {
   TempFolder folder;
   const std::filesystem::path root = std::filesystem::path(folder.Write("movie.mp4", "older")).parent_path();
   const std::set<std::string> kept{"movie.mp4",
@@ -60,7 +60,7 @@ Result WriteMovie(const std::filesystem::path& path) {
   return file.Commit();
 }
 
-TEST(OutputFile, ALinkIsFollowedAndTheOlderFilesRightsAreKept) {
+TEST(OutputFileTest, ALinkIsFollowedAndTheOlderFilesRightsAreKept) {
   TempFolder folder;
   const std::filesystem::path root = folder.Path();
   std::filesystem::create_directory(root / "movies");
@@ -81,7 +81,7 @@ TEST(OutputFile, ALinkIsFollowedAndTheOlderFilesRightsAreKept) {
   }
 }
 
-TEST(OutputFile, WhateverIsNoOrdinaryWritableFileIsRefused) {
+TEST(OutputFileTest, WhateverIsNoOrdinaryWritableFileIsRefused) {
   TempFolder folder;
   const std::filesystem::path root = folder.Path();
   std::filesystem::create_directory(root / "folder.mp4");

@@ -1,5 +1,4 @@
-// Movies come out frame for frame as the timeline says, whatever the sources are made of; and what the result
-// and the log say of a render that the engine refuses.
+// Movies come out frame for frame as the timeline says, whatever the sources are made of.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,12 +7,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "engine/EngineExports.h"
-#include "engine/EngineResult.h"
 #include "samples/clipmaker/FramePattern.h"
-#include "samples/clipmaker/PatternClip.h"
+#include "tests/engine/RenderJob.h"
 #include "tests/support/MovieReader.h"
-#include "tests/support/TempFolder.h"
 #include "vrx/XpTextCodec.h"
 
 namespace vrx::engine {
@@ -23,92 +19,11 @@ using namespace test_support;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// A render through the exported functions, with the records filled the way a host fills them.
-class RenderJob {
- public:
-  explicit RenderJob(const std::string& outputPath) {
-    VRX_SetLogCallback(&Collect, this);
-    VRX_CreateVRX(&handle);
-    output.systemType = VRXSystemByExtension;
-    output.outputFilePath = new VRXPathHolder(textcodec::ToUtf16(outputPath));
-    output.video = new VRXVideoOutputSetting;
-    output.video->width = 64;
-    output.video->height = 48;
-    output.video->frameDuration = VRXTimeInfo(1, 25);
-    output.video->averageBitrate = 400'000;
-    output.video->avcEncoderMode = 1;
-  }
-  RenderJob(const RenderJob&) = delete;
-  RenderJob& operator=(const RenderJob&) = delete;
-  ~RenderJob() {
-    if (sequence != nullptr) VRX_ReleaseSequence(handle, &sequence);
-    VRX_ReleaseVRX(&handle);
-    VRX_SetLogCallback(nullptr, nullptr);
-  }
-
-  void AddClip(const std::string& path, std::int64_t start, std::int64_t end, std::uint64_t scale = 25) {
-    VRXFileSourceStreamInfo clip(textcodec::ToUtf16(path));
-    clip.startTime = VRXTimeInfo(static_cast<std::uint64_t>(start), scale);
-    clip.endTime = VRXTimeInfo(static_cast<std::uint64_t>(end), scale);
-    timeline.video.Add(clip);
-  }
-  void AddSound(std::uint16_t channels, std::uint32_t rate, std::int32_t codec) {
-    output.audio = new VRXAudioOutputSetting;
-    output.audio->channels = channels;
-    output.audio->samplingRate = rate;
-    output.audio->codecType = codec;
-    output.audio->bitsPerSample = 16;
-  }
-
-  Result Create() { return VRX_CreateSequence(handle, &timeline, &output, &sequence); }
-  /// Executes until the end or a failure, and releases the sequence.
-  Result Run() {
-    Result result = Create();
-    while (result == kOk && !endFlag) {
-      result = sequence->Execute(&progress, &endFlag);
-      EXPECT_TRUE(result != kOk || progress.total != 0);
-    }
-    if (sequence == nullptr) return result;
-    EXPECT_EQ(VRX_ReleaseSequence(handle, &sequence), kOk);
-    return result;
-  }
-  bool Logged(const std::string& text) const { return log.find(text) != std::string::npos; }
-
-  VRXHandle handle = nullptr;
-  VRXTimeline timeline;
-  VRXSystemOutputSetting output;
-  IVRXSequence* sequence = nullptr;
-  VRXProgressInfo progress;
-  bool endFlag = false;
-  std::string log;  // lines, each with a line end
-
- private:
-  static void Collect(void* job, const VRXLogEntry& entry) {
-    constexpr const char* kTracks[] = {"", "video ", "audio "};
-    auto& log = static_cast<RenderJob*>(job)->log;
-    log += kTracks[entry.track];
-    if (entry.clip != 0) log += std::to_string(entry.clip) + ": ";
-    log += std::string(entry.text) + "\n";
-  }
-};
-
 void Count(std::vector<int>& numbers, int first, int count) {
   for (int i = 0; i < count; ++i) numbers.push_back(first + i);
 }
 
-class Render : public testing::Test {
- protected:
-  std::string Path(const std::string& name) const { return (folder.Path() / name).string(); }
-  std::string Write(const std::string& name, PatternClip clip) const {
-    clip.width = 64;
-    clip.height = 48;
-    WritePatternClip(Path(name), clip);
-    return Path(name);
-  }
-  const TempFolder folder;
-};
-
-TEST_F(Render, EverySourceGivesExactlyTheFramesOfEachCut) {
+TEST_F(EngineRenderTest, EverySourceGivesExactlyTheFramesOfEachCut) {
   const std::pair<const char*, PatternClip> sources[] = {
       {"short.mp4", {.frames = 200}},
       {"long.mkv", {.frames = 200, .gop = 250, .bFrames = 3}},
@@ -137,14 +52,14 @@ TEST_F(Render, EverySourceGivesExactlyTheFramesOfEachCut) {
   }
 }
 
-TEST_F(Render, HoldsFramesOfASourceWithVariableRate) {
+TEST_F(EngineRenderTest, HoldsFramesOfASourceWithVariableRate) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(Write("source.mkv", {.timesMs = {0, 40, 160, 200, 360}}), 0, 11);
   ASSERT_EQ(job.Run(), kOk) << job.log;
   EXPECT_THAT(MovieReader(Path("out.mp4")).RemainingNumbers(), ElementsAre(0, 1, 1, 1, 2, 3, 3, 3, 3, 4, 4));
 }
 
-TEST_F(Render, KeepsGoodFramesOfACutOffSource) {
+TEST_F(EngineRenderTest, KeepsGoodFramesOfACutOffSource) {
   const std::string source = Write("source.ts", {.frames = 60});
   std::filesystem::resize_file(source, std::filesystem::file_size(source) / 2);
   RenderJob job(Path("out.mp4"));
@@ -157,7 +72,7 @@ TEST_F(Render, KeepsGoodFramesOfACutOffSource) {
   EXPECT_EQ(numbers[59], numbers[50]);
 }
 
-TEST_F(Render, EveryKindOfOutputHoldsPictureSoundAndTimes) {
+TEST_F(EngineRenderTest, EveryKindOfOutputHoldsPictureSoundAndTimes) {
   struct Case {
     const char* file;
     int videoCodec, audioCodec;
@@ -205,7 +120,7 @@ TEST_F(Render, EveryKindOfOutputHoldsPictureSoundAndTimes) {
   }
 }
 
-TEST_F(Render, KeyFramesOfTheSourceAreNoKeyFramesOfTheMovie) {
+TEST_F(EngineRenderTest, KeyFramesOfTheSourceAreNoKeyFramesOfTheMovie) {
   for (const auto& [codec, movieCodec, keys] :
        {std::tuple{"h264", 0, std::vector{0}}, {"mpeg2video", 1, std::vector{0, 15}}}) {
     RenderJob job(Path("out.mp4"));
@@ -238,7 +153,7 @@ std::string FloatWav(const std::vector<float>& samples, std::uint32_t rate) {
   return bytes;
 }
 
-TEST_F(Render, PcmSamplesAreRoundedToTheNearestAndClipped) {
+TEST_F(EngineRenderTest, PcmSamplesAreRoundedToTheNearestAndClipped) {
   constexpr std::uint32_t kRate = 48000;
   for (const int bits : {16, 24}) {
     const float unit = std::ldexp(1.0F, 1 - bits);
@@ -266,7 +181,7 @@ TEST_F(Render, PcmSamplesAreRoundedToTheNearestAndClipped) {
   }
 }
 
-TEST_F(Render, WritesTheTimeZoneItem) {
+TEST_F(EngineRenderTest, WritesTheTimeZoneItem) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(Write("source.mp4", {.frames = 5}), 0, 5);
   VRXMetaData item;
@@ -298,7 +213,7 @@ class Stills : public IVRXRawInputCallback {
   std::vector<int> numbers;
 };
 
-TEST_F(Render, PullsStillPicturesAndFillsTheMissingOnesWithBlack) {
+TEST_F(EngineRenderTest, PullsStillPicturesAndFillsTheMissingOnesWithBlack) {
   RenderJob job(Path("out.mp4"));
   Stills stills;
   VRXBasebandSourceStreamInfo clip;
@@ -321,7 +236,7 @@ TEST_F(Render, PullsStillPicturesAndFillsTheMissingOnesWithBlack) {
   EXPECT_FALSE(movie.NextFrame(frame));
 }
 
-TEST_F(Render, SkipsNothingAndRepeatsNothingInThousandsOfClips) {
+TEST_F(EngineRenderTest, SkipsNothingAndRepeatsNothingInThousandsOfClips) {
   const std::string source = Write("source.mp4", {.frames = 8});
   RenderJob job(Path("out.mp4"));
   std::vector<int> expected;
@@ -331,146 +246,6 @@ TEST_F(Render, SkipsNothingAndRepeatsNothingInThousandsOfClips) {
   }
   ASSERT_EQ(job.Run(), kOk) << job.log;
   EXPECT_EQ(MovieReader(Path("out.mp4")).RemainingNumbers(), expected);
-}
-
-class Fault : public Render {
- protected:
-  Fault() {
-    folder.Write("out.mp4", "older");
-    folder.Write("text.mp4", std::string(3000, 'x') + "\nno movie\n");
-  }
-  void ExpectNothingLeft() const {
-    EXPECT_EQ(folder.Read("out.mp4"), "older");
-    EXPECT_EQ(folder.Count(), 3);
-  }
-  const std::string source = Write("source.mp4", {});
-};
-
-TEST_F(Fault, ACancelledRenderStandsStillAndReleasingTheEngineEndsIt) {
-  RenderJob job(Path("out.mp4"));
-  job.AddClip(source, 0, 50);
-  ASSERT_EQ(job.Create(), kOk);
-  while (job.progress.processed == 0) ASSERT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
-  const auto before = job.progress.processed;
-  job.endFlag = true;
-  EXPECT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
-  EXPECT_EQ(job.progress.processed, before);
-  VRXHandle second = nullptr;
-  ASSERT_EQ(VRX_CreateVRX(&second), kOk);
-  EXPECT_EQ(VRX_ReleaseSequence(second, &job.sequence), kInvalidArgument);
-  EXPECT_EQ(VRX_ReleaseVRX(&second), kOk);
-  EXPECT_EQ(VRX_ReleaseVRX(&job.handle), kOk);
-  job.sequence = nullptr;
-  ExpectNothingLeft();
-}
-
-TEST_F(Fault, EachRefusalHasItsOwnCodeAndAReadableLine) {
-  struct Case {
-    Result expected;
-    std::string logged;
-    std::function<void(RenderJob&)> spoil;
-  };
-  const auto clip = [&](const std::string& path) {
-    return [path](RenderJob& job) { job.AddClip(path, 0, 5); };
-  };
-  const Case cases[] = {
-      {kSourceMissing, "video 2: source not found: " + Path("none.mp4"), clip(Path("none.mp4"))},
-      {kSourceMissing, "source.mp4/x.mp4", clip(source + "/x.mp4")},
-      {kSourceMissing, "video 2: source not found: C:\\a\\b.mp4", clip("C:\\a\\b.mp4")},
-      {kSourceMissing, "audio 1: cannot use",
-       [&](RenderJob& job) {
-         job.AddSound(2, 48000, 0);
-         VRXFileSourceStreamInfo sound(textcodec::ToUtf16(Path("none.wav")));
-         sound.startTime = VRXTimeInfo(0, 25);
-         sound.endTime = VRXTimeInfo(5, 25);
-         job.timeline.audio.Add(sound);
-       }},
-      {kSourceUnreadable, "video 2: source not readable", clip(Path("."))},
-      {kSourceNotMovie, "text.mp4", clip(Path("text.mp4"))},
-      {kUnusableSettings, "video 2: the clip has the time scale 0",
-       [&](RenderJob& job) { job.AddClip(source, 0, 5, 0); }},
-      {kUnusableSettings, "width", [](RenderJob& job) { job.output.video->width = 63; }},
-      {kUnusableSettings, "no frame", [](RenderJob& job) { job.timeline.video.Clear(); }},
-      {kUnusableSettings, "samplingRate", [](RenderJob& job) { job.AddSound(2, 22050, 2); }},
-      {kUnusableSettings, "frameDuration",
-       [](RenderJob& job) {
-         job.output.video->codecType = 1;
-         job.output.video->frameDuration = VRXTimeInfo(1, 997);
-       }},
-  };
-  for (const Case& c : cases) {
-    RenderJob job(Path("out.mp4"));
-    job.AddClip(source, 0, 50);
-    c.spoil(job);
-    EXPECT_EQ(job.Run(), c.expected) << job.log;
-    EXPECT_TRUE(job.Logged(c.logged)) << job.log;
-    ExpectNothingLeft();
-  }
-}
-
-TEST_F(Fault, AnOutputThatIsOneOfTheSourcesIsRefusedAndTheClipNamed) {
-  const std::string picture = folder.Read("source.mp4");
-  std::filesystem::create_symlink("source.mp4", Path("link.mp4"));
-  std::filesystem::create_hard_link(source, Path("other-name.mp4"));
-  for (const bool isSound : {false, true}) {
-    for (const char* output : {"source.mp4", "link.mp4", "other-name.mp4", "./source.mp4"}) {
-      RenderJob job(Path(output));
-      const std::string other = Write("first.mp4", {});
-      job.AddClip(other, 0, 50);
-      if (isSound) {
-        job.AddSound(2, 48000, 0);
-        VRXFileSourceStreamInfo sound(textcodec::ToUtf16(source));
-        sound.startTime = sound.endTime = VRXTimeInfo(0, 25);
-        job.timeline.audio.Add(sound);
-      } else {
-        job.AddClip(source, 0, 50);
-      }
-      EXPECT_EQ(job.Run(), kUnusableSettings) << output;
-      EXPECT_TRUE(job.Logged(isSound ? "audio 1: " : "video 2: ")) << job.log;
-    }
-  }
-  EXPECT_EQ(folder.Read("source.mp4"), picture);
-  EXPECT_TRUE(std::filesystem::is_symlink(Path("link.mp4")));
-}
-
-TEST_F(Fault, ASourceWithoutPicturesFailsAgainAndAgain) {
-  std::string damaged = folder.Read("source.mp4");
-  const std::size_t data = damaged.find("mdat"), index = damaged.find("moov");
-  ASSERT_LT(data, index);
-  std::fill(&damaged[data + 4], &damaged[index - 4], '\xFF');
-  folder.Write("text.mp4", damaged);
-  RenderJob job(Path("out.mp4"));
-  job.AddClip(Path("text.mp4"), 0, 50);
-  ASSERT_EQ(job.Create(), kOk);
-  Result result = kOk;
-  while (result == kOk && !job.endFlag) result = job.sequence->Execute(&job.progress, &job.endFlag);
-  EXPECT_EQ(result, kSourceNotMovie) << job.log;
-  EXPECT_TRUE(job.Logged("text.mp4"));
-  EXPECT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), result);
-  ExpectNothingLeft();
-}
-
-TEST(Handles, NullAndForeignOnesAreRefused) {
-  int foreign = 0;
-  VRXHandle handle = &foreign;
-  IVRXSequence* sequence = nullptr;
-  VRXTimeline timeline;
-  VRXSystemOutputSetting output;
-  EXPECT_EQ(VRX_CreateVRX(nullptr), kInvalidArgument);
-  EXPECT_EQ(VRX_ReleaseVRX(&handle), kInvalidArgument);
-  EXPECT_EQ(VRX_CreateSequence(handle, &timeline, &output, &sequence), kInvalidArgument);
-  EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 4), kInvalidArgument);
-  EXPECT_EQ(VRX_IsSmartRenderingCapable(nullptr, 0, 0), kInvalidArgument);
-  ASSERT_EQ(VRX_CreateVRX(&handle), kOk);
-  EXPECT_EQ(VRX_CreateSequence(handle, &timeline, &output, &sequence), kInvalidArgument) << "without parts";
-  EXPECT_EQ(VRX_CreateSequence(handle, nullptr, &output, &sequence), kInvalidArgument);
-  EXPECT_EQ(VRX_ReleaseSequence(handle, &sequence), kInvalidArgument);
-  EXPECT_EQ(VRX_SetSTPVSetting(handle, nullptr, 4), kInvalidArgument);
-  EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 0), kInvalidArgument);
-  EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 4), kOk);
-  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 0, 0), kNotCapable);
-  EXPECT_EQ(VRX_ReleaseVRX(&handle), kOk);
-  EXPECT_EQ(handle, nullptr);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 constexpr FrameDuration kFilm{1001, 30000};
 constexpr FrameDuration kTwentyFive{1, 25};
 
-TEST(TimelinePlan, CountsTheFramesOfFileClipsAndRefusesTimesThatNoMovieHas) {
+TEST(TimelinePlanTest, CountsTheFramesOfFileClipsAndRefusesTimesThatNoMovieHas) {
   struct Case {
     std::int64_t start, end;
     std::uint64_t scale;
@@ -51,7 +51,7 @@ TEST(TimelinePlan, CountsTheFramesOfFileClipsAndRefusesTimesThatNoMovieHas) {
   }
 }
 
-TEST(TimelinePlan, SourceTimesAndLengthsAreExactAtAFilmRate) {
+TEST(TimelinePlanTest, SourceTimesAndLengthsAreExactAtAFilmRate) {
   VideoClip clip;
   clip.start = 90'000'000'000;
   clip.scale = 90000;
@@ -68,7 +68,7 @@ struct NoPainter : IVRXIntermediateRawOutputCallback {
   bool ProcessFrame(std::uint64_t, void*, std::uint32_t, std::int32_t, std::int32_t) override { return true; }
 };
 
-TEST(OverlaySpans, HoldBothEndsAndNameEachFrameOnce) {
+TEST(OverlaySpansTest, HoldBothEndsAndNameEachFrameOnce) {
   struct Range {
     std::uint64_t start, end, scale;
     std::int32_t stage;
@@ -105,7 +105,7 @@ TEST(OverlaySpans, HoldBothEndsAndNameEachFrameOnce) {
   }
 }
 
-TEST(SourcePath, FindsTheFileBehindEveryFormOfPath) {
+TEST(SourcePathTest, FindsTheFileBehindEveryFormOfPath) {
   EXPECT_EQ(NativePath(u"/a\\b.mp4"), "/a\\b.mp4");
   EXPECT_EQ(NativePath(u"Z:\\movies\\a.mp4"), "/movies/a.mp4");
   EXPECT_EQ(NativePath(u"z:/movies/a.mp4"), "/movies/a.mp4");
