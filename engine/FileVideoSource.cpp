@@ -20,6 +20,16 @@ constexpr int kMaxIdleErrors = 64;  // of the decoder in a row, without a frame 
 constexpr int kDamage =
     FF_DECODE_ERROR_INVALID_BITSTREAM | FF_DECODE_ERROR_CONCEALMENT_ACTIVE | FF_DECODE_ERROR_DECODE_SLICES;
 
+/// Where a picture that no other refers to can be left out alone. With two fields in packets of their own,
+/// one of them could remain.
+bool CanSkip(const AVCodecParameters& stream) {
+  if (stream.codec_id == AV_CODEC_ID_H264) {
+    return stream.field_order == AV_FIELD_UNKNOWN || stream.field_order == AV_FIELD_PROGRESSIVE;
+  }
+  return stream.codec_id == AV_CODEC_ID_MPEG2VIDEO || stream.codec_id == AV_CODEC_ID_MPEG1VIDEO ||
+         stream.codec_id == AV_CODEC_ID_MPEG4;
+}
+
 std::int64_t TicksOfSeconds(std::int64_t seconds, AVRational base) {
   return av_rescale_q(seconds, AVRational{1, 1}, base);
 }
@@ -51,6 +61,7 @@ Refusal FileVideoSource::OpenFile() {
       av_stream_get_side_data(&m_file->GetStream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr));
   m_orientation = matrix == nullptr ? Orientation{} : Orientation::OfDisplayMatrix(matrix);
   ForgetPictures();
+  m_maySkip = CanSkip(*m_file->GetStream().codecpar);
   m_fresh = true;
   return OpenDecoder();
 }
@@ -78,15 +89,22 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
     if (const Result result = Report(m_path, OpenDecoder()); result != kOk) return result;
   }
   const std::int64_t target = TargetTicks(time);
+  m_target = target;
   if (NeedsSeek(target)) {
     if (const Result result = SeekTo(target); result != kOk) return result;
   } else if (!m_hasCurrent) {
-    if (const Result result = StartFromBeginning(); result != kOk) return result;
+    if (const Result result = DecodeFirstPicture(); result != kOk) return result;
   }
   for (;;) {
     if (!m_hasNext && !m_ended) {
       const Step step = DecodeNext(*m_next, m_nextTicks);
       if (step == Step::Stopped) return kFailed;
+      if (m_wasDamaged && m_hasSkipped) {
+        // A picture that was left out might have been the last good one.
+        m_maySkip = false;
+        if (const Result result = SeekTo(target); result != kOk) return result;
+        continue;
+      }
       m_hasNext = step == Step::Frame;
     }
     if (!m_hasNext || m_nextTicks > target) break;
@@ -107,12 +125,16 @@ std::int64_t FileVideoSource::TargetTicks(const ExactTime& time) const {
   return static_cast<std::int64_t>(std::clamp<Int128>(ticks, -kLimit, kLimit));
 }
 
+/// Reading on is cheaper than a jump as long as no key frame lies between. Without an index that knows, a gap
+/// of some seconds is read through.
 bool FileVideoSource::NeedsSeek(std::int64_t target) const {
-  const std::int64_t readOn = TicksOfSeconds(kReadOnSeconds, m_file->GetStream().time_base);
-  if (!m_hasCurrent) return !m_fresh || target - m_origin > readOn;
-  if (target < m_currentTicks) return !m_atBeginning;
-  const std::int64_t reached = m_hasNext ? m_nextTicks : m_currentTicks;
-  return !m_ended && target - reached > readOn;
+  if (!m_hasCurrent && !m_fresh) return true;
+  if (m_hasCurrent && target < m_currentTicks) return !m_atBeginning;
+  if (m_ended) return false;
+  const std::int64_t shown = !m_hasCurrent ? m_origin : m_hasNext ? m_nextTicks : m_currentTicks;
+  const std::int64_t key = m_file->KeyFrameBefore(target);
+  if (key != AV_NOPTS_VALUE) return key > std::max(shown, m_sentTicks);
+  return target - shown > TicksOfSeconds(kReadOnSeconds, m_file->GetStream().time_base);
 }
 
 /// Goes back in growing steps until decoding begins no later than at `target`.
@@ -120,7 +142,7 @@ Result FileVideoSource::SeekTo(std::int64_t target) {
   const std::int64_t second = TicksOfSeconds(1, m_file->GetStream().time_base);
   std::int64_t step = 0;
   do {
-    if (!Restart(target - step)) break;
+    if (!SeekDemuxer(target - step)) break;
     const Step found = DecodeNext(*m_current, m_currentTicks);
     if (found == Step::Stopped) return kFailed;
     if (found == Step::Frame && m_currentTicks <= target) {
@@ -130,10 +152,10 @@ Result FileVideoSource::SeekTo(std::int64_t target) {
     }
     step = step == 0 ? second : step * 2;
   } while (target - step > m_origin);
-  return StartFromBeginning();
+  return DecodeFirstPicture();
 }
 
-Result FileVideoSource::StartFromBeginning() {
+Result FileVideoSource::DecodeFirstPicture() {
   if (!m_fresh) {
     if (const Result result = ReportUnlessStopped(OpenFile()); result != kOk) return result;
   }
@@ -159,7 +181,7 @@ Result FileVideoSource::ReportUnlessStopped(const Refusal& refusal) const {
   return m_stop.IsSet() ? kFailed : Report(m_path, refusal);
 }
 
-void FileVideoSource::Rest() {
+void FileVideoSource::ReleaseDecoder() {
   ForgetPictures();
   m_codec.reset();  // its pool of pictures would stay as long as the decoder does
   m_fresh = false;
@@ -170,10 +192,12 @@ void FileVideoSource::ForgetPictures() {
   av_frame_unref(m_next.get());
   m_hasCurrent = m_hasNext = m_atBeginning = m_draining = m_ended = false;
   m_waitForKey = m_trustKeys;
+  m_wasDamaged = m_hasSkipped = false;
   m_keyTicks = m_lastTicks = AV_NOPTS_VALUE;
+  m_sentTicks = m_newestWanted = INT64_MIN;
 }
 
-bool FileVideoSource::Restart(std::int64_t ticks) {
+bool FileVideoSource::SeekDemuxer(std::int64_t ticks) {
   m_fresh = false;
   if (av_seek_frame(&m_file->GetDemuxer(), m_file->GetStream().index, ticks, AVSEEK_FLAG_BACKWARD) < 0)
     return false;
@@ -218,9 +242,22 @@ bool FileVideoSource::FeedDecoder() {
     m_waitForKey = false;
     m_keyTicks = m_packet->pts;
   }
+  ChooseSkipping(*m_packet);
   const int sent = avcodec_send_packet(m_codec.get(), m_packet.get());
   if (sent < 0 && sent != AVERROR(EAGAIN)) Warn(AvErrorText(sent));
   return true;
+}
+
+/// A picture that no other refers to need not be decoded when a later one, still no later than the moment
+/// asked for, has already been sent.
+void FileVideoSource::ChooseSkipping(const AVPacket& packet) {
+  const bool isTimed = packet.pts != AV_NOPTS_VALUE;
+  const bool skips = m_maySkip && isTimed && packet.pts < m_newestWanted;
+  m_codec->skip_frame = skips ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+  m_hasSkipped = m_hasSkipped || skips;
+  if (!isTimed) return;
+  m_sentTicks = std::max(m_sentTicks, packet.pts);
+  if (packet.pts <= m_target) m_newestWanted = std::max(m_newestWanted, packet.pts);
 }
 
 /// Gives the frame's time; false for a frame that must not be shown.
@@ -238,6 +275,7 @@ bool FileVideoSource::Accept(AVFrame& frame, std::int64_t& ticks) {
 }
 
 void FileVideoSource::Warn(const std::string& cause) {
+  m_wasDamaged = true;
   if (m_warned) return;
   m_warned = true;
   Log(VRXLogWarning, m_path + " is damaged (" + cause + "): the last good picture holds");

@@ -33,7 +33,7 @@ class FileVideoSource {
   /// Changes with every other frame that FrameAt gives.
   std::uint64_t GetSerial() const { return m_serial; }
   /// Gives the decoder and its pictures back while the source is not needed; the next FrameAt gets a new one.
-  void Rest();
+  void ReleaseDecoder();
 
  private:
   enum class Step { Frame, End, Stopped };
@@ -44,11 +44,12 @@ class FileVideoSource {
   std::int64_t TargetTicks(const ExactTime& time) const;
   bool NeedsSeek(std::int64_t target) const;
   Result SeekTo(std::int64_t target);
-  Result StartFromBeginning();
+  Result DecodeFirstPicture();
   void ForgetPictures();
-  bool Restart(std::int64_t ticks);
+  bool SeekDemuxer(std::int64_t ticks);
   Step DecodeNext(AVFrame& frame, std::int64_t& ticks);
   bool FeedDecoder();
+  void ChooseSkipping(const AVPacket& packet);
   bool Accept(AVFrame& frame, std::int64_t& ticks);
   Result ReportUnlessStopped(const Refusal& refusal) const;
   void Warn(const std::string& cause);
@@ -66,6 +67,9 @@ class FileVideoSource {
   std::int64_t m_frameTicks = 1;
   std::int64_t m_lastTicks = AV_NOPTS_VALUE;  // of the frame that came last from the decoder
   std::int64_t m_keyTicks = AV_NOPTS_VALUE;   // of the key packet that decoding began with
+  std::int64_t m_target = 0;                  // the moment asked for, in ticks
+  std::int64_t m_sentTicks = INT64_MIN;       // the latest picture that the decoder was sent
+  std::int64_t m_newestWanted = INT64_MIN;    // the latest of them up to m_target
   std::uint64_t m_serial = 0;
   Orientation m_orientation;
   bool m_hasCurrent = false;
@@ -77,6 +81,9 @@ class FileVideoSource {
   bool m_draining = false;
   bool m_ended = false;
   bool m_warned = false;
+  bool m_wasDamaged = false;  // since the last jump
+  bool m_maySkip = false;
+  bool m_hasSkipped = false;  // since the last jump
 };
 
 }  // namespace vrx::engine

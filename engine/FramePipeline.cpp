@@ -105,7 +105,7 @@ Result FramePipeline::DecodeClip(const VideoClip& clip) {
 Result FramePipeline::FindSource(const std::string& path, FileVideoSource*& source) {
   const auto found = std::find(m_sourcePaths.begin(), m_sourcePaths.end(), path);
   const auto position = found - m_sourcePaths.begin();
-  if (position != 0 && !m_sources.empty()) m_sources.front()->Rest();
+  if (position != 0 && !m_sources.empty()) m_sources.front()->ReleaseDecoder();
   if (found != m_sourcePaths.end()) {
     std::rotate(m_sources.begin(), m_sources.begin() + position, m_sources.begin() + position + 1);
     std::rotate(m_sourcePaths.begin(), found, found + 1);

@@ -1,6 +1,7 @@
 #include "engine/SourceFile.h"
 
 extern "C" {
+#include <libavutil/avstring.h>
 #include <libavutil/mathematics.h>
 }
 
@@ -19,6 +20,12 @@ constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
 
 bool HasExactDuration(const AVInputFormat& format) {
   return std::string_view(format.name).starts_with("mov,");
+}
+
+/// Other formats guess their index while they are read, or have none.
+bool HasKeyFrameIndex(const AVInputFormat& format) {
+  return av_match_name("mov", format.name) != 0 || av_match_name("matroska", format.name) != 0 ||
+         av_match_name("avi", format.name) != 0;
 }
 
 bool KnowsPicture(const AVStream& stream) {
@@ -79,6 +86,18 @@ std::int64_t SourceFile::FrameTicks() const {
   const AVRational rate = average.num > 0 && average.den > 0 ? average : m_stream->r_frame_rate;
   if (rate.num <= 0 || rate.den <= 0) return 1;
   return std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), m_stream->time_base));
+}
+
+std::int64_t SourceFile::KeyFrameBefore(std::int64_t ticks) const {
+  if (!HasKeyFrameIndex(*GetDemuxer().iformat)) return AV_NOPTS_VALUE;
+  // Some indexes hold decoding times, which are earlier than those on display.
+  const std::int64_t reordering = (m_stream->codecpar->video_delay + 1) * FrameTicks();
+  const int count = avformat_index_get_entries_count(m_stream);
+  const AVIndexEntry* last = avformat_index_get_entry(m_stream, count - 1);
+  if (last == nullptr || last->timestamp < ticks - reordering) return AV_NOPTS_VALUE;
+  const AVIndexEntry* key =
+      avformat_index_get_entry_from_timestamp(m_stream, ticks - reordering, AVSEEK_FLAG_BACKWARD);
+  return key == nullptr ? AV_NOPTS_VALUE : key->timestamp;
 }
 
 Refusal SourceFile::CountFrames(FrameDuration duration, std::int64_t& frames) {

@@ -31,6 +31,9 @@ class SourceFile {
   std::int64_t OriginTicks() const;
   /// Length of one frame at the stream's average rate, in ticks; at least 1.
   std::int64_t FrameTicks() const;
+  /// Where the last key frame at or before `ticks` is, as the container's index tells; up to the depth of
+  /// reordering too early. AV_NOPTS_VALUE where no index covers that moment.
+  std::int64_t KeyFrameBefore(std::int64_t ticks) const;
   /// Length of the video stream in frames of `duration`. Reads packets where the container does not know, and
   /// moves the reading position.
   Refusal CountFrames(FrameDuration duration, std::int64_t& frames);
