@@ -49,8 +49,7 @@ AudioClipReader::~AudioClipReader() { swr_free(&m_resampler); }
 Result AudioClipReader::Start(const std::string& path, std::int64_t start, std::uint64_t scale) {
   if (m_source == nullptr || m_source->GetPath() != path) {
     m_source.reset();
-    const Result result = AudioSource::Open(path, m_format.channels, m_stop, m_source);
-    if (result != kOk) return result;
+    VRX_TRY(AudioSource::Open(path, m_format.channels, m_stop, m_source));
   }
   if (!m_source->HasSound()) return kOk;
   const std::int64_t place = SamplesOf(start, scale, m_source->GetRate());

@@ -54,7 +54,7 @@ Result AudioDecoder::Open(const std::string& path, const StopSignal& stop,
 }
 
 Refusal AudioDecoder::OpenFile() {
-  if (Refusal refusal = MediaInput::Open(m_path, m_stop, m_input); refusal.result != kOk) return refusal;
+  VRX_TRY(MediaInput::Open(m_path, m_stop, m_input));
   m_demuxer = &m_input->GetDemuxer();
   const int code = avformat_find_stream_info(m_demuxer, nullptr);
   if (code < 0) return {kSourceNotMovie, "is no movie and no sound file (" + AvErrorText(code) + ")"};
@@ -153,7 +153,7 @@ bool AudioDecoder::Rewind() {
     const std::int64_t start = (m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time) - second;
     if (av_seek_frame(m_demuxer, m_stream->index, start, AVSEEK_FLAG_BACKWARD) < 0) {
       Close();
-      if (OpenFile().result != kOk || m_stream == nullptr) {
+      if (!IsOk(OpenFile()) || m_stream == nullptr) {
         m_failed = true;
         return false;
       }

@@ -104,26 +104,25 @@ Result AudioEncoder::Open(const AudioPlan& plan, bool globalHeader) {
 Result AudioEncoder::EncodeUpTo(std::int64_t samples, AudioTrack& track, MovieWriter& writer, int stream) {
   bool ended = false;
   while (!ended && m_samples < samples) {
-    if (const Result result = ReadBlock(track, ended); result != kOk) return result;
-    if (const Result result = WritePackets(writer, stream); result != kOk) return result;
+    VRX_TRY(ReadBlock(track, ended));
+    VRX_TRY(WritePackets(writer, stream));
   }
   return kOk;
 }
 
 Result AudioEncoder::Drain(AudioTrack& track, MovieWriter& writer, int stream) {
   constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
-  if (const Result result = EncodeUpTo(kAll, track, writer, stream); result != kOk) return result;
-  if (const Result result = Send(nullptr); result != kOk) return result;
+  VRX_TRY(EncodeUpTo(kAll, track, writer, stream));
+  VRX_TRY(Send(nullptr));
   return WritePackets(writer, stream);
 }
 
 Result AudioEncoder::ReadBlock(AudioTrack& track, bool& ended) {
   int got = 0;
-  if (const Result result = track.Read(m_planePointers.data(), m_blockSize, got); result != kOk)
-    return result;
+  VRX_TRY(track.Read(m_planePointers.data(), m_blockSize, got));
   ended = got < m_blockSize;
   if (got <= 0) return kOk;
-  if (const Result result = StoreBlock(got); result != kOk) return result;
+  VRX_TRY(StoreBlock(got));
   m_samples += got;
   return Send(m_frame.get());
 }
@@ -171,8 +170,7 @@ Result AudioEncoder::WritePackets(MovieWriter& writer, int stream) {
       Log(VRXLogError, "the sound encoder failed: " + AvErrorText(error));
       return kEncoderFailed;
     }
-    if (const Result result = writer.Write(*m_packet, stream, m_codec->time_base); result != kOk)
-      return result;
+    VRX_TRY(writer.Write(*m_packet, stream, m_codec->time_base));
   }
 }
 

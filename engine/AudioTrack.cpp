@@ -112,8 +112,7 @@ Result ClipSequence::CheckArguments() const {
 }
 
 Result ClipSequence::Prepare() {
-  Result result = CheckArguments();
-  if (result != kOk) return result;
+  VRX_TRY(CheckArguments());
   std::map<std::string, SoundLength> lengths;
   SampleSum sum(m_format.sampleRate, m_total);
   m_ends.reserve(m_clips.size());
@@ -123,8 +122,7 @@ Result ClipSequence::Prepare() {
     clip.start = std::max<std::int64_t>(clip.start, 0);
     const auto [source, first] = lengths.try_emplace(clip.path);
     SoundLength& known = source->second;
-    result = CheckSource(clip, known, first);
-    if (result != kOk) return result;
+    VRX_TRY(CheckSource(clip, known, first));
     if (IsWhole(clip)) {
       clip.start = 0;
       sum.Add(known.length, known.scale);
@@ -142,8 +140,7 @@ Result ClipSequence::CheckSource(const AudioClip& clip, SoundLength& known, bool
   const bool measure = IsWhole(clip) && !known.measured;
   if (!first && !measure) return kOk;
   std::unique_ptr<AudioSource> source;
-  const Result result = AudioSource::Open(clip.path, m_format.channels, m_stop, source);
-  if (result != kOk) return result;
+  VRX_TRY(AudioSource::Open(clip.path, m_format.channels, m_stop, source));
   if (!source->HasSound()) {
     if (first)
       Log(VRXLogWarning, "\"" + clip.path + "\" has no sound; its place on the audio track is silent");
@@ -176,8 +173,7 @@ Result ClipSequence::Play(float* const* planes, int count, int& played) {
   const ClipLogScope scope(VRXAudioTrack, m_current);
   if (!m_started) {
     const AudioClip& clip = m_clips[m_current];
-    const Result result = m_reader->Start(clip.path, clip.start, clip.scale);
-    if (result != kOk) return result;
+    VRX_TRY(m_reader->Start(clip.path, clip.start, clip.scale));
     m_started = true;
   }
   played = static_cast<int>(std::min<std::int64_t>(count, m_ends[m_current] - m_position));
@@ -192,8 +188,7 @@ Result ClipSequence::Read(float* const* planes, int count, int& got) {
     std::array<float*, kMaxChannels> out{};
     for (int c = 0; c < m_format.channels; ++c) out[static_cast<std::size_t>(c)] = planes[c] + got;
     int played = 0;
-    const Result result = Play(out.data(), count - got, played);
-    if (result != kOk) return result;
+    VRX_TRY(Play(out.data(), count - got, played));
     got += played;
     m_position += played;
   }

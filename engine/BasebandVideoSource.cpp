@@ -29,7 +29,7 @@ Result BasebandVideoSource::Check(IVRXRawInputCallback& input) {
 }
 
 Result BasebandVideoSource::FrameOf(IVRXRawInputCallback& input, std::uint64_t number, FramePtr& frame) {
-  if (const Result result = Check(input); result != kOk) return result;
+  VRX_TRY(Check(input));
   const std::size_t width = input.GetWidth();
   const std::size_t height = input.GetHeight();
   const std::size_t rowBytes = (width * kPixelBytes + kRowAlignment - 1) / kRowAlignment * kRowAlignment;

@@ -90,7 +90,7 @@ Result CreateSequence(VRXHandle handle, const VRXTimeline& timeline, const VRXSy
   const std::shared_ptr<Engine> engine = FindEngine(handle);
   if (engine == nullptr) return kInvalidArgument;
   std::unique_ptr<Sequence> made;
-  if (const Result result = Sequence::Create(timeline, output, made); result != kOk) return result;
+  VRX_TRY(Sequence::Create(timeline, output, made));
   const std::scoped_lock guard(engine->lock);
   *sequence = engine->sequences.emplace_back(std::move(made)).get();
   return kOk;

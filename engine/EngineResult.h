@@ -25,4 +25,12 @@ inline constexpr Result kEncoderFailed = static_cast<Result>(0x8000000A);
 inline constexpr Result kNotCapable =
     static_cast<Result>(0x8000000B);  // no smart rendering for this material
 
+constexpr bool IsOk(Result result) { return result == kOk; }
+
 }  // namespace vrx::engine
+
+/// Returns from the function what `call` gives, unless that is a success.
+#define VRX_TRY(call)                                                   \
+  do {                                                                  \
+    if (auto vrxOutcome = (call); !IsOk(vrxOutcome)) return vrxOutcome; \
+  } while (false)

@@ -43,7 +43,7 @@ Refusal FileVideoSource::Open(const std::string& path, const StopSignal& stop,
   opened->m_current.reset(av_frame_alloc());
   opened->m_next.reset(av_frame_alloc());
   if (!opened->m_packet || !opened->m_current || !opened->m_next) return RefuseForMemory();
-  if (Refusal refusal = opened->OpenFile(); refusal.result != kOk) return refusal;
+  VRX_TRY(opened->OpenFile());
   source = std::move(opened);
   return {};
 }
@@ -51,10 +51,7 @@ Refusal FileVideoSource::Open(const std::string& path, const StopSignal& stop,
 Refusal FileVideoSource::OpenFile() {
   m_codec.reset();
   m_file.reset();
-  if (Refusal refusal = SourceFile::Open(m_path, SourceFile::Purpose::Decode, m_stop, m_file);
-      refusal.result != kOk) {
-    return refusal;
-  }
+  VRX_TRY(SourceFile::Open(m_path, SourceFile::Purpose::Decode, m_stop, m_file));
   m_origin = m_file->OriginTicks();
   m_frameTicks = m_file->FrameTicks();
   const auto* matrix = reinterpret_cast<const std::int32_t*>(
@@ -86,14 +83,14 @@ Refusal FileVideoSource::OpenDecoder() {
 
 Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
   if (!m_codec) {
-    if (const Result result = Report(m_path, OpenDecoder()); result != kOk) return result;
+    VRX_TRY(Report(m_path, OpenDecoder()));
   }
   const std::int64_t target = TargetTicks(time);
   m_target = target;
   if (NeedsSeek(target)) {
-    if (const Result result = SeekTo(target); result != kOk) return result;
+    VRX_TRY(SeekTo(target));
   } else if (!m_hasCurrent) {
-    if (const Result result = DecodeFirstPicture(); result != kOk) return result;
+    VRX_TRY(DecodeFirstPicture());
   }
   for (;;) {
     if (!m_hasNext && !m_ended) {
@@ -102,7 +99,7 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
       if (m_wasDamaged && m_hasSkipped) {
         // A picture that was left out might have been the last good one.
         m_maySkip = false;
-        if (const Result result = SeekTo(target); result != kOk) return result;
+        VRX_TRY(SeekTo(target));
         continue;
       }
       m_hasNext = step == Step::Frame;
@@ -157,13 +154,13 @@ Result FileVideoSource::SeekTo(std::int64_t target) {
 
 Result FileVideoSource::DecodeFirstPicture() {
   if (!m_fresh) {
-    if (const Result result = ReportUnlessStopped(OpenFile()); result != kOk) return result;
+    VRX_TRY(ReportUnlessStopped(OpenFile()));
   }
   Step step = DecodeNext(*m_current, m_currentTicks);
   if (step == Step::End && m_trustKeys) {
     // Some streams mark no key frames at all, and some have none that decodes.
     m_trustKeys = false;
-    if (const Result result = ReportUnlessStopped(OpenFile()); result != kOk) return result;
+    VRX_TRY(ReportUnlessStopped(OpenFile()));
     step = DecodeNext(*m_current, m_currentTicks);
   }
   if (step == Step::Stopped) return kFailed;

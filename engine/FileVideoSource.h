@@ -22,6 +22,7 @@ class FileVideoSource {
   static Refusal Open(const std::string& path, const StopSignal& stop,
                       std::unique_ptr<FileVideoSource>& source);
 
+  const std::string& GetPath() const { return m_path; }
   SourceFile& GetFile() { return *m_file; }
   const Orientation& GetOrientation() const { return m_orientation; }
   /// Damage is reported once from here to the next call.

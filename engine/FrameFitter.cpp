@@ -101,7 +101,7 @@ Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, F
     return kOk;
   }
   fitted = m_frames.Get(m_width, m_height);
-  if (const Result result = Place(source, orientation, *View(*fitted, fit)); result != kOk) return result;
+  VRX_TRY(Place(source, orientation, *View(*fitted, fit)));
   // After the scaler, which writes whole vectors and so past the right edge of the picture.
   if (!fills) FillBars(*fitted, fit);
   return kOk;
@@ -117,7 +117,7 @@ Result FrameFitter::Place(const AVFrame& source, const Orientation& orientation,
     return kOk;
   }
   const FramePtr upright = m_uprightFrames.Get(width, height);
-  if (const Result result = Scale(source, *upright); result != kOk) return result;
+  VRX_TRY(Scale(source, *upright));
   Turn(*upright, orientation, target);
   return kOk;
 }
@@ -145,7 +145,7 @@ Result FrameFitter::Scale(const AVFrame& source, AVFrame& target) {
   const bool isPlanar = IsPlanar420(source), hasColour = HasOutputColour(source);
   const AVFrame* scaled = &target;
   if (!isPlanar) {
-    if (const Result result = ChangeFormat(source, target); result != kOk) return result;
+    VRX_TRY(ChangeFormat(source, target));
   } else if (!hasColour && SameSize(source, target.width, target.height)) {
     scaled = &source;
   } else {
@@ -162,7 +162,7 @@ Result FrameFitter::Scale(const AVFrame& source, AVFrame& target) {
 
 /// Scales as well. The matrix and range stay as they are, but RGB gets those of the movie.
 Result FrameFitter::ChangeFormat(const AVFrame& source, AVFrame& target) {
-  if (const Result result = PrepareScaler(source, target); result != kOk) return result;
+  VRX_TRY(PrepareScaler(source, target));
   const int rows =
       sws_scale(m_scaler.get(), source.data, source.linesize, 0, source.height, target.data, target.linesize);
   if (rows >= 0) return kOk;

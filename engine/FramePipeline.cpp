@@ -77,24 +77,23 @@ Result FramePipeline::DecodeClips() {
     const ClipLogScope scope(VRXVideoTrack, i);
     const VideoClip& clip = m_clips[i];
     if (clip.rawInput != nullptr || clip.frameCount == 0) continue;
-    if (const Result result = DecodeClip(clip); result != kOk) return result;
+    VRX_TRY(DecodeClip(clip));
   }
   return kOk;
 }
 
 Result FramePipeline::DecodeClip(const VideoClip& clip) {
   FileVideoSource* source = nullptr;
-  if (const Result result = FindSource(clip.path, source); result != kOk) return result;
+  VRX_TRY(FindSource(clip.path, source));
   source->BeginClip();
   FramePtr fitted;
   std::uint64_t fittedSerial = 0;
   for (std::int64_t index = 0; index < clip.frameCount && !m_stop.IsSet(); ++index) {
     const AVFrame* frame = nullptr;
     const ExactTime time = SourceTimeOfFrame(clip, index, m_duration);
-    if (const Result result = source->FrameAt(time, frame); result != kOk) return result;
+    VRX_TRY(source->FrameAt(time, frame));
     if (!fitted || source->GetSerial() != fittedSerial) {
-      if (const Result result = m_fitter.Fit(*frame, source->GetOrientation(), fitted); result != kOk)
-        return result;
+      VRX_TRY(m_fitter.Fit(*frame, source->GetOrientation(), fitted));
       fittedSerial = source->GetSerial();
     }
     if (!Push(ShareFrame(*fitted))) break;
@@ -103,23 +102,18 @@ Result FramePipeline::DecodeClip(const VideoClip& clip) {
 }
 
 Result FramePipeline::FindSource(const std::string& path, FileVideoSource*& source) {
-  const auto found = std::find(m_sourcePaths.begin(), m_sourcePaths.end(), path);
-  const auto position = found - m_sourcePaths.begin();
-  if (position != 0 && !m_sources.empty()) m_sources.front()->ReleaseDecoder();
-  if (found != m_sourcePaths.end()) {
-    std::rotate(m_sources.begin(), m_sources.begin() + position, m_sources.begin() + position + 1);
-    std::rotate(m_sourcePaths.begin(), found, found + 1);
+  const auto found = std::find_if(m_sources.begin(), m_sources.end(),
+                                  [&](const auto& open) { return open->GetPath() == path; });
+  if (!m_sources.empty() && found != m_sources.begin()) m_sources.front()->ReleaseDecoder();
+  if (found != m_sources.end()) {
+    std::rotate(m_sources.begin(), found, found + 1);
   } else {
     std::unique_ptr<FileVideoSource> opened;
     const Refusal refusal = FileVideoSource::Open(path, m_stop, opened);
     if (m_stop.IsSet()) return kFailed;
-    if (const Result result = Report(path, refusal); result != kOk) return result;
-    m_sources.push_front(std::move(opened));
-    m_sourcePaths.push_front(path);
-    if (m_sources.size() > kOpenSources) {
-      m_sources.pop_back();
-      m_sourcePaths.pop_back();
-    }
+    VRX_TRY(Report(path, refusal));
+    m_sources.insert(m_sources.begin(), std::move(opened));
+    if (m_sources.size() > kOpenSources) m_sources.pop_back();
   }
   source = m_sources.front().get();
   return kOk;

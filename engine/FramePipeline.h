@@ -45,9 +45,8 @@ class FramePipeline {
   const FrameDuration m_duration;
   const std::size_t m_capacity;  // frames
 
-  FrameFitter m_fitter;                                    // decode thread
-  std::deque<std::unique_ptr<FileVideoSource>> m_sources;  // decode thread; the one in use is in front
-  std::deque<std::string> m_sourcePaths;                   // decode thread; parallel to m_sources
+  FrameFitter m_fitter;                                     // decode thread
+  std::vector<std::unique_ptr<FileVideoSource>> m_sources;  // decode thread; the one in use is in front
 
   StopSignal m_stop;
   std::mutex m_lock;

@@ -69,15 +69,15 @@ int RefuseFurtherFile(AVFormatContext*, AVIOContext**, const char*, int, AVDicti
 Refusal RefuseForMemory() { return {kOutOfMemory, "needs more memory than there is"}; }
 
 Result Report(const std::string& path, const Refusal& refusal) {
-  if (refusal.result != kOk) Log(VRXLogError, path + " " + refusal.cause);
+  if (!IsOk(refusal)) Log(VRXLogError, path + " " + refusal.cause);
   return refusal.result;
 }
 
 Refusal MediaInput::Open(const std::string& path, const StopSignal& stop,
                          std::unique_ptr<MediaInput>& input) {
   std::unique_ptr<MediaInput> opened(new MediaInput(stop));
-  if (Refusal refusal = opened->OpenFile(path); refusal.result != kOk) return refusal;
-  if (Refusal refusal = opened->OpenDemuxer(path); refusal.result != kOk) return refusal;
+  VRX_TRY(opened->OpenFile(path));
+  VRX_TRY(opened->OpenDemuxer(path));
   input = std::move(opened);
   return {};
 }
@@ -94,7 +94,7 @@ MediaInput::~MediaInput() {
 Refusal MediaInput::OpenFile(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return RefuseSystemError(errno);
-  if (Refusal refusal = RefuseKind(status); refusal.result != kOk) return refusal;
+  VRX_TRY(RefuseKind(status));
   m_descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0) return RefuseSystemError(errno);
   return RefuseKind(status);
@@ -112,7 +112,7 @@ Refusal MediaInput::OpenDemuxer(const std::string& path) {
   const AVInputFormat* format = nullptr;
   int error = av_probe_input_buffer2(m_io, &format, path.c_str(), nullptr, 0, 0);
   if (error < 0) return RefuseLibraryError(error);
-  if (Refusal refusal = RefuseFormat(*format); refusal.result != kOk) return refusal;
+  VRX_TRY(RefuseFormat(*format));
   m_demuxer->pb = m_io;
   m_demuxer->io_open = &RefuseFurtherFile;
   m_demuxer->interrupt_callback = {&IsInterrupted, const_cast<StopSignal*>(&m_stop)};

@@ -17,6 +17,8 @@ struct Refusal {
   std::string cause;
 };
 
+inline bool IsOk(const Refusal& refusal) { return refusal.result == kOk; }
+
 Refusal RefuseForMemory();
 
 /// Logs a refusal as an error about `path`, unless it is none, and gives its result.

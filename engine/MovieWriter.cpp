@@ -24,7 +24,7 @@ int WritePacket(void* file, std::uint8_t* data, int size) {
 
 std::int64_t SeekFile(void* file, std::int64_t offset, int whence) {
   auto& output = *static_cast<OutputFile*>(file);
-  if ((whence & AVSEEK_SIZE) != 0) return output.Size();
+  if ((whence & AVSEEK_SIZE) != 0) return output.GetSize();
   return output.Seek(offset, whence & ~AVSEEK_FORCE);
 }
 
@@ -46,7 +46,7 @@ MovieWriter::~MovieWriter() { Abandon(); }
 
 Result MovieWriter::Create(const OutputPlan& plan) {
   m_path = plan.path;
-  if (const Result result = m_file.Create(plan.path); result != kOk) return result;
+  VRX_TRY(m_file.Create(plan.path));
   const int error = avformat_alloc_output_context2(&m_muxer, nullptr, MuxerName(plan.container), nullptr);
   if (error < 0) return Fail("the muxer cannot start", error);
   auto* buffer = static_cast<unsigned char*>(av_malloc(kIoBufferSize));
@@ -94,7 +94,7 @@ Result MovieWriter::Write(AVPacket& packet, int stream, AVRational timeBase) {
   av_packet_rescale_ts(&packet, timeBase, m_muxer->streams[stream]->time_base);
   packet.stream_index = stream;
   const int error = av_interleaved_write_frame(m_muxer, &packet);
-  if (error < 0 || m_file.error() != kOk) return Fail("a packet cannot be written", error);
+  if (error < 0 || m_file.GetError() != kOk) return Fail("a packet cannot be written", error);
   ++m_packets[static_cast<std::size_t>(stream)];
   return kOk;
 }
@@ -102,13 +102,13 @@ Result MovieWriter::Write(AVPacket& packet, int stream, AVRational timeBase) {
 Result MovieWriter::Finish() {
   const int error = av_write_trailer(m_muxer);
   avio_flush(m_io);
-  if (error < 0 || m_io->error < 0 || m_file.error() != kOk) {
+  if (error < 0 || m_io->error < 0 || m_file.GetError() != kOk) {
     const Result result = Fail("the movie cannot be completed", error < 0 ? error : m_io->error);
     Abandon();
     return result;
   }
   FreeMuxer();
-  m_bytes = static_cast<std::uint64_t>(std::max<std::int64_t>(m_file.Size(), 0));
+  m_bytes = static_cast<std::uint64_t>(std::max<std::int64_t>(m_file.GetSize(), 0));
   return m_file.Commit();
 }
 
@@ -119,7 +119,7 @@ void MovieWriter::Abandon() {
 
 Result MovieWriter::Fail(const char* action, int error) {
   // A failed write hides behind a general error of the muxer; the file knows the true cause.
-  if (m_file.error() != kOk) return m_file.ReportError();
+  if (m_file.GetError() != kOk) return m_file.ReportError();
   Log(VRXLogError, "output failed: " + m_path + ": " + action + ": " + AvErrorText(error));
   return error == AVERROR(ENOMEM) ? kOutOfMemory : kOutputFailed;
 }

@@ -134,7 +134,7 @@ OutputFile::~OutputFile() { Discard(); }
 Result OutputFile::Create(const std::string& path) {
   m_systemError = 0;
   OutputTarget target;
-  if (const Result result = FindOutputTarget(path, target); result != kOk) return result;
+  VRX_TRY(FindOutputTarget(path, target));
   m_path = path;
   m_finalPath = target.path;
   const std::size_t nameStart = m_finalPath.rfind('/') + 1;  // 0 without a slash
@@ -185,7 +185,7 @@ std::int64_t OutputFile::Seek(std::int64_t offset, int whence) {
   return -std::int64_t{errno};
 }
 
-std::int64_t OutputFile::Size() const {
+std::int64_t OutputFile::GetSize() const {
   struct stat status {};
   return fstat(m_descriptor, &status) == 0 ? status.st_size : -std::int64_t{errno};
 }
@@ -216,7 +216,7 @@ void OutputFile::Discard() {
   m_temporaryPath.clear();
 }
 
-Result OutputFile::error() const { return ResultOf(m_systemError); }
+Result OutputFile::GetError() const { return ResultOf(m_systemError); }
 
 Result OutputFile::ReportError() const { return m_systemError == 0 ? kOk : Fail(m_path, m_systemError); }
 

@@ -28,7 +28,7 @@ class OutputFile {
   bool Write(const std::uint8_t* data, std::size_t size);
   /// The new position in bytes, or a negated errno.
   std::int64_t Seek(std::int64_t offset, int whence);
-  std::int64_t Size() const;
+  std::int64_t GetSize() const;
 
   /// Brings everything to the disk and gives the file its final name. Logs its failures and removes the file.
   Result Commit();
@@ -36,8 +36,8 @@ class OutputFile {
   void Discard();
 
   /// The first failure of a write: kOk, kDiskFull or kOutputFailed.
-  Result error() const;
-  /// Logs the kept cause, and returns error().
+  Result GetError() const;
+  /// Logs the kept cause, and returns GetError().
   Result ReportError() const;
 
  private:

@@ -145,14 +145,11 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan) {
     Log(VRXLogError, "the output path is empty or names an unknown drive");
     return kOutputFailed;
   }
-  if (const Result result = MakeVideoPlan(*setting.video, plan.video); result != kOk) return result;
-  if (const Result result = ChooseContainer(setting.systemType, plan.path, plan.container); result != kOk) {
-    return result;
-  }
+  VRX_TRY(MakeVideoPlan(*setting.video, plan.video));
+  VRX_TRY(ChooseContainer(setting.systemType, plan.path, plan.container));
   if (setting.audio != nullptr) {
     AudioPlan audio{};
-    if (const Result result = MakeAudioPlan(*setting.audio, plan.container, audio); result != kOk)
-      return result;
+    VRX_TRY(MakeAudioPlan(*setting.audio, plan.container, audio));
     // The MP4 muxer does not take PCM, and the QuickTime muxer does.
     const bool pcm = audio.codec == AudioCodec::Pcm16 || audio.codec == AudioCodec::Pcm24;
     if (pcm) plan.container = Container::QuickTime;

@@ -23,23 +23,19 @@ constexpr std::chrono::milliseconds kSliceLength{50};
 Result Sequence::Create(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
                         std::unique_ptr<Sequence>& sequence) {
   std::unique_ptr<Sequence> made(new Sequence);
-  if (const Result result = made->Prepare(timeline, output); result != kOk) return result;
+  VRX_TRY(made->Prepare(timeline, output));
   sequence = std::move(made);
   return kOk;
 }
 
 Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output) {
-  if (const Result result = MakeOutputPlan(output, m_output); result != kOk) return result;
+  VRX_TRY(MakeOutputPlan(output, m_output));
   const VideoPlan& video = m_output.video;
-  if (const Result result = MakeTimelinePlan(timeline, video.frameDuration, m_timeline); result != kOk)
-    return result;
-  if (const Result result = RefuseSourceAsOutput(m_timeline, m_output.path); result != kOk) return result;
-  if (const Result result = MakeOverlaySpans(output, video.frameDuration, m_spans); result != kOk)
-    return result;
-  if (const Result result = MeasureSources(video.frameDuration, m_timeline, m_total); result != kOk) {
-    return result;
-  }
-  if (const Result result = OpenTracks(); result != kOk) return result;
+  VRX_TRY(MakeTimelinePlan(timeline, video.frameDuration, m_timeline));
+  VRX_TRY(RefuseSourceAsOutput(m_timeline, m_output.path));
+  VRX_TRY(MakeOverlaySpans(output, video.frameDuration, m_spans));
+  VRX_TRY(MeasureSources(video.frameDuration, m_timeline, m_total));
+  VRX_TRY(OpenTracks());
   m_callback = output.rawOutput;
   m_overlay = std::make_unique<OverlayStage>(m_callback, std::move(m_spans), video.width, video.height);
   m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
@@ -48,22 +44,20 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
 
 Result Sequence::OpenTracks() {
   const bool header = MovieWriter::WantsGlobalHeader(m_output.container);
-  if (const Result result = m_videoEncoder.Open(m_output.video, header); result != kOk) return result;
+  VRX_TRY(m_videoEncoder.Open(m_output.video, header));
   if (!m_output.audio) return kOk;
   const AudioPlan& audio = *m_output.audio;
-  if (const Result result = m_audioEncoder.Open(audio, header); result != kOk) return result;
+  VRX_TRY(m_audioEncoder.Open(audio, header));
   return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels},
                           SamplesOfFrames(m_total, m_output.video.frameDuration, audio.sampleRate), m_stop,
                           m_audio);
 }
 
 Result Sequence::OpenOutput() {
-  if (const Result result = m_writer.Create(m_output); result != kOk) return result;
-  if (const Result result = m_writer.AddStream(m_videoEncoder.GetContext(), m_videoStream); result != kOk)
-    return result;
+  VRX_TRY(m_writer.Create(m_output));
+  VRX_TRY(m_writer.AddStream(m_videoEncoder.GetContext(), m_videoStream));
   if (m_audio) {
-    const Result result = m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream);
-    if (result != kOk) return result;
+    VRX_TRY(m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream));
   }
   return m_writer.Begin();
 }
@@ -113,9 +107,9 @@ Result Sequence::DoSlice() {
     if (m_stop.IsSet()) return kOk;
     if (std::chrono::steady_clock::now() >= end) return kOk;
     FramePtr frame;
-    if (const Result result = NextFrame(frame); result != kOk) return result;
+    VRX_TRY(NextFrame(frame));
     if (!frame) return kOk;
-    if (const Result result = EncodeFrame(frame); result != kOk) return result;
+    VRX_TRY(EncodeFrame(frame));
   }
   return m_done == m_total && !m_stop.IsSet() ? Finish() : kOk;
 }
@@ -140,9 +134,7 @@ Result Sequence::NextFrame(FramePtr& frame) {
 
 Result Sequence::EncodeFrame(FramePtr& frame) {
   m_overlay->Apply(m_done, frame);
-  if (const Result result = m_videoEncoder.Encode(*frame, m_done, m_writer, m_videoStream); result != kOk) {
-    return result;
-  }
+  VRX_TRY(m_videoEncoder.Encode(*frame, m_done, m_writer, m_videoStream));
   ++m_done;
   if (!m_audio) return kOk;
   const std::int64_t samples =
@@ -153,13 +145,11 @@ Result Sequence::EncodeFrame(FramePtr& frame) {
 Result Sequence::Finish() {
   m_pipeline.reset();
   if (m_audio) {
-    const Result result = m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream);
-    if (result != kOk) return result;
+    VRX_TRY(m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream));
   }
-  if (const Result result = m_videoEncoder.Drain(m_writer, m_videoStream, m_stop); result != kOk)
-    return result;
+  VRX_TRY(m_videoEncoder.Drain(m_writer, m_videoStream, m_stop));
   if (m_stop.IsSet()) return kOk;
-  if (const Result result = m_writer.Finish(); result != kOk) return result;
+  VRX_TRY(m_writer.Finish());
   m_finished = true;
   KeepRenderSummary({m_writer.GetPacketCount(m_videoStream),
                      static_cast<std::uint64_t>(m_audioEncoder.GetSamples()), m_writer.GetBytes()});

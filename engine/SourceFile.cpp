@@ -38,8 +38,8 @@ bool KnowsPicture(const AVStream& stream) {
 Refusal SourceFile::Open(const std::string& path, Purpose purpose, const StopSignal& stop,
                          std::unique_ptr<SourceFile>& file) {
   std::unique_ptr<SourceFile> opened(new SourceFile(path, stop));
-  if (Refusal refusal = MediaInput::Open(path, stop, opened->m_input); refusal.result != kOk) return refusal;
-  if (Refusal refusal = opened->FindVideo(purpose); refusal.result != kOk) return refusal;
+  VRX_TRY(MediaInput::Open(path, stop, opened->m_input));
+  VRX_TRY(opened->FindVideo(purpose));
   file = std::move(opened);
   return {};
 }
@@ -110,7 +110,7 @@ Refusal SourceFile::CountFrames(FrameDuration duration, std::int64_t& frames) {
   }
   // A fresh start: after a failed search of the tail nothing is known about the position.
   std::unique_ptr<SourceFile> whole;
-  if (Refusal refusal = Open(m_path, Purpose::Decode, m_stop, whole); refusal.result != kOk) return refusal;
+  VRX_TRY(Open(m_path, Purpose::Decode, m_stop, whole));
   const Extent extent = whole->ReadExtent();
   if (extent.packets == 0) return {kSourceNotMovie, "has no picture"};
   const std::int64_t counted = extent.packets * whole->FrameTicks();

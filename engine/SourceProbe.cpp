@@ -17,15 +17,14 @@ constexpr FrameDuration kProbeClock{1, 90'000};
 Refusal ProbeVideo(const std::string& path, VRXSourceProbe& probe) {
   const StopSignal never;
   std::unique_ptr<FileVideoSource> source;
-  if (Refusal refusal = FileVideoSource::Open(path, never, source); refusal.result != kOk) return refusal;
+  VRX_TRY(FileVideoSource::Open(path, never, source));
   const AVFrame* first = nullptr;
   if (const Result result = source->FrameAt({0, 1}, first); result != kOk) {
     const char* codec = avcodec_get_name(source->GetFile().GetStream().codecpar->codec_id);
     return {result, std::string("has no picture that can be decoded (") + codec + ")"};
   }
   std::int64_t units = 0;
-  if (Refusal refusal = source->GetFile().CountFrames(kProbeClock, units); refusal.result != kOk)
-    return refusal;
+  VRX_TRY(source->GetFile().CountFrames(kProbeClock, units));
   probe.hasVideo = true;
   probe.videoSeconds = static_cast<double>(units) / static_cast<double>(kProbeClock.scale);
   return {};

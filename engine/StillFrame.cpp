@@ -24,14 +24,10 @@ Result FrameOfClip(const VideoClip& clip, std::int64_t index, const VideoPlan& v
   }
   const StopSignal never;
   std::unique_ptr<FileVideoSource> source;
-  if (const Result result = Report(clip.path, FileVideoSource::Open(clip.path, never, source));
-      result != kOk) {
-    return result;
-  }
+  VRX_TRY(Report(clip.path, FileVideoSource::Open(clip.path, never, source)));
   source->BeginClip();
   const AVFrame* shown = nullptr;
-  const Result result = source->FrameAt(SourceTimeOfFrame(clip, index, video.frameDuration), shown);
-  if (result != kOk) return result;
+  VRX_TRY(source->FrameAt(SourceTimeOfFrame(clip, index, video.frameDuration), shown));
   return FrameFitter(video.width, video.height).Fit(*shown, source->GetOrientation(), frame);
 }
 
@@ -50,22 +46,20 @@ Result FrameOfMovie(const TimelinePlan& plan, std::int64_t number, const VideoPl
 Result RenderStillFrame(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
                         std::uint64_t number, std::span<std::uint32_t> pixels) {
   OutputPlan outputPlan;
-  if (const Result result = MakeOutputPlan(output, outputPlan); result != kOk) return result;
+  VRX_TRY(MakeOutputPlan(output, outputPlan));
   const VideoPlan& video = outputPlan.video;
   TimelinePlan plan;
-  if (const Result result = MakeTimelinePlan(timeline, video.frameDuration, plan); result != kOk)
-    return result;
+  VRX_TRY(MakeTimelinePlan(timeline, video.frameDuration, plan));
   std::vector<OverlaySpan> spans;
-  if (const Result result = MakeOverlaySpans(output, video.frameDuration, spans); result != kOk)
-    return result;
+  VRX_TRY(MakeOverlaySpans(output, video.frameDuration, spans));
   std::int64_t total = 0;
-  if (const Result result = MeasureSources(video.frameDuration, plan, total); result != kOk) return result;
+  VRX_TRY(MeasureSources(video.frameDuration, plan, total));
   const auto count = static_cast<std::size_t>(video.width) * static_cast<std::size_t>(video.height);
   if (number >= static_cast<std::uint64_t>(total) || pixels.size() < count) return kInvalidArgument;
 
   FramePtr frame;
   const auto index = static_cast<std::int64_t>(number);
-  if (const Result result = FrameOfMovie(plan, index, video, frame); result != kOk) return result;
+  VRX_TRY(FrameOfMovie(plan, index, video, frame));
   const BgrRows bottomUp{pixels.data() + static_cast<std::ptrdiff_t>(video.height - 1) * video.width,
                          -video.width};
   PlanarToBgr(PlanarPicture::Of(*frame), MatrixOfHeight(video.height), bottomUp);

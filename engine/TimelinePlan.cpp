@@ -70,7 +70,7 @@ Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, FrameDuration dur
     return kInvalidArgument;
   }
   ClipTimes times{};
-  if (const Result result = ReadTimes(source, times); result != kOk) return result;
+  VRX_TRY(ReadTimes(source, times));
   const std::int64_t first = WholeFrames(std::max<std::int64_t>(times.start, 0), times.scale, duration);
   const std::int64_t end = WholeFrames(std::max<std::int64_t>(times.end, 0), times.scale, duration);
   clip.rawInput = baseband->rawInput;
@@ -80,9 +80,9 @@ Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, FrameDuration dur
 }
 
 Result MakeFileClip(const VRXSourceStreamInfoBase& source, FrameDuration duration, VideoClip& clip) {
-  if (const Result result = ReadFileClip(source, clip.path); result != kOk) return result;
+  VRX_TRY(ReadFileClip(source, clip.path));
   ClipTimes times{};
-  if (const Result result = ReadTimes(source, times); result != kOk) return result;
+  VRX_TRY(ReadTimes(source, times));
   clip.scale = times.scale;
   const std::int64_t start = std::max<std::int64_t>(times.start, 0);
   clip.wholeSource = times.end <= start;
@@ -105,15 +105,14 @@ Result CheckArray(const VRXSourceStreamInfoArray& array, const char* track) {
 
 Result MakeVideoClips(const VRXSourceStreamInfoArray& array, FrameDuration duration,
                       std::vector<VideoClip>& clips) {
-  if (const Result result = CheckArray(array, "video"); result != kOk) return result;
+  VRX_TRY(CheckArray(array, "video"));
   std::int64_t total = 0;
   for (std::uint32_t i = 0; i < array.count; ++i) {
     const ClipLogScope scope(VRXVideoTrack, i);
     const VRXSourceStreamInfoBase& source = *array.items[i];
     VideoClip clip;
-    const Result result = source.sourceType == VRXSourceBaseband ? MakeBasebandClip(source, duration, clip)
-                                                                 : MakeFileClip(source, duration, clip);
-    if (result != kOk) return result;
+    VRX_TRY(source.sourceType == VRXSourceBaseband ? MakeBasebandClip(source, duration, clip)
+                                                   : MakeFileClip(source, duration, clip));
     if (clip.frameCount > kMaxMovieFrames - total) {
       Log(VRXLogError, "the clip makes the movie longer than 2147483647 frames");
       return kUnusableSettings;
@@ -125,14 +124,14 @@ Result MakeVideoClips(const VRXSourceStreamInfoArray& array, FrameDuration durat
 }
 
 Result MakeAudioClips(const VRXSourceStreamInfoArray& array, std::vector<AudioClip>& clips) {
-  if (const Result result = CheckArray(array, "audio"); result != kOk) return result;
+  VRX_TRY(CheckArray(array, "audio"));
   for (std::uint32_t i = 0; i < array.count; ++i) {
     const ClipLogScope scope(VRXAudioTrack, i);
     const VRXSourceStreamInfoBase& source = *array.items[i];
     AudioClip clip{};
-    if (const Result result = ReadFileClip(source, clip.path); result != kOk) return result;
+    VRX_TRY(ReadFileClip(source, clip.path));
     ClipTimes times{};
-    if (const Result result = ReadTimes(source, times); result != kOk) return result;
+    VRX_TRY(ReadTimes(source, times));
     clip.start = times.start;
     clip.end = times.end;
     clip.scale = static_cast<std::uint64_t>(times.scale);
@@ -159,8 +158,7 @@ void FillGaps(std::map<std::int64_t, OverlaySpan>& spans, OverlaySpan span) {
 
 Result MakeTimelinePlan(const VRXTimeline& timeline, FrameDuration duration, TimelinePlan& plan) {
   plan = {};
-  if (const Result result = MakeVideoClips(timeline.video, duration, plan.video); result != kOk)
-    return result;
+  VRX_TRY(MakeVideoClips(timeline.video, duration, plan.video));
   return MakeAudioClips(timeline.audio, plan.audio);
 }
 

@@ -18,7 +18,7 @@ Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
     const ClipLogScope scope(VRXVideoTrack, i);
     VideoClip& clip = plan.video[i];
     if (clip.rawInput != nullptr) {
-      if (const Result result = BasebandVideoSource::Check(*clip.rawInput); result != kOk) return result;
+      VRX_TRY(BasebandVideoSource::Check(*clip.rawInput));
       continue;
     }
     const auto [entry, isNew] = lengths.try_emplace(clip.path, 0);
@@ -26,8 +26,8 @@ Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
     if (isNew || measure) {
       std::unique_ptr<SourceFile> file;
       Refusal refusal = SourceFile::Open(clip.path, SourceFile::Purpose::Check, never, file);
-      if (refusal.result == kOk && measure) refusal = file->CountFrames(duration, entry->second);
-      if (const Result result = Report(clip.path, refusal); result != kOk) return result;
+      if (IsOk(refusal) && measure) refusal = file->CountFrames(duration, entry->second);
+      VRX_TRY(Report(clip.path, refusal));
     }
     if (clip.wholeSource) clip.frameCount = entry->second;
   }
@@ -51,7 +51,7 @@ Result CountFrames(const TimelinePlan& plan, std::int64_t& totalFrames) {
 }  // namespace
 
 Result MeasureSources(FrameDuration duration, TimelinePlan& plan, std::int64_t& totalFrames) {
-  if (const Result result = CheckSources(duration, plan); result != kOk) return result;
+  VRX_TRY(CheckSources(duration, plan));
   return CountFrames(plan, totalFrames);
 }
 

@@ -92,12 +92,12 @@ Result VideoEncoder::Encode(AVFrame& frame, std::int64_t index, MovieWriter& wri
   frame.quality = m_codec->global_quality;
   frame.interlaced_frame = m_interlaced ? 1 : 0;
   frame.top_field_first = m_interlaced ? 1 : 0;
-  if (const Result result = Send(&frame); result != kOk) return result;
+  VRX_TRY(Send(&frame));
   return WritePackets(writer, stream, StopSignal());
 }
 
 Result VideoEncoder::Drain(MovieWriter& writer, int stream, const StopSignal& stop) {
-  if (const Result result = Send(nullptr); result != kOk) return result;
+  VRX_TRY(Send(nullptr));
   return WritePackets(writer, stream, stop);
 }
 
@@ -118,8 +118,7 @@ Result VideoEncoder::WritePackets(MovieWriter& writer, int stream, const StopSig
     }
     // Some packets come without a length, and the movie ends with that of the last one.
     if (m_packet->duration == 0) m_packet->duration = 1;
-    if (const Result result = writer.Write(*m_packet, stream, m_codec->time_base); result != kOk)
-      return result;
+    VRX_TRY(writer.Write(*m_packet, stream, m_codec->time_base));
   }
   return kOk;
 }

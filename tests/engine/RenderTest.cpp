@@ -52,6 +52,31 @@ TEST_F(EngineRenderTest, EverySourceGivesExactlyTheFramesOfEachCut) {
   }
 }
 
+TEST_F(EngineRenderTest, ClipsMayGoToAndFroBetweenSources) {
+  std::vector<std::string> sources;
+  for (std::uint32_t i = 0; i < 5; ++i) {
+    sources.push_back(Write(std::to_string(i) + ".mp4", {.frames = 60, .firstNumber = i * 100}));
+  }
+  RenderJob job(Path("out.mp4"));
+  std::vector<int> expected;
+  for (const auto& [source, first] : {std::pair{0, 10},
+                                      {1, 0},
+                                      {0, 20},
+                                      {1, 10},
+                                      {0, 0},
+                                      {2, 5},
+                                      {3, 5},
+                                      {4, 5},
+                                      {0, 30},
+                                      {0, 35},
+                                      {1, 20}}) {
+    job.AddClip(sources[static_cast<std::size_t>(source)], first, first + 10);
+    Count(expected, source * 100 + first, 10);
+  }
+  ASSERT_EQ(job.Run(), kOk) << job.log;
+  EXPECT_EQ(MovieReader(Path("out.mp4")).RemainingNumbers(), expected);
+}
+
 TEST_F(EngineRenderTest, HoldsFramesOfASourceWithVariableRate) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(Write("source.mkv", {.timesMs = {0, 40, 160, 200, 360}}), 0, 11);
