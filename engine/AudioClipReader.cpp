@@ -73,7 +73,7 @@ Result AudioClipReader::OpenResampler() {
                                AV_SAMPLE_FMT_FLTP, m_source->GetRate(), 0, nullptr);
     av_channel_layout_uninit(&layout);
   }
-  if (code >= 0) code = swr_init(m_resampler);  // also forgets what a clip before left in it
+  if (code >= 0) code = swr_init(m_resampler);  // also drops what an earlier clip left in it
   if (code < 0) {
     swr_free(&m_resampler);
     Log(VRXLogError, "cannot resample \"" + m_source->GetPath() + "\": " + AvErrorText(code));
@@ -83,8 +83,8 @@ Result AudioClipReader::OpenResampler() {
   return kOk;
 }
 
-// Starts a whole number of both rates' samples early, so that the filter has its past and the clip's first
-// sample still falls on one of the output's.
+// Starts some samples before the clip, since the filter looks back. Their number is whole at both rates, so
+// that the clip's first sample is exactly a sample of the output.
 void AudioClipReader::SeekResampled(std::int64_t place) {
   const int common = std::gcd(m_resamplerRate, m_format.sampleRate);
   const int inStep = m_resamplerRate / common;
@@ -103,7 +103,7 @@ Result AudioClipReader::Resample(float* const* planes, int count) {
   std::transform(m_inputPlanes.begin(), m_inputPlanes.end(), in.begin(),
                  [](const float* plane) { return reinterpret_cast<const std::uint8_t*>(plane); });
   std::array<std::uint8_t*, kMaxChannels> out{};
-  int input = 0;  // first what the resampler holds already
+  int input = 0;  // 0 at first, to take what the resampler still holds
   for (int done = 0; done < count;) {
     for (std::size_t c = 0; c < m_inputPlanes.size(); ++c)
       out[c] = reinterpret_cast<std::uint8_t*>(planes[c] + done);

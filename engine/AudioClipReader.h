@@ -28,7 +28,7 @@ class AudioClipReader {
   /// Fails with a line in the log when the file cannot be opened.
   Result Start(const std::string& path, std::int64_t start, std::uint64_t scale);
 
-  /// Writes the next `count` samples of each channel; silence behind the end of the file.
+  /// Writes the next `count` samples of each channel; silence after the end of the file.
   Result Read(float* const* planes, int count);
 
  private:
@@ -40,7 +40,7 @@ class AudioClipReader {
   const StopSignal& m_stop;
   std::unique_ptr<AudioSource> m_source;
   SwrContext* m_resampler = nullptr;          // null while the rates are the same
-  int m_resamplerRate = 0;                    // what it takes
+  int m_resamplerRate = 0;                    // the rate of its input
   std::vector<std::vector<float>> m_input;    // for the resampler
   std::vector<std::vector<float>> m_leading;  // what comes out before the clip's start
   std::vector<float*> m_inputPlanes;

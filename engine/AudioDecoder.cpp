@@ -16,7 +16,7 @@ namespace vrx::engine {
 namespace {
 
 constexpr int kMaxChannels = 64;      // libswresample's limit
-constexpr int kFinerSteps = 64;       // of a sample, in which two clocks are subtracted before rounding
+constexpr int kFinerSteps = 64;       // to a sample, for times that are subtracted before they are rounded
 constexpr int kMaxEmptyReads = 1000;  // reads in a row that give neither a packet nor the end
 
 bool IsUsable(const AVCodecParameters& parameters) {
@@ -108,7 +108,7 @@ std::int64_t AudioDecoder::GetFirstPlace() const {
 
 std::int64_t AudioDecoder::PlaceOf(std::int64_t timestamp) const {
   if (timestamp == AV_NOPTS_VALUE) return kNoPlace;
-  // Both clocks in steps much finer than a sample, so that rounding twice does not cost one.
+  // Both times in steps much finer than a sample, so that two roundings never add up to one.
   const AVRational fine = {1, m_rate * kFinerSteps};
   const std::int64_t limit = kMaxSeconds * m_rate * kFinerSteps;
   const std::int64_t at = av_rescale_q(timestamp, m_stream->time_base, fine);
@@ -146,9 +146,9 @@ bool AudioDecoder::Seek(std::int64_t place) {
 
 bool AudioDecoder::Rewind() {
   if (m_stream == nullptr) return false;
-  // Not every format can seek back to its start; opening again always leads there.
+  // Not every format can seek back to its start. Such a file is opened again.
   if (!m_untouched) {
-    // A second early: the packets that only prime the codec lie before the stated start.
+    // A second early, since packets that only prime the codec come before the stated start.
     const std::int64_t second = av_rescale_q(1, {1, 1}, m_stream->time_base);
     const std::int64_t start = (m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time) - second;
     if (av_seek_frame(m_demuxer, m_stream->index, start, AVSEEK_FLAG_BACKWARD) < 0) {

@@ -15,11 +15,11 @@ namespace vrx::engine {
 /// Belongs to one thread.
 class AudioDecoder {
  public:
-  /// Places beyond this many seconds from time 0 are in no real file: they are neither believed nor sought.
+  /// No real file has places further than this from time 0: larger timestamps are ignored.
   static constexpr std::int64_t kMaxSeconds = 1'000'000'000;
   /// Stands for a place that is not known.
   static constexpr std::int64_t kNoPlace = INT64_MIN;
-  /// Rates outside these bounds, in Hz, are no sound but a broken header.
+  /// In Hz. Rates outside these bounds come from broken headers.
   static constexpr int kMinRate = 1000;
   static constexpr int kMaxRate = 768'000;
 
@@ -45,11 +45,11 @@ class AudioDecoder {
   /// Place of the stream's first sample.
   std::int64_t GetFirstPlace() const;
 
-  /// Where the container itself says that the last packet is to be cut; kNoPlace when it does not say.
+  /// Where the container ends the sound within its last packet; kNoPlace when it does not say.
   std::int64_t GetEditedEnd() const;
 
-  /// Goes to a packet at or before `place`, as far as the container's index is right. False when the file
-  /// cannot be read any more; it then has no more frames.
+  /// Goes to a packet at or before `place`, if the container's index is right. False when the file cannot
+  /// be read any more; then there are no more frames.
   bool Seek(std::int64_t place);
   /// Goes back to the first packet. False as above.
   bool Rewind();

@@ -17,11 +17,11 @@ namespace vrx::engine {
 namespace {
 
 constexpr int kMaxOutputs = 8;
-constexpr int kJitterPerSecond = 200;  // timestamps may be off by a 200th of a second and mean nothing by it
+constexpr int kJitterPerSecond = 200;  // smaller errors of timestamps, 1 / 200 s, are ignored
 constexpr int kLeadPerSecond = 2;    // decoding starts half a second early: codecs need some frames to settle
-constexpr int kFarLeadSeconds = 10;  // and this much when the container's index led too far
+constexpr int kFarLeadSeconds = 10;  // and this much when the index led to a later place
 constexpr int kTailSeconds = 2;      // read at a file's end to find its last sample
-constexpr float kLoudest = 8;        // sane sources stay within 1; a few reach 2 or 3 on purpose
+constexpr float kLoudest = 8;        // usual sources stay within 1; a few reach 2 or 3 on purpose
 
 }  // namespace
 
@@ -69,7 +69,7 @@ bool AudioSource::CanDecode() {
 }
 
 std::int64_t AudioSource::MeasureEnd() {
-  m_warned = true;  // the clip itself will tell about damage
+  m_warned = true;  // damage is reported when the clip is played
   const std::int64_t end = DecodedEnd();
   const std::int64_t edited = HasSound() ? m_decoder->GetEditedEnd() : AudioDecoder::kNoPlace;
   return edited == AudioDecoder::kNoPlace ? end : std::clamp<std::int64_t>(edited, 0, end);
@@ -88,7 +88,7 @@ void AudioSource::Seek(std::int64_t place) {
     m_ended = !m_decoder->Rewind();
     return;
   }
-  // An index may lead behind the place; then once more from farther back, and last from the start.
+  // An index may lead to a later place. Then it is tried from further back, and at last from the start.
   for (const std::int64_t back : {lead, std::int64_t{kFarLeadSeconds} * GetRate()}) {
     if (SeekDecoder(place - back) && FillBlock() && m_blockPlace <= place) return;
   }
@@ -100,7 +100,7 @@ void AudioSource::Seek(std::int64_t place) {
 bool AudioSource::SeekDecoder(std::int64_t place) {
   m_joined = false;
   m_blockSize = 0;
-  // Timestamps that are guessed after a seek are exact only when counted from the start.
+  // Where timestamps are guesses after a seek, only reading from the start gives exact places.
   m_ended = !(m_decoder->HasExactTimes() ? m_decoder->Seek(place) : m_decoder->Rewind());
   return !m_ended;
 }
@@ -138,7 +138,7 @@ bool AudioSource::FillBlock() {
     if (m_blockSize == 0) continue;
     PlaceBlock(place);
     MakeFinite();
-    // What went wrong before the part that is used is nobody's loss.
+    // Damage before the part that is used is ignored.
     if (m_decoder->TakeDamage() && m_blockEnd > m_place) Warn();
     return true;
   }
@@ -162,8 +162,8 @@ void AudioSource::PlaceBlock(std::int64_t place) {
   m_joined = true;
 }
 
-// Where timestamps are coarser than samples, they tell which frame of a steady row it is, and the row tells
-// the place: so a cut is heard at the same sample whether it was sought or played up to.
+// Where timestamps are coarser than samples, they are used only to find the number of the frame; its place is
+// that many frame lengths after the first. So a cut begins at the same sample after a seek as in playing.
 std::int64_t AudioSource::FirstPlaceInGrid(std::int64_t place) const {
   const int tick = m_decoder->GetTickSamples();
   if (tick <= 1) return place;
@@ -194,8 +194,7 @@ bool AudioSource::Convert(const AVFrame& frame) {
   return true;
 }
 
-// Broadcasts change their format on the way, so that the converter belongs to a frame rather than to the
-// file.
+// Broadcasts change their format within a file, so the converter is made for the format of the frame.
 bool AudioSource::OpenConverter(const AVFrame& frame) {
   swr_free(&m_converter);
   AVChannelLayout in{};
@@ -210,7 +209,7 @@ bool AudioSource::OpenConverter(const AVFrame& frame) {
                                  static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
   const bool spread = in.nb_channels == 1 && m_channels == 2;
   if (code >= 0 && (spread || in.order == AV_CHANNEL_ORDER_UNSPEC)) {
-    // One channel sounds as loud from two as from one. Channels without a meaning are taken as they come.
+    // Mono goes to both channels at full level. Channels of unknown meaning are taken in their order.
     std::vector<double> matrix(static_cast<std::size_t>(in.nb_channels) * m_block.size());
     for (int c = 0; c < m_channels; ++c) {
       const int from = spread ? 0 : c;
@@ -233,7 +232,7 @@ bool AudioSource::OpenConverter(const AVFrame& frame) {
   return true;
 }
 
-// Float files may hold anything; one infinity would silence an encoder or a resampler for good.
+// Float files may hold infinities and NaN; one of them would silence a resampler or an encoder to the end.
 void AudioSource::MakeFinite() {
   for (std::vector<float>& plane : m_block) {
     for (int i = 0; i < m_blockSize; ++i) {

@@ -1,5 +1,5 @@
-// A media file's sound as an endless, continuous stream of samples: what the file does not have, before its
-// start, behind its end or in a gap, is silence. AudioClipReader reads clips from it.
+// A media file's sound as an endless, continuous stream of samples: before its start, after its
+// end and in gaps it is silent. AudioClipReader reads clips from it.
 #pragma once
 
 #include <cstdint>
@@ -32,14 +32,14 @@ class AudioSource {
   const std::string& GetPath() const { return m_decoder->GetPath(); }
   std::int64_t GetFileMicroseconds() const { return m_decoder->GetFileMicroseconds(); }
 
-  /// Place behind the last sample, found by decoding the end of the file: lengths in headers count what the
-  /// encoder added, or are guesses. Leaves the stream at an unspecified place.
+  /// The place after the last sample, found by decoding the end of the file: lengths in headers include what
+  /// the encoder added, or are guesses. Leaves the stream at an unspecified place.
   std::int64_t MeasureEnd();
 
   /// Whether any of the sound can be decoded. Leaves the stream at an unspecified place.
   bool CanDecode();
 
-  /// The next Read begins at `place`, which may be negative. Damage is reported anew from here.
+  /// The next Read begins at `place`, which may be negative. From here on damage is reported again.
   void Seek(std::int64_t place);
 
   /// Writes the next `count` samples of each channel.
@@ -66,7 +66,7 @@ class AudioSource {
   std::vector<std::vector<float>> m_block;
   int m_blockSize = 0;
   std::int64_t m_blockPlace = 0;
-  std::int64_t m_blockEnd = 0;  // where the next frame belongs if nothing is missing
+  std::int64_t m_blockEnd = 0;  // the place of the next frame if nothing is missing
   bool m_joined = false;        // a frame came before the next one since the last seek
   bool m_ended = false;
   bool m_warned = false;

@@ -39,7 +39,7 @@ class SampleSum {
       return;
     }
     m_whole += whole;
-    // The rest is below `scale`, so that it is right although the products are cut to 64 bits.
+    // The products may overflow, but their difference is below `scale` and so comes out right.
     const std::uint64_t rest = static_cast<std::uint64_t>(ticks) * static_cast<std::uint64_t>(m_rate) -
                                static_cast<std::uint64_t>(whole) * scale;
     m_part += static_cast<long double>(rest) / static_cast<long double>(scale);
@@ -50,7 +50,7 @@ class SampleSum {
   }
 
   std::int64_t Rounded() const {
-    constexpr long double kHalf = 0.5L - 1e-9L;  // halves made of thirds and sixths count as halves
+    constexpr long double kHalf = 0.5L - 1e-9L;  // sums of thirds and sixths may be a little below a half
     return m_part >= kHalf ? std::min(m_whole + 1, m_limit) : m_whole;
   }
 
@@ -91,7 +91,7 @@ class ClipSequence : public AudioTrack {
   std::size_t m_current = 0;
   bool m_started = false;  // m_reader is in the current clip
   std::int64_t m_position = 0;
-  std::optional<AudioClipReader> m_reader;  // there when Prepare found nothing wrong
+  std::optional<AudioClipReader> m_reader;  // set by Prepare
 };
 
 Result ClipSequence::CheckArguments() const {
@@ -135,7 +135,7 @@ Result ClipSequence::Prepare() {
   return kOk;
 }
 
-// A file is opened for its first clip, and once more when a later one wants its length.
+// A file is opened for its first clip, and again when a later clip needs its length.
 Result ClipSequence::CheckSource(const AudioClip& clip, SoundLength& known, bool first) const {
   const bool measure = IsWhole(clip) && !known.measured;
   if (!first && !measure) return kOk;
@@ -151,7 +151,7 @@ Result ClipSequence::CheckSource(const AudioClip& clip, SoundLength& known, bool
   return kOk;
 }
 
-// Whether a clip goes on where the one before it stops, so that no cut is heard at all.
+// Whether a clip begins where the one before it ends; then the reader goes on without a seek.
 bool ClipSequence::Continues(std::size_t index) const {
   if (index == 0) return false;
   const AudioClip& before = m_clips[index - 1];

@@ -1,4 +1,4 @@
-// The sound of the movie before encoding: the audio clips one behind the other, decoded, resampled and cut or
+// The sound of the movie before encoding: the audio clips one after the other, decoded, resampled and cut or
 // padded to the length of the picture. The sequence pulls it block by block.
 #pragma once
 
@@ -13,7 +13,7 @@
 namespace vrx::engine {
 
 /// A clip on the audio track. Times are on the source's clock in units of 1 / `scale` seconds; an `end` not
-/// behind `start` means the whole source, a negative `start` counts as 0.
+/// after `start` means the whole source, a negative `start` counts as 0.
 struct AudioClip {
   std::string path;  // native bytes
   std::int64_t start;
@@ -38,7 +38,7 @@ class AudioTrack {
                      const StopSignal& stop, std::unique_ptr<AudioTrack>& track);
 
   /// Writes the next `count` samples of each channel as planar floats; `got` is less than `count` only at the
-  /// end of the movie and 0 behind it. Samples without a source are silence.
+  /// end of the movie and 0 after it. Samples without a source are silence.
   virtual Result Read(float* const* planes, int count, int& got) = 0;
 };
 

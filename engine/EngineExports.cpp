@@ -26,7 +26,7 @@ struct Engine {
   std::vector<std::unique_ptr<Sequence>> sequences;  // guarded
 };
 
-/// The engines that live, so that a foreign or stale handle is told from a good one.
+/// The engines that exist, so that foreign and stale handles are recognised.
 struct EngineList {
   std::mutex lock;
   std::vector<std::shared_ptr<Engine>> engines;  // guarded
@@ -45,10 +45,10 @@ std::shared_ptr<Engine> FindEngine(VRXHandle handle) {
   return found == list.engines.end() ? nullptr : *found;
 }
 
-/// Nothing that is thrown inside may cross the border of the module.
+/// No exception may leave the module.
 template <typename Action>
 Result Guarded(const char* function, Action action) {
-  // The host's terminal is no place for the libraries' own chatter; causes go through the engine's log.
+  // FFmpeg would write to the host's terminal; causes go through the engine's log instead.
   av_log_set_level(AV_LOG_QUIET);
   try {
     return action();

@@ -1,5 +1,5 @@
 // Times as exact fractions. Frame numbers and time stamps are compared without rounding, so that frame n of a
-// film rate is never taken from the neighbour. Used by the plans and by the choice of source frames.
+// film rate is never off by one. Used by the plans and by the choice of source frames.
 #pragma once
 
 #include <cstdint>

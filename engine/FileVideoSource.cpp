@@ -261,7 +261,7 @@ void FileVideoSource::ChooseSkipping(const AVPacket& packet) {
 bool FileVideoSource::Accept(AVFrame& frame, std::int64_t& ticks) {
   ticks = frame.best_effort_timestamp;
   if (ticks == AV_NOPTS_VALUE) ticks = m_lastTicks == AV_NOPTS_VALUE ? m_origin : m_lastTicks + m_frameTicks;
-  // Pictures before the key frame in display order lean on a group that was not decoded.
+  // Pictures shown before the key frame refer to the group before it, which was not decoded.
   if (m_keyTicks != AV_NOPTS_VALUE && ticks < m_keyTicks) return false;
   m_lastTicks = ticks;
   const bool damaged =

@@ -14,7 +14,7 @@
 
 namespace vrx::engine {
 
-/// Belongs to one thread. Cheapest when asked for rising times.
+/// Belongs to one thread. Rising times cost least.
 class FileVideoSource {
  public:
   /// As SourceFile::Open, and kSourceNotMovie without a decoder for the picture. `stop` ends a long search
@@ -25,15 +25,15 @@ class FileVideoSource {
   const std::string& GetPath() const { return m_path; }
   SourceFile& GetFile() { return *m_file; }
   const Orientation& GetOrientation() const { return m_orientation; }
-  /// Damage is reported once from here to the next call.
+  /// From here to the next call damage is reported once.
   void BeginClip() { m_warned = false; }
   /// The frame on display at `time`: the last one that starts no later than the tick nearest to it; before
-  /// the first frame the first, behind the last the last. It stays valid until the next call. kSourceNotMovie
+  /// the first frame the first, after the last the last. It stays valid until the next call. kSourceNotMovie
   /// when nothing can be decoded.
   Result FrameAt(const ExactTime& time, const AVFrame*& frame);
-  /// Changes with every other frame that FrameAt gives.
+  /// Differs from call to call of FrameAt exactly when the frame does.
   std::uint64_t GetSerial() const { return m_serial; }
-  /// Gives the decoder and its pictures back while the source is not needed; the next FrameAt gets a new one.
+  /// Frees the decoder and its pictures while the source is not needed; the next FrameAt makes a new one.
   void ReleaseDecoder();
 
  private:
@@ -61,7 +61,7 @@ class FileVideoSource {
   CodecPtr m_codec;
   PacketPtr m_packet;
   FramePtr m_current;  // on display
-  FramePtr m_next;     // the one behind it
+  FramePtr m_next;     // the one after it
   std::int64_t m_currentTicks = 0;
   std::int64_t m_nextTicks = 0;
   std::int64_t m_origin = 0;  // ticks

@@ -31,7 +31,7 @@ class FramePipeline {
   ~FramePipeline();
 
   /// The next frame of the file clips, or null when none is ready within `patience`. A failure of the decode
-  /// thread comes behind the frames that it made before.
+  /// thread comes after the frames that it made before.
   Result Take(std::chrono::milliseconds patience, FramePtr& frame);
 
  private:

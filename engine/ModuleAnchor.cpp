@@ -1,1 +1,1 @@
-// The module is made of the static room alone; the build system wants one source of its own.
+// The module consists of the static library alone, but the build system needs a source file for it.

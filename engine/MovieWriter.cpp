@@ -118,7 +118,7 @@ void MovieWriter::Abandon() {
 }
 
 Result MovieWriter::Fail(const char* action, int error) {
-  // A failed write hides behind a general error of the muxer; the file knows the true cause.
+  // The muxer gives one general error for every failed write; the file keeps the cause.
   if (m_file.GetError() != kOk) return m_file.ReportError();
   Log(VRXLogError, "output failed: " + m_path + ": " + action + ": " + AvErrorText(error));
   return error == AVERROR(ENOMEM) ? kOutOfMemory : kOutputFailed;

@@ -14,7 +14,7 @@
 
 namespace vrx::engine {
 
-/// Belongs to one thread. Destruction without Finish leaves no file behind.
+/// Belongs to one thread. Destruction without Finish leaves no file.
 class MovieWriter {
  public:
   MovieWriter() = default;

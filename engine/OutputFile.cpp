@@ -25,7 +25,7 @@ namespace {
 constexpr int kNameAttempts = 100;
 constexpr std::size_t kRandomLetters = 6;
 constexpr std::size_t kMaxNameInTemporary = 200;  // bytes, so that the whole name stays below 255
-constexpr mode_t kNewFileMode = 0666;             // the process's mask takes away from it
+constexpr mode_t kNewFileMode = 0666;             // less what the process's mask takes away
 
 /// Keeps the signal for a file over its size limit from ending the process: the write then fails with EFBIG.
 class FileSizeSignalGuard {
@@ -41,7 +41,7 @@ class FileSizeSignalGuard {
   FileSizeSignalGuard& operator=(const FileSizeSignalGuard&) = delete;
   ~FileSizeSignalGuard() {
     if (!m_blocked) return;
-    // One that a write raised waits for this thread and would strike as soon as the mask falls.
+    // A signal that a write raised is pending and would end the process once it is unblocked.
     const timespec noWait{};
     if (!m_wasPending) sigtimedwait(&m_signals, nullptr, &noWait);
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
@@ -69,7 +69,7 @@ Result Fail(const std::string& path, int systemError) {
 
 constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
 
-/// The temporary names of a movie, without the letters that tell its renders apart.
+/// The temporary names of a movie, without the random letters.
 std::string TemporaryPrefix(const std::string& name) {
   return "." + name.substr(0, kMaxNameInTemporary) + ".part-";
 }
@@ -86,14 +86,14 @@ std::string RandomLetters(std::random_device& random) {
 /// leftover.
 bool Lock(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
 
-/// Whether the file still has a name: another render may have taken it for a leftover before it was locked.
+/// Whether the file still has a name: before it was locked, another render may have removed it as a leftover.
 bool HasName(int descriptor) {
   struct stat status {};
   return fstat(descriptor, &status) == 0 && status.st_nlink > 0;
 }
 
-/// Gives the movie the rights of the file that it replaces. Another user's file stays that user's only where
-/// the system allows it; then the rights of its group must not go to another one.
+/// Gives the movie the owner, group and rights of the file that it replaces, as far as the system allows. If
+/// the group cannot be kept, the movie's own group gets no rights.
 void TakeOver(FileRights rights, int descriptor) {
   const bool sameGroup = fchown(descriptor, rights.owner, rights.group) == 0 ||
                          fchown(descriptor, static_cast<uid_t>(-1), rights.group) == 0;
@@ -103,7 +103,7 @@ void TakeOver(FileRights rights, int descriptor) {
   }
 }
 
-/// Removes what renders of the same movie left behind when they were killed.
+/// Removes the temporary files of killed renders of the same movie.
 void RemoveLeftovers(const std::string& folder, const std::string& prefix) {
   struct CloseFolder {
     void operator()(DIR* open) const { closedir(open); }

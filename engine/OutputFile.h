@@ -1,6 +1,5 @@
-// The file that the movie is written to: a hidden temporary file beside the final name, which takes that name
-// only when all is written. The engine's one file that speaks to the system directly. Used by the movie
-// writer.
+// The file that the movie is written to: a hidden temporary file in the output's folder, which is renamed to
+// the final name when all is written. Used by the movie writer.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +18,7 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  /// Makes the temporary file, and removes those that killed renders of the same movie left behind. A link at
+  /// Makes the temporary file, and removes those that killed renders of the same movie left. A link at
   /// `path` is followed: the file that it leads to will be replaced. The movie takes over the rights of the
   /// older file. kOutputFailed or kDiskFull with a logged line.
   Result Create(const std::string& path);

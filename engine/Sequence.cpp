@@ -78,7 +78,7 @@ std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
   return m_failure;
 }
 
-/// A cancel ends reads early, so that failures which come with it are not the sources'.
+/// A cancel ends reads early; the failures that this causes are not reported.
 Result Sequence::Guarded() {
   try {
     const Result result = DoSlice();
@@ -94,7 +94,7 @@ Result Sequence::Guarded() {
   return kFailed;
 }
 
-/// The host may keep a failed sequence for long, and nothing of it is of use any more.
+/// Frees everything at once, since the host may keep a failed sequence for long.
 void Sequence::GiveUp() {
   m_pipeline.reset();
   m_writer.Abandon();

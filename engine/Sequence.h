@@ -1,5 +1,5 @@
 // One render job: pulls frames from the sources, sends them through the overlay callback and the encoders,
-// and puts the movie in its place. The object behind IVRXSequence.
+// and renames the finished movie into place. Implements IVRXSequence.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ namespace vrx::engine {
 
 class Sequence final : public IVRXSequence {
  public:
-  /// Checks records, sources and encoders and makes the temporary file; a failure leaves none behind. The
+  /// Checks records, sources and encoders and makes the temporary file; a failure leaves none. The
   /// callbacks that the records name must live as long as the sequence.
   static Result Create(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
                        std::unique_ptr<Sequence>& sequence);

@@ -22,7 +22,7 @@ bool HasExactDuration(const AVInputFormat& format) {
   return std::string_view(format.name).starts_with("mov,");
 }
 
-/// Other formats guess their index while they are read, or have none.
+/// Other formats have no index, or build one of guesses while they are read.
 bool HasKeyFrameIndex(const AVInputFormat& format) {
   return av_match_name("mov", format.name) != 0 || av_match_name("matroska", format.name) != 0 ||
          av_match_name("avi", format.name) != 0;
@@ -47,7 +47,7 @@ Refusal SourceFile::Open(const std::string& path, Purpose purpose, const StopSig
 Refusal SourceFile::FindVideo(Purpose purpose) {
   AVFormatContext& demuxer = GetDemuxer();
   int index = av_find_best_stream(&demuxer, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-  // Decoders learn the depth of reordering from the analysis, so that only a check may leave it out.
+  // The analysis finds how far frames are reordered, which a decoder needs and a check does not.
   const bool known = index >= 0 && KnowsPicture(*demuxer.streams[index]);
   if (purpose == Purpose::Decode || !known) {
     const int error = avformat_find_stream_info(&demuxer, nullptr);
@@ -108,7 +108,7 @@ Refusal SourceFile::CountFrames(FrameDuration duration, std::int64_t& frames) {
     frames = FramesOfSource(length, base.num, base.den, duration);
     return {};
   }
-  // A fresh start: after a failed search of the tail nothing is known about the position.
+  // Opened again, since the reading position is unknown after a failed search of the tail.
   std::unique_ptr<SourceFile> whole;
   VRX_TRY(Open(m_path, Purpose::Decode, m_stop, whole));
   const Extent extent = whole->ReadExtent();

@@ -1,5 +1,5 @@
-// A source file on the demuxer's side: opened, its video stream found, its clock and its length known. Used
-// by the file video source and by the check of a timeline's sources.
+// The video stream of a source file before decoding: its clock, its key frames and its length. Used by the
+// file video source and by the check of a timeline's sources.
 #pragma once
 
 #include <cstdint>
@@ -26,13 +26,13 @@ class SourceFile {
   AVStream& GetStream() const { return *m_stream; }
 
   /// Where the source begins on the video stream's clock, in its ticks: with the earliest of its picture and
-  /// sound streams. A picture that comes up to one frame (and 50 ms) later counts as simultaneous, for no
-  /// frame may be shown twice only because the sound has a few samples of lead.
+  /// sound streams. A picture that starts up to one frame (and 50 ms) after the sound counts as simultaneous:
+  /// encoders start the sound a few samples early, and that must not show a frame twice.
   std::int64_t OriginTicks() const;
   /// Length of one frame at the stream's average rate, in ticks; at least 1.
   std::int64_t FrameTicks() const;
-  /// Where the last key frame at or before `ticks` is, as the container's index tells; up to the depth of
-  /// reordering too early. AV_NOPTS_VALUE where no index covers that moment.
+  /// The last key frame at or before `ticks` in the container's index; it may name the one before that near a
+  /// key frame. AV_NOPTS_VALUE where the index does not cover that moment.
   std::int64_t KeyFrameBefore(std::int64_t ticks) const;
   /// Length of the video stream in frames of `duration`. Reads packets where the container does not know, and
   /// moves the reading position.

@@ -10,7 +10,7 @@ namespace vrx::engine {
 /// the root; "" when the path is empty or names another drive or a server, which do not exist here.
 std::string NativePath(std::u16string_view path);
 
-/// The extension of `path` behind its last dot, in lower-case ASCII; "" when there is none.
+/// The extension of `path` after its last dot, in lower-case ASCII; "" when there is none.
 std::string LowerExtension(std::string_view path);
 
 }  // namespace vrx::engine

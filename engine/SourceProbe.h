@@ -1,4 +1,4 @@
-// A look into one source for a host that wants to tell its user about it before the render. Used by the
+// What a source holds and whether it can be decoded, for a host that checks it before the render. Used by the
 // module's export.
 #pragma once
 

@@ -1,5 +1,5 @@
-// How long work is told to end: a search through a long file must not hold up a cancel. Used by all that
-// reads sources and by the sequence.
+// Ends long reads early, so that a cancel does not wait for a search through a long file. Used by whatever
+// reads sources, and by the sequence.
 #pragma once
 
 #include <atomic>

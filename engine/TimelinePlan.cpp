@@ -27,7 +27,7 @@ std::int64_t Clamp64(Int128 value) {
   return static_cast<std::int64_t>(std::clamp<Int128>(value, INT64_MIN, INT64_MAX));
 }
 
-/// Both times in the start's unit. The end's own scale counts only where a host made the two differ.
+/// Both times in the start's unit. The end's scale is used only if it differs.
 Result ReadTimes(const VRXSourceStreamInfoBase& source, ClipTimes& times) {
   const std::uint64_t scale = source.startTime.scale;
   const std::uint64_t endScale = source.endTime.scale == 0 ? scale : source.endTime.scale;

@@ -13,7 +13,7 @@ namespace {
 
 Result CheckSources(FrameDuration duration, TimelinePlan& plan) {
   const StopSignal never;
-  std::map<std::string, std::int64_t> lengths;  // frames by path; 0 while nobody asked
+  std::map<std::string, std::int64_t> lengths;  // frames by path; 0 if not measured
   for (std::size_t i = 0; i < plan.video.size(); ++i) {
     const ClipLogScope scope(VRXVideoTrack, i);
     VideoClip& clip = plan.video[i];

@@ -87,7 +87,7 @@ struct VRXLogEntry {
 using VRXLogFunction = void (*)(void* context, const VRXLogEntry& entry);
 using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
 
-/// Another extra: what the engine finds in a source. Seconds are 0 when they cannot be told. On failure
+/// Another extra: what the engine finds in a source. Seconds are 0 when they are unknown. On failure
 /// `cause` says why, as the end of a sentence that begins with the path.
 struct VRXSourceProbe {
   bool hasVideo = false;

@@ -29,8 +29,8 @@ using ::testing::IsEmpty;
 
 constexpr int kRate = 48000;
 constexpr AudioFormat kStereo = {kRate, 2};
-// Samples that the encoder added in front; MPEG-TS and Matroska do not tell a player.
-constexpr int kUntoldDelay = 1200;
+// Samples that the encoder added in front, which MPEG-TS and Matroska do not declare.
+constexpr int kUndeclaredDelay = 1200;
 using Plane = std::vector<float>;
 using Planes = std::vector<Plane>;
 
@@ -126,7 +126,7 @@ float LargestDifference(const Plane& a, const Plane& b) {
   return largest;
 }
 
-TEST_F(AudioTrackTest, ACutKeepsItsClicksInTimeAndSoundsLikeTheWholeWhateverTheSourceIs) {
+TEST_F(AudioTrackTest, CutOfAnySourceKeepsItsClicksInTimeAndMatchesTheWhole) {
   struct Case {
     const char* file;
     const char* codec;
@@ -140,10 +140,10 @@ TEST_F(AudioTrackTest, ACutKeepsItsClicksInTimeAndSoundsLikeTheWholeWhateverTheS
         Case{"c.wav", "pcm_s24le", 96000, 6, 44100, 2, 1}, Case{"d.wav", "pcm_u8", 8000, 1, 48000, 6, 6},
         Case{"e.mkv", "pcm_s16le", 44100, 2, 44100, 1, 0}, Case{"f.mp4", "aac", 44100, 1, 48000, 2, 24},
         Case{"g.mov", "pcm_s16be", 48000, 6, 48000, 6, 0},
-        Case{"h.mkv", "aac", 44100, 2, 48000, 2, kUntoldDelay},
-        Case{"i.mkv", "mp2", 48000, 2, 48000, 2, kUntoldDelay},
-        Case{"j.ts", "aac", 48000, 2, 48000, 2, kUntoldDelay},
-        Case{"k.ts", "ac3", 48000, 2, 48000, 2, kUntoldDelay}}) {
+        Case{"h.mkv", "aac", 44100, 2, 48000, 2, kUndeclaredDelay},
+        Case{"i.mkv", "mp2", 48000, 2, 48000, 2, kUndeclaredDelay},
+        Case{"j.ts", "aac", 48000, 2, 48000, 2, kUndeclaredDelay},
+        Case{"k.ts", "ac3", 48000, 2, 48000, 2, kUndeclaredDelay}}) {
     SCOPED_TRACE(c.file);
     const std::string path = Write(c.file, {.style = ClipSoundStyle::kClickOverTone,
                                             .rate = c.rate,
@@ -179,7 +179,7 @@ TEST_F(AudioTrackTest, ThousandsOfClipsOfAnOddLengthDoNotDriftAndOpenTheirFileOn
     float* planes[] = {&left[at], right.data()};
     int got = 0;
     ASSERT_EQ(track->Read(planes, 8008, got), kOk);
-    if (at == 0) std::filesystem::remove(path);  // what is open is played on, what is opened anew is missed
+    if (at == 0) std::filesystem::remove(path);  // an open file goes on playing; opening it again would fail
   }
   for (int i = 1; i < 2000; ++i) {
     const auto start = static_cast<std::size_t>(std::llround(i * 1601.6));
@@ -188,7 +188,7 @@ TEST_F(AudioTrackTest, ThousandsOfClipsOfAnOddLengthDoNotDriftAndOpenTheirFileOn
   }
 }
 
-TEST_F(AudioTrackTest, AClipCutInPiecesSoundsLikeTheWhole) {
+TEST_F(AudioTrackTest, ClipCutInPiecesMatchesTheWhole) {
   const std::string path =
       Write("tone.mp4", {.style = ClipSoundStyle::kTone, .rate = 44100, .samples = 44100 * 3});
   const Planes whole = Play({{path, 0, 2400, 1000}}, 115200);
@@ -211,7 +211,7 @@ TEST_F(AudioTrackTest, SoundThatStartsLateStaysInTimeWithItsPicture) {
   for (const char* name : {"late.mkv", "late.mp4", "late.ts"}) {
     SCOPED_TRACE(name);
     const std::string path = Write(name, {.start = 30000, .samples = 3 * kRate});
-    ExpectClicks(Play({{path, 250, 3250, 1000}}, 3 * kRate)[0], {0.75, 1.75, 2.75}, kUntoldDelay);
+    ExpectClicks(Play({{path, 250, 3250, 1000}}, 3 * kRate)[0], {0.75, 1.75, 2.75}, kUndeclaredDelay);
   }
 }
 
@@ -220,7 +220,7 @@ TEST_F(AudioTrackTest, HolesBecomeSilenceOverlapsAreDroppedAndJitterIsNotHeard) 
                                                 .samples = 5 * kRate,
                                                 .jumps = {{60000, 9600}, {154592, -600}}});
   const Planes played = Play({{holes, 0, 5, 1}}, 5 * kRate);
-  // The container tells a place behind a jump to a millisecond.
+  // The container gives the place after a jump to a millisecond.
   ExpectClicks(played[0], {0, 1, 2, 3, 4}, kRate / 2000);
   EXPECT_EQ(LoudestBetween(played[0], 60000 + 48, 69600 - 48), 0);
   EXPECT_GT(LoudestBetween(played[0], 70000, 71000), 0.05F);
@@ -255,7 +255,7 @@ TEST_F(AudioTrackTest, UnusableSourcesFailAtOpenAndAreNamed) {
   EXPECT_EQ(Open({}, kStereo, -1), kInvalidArgument);
 }
 
-TEST_F(AudioTrackTest, AMovieWithoutSoundIsSilentForItsLengthWithOneWarning) {
+TEST_F(AudioTrackTest, MovieWithoutSoundIsSilentForItsLengthWithOneWarning) {
   WritePatternClip(Path("mute.mp4"), {.frames = 25});
   const std::string clicks = WriteClicks("clicks.wav", 1);
   const AudioClip mute = {Path("mute.mp4"), 0, 0, 1};
@@ -263,7 +263,7 @@ TEST_F(AudioTrackTest, AMovieWithoutSoundIsSilentForItsLengthWithOneWarning) {
   EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("mute.mp4")));
 }
 
-TEST_F(AudioTrackTest, DamageIsSilentWarnsOnceAClipAndMovesNothing) {
+TEST_F(AudioTrackTest, DamagedSoundIsSilentAndWarnedOfOnceAClipAndTheRestStaysInTime) {
   const std::string path = WriteClicks("damaged.ts", 6);
   // A stretch of about a second in the middle, between two clicks or over one.
   std::string noise(std::filesystem::file_size(path) / 6, '\0');
@@ -273,7 +273,7 @@ TEST_F(AudioTrackTest, DamageIsSilentWarnsOnceAClipAndMovesNothing) {
   const std::vector<std::int64_t> clicks = test_support::FindClicks(played[0], kRate);
   for (const int second : {0, 1, 5, 6}) {
     EXPECT_TRUE(std::any_of(clicks.begin(), clicks.end(), [&](std::int64_t click) {
-      return std::abs(click - second * kRate) < kUntoldDelay;
+      return std::abs(click - second * kRate) < kUndeclaredDelay;
     })) << second;
   }
   EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("damaged.ts")));
@@ -319,7 +319,7 @@ TEST_F(AudioTrackTest, ExtremeTimesAreSilenceAndNeverOverflow) {
   }
 }
 
-TEST_F(AudioTrackTest, LevelsSurviveEveryMixAndBrokenFloatsDoNot) {
+TEST_F(AudioTrackTest, LevelsStayTheSameInEveryMixAndBrokenFloatsAreSilent) {
   ClipSound sound = {.style = ClipSoundStyle::kClickOverTone, .samples = kRate};
   for (const int channels : {1, 2, 6}) {
     sound.channels = channels;

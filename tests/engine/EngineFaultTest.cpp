@@ -33,7 +33,7 @@ class EngineFaultTest : public EngineRenderTest {
   const std::string source = Write("source.mp4", {});
 };
 
-TEST_F(EngineFaultTest, ACancelledRenderStandsStillAndReleasingTheEngineEndsIt) {
+TEST_F(EngineFaultTest, CancelledRenderDoesNothingMoreAndReleasingTheEngineEndsIt) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(source, 0, 50);
   ASSERT_EQ(job.Create(), kOk);
@@ -55,7 +55,7 @@ TEST_F(EngineFaultTest, EachRefusalHasItsOwnCodeAndAReadableLine) {
   struct Case {
     Result expected;
     std::string logged;
-    std::function<void(RenderJob&)> spoil;
+    std::function<void(RenderJob&)> change;
   };
   const auto clip = [&](const std::string& path) {
     return [path](RenderJob& job) { job.AddClip(path, 0, 5); };
@@ -85,14 +85,14 @@ TEST_F(EngineFaultTest, EachRefusalHasItsOwnCodeAndAReadableLine) {
   for (const Case& c : cases) {
     RenderJob job(Path("out.mp4"));
     job.AddClip(source, 0, 50);
-    c.spoil(job);
+    c.change(job);
     EXPECT_EQ(job.Run(), c.expected) << job.log;
     EXPECT_TRUE(job.Logged(c.logged)) << job.log;
     ExpectNothingLeft();
   }
 }
 
-TEST_F(EngineFaultTest, ASourceIsOneOrdinaryFileAndNeitherAPipeNorAPlaylist) {
+TEST_F(EngineFaultTest, PipesAndPlaylistsAreRefusedAsSources) {
   ASSERT_EQ(mkfifo(Path("pipe.mp4").c_str(), 0600), 0);
   Write("real.ts", {.frames = 20});
   // Each of these leads to a good clip beside it.
@@ -121,7 +121,7 @@ TEST_F(EngineFaultTest, ASourceIsOneOrdinaryFileAndNeitherAPipeNorAPlaylist) {
   EXPECT_EQ(folder.Read("out.mp4"), "older");
 }
 
-TEST_F(EngineFaultTest, ASourceOfWhichNothingCanBeDecodedIsRefusedByTheProbe) {
+TEST_F(EngineFaultTest, ProbeRefusesASourceOfWhichNothingCanBeDecoded) {
   Write("sound.mp4", {.frames = 50, .hasSound = true});
   for (const char* name : {"source.mp4", "sound.mp4"}) {
     const auto probe = [&] {
@@ -160,7 +160,7 @@ class CancelAt : public IVRXIntermediateRawOutputCallback {
   std::uint64_t m_frame;
 };
 
-TEST_F(EngineFaultTest, ACancelDuringAnyFrameLeavesNoMovieAndIsNotHundredPercent) {
+TEST_F(EngineFaultTest, CancelDuringAnyFrameLeavesNoMovieAndStaysBelowHundredPercent) {
   for (const std::uint64_t frame : {0, 7, 24, 49}) {
     RenderJob job(Path("out.mp4"));
     job.AddClip(source, 0, 50);
@@ -176,7 +176,7 @@ TEST_F(EngineFaultTest, ACancelDuringAnyFrameLeavesNoMovieAndIsNotHundredPercent
   }
 }
 
-TEST_F(EngineFaultTest, AMovieThatCannotGetItsNameIsNoHundredPercentAndLeavesNothing) {
+TEST_F(EngineFaultTest, MovieThatCannotBeRenamedStaysBelowHundredPercentAndIsRemoved) {
   RenderJob job(Path("taken.mp4"));
   job.AddClip(source, 0, 50);
   ASSERT_EQ(job.Create(), kOk);
@@ -188,7 +188,7 @@ TEST_F(EngineFaultTest, AMovieThatCannotGetItsNameIsNoHundredPercentAndLeavesNot
   EXPECT_EQ(folder.Count(), 4) << "a temporary file was left";
 }
 
-TEST_F(EngineFaultTest, AnOutputThatIsOneOfTheSourcesIsRefusedAndTheClipNamed) {
+TEST_F(EngineFaultTest, OutputThatIsOneOfTheSourcesIsRefusedAndTheClipNamed) {
   const std::string picture = folder.Read("source.mp4");
   std::filesystem::create_symlink("source.mp4", Path("link.mp4"));
   std::filesystem::create_hard_link(source, Path("other-name.mp4"));
@@ -211,7 +211,7 @@ TEST_F(EngineFaultTest, AnOutputThatIsOneOfTheSourcesIsRefusedAndTheClipNamed) {
   EXPECT_TRUE(std::filesystem::is_symlink(Path("link.mp4")));
 }
 
-TEST_F(EngineFaultTest, ASourceWithoutPicturesFailsAgainAndAgain) {
+TEST_F(EngineFaultTest, SourceWithoutPicturesFailsOnEveryCall) {
   folder.Write("text.mp4", folder.Read("source.mp4"));
   EraseMedia("text.mp4");
   RenderJob job(Path("out.mp4"));
@@ -225,7 +225,7 @@ TEST_F(EngineFaultTest, ASourceWithoutPicturesFailsAgainAndAgain) {
   ExpectNothingLeft();
 }
 
-TEST(SourceProbeTest, ACauseThatIsTooLongIsCutBetweenCharacters) {
+TEST(SourceProbeTest, TooLongCauseIsCutBetweenCharacters) {
   char field[6];
   for (const auto& [text, kept] : {std::pair{"", ""},
                                    {"12345", "12345"},

@@ -103,7 +103,7 @@ TEST_F(FileVideoSourceTest, EveryJumpGivesThePictureOfAPlainRead) {
   }
 }
 
-TEST_F(FileVideoSourceTest, DamageInALongGroupShowsTheSamePicturesHoweverItIsReached) {
+TEST_F(FileVideoSourceTest, DamagedGroupShowsTheSamePicturesAfterAJump) {
   const std::string path = Write("damaged.mp4", {.frames = 200, .gop = 100, .bFrames = 3});
   std::string bytes = folder.Read("damaged.mp4");
   const std::size_t data = bytes.find("mdat"), index = bytes.find("moov");

@@ -17,7 +17,7 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-TEST(OutputColour, FollowsTheHeightOfTheMovie) {
+TEST(OutputColourTest, FollowsTheHeightOfTheMovie) {
   EXPECT_EQ(OutputColour(480).matrix, AVCOL_SPC_SMPTE170M);
   EXPECT_EQ(OutputColour(576).matrix, AVCOL_SPC_BT470BG);
   EXPECT_EQ(OutputColour(578).matrix, AVCOL_SPC_BT709);
@@ -25,7 +25,7 @@ TEST(OutputColour, FollowsTheHeightOfTheMovie) {
   EXPECT_EQ(MatrixOfHeight(578), OutputMatrix::Bt709);
 }
 
-TEST(FitPicture, KeepsTheShapeOnEvenPixels) {
+TEST(FitPictureTest, KeepsTheShapeOnEvenPixels) {
   struct Case {
     int width, height;
     AVRational aspect;
@@ -68,7 +68,7 @@ FramePtr Quarters(FramePool& pool) {
   return frame;
 }
 
-TEST(FrameFitter, TurnsAsTheDisplayMatrixSaysBetweenBlackBars) {
+TEST(FrameFitterTest, TurnsAsTheDisplayMatrixSaysBetweenBlackBars) {
   struct Case {
     double counterClockwise;
     bool mirrored;
@@ -153,7 +153,7 @@ testing::AssertionResult IsUniformBetweenBars(const AVFrame& frame, const FitRec
   return testing::AssertionSuccess();
 }
 
-TEST(FrameFitter, WritesNothingBesideThePicture) {
+TEST(FrameFitterTest, WritesNothingBesideThePicture) {
   constexpr int kWidth = 160, kHeight = 64, kGuard = 0xA5;
   struct Kind {
     AVPixelFormat format;
@@ -212,7 +212,7 @@ std::array<int, 3> OrangeIn(double kr, double kb, bool fullRange, int depth) {
           static_cast<int>(v * scale + 0.5)};
 }
 
-TEST(FrameFitter, BringsEveryMatrixAndRangeToTheMovies) {
+TEST(FrameFitterTest, BringsEveryMatrixAndRangeToTheMovies) {
   const auto bt709 = [](bool full, int depth = 8) { return OrangeIn(0.2126, 0.0722, full, depth); };
   const auto bt601 = [](bool full) { return OrangeIn(0.299, 0.114, full, 8); };
   const auto bt2020 = [](bool full, int depth = 8) { return OrangeIn(0.2627, 0.0593, full, depth); };
@@ -254,7 +254,7 @@ std::array<int, 3> FitOne(const AVFrame& source, int movieHeight) {
   return {middle(0), middle(1), middle(2)};
 }
 
-TEST(FrameFitter, GreysStayNeutralAndKeepTheirLevel) {
+TEST(FrameFitterTest, GreysStayNeutralAndKeepTheirLevel) {
   const auto expect = [](AVPixelFormat format, int sample, int neutral, AVColorSpace matrix,
                          AVColorRange range, double level) {
     const FramePtr source = Uniform(format, {sample, neutral, neutral}, matrix, range);

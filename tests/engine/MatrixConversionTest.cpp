@@ -61,7 +61,7 @@ class Picture {
   std::vector<std::uint8_t> m_bytes;
 };
 
-TEST(MatrixConversion, IsExactWithinHalfALevelForEveryPairAndInPlace) {
+TEST(MatrixConversionTest, IsExactWithinHalfALevelForEveryPairAndInPlace) {
   const Encoding encodings[] = {
       {AVCOL_SPC_SMPTE170M, 0.299, 0.114, false},
       {AVCOL_SPC_BT709, 0.2126, 0.0722, false},

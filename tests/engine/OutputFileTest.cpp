@@ -1,4 +1,4 @@
-// A killed render costs disk space only until the next one, and no render touches another's file.
+// What renders leave in the folder of their output, and which outputs they refuse.
 #include "engine/OutputFile.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ std::set<std::string> NamesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-TEST(OutputFileTest, LeftoversOfTheSameMovieGoAndEverythingElseStays) {
+TEST(OutputFileTest, LeftoversOfTheSameMovieAreRemovedAndNothingElse) {
   TempFolder folder;
   const std::filesystem::path root = std::filesystem::path(folder.Write("movie.mp4", "older")).parent_path();
   const std::set<std::string> kept{"movie.mp4",
@@ -60,7 +60,7 @@ Result WriteMovie(const std::filesystem::path& path) {
   return file.Commit();
 }
 
-TEST(OutputFileTest, ALinkIsFollowedAndTheOlderFilesRightsAreKept) {
+TEST(OutputFileTest, LinkIsFollowedAndTheOlderFilesRightsAreKept) {
   TempFolder folder;
   const std::filesystem::path root = folder.Path();
   std::filesystem::create_directory(root / "movies");
@@ -81,7 +81,7 @@ TEST(OutputFileTest, ALinkIsFollowedAndTheOlderFilesRightsAreKept) {
   }
 }
 
-TEST(OutputFileTest, WhateverIsNoOrdinaryWritableFileIsRefused) {
+TEST(OutputFileTest, OutputThatIsNoOrdinaryWritableFileIsRefused) {
   TempFolder folder;
   const std::filesystem::path root = folder.Path();
   std::filesystem::create_directory(root / "folder.mp4");

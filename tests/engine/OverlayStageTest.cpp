@@ -40,7 +40,7 @@ FramePtr Gradient(FramePool& pool) {
 
 int Luma(const AVFrame& frame, int x, int y) { return frame.data[0][y * frame.linesize[0] + x]; }
 
-TEST(OverlayStage, CallsOnceForEachFrameOfTheSpans) {
+TEST(OverlayStageTest, CallsOnceForEachFrameOfTheSpans) {
   Painter painter;
   OverlayStage stage(&painter, {{2, 3, 2, 5}, {4, 4, 7, 8}, {9, 9, 1, 1}}, kWidth, kHeight);
   FramePool pool;
@@ -54,7 +54,7 @@ TEST(OverlayStage, CallsOnceForEachFrameOfTheSpans) {
                                                   std::array{4, 7, 8}, std::array{9, 1, 1}));
 }
 
-TEST(OverlayStage, TakesExactlyTheDrawnPixelsUnlessTheCallbackFails) {
+TEST(OverlayStageTest, TakesExactlyTheDrawnPixelsUnlessTheCallbackFails) {
   Painter painter;
   painter.paint = [](std::uint8_t* bytes) {
     // A white 3 by 2 patch with its lower left corner at (50, 10) counted from the bottom left.

@@ -52,7 +52,7 @@ TEST_F(EngineRenderTest, EverySourceGivesExactlyTheFramesOfEachCut) {
   }
 }
 
-TEST_F(EngineRenderTest, ClipsMayGoToAndFroBetweenSources) {
+TEST_F(EngineRenderTest, ClipsAlternatingBetweenSourcesShowTheirOwnFrames) {
   std::vector<std::string> sources;
   for (std::uint32_t i = 0; i < 5; ++i) {
     sources.push_back(Write(std::to_string(i) + ".mp4", {.frames = 60, .firstNumber = i * 100}));
@@ -77,14 +77,14 @@ TEST_F(EngineRenderTest, ClipsMayGoToAndFroBetweenSources) {
   EXPECT_EQ(MovieReader(Path("out.mp4")).RemainingNumbers(), expected);
 }
 
-TEST_F(EngineRenderTest, HoldsFramesOfASourceWithVariableRate) {
+TEST_F(EngineRenderTest, FramesOfASourceWithVariableRateAreHeld) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(Write("source.mkv", {.timesMs = {0, 40, 160, 200, 360}}), 0, 11);
   ASSERT_EQ(job.Run(), kOk) << job.log;
   EXPECT_THAT(MovieReader(Path("out.mp4")).RemainingNumbers(), ElementsAre(0, 1, 1, 1, 2, 3, 3, 3, 3, 4, 4));
 }
 
-TEST_F(EngineRenderTest, KeepsGoodFramesOfACutOffSource) {
+TEST_F(EngineRenderTest, GoodFramesOfATruncatedSourceAreShown) {
   const std::string source = Write("source.ts", {.frames = 60});
   std::filesystem::resize_file(source, std::filesystem::file_size(source) / 2);
   RenderJob job(Path("out.mp4"));
@@ -206,7 +206,7 @@ TEST_F(EngineRenderTest, PcmSamplesAreRoundedToTheNearestAndClipped) {
   }
 }
 
-TEST_F(EngineRenderTest, WritesTheTimeZoneItem) {
+TEST_F(EngineRenderTest, TimeZoneItemIsWritten) {
   RenderJob job(Path("out.mp4"));
   job.AddClip(Write("source.mp4", {.frames = 5}), 0, 5);
   VRXMetaData item;
@@ -238,7 +238,7 @@ class Stills : public IVRXRawInputCallback {
   std::vector<int> numbers;
 };
 
-TEST_F(EngineRenderTest, PullsStillPicturesAndFillsTheMissingOnesWithBlack) {
+TEST_F(EngineRenderTest, StillPicturesArePulledAndMissingOnesAreBlack) {
   RenderJob job(Path("out.mp4"));
   Stills stills;
   VRXBasebandSourceStreamInfo clip;
@@ -261,7 +261,7 @@ TEST_F(EngineRenderTest, PullsStillPicturesAndFillsTheMissingOnesWithBlack) {
   EXPECT_FALSE(movie.NextFrame(frame));
 }
 
-TEST_F(EngineRenderTest, SkipsNothingAndRepeatsNothingInThousandsOfClips) {
+TEST_F(EngineRenderTest, ThousandsOfClipsSkipAndRepeatNoFrame) {
   const std::string source = Write("source.mp4", {.frames = 8});
   RenderJob job(Path("out.mp4"));
   std::vector<int> expected;

@@ -11,7 +11,7 @@ namespace {
 constexpr FrameDuration kFilm{1001, 30000};
 constexpr FrameDuration kTwentyFive{1, 25};
 
-TEST(TimelinePlanTest, CountsTheFramesOfFileClipsAndRefusesTimesThatNoMovieHas) {
+TEST(TimelinePlanTest, FramesOfFileClipsAreCountedAndImpossibleTimesRefused) {
   struct Case {
     std::int64_t start, end;
     std::uint64_t scale;
@@ -68,7 +68,7 @@ struct NoPainter : IVRXIntermediateRawOutputCallback {
   bool ProcessFrame(std::uint64_t, void*, std::uint32_t, std::int32_t, std::int32_t) override { return true; }
 };
 
-TEST(OverlaySpansTest, HoldBothEndsAndNameEachFrameOnce) {
+TEST(OverlaySpansTest, SpansIncludeBothEndsAndEachFrameOnce) {
   struct Range {
     std::uint64_t start, end, scale;
     std::int32_t stage;
@@ -105,7 +105,7 @@ TEST(OverlaySpansTest, HoldBothEndsAndNameEachFrameOnce) {
   }
 }
 
-TEST(SourcePathTest, FindsTheFileBehindEveryFormOfPath) {
+TEST(SourcePathTest, EveryFormOfPathBecomesItsNativePath) {
   EXPECT_EQ(NativePath(u"/a\\b.mp4"), "/a\\b.mp4");
   EXPECT_EQ(NativePath(u"Z:\\movies\\a.mp4"), "/movies/a.mp4");
   EXPECT_EQ(NativePath(u"z:/movies/a.mp4"), "/movies/a.mp4");
