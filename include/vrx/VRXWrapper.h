@@ -44,7 +44,8 @@ class IVRXWrapper {
   /// Null keeps the callback that was set before.
   virtual void SetCallback(IVRXWrapperCallback* callback) = 0;
   /// Reads the project document and prepares the render on the calling thread. It reports nothing: an
-  /// unusable project makes the following StartRender report OnRenderError with XpErrNoObject. Must not
+  /// unusable project, or one whose output is a file that it reads, makes the following StartRender report
+  /// OnRenderError with XpErrNoObject. Must not
   /// overlap a running render; it is ignored then. A relative path counts from the working folder, relative
   /// paths inside the document from the document's folder.
   virtual void SetProjectFile(XpString path) = 0;

@@ -6,6 +6,7 @@
 #include "foundation/platform/LocalTime.h"
 #include "foundation/text/XpFormat.h"
 #include "src/log/RenderLog.h"
+#include "src/project/InputFiles.h"
 #include "src/project/ProjectPath.h"
 
 namespace vrx::job {
@@ -106,6 +107,7 @@ void RenderJob::Load(const XpString& projectPath) {
   m_isUsable = movie.IsUsable();
   AddTracks(project, movie.sums);
   AddOutput(project);
+  RefuseInputAsOutput(project);
   if (project.painterEffect.IsEmpty()) return;
   movie.hasBaseband = m_basebandObject != nullptr;
   m_overlays.SetUp(project::ResolvePath(m_projectPath, project.painterEffect), movie, *m_systemOutput);
@@ -144,6 +146,15 @@ void RenderJob::AddOutput(const TKLXOutputXml& project) {
   const SystemKind kind = SystemKindOf(m_systemOutput->video->specificationType);
   m_systemOutput->systemType = kind.systemType;
   if (kind.hasTimeZone) m_systemOutput->metaData = BuildTimeZoneMetaData().release();
+}
+
+void RenderJob::RefuseInputAsOutput(const TKLXOutputXml& project) {
+  const XpString outputPath = project::ResolvePath(m_projectPath, project.outputFilePath);
+  const std::vector<project::InputFile> inputs = project::ListInputFiles(m_projectPath, project);
+  const project::InputFile* input = project::FindOutputAmongInputs(outputPath, inputs);
+  if (input == nullptr) return;
+  LogLine(kUpdate, u"Error: the output file is " + input->Role() + u".");
+  m_isUsable = false;
 }
 
 IVRXRawInputCallback* RenderJob::AddBaseband(const XpString& documentPath,

@@ -29,7 +29,7 @@ class RenderJob {
   /// painters and the decoder of still pictures stay from one project to the next.
   void Load(const XpString& projectPath);
 
-  /// The document had output settings and a frame length.
+  /// The document had output settings and a frame length, and its output is none of the files that it reads.
   bool IsUsable() const { return m_isUsable; }
   /// A clip of this project or of an earlier one asks for the GPU capability block.
   bool WantsGpuSetting() const { return m_wantsGpuSetting; }
@@ -46,6 +46,8 @@ class RenderJob {
  private:
   void AddTracks(const TKLXOutputXml& project, timeline::ClipSums& sums);
   void AddOutput(const TKLXOutputXml& project);
+  /// A render that would replace a file that it reads is not usable.
+  void RefuseInputAsOutput(const TKLXOutputXml& project);
   /// Reads the document of a clip of still images and gives what the engine pulls its frames from.
   IVRXRawInputCallback* AddBaseband(const XpString& documentPath, const VRXVideoOutputSetting& video);
 

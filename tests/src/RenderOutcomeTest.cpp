@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "src/manager/ProgressFilter.h"
+#include "tests/src/BasebandText.h"
 #include "tests/src/WrapperFixture.h"
 
 namespace {
@@ -91,6 +92,33 @@ TEST_F(WrapperTest, CallbackThatThrowsEndsTheRenderWithOneReport) {
   Release();
   EXPECT_THAT(throwsFirst.GetReports(), ElementsAre("start", "error 8003"));
   EXPECT_THAT(throwsLast.GetReports(), ElementsAre("start", "100", "end"));
+}
+
+TEST_F(WrapperTest, OutputThatIsAnInputIsRefusedAndStaysAsItIs) {
+  folder.Write("painter.xml", "<plist><dict/></plist>");
+  folder.Write("still.png", "picture");
+  folder.Write("stills.xml", BasebandText(ImageText(1, "still.png", 0, 9)));
+  folder.Write("sound.wav", "sound");
+  std::filesystem::create_symlink(folder.Path() / "painter.xml", folder.Path() / "link.mp4");
+  ProjectText project;
+  project.videoTrack = ClipText("stills.xml", "0", "1000", "<key>SourceType</key><integer>4</integer>");
+  project.audioTrack = ClipText("sound.wav", "0", "1000");
+  project.moreOutput = "<key>PainterEffect</key><string>painter.xml</string>";
+  for (const char* output :
+       {"painter.xml", "still.png", "stills.xml", "sound.wav", "project.vrx", "link.mp4"}) {
+    project.output = output;
+    SetProject(project);
+    const std::string before = folder.Read(output);
+    RecordingCallback reports;
+    wrapper->SetCallback(&reports);
+    wrapper->StartRender();
+    reports.WaitForEnd();
+    EXPECT_EQ(reports.GetReports().back(), "error 8003") << output;
+    EXPECT_EQ(folder.Read(output), before) << output;
+    Release();
+    ASSERT_EQ(VRXWrapper::CreateVRXWrapper(true, &wrapper), 0);
+  }
+  EXPECT_THAT(script->calls, testing::Not(testing::Contains("CreateSequence")));
 }
 
 TEST_F(WrapperTest, ProjectWithoutAFrameLengthIsReported) {
