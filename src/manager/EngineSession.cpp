@@ -10,10 +10,10 @@ namespace {
 constexpr char16_t kRender[] = u"renderToFile";
 
 void LogResult(const char16_t* caller, const char16_t* format, std::int32_t result,
-               std::source_location place = std::source_location::current()) {
+               const char* sourceFile = __builtin_FILE(), std::int32_t sourceLine = __builtin_LINE()) {
   XpString line;
   XpFormat(line, format, result);
-  LogLine(caller, line, place);
+  LogLine(caller, line, sourceFile, sourceLine);
 }
 
 }  // namespace
