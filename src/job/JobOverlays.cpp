@@ -7,8 +7,10 @@ namespace vrx::job {
 
 bool JobOverlays::EnsurePainters() {
   if (m_painters) return true;
+  if (!m_textRenderer) m_textRenderer = std::make_unique<drawing::PangoTextRenderer>();
   IKVSDynamicInfoPainter* painters = nullptr;
-  if (!CreateDynamicInfoPainter(&painters, overlay::GetPainterKinds(), {&m_textRenderer})) return false;
+  const overlay::PainterTools tools{m_textRenderer.get()};
+  if (!CreateDynamicInfoPainter(&painters, overlay::GetPainterKinds(), tools)) return false;
   m_painters.reset(painters);
   return true;
 }

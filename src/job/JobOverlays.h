@@ -35,8 +35,9 @@ class JobOverlays {
 
   void SetUpCallback(const overlay::OverlayPlan& plan, VRXSystemOutputSetting& output);
 
-  PainterInfo m_painterInfo;                  // adopted from the last document that could be read
-  drawing::PangoTextRenderer m_textRenderer;  // of the painters, so it is destroyed after them
+  PainterInfo m_painterInfo;  // adopted from the last document that could be read
+  // Made when first needed, since it loads the fonts; of the painters, so it is destroyed after them.
+  std::unique_ptr<drawing::PangoTextRenderer> m_textRenderer;
   std::unique_ptr<IKVSDynamicInfoPainter, PainterRelease> m_painters;
   std::unique_ptr<TKLXPainterInfoXml> m_painterDocument;
   std::unique_ptr<VRXIntermediateRawOutputCallback> m_rawOutputCallback;  // replaced with each project
