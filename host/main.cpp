@@ -45,7 +45,7 @@ void AddRender(CLI::App& app, Commands& commands) {
                    "auto (a bar on a terminal), bar, json (one object a line) or none")
       ->transform(CLI::CheckedTransformer(styles))
       ->type_name("STYLE")
-      ->option_text("STYLE  auto (a bar on a terminal), bar, json (one object a line), none");
+      ->option_text("STYLE");
   command->add_flag("--quiet", commands.render.quiet, "Print errors only");
   command->add_flag("--allow-missing", commands.render.allowMissing,
                     "Succeed although still pictures are missing: their frames are black");
