@@ -12,7 +12,7 @@
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "overlay/painter/IKVSDynamicInfoPainter.h"
-#include "src/overlay/PainterTable.h"
+#include "src/overlayplan/PainterTable.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ class CaptionedMovie {
     m_info.templateInfo.width = kWidth;
     m_info.templateInfo.height = kHeight;
     IKVSDynamicInfoPainter* painters = nullptr;
-    if (!CreateDynamicInfoPainter(&painters, vrx::overlay::GetPainterKinds(), {&m_text})) return;
+    if (!CreateDynamicInfoPainter(&painters, vrx::overlayplan::GetPainterKinds(), {&m_text})) return;
     m_painters.reset(painters);
     painters->SetPainterInfo(&m_info);
     auto* painter = dynamic_cast<KVSCaptionPainterPlugIn*>(painters->FindPainterByType(KVSPainterCaption));
@@ -54,7 +54,7 @@ class CaptionedMovie {
                        .frameLength = {1, 25},
                        .info = &m_info,
                        .painters = painters,
-                       .kinds = vrx::overlay::GetPainterKinds()});
+                       .kinds = vrx::overlayplan::GetPainterKinds()});
   }
   bool Process(std::uint64_t frame) {
     return m_callback->ProcessFrame(frame, m_buffer.data(), static_cast<std::uint32_t>(m_buffer.size()),

@@ -8,7 +8,7 @@
 
 #include "overlay/document/TKLXPainterInfoXml.h"
 #include "src/check/PainterDocumentCheck.h"
-#include "src/overlay/OverlayRanges.h"
+#include "src/overlayplan/OverlayRanges.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const std::string scratch = "/tmp/vrx-fuzz-painter-" + std::to_string(getpid());
@@ -23,6 +23,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   vrx::check::CheckPainterDocument(document.GetDocument(), path, problems);
   PainterInfo info;
   AdoptPainterInfo(document.GetPainterInfo(), info);
-  vrx::overlay::PlanOverlays({{1001, 30000}, {300300, {}, {{0, 300300}}}}, info);
+  vrx::overlayplan::PlanOverlays({{1001, 30000}, {300300, {}, {{0, 300300}}}}, info);
   return 0;
 }

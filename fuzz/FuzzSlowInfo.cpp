@@ -5,7 +5,7 @@
 
 #include "overlay/callback/TimeGenerators.h"
 #include "src/check/PainterTextCheck.h"
-#include "src/overlay/CaptionTimes.h"
+#include "src/overlayplan/CaptionTimes.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::vector<SlowInfoRecord> records;
@@ -25,6 +25,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CaptionItem caption;
   caption.startMs = 1000;
   caption.endMs = 5000;
-  vrx::overlay::ApplySpeedSections(records, caption);
+  vrx::overlayplan::ApplySpeedSections(records, caption);
   return 0;
 }

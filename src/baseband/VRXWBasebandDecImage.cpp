@@ -8,11 +8,11 @@
 
 #include "foundation/text/XpFormat.h"
 #include "src/baseband/PictureProblems.h"
-#include "src/log/RenderLog.h"
+#include "src/renderlog/RenderLog.h"
 #include "src/project/ProjectPath.h"
 
 using vrx::baseband::BasebandDocument;
-using vrx::render::LogLine;
+using vrx::renderlog::LogLine;
 
 /// Holds the lock for a scope, in the form that a condition variable waits with.
 class VRXWBasebandDecImage::Held {

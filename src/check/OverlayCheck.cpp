@@ -12,8 +12,8 @@
 #include "overlay/document/PainterKeys.h"
 #include "src/check/PainterDocumentCheck.h"
 #include "src/check/PainterTextCheck.h"
-#include "src/overlay/OverlayRanges.h"
-#include "src/overlay/PainterTable.h"
+#include "src/overlayplan/OverlayRanges.h"
+#include "src/overlayplan/PainterTable.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 
@@ -53,14 +53,14 @@ class Intervals {
 /// Why a caption never shows, in the words of the report.
 class CaptionJudge {
  public:
-  CaptionJudge(const PainterInfo& info, const overlay::OverlayPlan& plan, const VRXTimeInfo& frame,
+  CaptionJudge(const PainterInfo& info, const overlayplan::OverlayPlan& plan, const VRXTimeInfo& frame,
                double movieSeconds)
       : m_showsAlways(info.saveMovieMode),
         m_frame(frame),
         m_movieMs(movieSeconds * kMillisecondsPerSecond),
         m_movieFrames(FirstFrameAt(Saturate<std::int64_t>(m_movieMs))) {
     const auto value = static_cast<std::int64_t>(frame.value);
-    for (const overlay::OverlayRange& range : plan.ranges) {
+    for (const overlayplan::OverlayRange& range : plan.ranges) {
       if (range.start <= range.end) m_drawnFrames.Add(range.start / value, range.end / value);
     }
     // Without a log there is never a current clip.
@@ -194,7 +194,7 @@ class OverlayChecker {
 
   /// Frames of a record without a painter go through the callback, but nothing is drawn on them.
   void CheckPainters(const PainterInfo& info) {
-    for (const overlay::PainterKind& kind : overlay::GetPainterKinds()) {
+    for (const overlay::PainterKind& kind : overlayplan::GetPainterKinds()) {
       if (!kind.IsWanted(info) || kind.make != nullptr || kind.documentKey == nullptr) continue;
       Report(m_report.painterPath, Severity::Warning, kind.documentKey,
              u"is valid, but this version draws no such overlay");
@@ -236,7 +236,7 @@ class OverlayChecker {
 
   void AddRows(const TKLXOutputXml& project, const PainterInfo& info) {
     const VRXTimeInfo& frame = m_report.videoSettings->frameDuration;
-    overlay::MovieTimes movie{.frame = frame};
+    overlayplan::MovieTimes movie{.frame = frame};
     const timeline::TimelineContext context{.projectPath = m_file,
                                             .clock = timeline::FrameClock(frame),
                                             .makeBaseband = [&](const auto&) -> IVRXRawInputCallback* {
@@ -245,8 +245,8 @@ class OverlayChecker {
                                             }};
     VRXTimeline scratch;
     AddVideoTrack(project.videoTracks, context, scratch, movie.sums);
-    const overlay::OverlayPlan plan = PlanOverlays(movie, info);
-    for (const overlay::OverlayRange& range : plan.ranges) {
+    const overlayplan::OverlayPlan plan = PlanOverlays(movie, info);
+    for (const overlayplan::OverlayRange& range : plan.ranges) {
       const std::int64_t value = context.clock.GetFrameValue();
       m_report.overlays.push_back({range.start / value, range.end / value,
                                    context.clock.ToSeconds(range.start), context.clock.ToSeconds(range.end)});
@@ -254,7 +254,7 @@ class OverlayChecker {
     if (info.captionInfo.valid && movie.IsUsable()) AddCaptions(info, plan, frame);
   }
 
-  void AddCaptions(const PainterInfo& info, const overlay::OverlayPlan& plan, const VRXTimeInfo& frame) {
+  void AddCaptions(const PainterInfo& info, const overlayplan::OverlayPlan& plan, const VRXTimeInfo& frame) {
     CaptionJudge judge(info, plan, frame, m_report.totalSeconds);
     std::size_t hidden = 0;
     for (const CaptionItem& caption : plan.captions) {

@@ -1,7 +1,7 @@
 #include "src/job/JobOverlays.h"
 
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
-#include "src/overlay/PainterTable.h"
+#include "src/overlayplan/PainterTable.h"
 
 namespace vrx::job {
 
@@ -10,19 +10,19 @@ bool JobOverlays::EnsurePainters() {
   if (!m_textRenderer) m_textRenderer = std::make_unique<drawing::PangoTextRenderer>();
   IKVSDynamicInfoPainter* painters = nullptr;
   const overlay::PainterTools tools{m_textRenderer.get()};
-  if (!CreateDynamicInfoPainter(&painters, overlay::GetPainterKinds(), tools)) return false;
+  if (!CreateDynamicInfoPainter(&painters, overlayplan::GetPainterKinds(), tools)) return false;
   m_painters.reset(painters);
   return true;
 }
 
-void JobOverlays::SetUp(const XpString& path, const overlay::MovieTimes& movie,
+void JobOverlays::SetUp(const XpString& path, const overlayplan::MovieTimes& movie,
                         VRXSystemOutputSetting& output) {
   m_painterDocument = std::make_unique<TKLXPainterInfoXml>();
   if (m_painterDocument->Load(XpPath(path)) != XpOk) return;
   AdoptPainterInfo(m_painterDocument->GetPainterInfo(), m_painterInfo);
-  const overlay::OverlayPlan plan = overlay::PlanOverlays(movie, m_painterInfo);
+  const overlayplan::OverlayPlan plan = overlayplan::PlanOverlays(movie, m_painterInfo);
   if (!plan.isWanted || !EnsurePainters()) return;
-  for (const overlay::OverlayRange& range : plan.ranges) {
+  for (const overlayplan::OverlayRange& range : plan.ranges) {
     VRXIntermediateRawOutputSetting setting;
     setting.startTime = {static_cast<std::uint64_t>(range.start), movie.frame.scale};
     setting.endTime = {static_cast<std::uint64_t>(range.end), movie.frame.scale};
@@ -33,17 +33,17 @@ void JobOverlays::SetUp(const XpString& path, const overlay::MovieTimes& movie,
   SetUpCallback(plan, output);
 }
 
-void JobOverlays::SetUpCallback(const overlay::OverlayPlan& plan, VRXSystemOutputSetting& output) {
+void JobOverlays::SetUpCallback(const overlayplan::OverlayPlan& plan, VRXSystemOutputSetting& output) {
   const VRXVideoOutputSetting& video = *output.video;
   m_painterInfo.templateInfo.width = video.width;
   m_painterInfo.templateInfo.height = video.height;
-  m_rawOutputCallback =
-      std::make_unique<VRXIntermediateRawOutputCallback>(OverlayContext{.width = video.width,
-                                                                        .height = video.height,
-                                                                        .frameLength = video.frameDuration,
-                                                                        .info = &m_painterInfo,
-                                                                        .painters = m_painters.get(),
-                                                                        .kinds = overlay::GetPainterKinds()});
+  m_rawOutputCallback = std::make_unique<VRXIntermediateRawOutputCallback>(
+      OverlayContext{.width = video.width,
+                     .height = video.height,
+                     .frameLength = video.frameDuration,
+                     .info = &m_painterInfo,
+                     .painters = m_painters.get(),
+                     .kinds = overlayplan::GetPainterKinds()});
   m_rawOutputCallback->ResetTimeGenerators(plan.speedSections);
   output.rawOutput = m_rawOutputCallback.get();
   m_painters->SetPainterInfo(&m_painterInfo);

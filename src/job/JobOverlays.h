@@ -8,7 +8,7 @@
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/document/TKLXPainterInfoXml.h"
 #include "overlay/painter/IKVSDynamicInfoPainter.h"
-#include "src/overlay/OverlayRanges.h"
+#include "src/overlayplan/OverlayRanges.h"
 #include "vrx/VRXOutputSetting.h"
 
 namespace vrx::job {
@@ -24,7 +24,7 @@ class JobOverlays {
 
   /// Reads the painter document at `path`, registers its ranges in `output` and configures the painters. A
   /// document that fails leaves the movie without overlays. `movie` holds the frame length and the clips.
-  void SetUp(const XpString& path, const overlay::MovieTimes& movie, VRXSystemOutputSetting& output);
+  void SetUp(const XpString& path, const overlayplan::MovieTimes& movie, VRXSystemOutputSetting& output);
 
   VRXIntermediateRawOutputCallback* GetRawOutputCallback() const { return m_rawOutputCallback.get(); }
 
@@ -33,7 +33,7 @@ class JobOverlays {
     void operator()(IKVSDynamicInfoPainter* painters) const { painters->Release(); }
   };
 
-  void SetUpCallback(const overlay::OverlayPlan& plan, VRXSystemOutputSetting& output);
+  void SetUpCallback(const overlayplan::OverlayPlan& plan, VRXSystemOutputSetting& output);
 
   PainterInfo m_painterInfo;  // adopted from the last document that could be read
   // Made when first needed, since it loads the fonts; of the painters, so it is destroyed after them.

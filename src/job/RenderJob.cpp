@@ -5,14 +5,14 @@
 
 #include "foundation/platform/LocalTime.h"
 #include "foundation/text/XpFormat.h"
-#include "src/log/RenderLog.h"
 #include "src/project/InputFiles.h"
 #include "src/project/ProjectPath.h"
+#include "src/renderlog/RenderLog.h"
 
 namespace vrx::job {
 namespace {
 
-using render::LogLine;
+using renderlog::LogLine;
 
 constexpr char16_t kUpdate[] = u"updateOutputInfoByCurrentProjectFile";
 
@@ -103,7 +103,7 @@ void RenderJob::Load(const XpString& projectPath) {
     LogLine(kUpdate, u"Error: the project has no video output settings.");
     return;
   }
-  overlay::MovieTimes movie{.frame = project.videoSettings->frameDuration};
+  overlayplan::MovieTimes movie{.frame = project.videoSettings->frameDuration};
   m_isUsable = movie.IsUsable();
   AddTracks(project, movie.sums);
   AddOutput(project);

@@ -2,10 +2,12 @@
 
 #include "foundation/platform/Module.h"
 #include "foundation/text/XpFormat.h"
-#include "src/log/RenderLog.h"
+#include "src/renderlog/RenderLog.h"
 
 namespace vrx::render {
 namespace {
+
+using renderlog::LogLine;
 
 constexpr char16_t kRender[] = u"renderToFile";
 

@@ -3,11 +3,13 @@
 #include <atomic>
 
 #include "src/gpu/GPUChecker.h"
-#include "src/log/RenderLog.h"
 #include "src/manager/ProgressFilter.h"
+#include "src/renderlog/RenderLog.h"
 
 namespace vrx::render {
 namespace {
+
+using renderlog::LogLine;
 
 constexpr char16_t kRender[] = u"renderToFile";
 

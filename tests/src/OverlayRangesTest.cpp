@@ -3,16 +3,16 @@
 
 #include <gmock/gmock.h>
 
-#include "src/overlay/OverlayRanges.h"
+#include "src/overlayplan/OverlayRanges.h"
 
 namespace {
 
 using testing::ElementsAre;
-using vrx::overlay::ComputeTemplateRange;
-using vrx::overlay::MovieTimes;
-using vrx::overlay::OverlayPlan;
-using vrx::overlay::OverlayRange;
-using vrx::overlay::PlanOverlays;
+using vrx::overlayplan::ComputeTemplateRange;
+using vrx::overlayplan::MovieTimes;
+using vrx::overlayplan::OverlayPlan;
+using vrx::overlayplan::OverlayRange;
+using vrx::overlayplan::PlanOverlays;
 
 using Times = std::pair<std::int32_t, std::int32_t>;
 

@@ -1,13 +1,13 @@
-#include "src/overlay/OverlayRanges.h"
+#include "src/overlayplan/OverlayRanges.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "foundation/number/Saturate.h"
-#include "src/overlay/CaptionTimes.h"
-#include "src/overlay/PainterTable.h"
+#include "src/overlayplan/CaptionTimes.h"
+#include "src/overlayplan/PainterTable.h"
 
-namespace vrx::overlay {
+namespace vrx::overlayplan {
 std::int64_t GetTotalDuration(const timeline::ClipSums& sums) {
   std::int64_t total = sums.overlayDuration;
   for (const std::int64_t duration : sums.nonOverlayDurations) total = SaturatedAdd(total, duration);
@@ -54,13 +54,14 @@ std::vector<OverlayRange> ComputeCaptionRanges(const MovieTimes& movie,
 
 OverlayPlan PlanOverlays(const MovieTimes& movie, const PainterInfo& info) {
   OverlayPlan plan;
-  const auto wants = [&](PainterRange range) {
-    const PainterKinds kinds = GetPainterKinds();
-    return std::any_of(kinds.begin(), kinds.end(),
-                       [&](const PainterKind& kind) { return kind.range == range && kind.IsWanted(info); });
+  const auto wants = [&](overlay::PainterRange range) {
+    const overlay::PainterKinds kinds = GetPainterKinds();
+    return std::any_of(kinds.begin(), kinds.end(), [&](const overlay::PainterKind& kind) {
+      return kind.range == range && kind.IsWanted(info);
+    });
   };
-  const bool hasTemplate = wants(PainterRange::Template);
-  if ((!hasTemplate && !wants(PainterRange::Captions)) || !movie.IsUsable()) return plan;
+  const bool hasTemplate = wants(overlay::PainterRange::Template);
+  if ((!hasTemplate && !wants(overlay::PainterRange::Captions)) || !movie.IsUsable()) return plan;
   plan.isWanted = true;
   ParseSlowInfoData(info.slowInfoData, plan.speedSections);
   ParseCaptionString(info.captionInfo.captionString, plan.captions);
@@ -75,4 +76,4 @@ OverlayPlan PlanOverlays(const MovieTimes& movie, const PainterInfo& info) {
   return plan;
 }
 
-}  // namespace vrx::overlay
+}  // namespace vrx::overlayplan

@@ -1,4 +1,4 @@
-#include "src/log/RenderLog.h"
+#include "src/renderlog/RenderLog.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 #include "foundation/log/SfLog.h"
 
-namespace vrx::render {
+namespace vrx::renderlog {
 namespace {
 
 /// The path of the source from the top of the tree.
@@ -23,4 +23,4 @@ void LogLine(const char16_t* function, const XpString& line, const char* sourceF
   SfWriteLog(SfLogOutput, false, u"%s", SourceName(sourceFile).c_str(), function, sourceLine, line);
 }
 
-}  // namespace vrx::render
+}  // namespace vrx::renderlog

@@ -1,12 +1,14 @@
-#include "src/overlay/PainterTable.h"
+#include "src/overlayplan/PainterTable.h"
 
 #include <array>
 
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "overlay/document/PainterKeys.h"
 
-namespace vrx::overlay {
+namespace vrx::overlayplan {
 namespace {
+
+using namespace overlay;
 
 std::unique_ptr<KVSPainterPlugInBase> MakeCaption(const PainterTools& tools) {
   return std::make_unique<KVSCaptionPainterPlugIn>(*tools.textRenderer);
@@ -25,6 +27,6 @@ constexpr std::array kPainterKinds{
 
 }  // namespace
 
-PainterKinds GetPainterKinds() { return kPainterKinds; }
+overlay::PainterKinds GetPainterKinds() { return kPainterKinds; }
 
-}  // namespace vrx::overlay
+}  // namespace vrx::overlayplan

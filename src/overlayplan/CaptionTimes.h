@@ -11,7 +11,7 @@
 #include "overlay/document/SlowInfoRecord.h"
 #include "vrx/VRXTimeline.h"
 
-namespace vrx::overlay {
+namespace vrx::overlayplan {
 
 struct CaptionTimeContext {
   VRXTimeInfo frame;  // must have a length
@@ -28,4 +28,4 @@ void ApplySpeedSections(std::span<const SlowInfoRecord> sections, CaptionItem& c
 void PrepareCaptions(const CaptionTimeContext& context, std::span<const SlowInfoRecord> sections,
                      std::span<CaptionItem> captions);
 
-}  // namespace vrx::overlay
+}  // namespace vrx::overlayplan

@@ -1,4 +1,4 @@
-#include "src/overlay/CaptionTimes.h"
+#include "src/overlayplan/CaptionTimes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include "foundation/number/Saturate.h"
 #include "src/timeline/FrameClock.h"
 
-namespace vrx::overlay {
+namespace vrx::overlayplan {
 namespace {
 
 using timeline::kMillisecondsPerSecond;
@@ -195,4 +195,4 @@ void PrepareCaptions(const CaptionTimeContext& context, std::span<const SlowInfo
   }
 }
 
-}  // namespace vrx::overlay
+}  // namespace vrx::overlayplan

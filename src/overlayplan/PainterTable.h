@@ -4,9 +4,9 @@
 
 #include "overlay/painter/PainterKind.h"
 
-namespace vrx::overlay {
+namespace vrx::overlayplan {
 
 /// Constant; every user walks the same rows.
-PainterKinds GetPainterKinds();
+overlay::PainterKinds GetPainterKinds();
 
-}  // namespace vrx::overlay
+}  // namespace vrx::overlayplan

@@ -11,7 +11,7 @@
 #include "overlay/document/SlowInfoRecord.h"
 #include "src/timeline/TimelineBuilder.h"
 
-namespace vrx::overlay {
+namespace vrx::overlayplan {
 
 /// What of the project decides about ranges. `frame` is the length of a frame; one without a length gives no
 /// ranges and leaves captions at their times.
@@ -49,4 +49,4 @@ struct OverlayPlan {
 };
 OverlayPlan PlanOverlays(const MovieTimes& movie, const PainterInfo& info);
 
-}  // namespace vrx::overlay
+}  // namespace vrx::overlayplan
