@@ -6,7 +6,8 @@
 
 namespace vrx::imaging {
 
-ImageSource::ImageSource(XpAbstractFile& file) noexcept : m_file(file) {
+ImageSource::ImageSource(XpAbstractFile& file, const std::atomic<bool>* cancel) noexcept
+    : m_file(file), m_cancel(cancel) {
   try {
     m_result = m_file.Stat(nullptr, nullptr, nullptr, &m_size);
   } catch (const std::bad_alloc&) {
@@ -45,6 +46,10 @@ std::size_t ImageSource::Read(void* buffer, std::size_t count) noexcept {
 }
 
 std::size_t ImageSource::ReadFile(std::int64_t position, void* buffer, std::size_t count) noexcept {
+  if (m_cancel != nullptr && m_cancel->load(std::memory_order_relaxed)) {
+    if (m_result == XpOk) m_result = XpErrFailed;
+    return 0;
+  }
   std::uint64_t read = 0;
   XpResult result = XpErrOutOfMemory;
   try {

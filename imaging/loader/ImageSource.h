@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -14,7 +15,8 @@ namespace vrx::imaging {
 /// Borrows an open file and moves its position. Small reads come from a block read ahead.
 class ImageSource {
  public:
-  explicit ImageSource(XpAbstractFile& file) noexcept;
+  /// Reads nothing more once `cancel`, which may be null, is set.
+  explicit ImageSource(XpAbstractFile& file, const std::atomic<bool>* cancel = nullptr) noexcept;
   ImageSource(const ImageSource&) = delete;
   ImageSource& operator=(const ImageSource&) = delete;
 
@@ -37,6 +39,7 @@ class ImageSource {
   std::size_t ReadFile(std::int64_t position, void* buffer, std::size_t count) noexcept;
 
   XpAbstractFile& m_file;
+  const std::atomic<bool>* m_cancel;
   std::int64_t m_size = 0;
   std::int64_t m_position = 0;
   std::int64_t m_blockStart = 0;

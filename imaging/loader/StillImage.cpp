@@ -81,11 +81,11 @@ XpResult OpenAndRead(const XpString& path, const StillImageRequest& request, Sti
 
 XpResult ReadStillImage(XpAbstractFile& file, const StillImageRequest& request, StillImage* image,
                         std::int32_t& width, std::int32_t& height, XpString* problem) {
-  const auto source = std::make_unique<ImageSource>(file);  // its block is large for a stack
+  const auto source = std::make_unique<ImageSource>(file, request.cancel);  // its block is large for a stack
   ImageReading reading(*source, request, image);
   ReadAny(reading);
   const XpResult result = reading.Result();
-  if (result != XpOk && !reading.IsPartial()) {
+  if (result != XpOk && (!reading.IsPartial() || request.IsCancelled())) {
     if (image != nullptr) *image = StillImage();
     return Report(result, reading.Words(), problem);
   }

@@ -2,6 +2,7 @@
 // photographs: tags and profiles are not kept.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -27,6 +28,10 @@ struct StillImageRequest {
   std::int32_t enoughWidth = 0;
   std::int32_t enoughHeight = 0;
   StillImageLimits limits;
+  /// Once set, by any thread, the reading ends soon and fails with XpErrFailed. May be null.
+  const std::atomic<bool>* cancel = nullptr;
+
+  bool IsCancelled() const { return cancel != nullptr && cancel->load(std::memory_order_relaxed); }
 };
 
 struct StillImage {

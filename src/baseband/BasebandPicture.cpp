@@ -125,8 +125,9 @@ PictureReader PictureReader::OfFiles() { return {&imaging::LoadStillImage, &imag
 
 std::unique_ptr<XpPixmap24NoHandle> DecodePicture(const DecodeJob& job, std::int32_t targetWidth,
                                                   std::int32_t targetHeight, const PictureReader& reader,
-                                                  XpString& problem) {
+                                                  XpString& problem, const std::atomic<bool>* cancel) {
   StillImageRequest request;
+  request.cancel = cancel;
   request.rows = imaging::RowOrder::BottomUp;
   std::int32_t width = 0;
   std::int32_t height = 0;

@@ -49,9 +49,11 @@ struct PictureReader {
 };
 
 /// Loads no more pixels than the fit can show, and composes them. Null when the picture cannot be loaded. The
-/// cause of that, or of a picture that is only partial, is in `problem`, which stays empty otherwise.
+/// cause of that, or of a picture that is only partial, is in `problem`, which stays empty otherwise. Once
+/// `cancel` is set, by any thread, it ends soon without a picture.
 std::unique_ptr<XpPixmap24NoHandle> DecodePicture(const DecodeJob& job, std::int32_t targetWidth,
                                                   std::int32_t targetHeight, const PictureReader& reader,
-                                                  XpString& problem);
+                                                  XpString& problem,
+                                                  const std::atomic<bool>* cancel = nullptr);
 
 }  // namespace vrx::baseband

@@ -8,8 +8,8 @@
 
 #include "foundation/text/XpFormat.h"
 #include "src/baseband/PictureProblems.h"
-#include "src/renderlog/RenderLog.h"
 #include "src/project/ProjectPath.h"
+#include "src/renderlog/RenderLog.h"
 
 using vrx::baseband::BasebandDocument;
 using vrx::renderlog::LogLine;
@@ -43,6 +43,7 @@ void VRXWBasebandDecImage::Close() {
     const Held held(lock);
     running = false;
   }
+  m_stopsReading = true;
   m_changed.notify_all();
   XpThreadJoin(std::exchange(decoder, nullptr));
   LogCounts();
@@ -55,6 +56,7 @@ void VRXWBasebandDecImage::Close() {
   m_images = 0;
   m_hasWanted = false;
   m_counts = {};
+  m_stopsReading = m_isCancelled;
   opened = false;
 }
 
@@ -185,12 +187,13 @@ XpSharedPtr<XpPixmapBase> VRXWBasebandDecImage::Decode(const QueuedJob& queued) 
   XpSharedPtr<XpPixmapBase> pixmap;
   XpString problem;
   try {
-    auto picture = vrx::baseband::DecodePicture(job, targetWidth, targetHeight, m_hooks.reader, problem);
+    auto picture = vrx::baseband::DecodePicture(job, targetWidth, targetHeight, m_hooks.reader, problem,
+                                                &m_stopsReading);
     if (picture) pixmap = XpSharedPtr<XpPixmapBase>(picture.release());
   } catch (const std::exception& error) {
     problem = XpNarrowString(error.what()).ToWide();
   }
-  if (pixmap && problem.IsEmpty()) return pixmap;
+  if ((pixmap && problem.IsEmpty()) || m_stopsReading) return pixmap;
   LogLine(u"Decode", job.imagePath + (pixmap ? u" is shown only in part: " : u" is left out: ") + problem);
   Report(queued.place, job.imagePath, problem, static_cast<bool>(pixmap));
   return pixmap;
@@ -283,6 +286,7 @@ bool VRXWBasebandDecImage::GetFrame(std::uint32_t index, std::uint64_t frame, vo
 void VRXWBasebandDecImage::CancelWaits() {
   const Held held(lock);
   m_isCancelled = true;
+  m_stopsReading = true;
   m_changed.notify_all();
 }
 

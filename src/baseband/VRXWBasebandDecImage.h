@@ -2,6 +2,7 @@
 // cache. VRXWBasebandVideoObject, which is what the engine sees, owns one.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -38,7 +39,7 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   };
 
   explicit VRXWBasebandDecImage(VRXWBasebandHooks hooks = {});
-  /// Stops the decoder after the picture that it is decoding.
+  /// Stops the decoder, which gives up the picture that it is decoding.
   ~VRXWBasebandDecImage() override;
 
   void Open(const XpString& newPath) override;
@@ -57,8 +58,8 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   /// span, or past the last one, ends the document.
   bool GetFrame(std::uint32_t index, std::uint64_t frame, void* buffer, std::uint32_t size);
 
-  /// Ends every wait of GetFrame for a picture, now and later: a picture that is not there yet is then
-  /// missing. From any thread.
+  /// Ends every wait of GetFrame and the decoding of pictures, now and later: a picture that is not there yet
+  /// is then missing. From any thread.
   void CancelWaits();
 
   Counts GetCounts();
@@ -114,5 +115,6 @@ class VRXWBasebandDecImage final : public XpXmlParser {
   QueuedSpan m_wanted;  // the one that GetFrame shows
   bool m_hasWanted = false;
   bool m_isCancelled = false;
+  std::atomic<bool> m_stopsReading = false;  // the picture that is being decoded is no longer wanted
   Counts m_counts;
 };

@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "tests/imaging/ImageFiles.h"
 
@@ -184,6 +185,39 @@ TEST(DamagedImageTest, JpegWithThousandsOfScansIsRefused) {
   const Loaded loaded = Load(many + "\xFF\xD9");
   EXPECT_EQ(loaded.result, XpErrInvalidFile);
   EXPECT_NE(loaded.problem.find("scans"), std::string::npos) << loaded.problem;
+}
+
+/// A file during whose second read the user cancels.
+class CancelledFile final : public XpMemoryFile {
+ public:
+  explicit CancelledFile(Bytes& bytes) {
+    Attach(bytes.data(), static_cast<std::int64_t>(bytes.size()), false);
+  }
+  XpResult Read(void* buffer, std::uint64_t count, std::uint64_t* read) override {
+    cancel = ++m_reads > 1;
+    return XpMemoryFile::Read(buffer, count, read);
+  }
+  std::atomic<bool> cancel = false;
+  int GetReads() const { return m_reads; }
+
+ private:
+  int m_reads = 0;
+};
+
+TEST(DamagedImageTest, CancelEndsTheReadingWithoutAPicture) {
+  const Samples rgb = Noise(400, 300, 3), grey = Noise(400, 300, 1);
+  Bytes rows(400 * 300 * 3, 'x');
+  for (Bytes file : {Png(rgb), Jpeg(rgb), Gif(grey, {400, 300, 0, 0, -1, false}),
+                     TiffInOrder(grey, 1, 3, false), Bmp(400, -300, {24, 0, {}, rows})}) {
+    SCOPED_TRACE(file.substr(0, 4));
+    CancelledFile source(file);
+    Loaded loaded;
+    loaded.result = vrx::imaging::ReadStillImage(source, {.cancel = &source.cancel}, &loaded.image,
+                                                 loaded.width, loaded.height, nullptr);
+    EXPECT_EQ(loaded.result, XpErrFailed);
+    EXPECT_EQ(loaded.image.pixmap, nullptr);
+    EXPECT_EQ(source.GetReads(), 2);
+  }
 }
 
 }  // namespace
