@@ -9,8 +9,9 @@
 #include "foundation/file/XpAbstractFile.h"
 
 /// Writes a new file beside `path`, under a random name, and renames it into place when it is complete and on
-/// the disk. Links are followed to their target. An older file's permissions, owner and marks carry over; a
-/// new file gets the usual permissions. After a failure the old file is whole and nothing is left beside it.
+/// the disk. Links are followed to their target. An older file's permissions, owner and marks carry over, but
+/// not the right to run as its owner or group; a new file gets the usual permissions. After a failure the old
+/// file is whole and nothing is left beside it.
 ///
 /// Where the old file may be written to but its folder may not, or the owner cannot be carried over, the
 /// content is collected in memory and then written over the old file. That is not done in one step: a crash

@@ -1,5 +1,7 @@
 // Every mistake in a project and in the documents that it names is reported with its place, and each caption
 // that never shows with its cause.
+#include <sys/stat.h>
+
 #include <algorithm>
 
 #include <gmock/gmock.h>
@@ -153,10 +155,9 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        false},
       {&ProjectText::output, "", "E OutputFilePath names no file", false},
       {&ProjectText::output, "none/out.mp4", "E OutputFilePath the folder ", false},
-      {&ProjectText::output, "/dev/null", "E OutputFilePath /dev/null is a device, a pipe or a socket",
+      {&ProjectText::output, "socket", "/socket is a device, a pipe or a socket", false},
+      {&ProjectText::videoTrack, ClipText("socket", "0", "1001"), "/socket is a device, a pipe or a socket",
        false},
-      {&ProjectText::videoTrack, ClipText("/dev/zero", "0", "1001"),
-       "E VideoTrack/1 SourceFile /dev/zero is a device, a pipe or a socket", false},
       {&ProjectText::audio, "<key>Channel</key><integer>2</integer>",
        "E SamplingRate must lie between 8000 and 192000 Hz, and is not set", false},
       {&ProjectText::audio,
@@ -167,6 +168,7 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
       {&ProjectText::moreOutput, "<key>PainterEffect</key><string>none.vrx</string>", "W PainterEffect ",
        true},
   };
+  ASSERT_EQ(mknod((m_folder.Path() / "socket").c_str(), S_IFSOCK | 0600, 0), 0);
   project.audioTrack = project.videoTrack;
   const ProjectText good = project;
   for (const Case& c : cases) {

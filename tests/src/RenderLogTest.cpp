@@ -36,7 +36,7 @@ class RenderLogTest : public WrapperTest {
 TEST_F(RenderLogTest, WholeRenderIsLoggedStepByStep) {
   ProjectText project;
   project.videoTrack = ClipText("100%s %n.mp4", "0", "1000", "<key>SourceType</key><integer>2</integer>");
-  project.output = "/tmp/50%d.mp4";
+  project.output = m_home.Path() / "50%d.mp4";
   SetProject(project);
   Render();
   Release();
@@ -48,7 +48,7 @@ TEST_F(RenderLogTest, WholeRenderIsLoggedStepByStep) {
           update + "VideoSourceType: 2", "  VideoFilePath: 100%s %n.mp4",
           "  StartTime: value = 0.000000, Scale = 1000 ", "  EndTime: value = 1000.000000, Scale = 1000 ",
           "   StartTime = 0 framerate = 30000 EndTime = 29029 framerate = 30000",
-          update + "OutputFilePath: /tmp/50%d.mp4", "renderToFile VRXWrapperManager::renderToFile start",
+          update + "OutputFilePath: " + project.output, "renderToFile VRXWrapperManager::renderToFile start",
           testing::StartsWith("renderToFile FUNC_VRX_CreateSequence(00000000) - GetLastError="),
           "renderToFile FUNC_VRX_ReleaseSequence(00000000)", "renderToFile FUNC_VRX_ReleaseVRX(00000000)",
           "renderToFile VRXWrapperManager::renderToFile end."));
