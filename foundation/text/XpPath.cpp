@@ -1,10 +1,12 @@
 #include "foundation/text/XpPath.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include <unicode/uchar.h>
-#include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 namespace {
 
@@ -26,6 +28,13 @@ XpString Comparable(const XpString& path) {
 }
 
 bool IsDriveLetter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }
+
+/// Takes the next character, or a surrogate without its other half, and moves `at` after it.
+UChar32 NextFolded(std::u16string_view text, std::size_t& at) {
+  UChar32 character = 0;
+  U16_NEXT(text.data(), at, text.size(), character);
+  return u_foldCase(character, U_FOLD_CASE_DEFAULT);
+}
 
 }  // namespace
 
@@ -99,6 +108,14 @@ XpString XpPathAddTrailingSlash(const XpString& path) {
 }
 
 int XpCompareNoCase(const XpString& a, const XpString& b) {
-  UErrorCode status = U_ZERO_ERROR;
-  return u_strCaseCompare(a.c_str(), a.Length(), b.c_str(), b.Length(), U_FOLD_CASE_DEFAULT, &status);
+  const std::u16string_view left = a.AsView();
+  const std::u16string_view right = b.AsView();
+  std::size_t i = 0;
+  std::size_t j = 0;
+  while (i < left.size() && j < right.size()) {
+    const UChar32 l = NextFolded(left, i);
+    const UChar32 r = NextFolded(right, j);
+    if (l != r) return l < r ? -1 : 1;
+  }
+  return static_cast<int>(i < left.size()) - static_cast<int>(j < right.size());
 }

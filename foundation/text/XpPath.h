@@ -52,5 +52,6 @@ XpString XpPathStripTrailingSlash(const XpString& path);
 /// The empty path stays empty.
 XpString XpPathAddTrailingSlash(const XpString& path);
 
-/// Ordering of text without regard to case, by Unicode case folding: below, equal to or above 0.
+/// Ordering of text without regard to case, below, equal to or above 0. Each character counts as one, by
+/// Unicode's simple case folding: "Maße" differs from "Masse".
 int XpCompareNoCase(const XpString& a, const XpString& b);

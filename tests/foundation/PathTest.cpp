@@ -53,10 +53,38 @@ TEST(PathTest, ComparingIgnoresCaseAndTheKindOfSeparator) {
   EXPECT_EQ(XpPathCompare(u"C:/a/b", u"c:\\A\\b\\"), XpPathEqual);
   EXPECT_EQ(XpPathCompare(u"/a\\b", u"/a/b"), XpPathDifferent) << "a native name may hold a backslash";
   EXPECT_EQ(XpPathCompare(u"/a", u"\\a"), XpPathDifferent);
+  EXPECT_EQ(XpPathCompare(u"/Ma\u00DFe.mp4", u"/Masse.mp4"), XpPathDifferent) << "two files";
   EXPECT_EQ(XpPathStripTrailingSlash(u"C:\\a\\/\\"), XpString(u"C:\\a"));
   EXPECT_EQ(XpPathAddTrailingSlash(u""), XpString());
   EXPECT_EQ(XpPathParent(u"/opt/vrx"), XpString(u"/opt"));
   EXPECT_EQ(XpPathParent(u"/vrx"), XpString(u"/")) << "a program may be in the root folder";
+}
+
+TEST(PathTest, ComparisonWithoutCaseGoesCharacterByCharacter) {
+  struct Case {
+    const char16_t* a;
+    const char16_t* b;
+    int order;
+  };
+  const Case cases[] = {
+      {u"ABC", u"abc", 0},
+      {u"Ma\u1E9Ee", u"ma\u00DFe", 0},
+      {u"\U00010400", u"\U00010428", 0},
+      {u"\u00DF", u"ss", 1},
+      {u"\uFB01", u"fi", 1},
+      {u"ab", u"ABC", -1},
+      {u"", u"a", -1},
+      {u"a", u"B", -1},
+      {u"\uFFFF", u"\U00010400", -1},
+      // Surrogates without their other half, as in names that are no UTF-8.
+      {u"a\xDC80", u"A\xDC80", 0},
+      {u"\xDC80", u"\xDC81", -1},
+      {u"\xD801", u"\xD801\xDC00", -1},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(XpCompareNoCase(c.a, c.b), c.order) << "case " << (&c - cases);
+    EXPECT_EQ(XpCompareNoCase(c.b, c.a), -c.order);
+  }
 }
 
 TEST(PathTest, NativePathReplacesDrivesAndSeparators) {
