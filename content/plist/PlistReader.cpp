@@ -20,8 +20,7 @@ std::u16string_view NameOf(const DOMNode* node) { return node->getNodeName(); }
 /// Comments and text of white space alone are skipped.
 bool IsSkipped(const DOMNode* node) {
   if (node->getNodeType() == DOMNode::COMMENT_NODE) return true;
-  if (node->getNodeType() != DOMNode::TEXT_NODE) return false;
-  return std::u16string_view(node->getNodeValue()).find_first_not_of(u" \t\r\n") == std::u16string_view::npos;
+  return node->getNodeType() == DOMNode::TEXT_NODE && xml::IsWhiteSpace(node->getNodeValue());
 }
 
 const DOMNode* SkipIgnored(const DOMNode* node) {

@@ -182,13 +182,21 @@ XpResult ReadDocumentBytes(const XpString& path, const XmlLimits& limits, std::v
   return result;
 }
 
+bool IsWhiteSpace(std::u16string_view text) {
+  return text.find_first_not_of(u" \t\r\n") == std::u16string_view::npos;
+}
+
 std::u16string FirstText(const xercesc::DOMNode* node) {
+  std::u16string_view blank;
   // Depth first, without recursion.
   const xercesc::DOMNode* at = node->getFirstChild();
   while (at != nullptr && at != node) {
     const auto type = at->getNodeType();
-    if (type == xercesc::DOMNode::TEXT_NODE || type == xercesc::DOMNode::CDATA_SECTION_NODE) {
-      return at->getNodeValue();
+    const bool isText = type == xercesc::DOMNode::TEXT_NODE;
+    if (isText || type == xercesc::DOMNode::CDATA_SECTION_NODE) {
+      const std::u16string_view text = at->getNodeValue();
+      if (!isText || !IsWhiteSpace(text)) return std::u16string(text);
+      if (blank.empty()) blank = text;
     }
     if (at->getFirstChild() != nullptr) {
       at = at->getFirstChild();
@@ -197,7 +205,7 @@ std::u16string FirstText(const xercesc::DOMNode* node) {
     while (at != node && at->getNextSibling() == nullptr) at = at->getParentNode();
     if (at != node) at = at->getNextSibling();
   }
-  return {};
+  return std::u16string(blank);
 }
 
 }  // namespace vrx::xml

@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
@@ -72,7 +73,11 @@ class XmlDocument {
 XpResult ReadDocumentBytes(const XpString& path, const XmlLimits& limits, std::vector<char>& bytes,
                            XmlProblem& problem);
 
-/// Text of the first text or CDATA node met when walking down from `node`; empty when there is none.
+/// True also for no text.
+bool IsWhiteSpace(std::u16string_view text);
+
+/// Text of the first text or CDATA node met when walking down from `node`; empty when there is none. White
+/// space before it, as before a CDATA section on a line of its own, counts only when nothing else follows.
 std::u16string FirstText(const xercesc::DOMNode* node);
 
 }  // namespace vrx::xml

@@ -66,6 +66,24 @@ TEST(PlistReadTest, EveryTypeIsRead) {
   EXPECT_EQ(when.GetSecond(), 5);
 }
 
+TEST(PlistReadTest, CdataMayStandOnALineOfItsOwn) {
+  const std::pair<const char*, const char16_t*> cases[] = {
+      {"\n  <![CDATA[<a> b]]>\n", u"<a> b"},
+      {" <!-- c -->\n<![CDATA[ ]]>", u" "},
+      {"\n<![CDATA[]]>\n", u""},
+      {"<![CDATA[a]]><![CDATA[b]]>", u"a"},
+      {" <!-- c --> a ", u" a "},
+      {" \n", u" \n"},
+      {"", u""},
+  };
+  for (const auto& [text, expected] : cases) {
+    XpIniDict dict;
+    ASSERT_EQ(Read(InPlist("<key> <![CDATA[s]]></key><string>" + std::string(text) + "</string>"), dict),
+              XpOk);
+    EXPECT_EQ(Value<XpString>(dict, u"s", &XpIniElement::GetString), expected) << text;
+  }
+}
+
 TEST(PlistReadTest, StructureRulesHold) {
   struct Case {
     const char* name;

@@ -90,6 +90,9 @@ TEST_F(XmlDocumentTest, DeclarationsAndDocumentsBeyondTheLimitsAreRefused) {
       {"<!DOCTYPE p SYSTEM \"p.dtd\" [<!ENTITY a \"aaaa\">]><p/>", declares},
       {"<!DOCTYPE p []><p/>", declares},
       {"<!DOCTYPE p SYSTEM \"[\"><p/>", name},
+      {"<!DOCTYPE p SYSTEM \"]\"><p/>", name},
+      {"<!DOCTYPE p SYSTEM \"><p/><!--\"><q/><!-- -->", name},
+      {"<!DOCTYPE p PUBLIC \"x\" '>'><p/>", name},
       {"<!DOCTYPE p SYSTEM \"a\" b><p/>", "unterminated DOCTYPE declaration"},
       {"<p>&lol;</p>", "entity 'lol' not found"},
       {Repeat("<p>", 300'000), "elements are nested too deeply"},
@@ -100,6 +103,11 @@ TEST_F(XmlDocumentTest, DeclarationsAndDocumentsBeyondTheLimitsAreRefused) {
   EXPECT_EQ(Refusal(wide, {.elements = 101}), "");
   EXPECT_EQ(Refusal(wide, {.elements = 100}), "the document has too many elements");
   EXPECT_EQ(Refusal(wide, {.bytes = 100}), "the document is larger than 0 MiB");
+  EXPECT_EQ(Refusal(std::string((64 << 20) + 1, ' ')), "the document is larger than 64 MiB");
+  std::vector<char> bytes;
+  vrx::xml::XmlProblem problem;
+  EXPECT_EQ(vrx::xml::ReadDocumentBytes(Put("wide.xml", wide), {.bytes = 100}, bytes, problem), XpOk);
+  EXPECT_EQ(bytes.size(), 101u) << "no more is read than shows that it is too large";
 }
 
 using XmlParserTest = FolderTest;
