@@ -14,6 +14,14 @@ void WakeEvent::Signal() {
   m_signalled.notify_all();
 }
 
+XpResult WakeEvent::Sleep(XpSyncObject& held, std::int64_t milliseconds) {
+  const Ticket ticket = Draw();  // before the unlock, after which signals come
+  held.Unlock();
+  const XpResult result = Wait(ticket, milliseconds);
+  held.Lock();
+  return result;
+}
+
 XpResult WakeEvent::Wait(Ticket ticket, std::int64_t milliseconds) {
   // The clock counts nanoseconds in 64 bits, which longer waits would overflow.
   constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24) * 36525;

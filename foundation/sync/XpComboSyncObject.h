@@ -40,11 +40,7 @@ class XpComboSyncObject : public XpSyncObject {
   XpResult SleepUntil(Take take, std::int64_t milliseconds) {
     XpSingleLock lock(&m_innerLock);
     while (!take()) {
-      const WakeEvent::Ticket ticket = m_wakeEvent.Draw();
-      m_innerLock.Unlock();
-      const XpResult result = m_wakeEvent.Wait(ticket, milliseconds);
-      m_innerLock.Lock();
-      if (result != XpOk) return result;
+      if (const XpResult result = m_wakeEvent.Sleep(m_innerLock, milliseconds)) return result;
     }
     return XpOk;
   }

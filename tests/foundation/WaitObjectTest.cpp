@@ -9,14 +9,17 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
+#include <latch>
 #include <memory>
 #include <random>
 #include <semaphore>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "foundation/sync/XpManualEvent.h"
@@ -28,6 +31,7 @@
 namespace {
 
 constexpr std::int32_t kNoLimit = XpComboSyncObject::kNoLimit;
+constexpr std::int32_t kLongSeconds = 20;  // only a wake that was lost takes as long
 constexpr int kThreads = 8;
 
 template <class Function>
@@ -47,18 +51,65 @@ XpResult Elsewhere(Lock& lock, Take take, Arguments... arguments) {
   });
 }
 
+/// Counts how often a watched object wakes it, and gets no permits from that.
+struct WakeCounter : XpSemaphore {
+  XpResult Unlock() override {
+    ++wakes;
+    return XpOk;
+  }
+  int wakes = 0;
+};
+
+struct Watcher : XpMultiWaiterBase {
+  explicit Watcher(XpComboSyncObject& sleepObject) : XpMultiWaiterBase(sleepObject) {}
+};
+
 void OnThreads(const std::function<void(int thread)>& body) {
   std::vector<std::jthread> threads;
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(body, i);
+}
+
+/// A lock that is wanted by a thread which signals as soon as it has it.
+struct WantedLock : XpSyncObject {
+  explicit WantedLock(WakeEvent& signalled) : event(signalled) {}
+  XpResult Lock() override { return XpOk; }
+  XpResult TryLock() override { return XpOk; }
+  XpResult Unlock() override {
+    event.Signal();
+    return XpOk;
+  }
+  WakeEvent& event;
+};
+
+TEST(WaitObjectTest, SignalBetweenUnlockAndSleepIsNotLost) {
+  WakeEvent event;
+  WantedLock lock(event);
+  EXPECT_EQ(event.Sleep(lock, 1000), XpOk);
 }
 
 TEST(WaitObjectTest, EventIsWaitedForBySeveralUntilItIsCleared) {
   XpManualEvent event;
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
   EXPECT_EQ(event.WaitMilliseconds(1), XpErrTimeout);
-  std::jthread sleeper([&] { EXPECT_EQ(event.Lock(), XpOk); });
-  EXPECT_EQ(event.Unlock(), XpOk);
-  sleeper.join();
+  {
+    std::latch areStarted(kThreads);
+    std::counting_semaphore<kThreads> awake(0);
+    std::vector<std::jthread> sleepers;
+    for (int i = 0; i < kThreads; ++i) {
+      sleepers.emplace_back([&] {
+        areStarted.count_down();
+        EXPECT_EQ(event.Lock(), XpOk);
+        awake.release();
+      });
+    }
+    areStarted.wait();
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));  // usually all are asleep then
+    EXPECT_EQ(event.Unlock(), XpOk);
+    int woken = 0;
+    while (woken < kThreads && awake.try_acquire_for(std::chrono::seconds(kLongSeconds))) ++woken;
+    EXPECT_EQ(woken, kThreads);
+    while (woken++ < kThreads) event.Unlock();
+  }
   EXPECT_EQ(event.Wait(5), XpOk);
   event.Set(false);
   EXPECT_EQ(event.TryLock(), XpErrTimeout);
@@ -125,10 +176,15 @@ class HoldingProcess {
 
 TEST(WaitObjectTest, MutexIsReleasedWhenItsThreadOrProcessDies) {
   XpMutex ofThread;
-  EXPECT_EQ(OnOtherThread([&] { return ofThread.Lock(); }), XpOk);
+  EXPECT_EQ(OnOtherThread([&] { return ofThread.Lock() == XpOk ? ofThread.Lock() : XpErrFailed; }), XpOk);
   EXPECT_EQ(ofThread.Lock(), XpErrAbandoned);
   EXPECT_EQ(Elsewhere(ofThread, &XpMutex::TryLock), XpErrTimeout) << "it has an owner again";
+  WakeCounter sleep;
+  Watcher sleeper(sleep);
+  ofThread.Watch(sleeper);
   ofThread.Unlock();
+  ofThread.Unwatch(sleeper);
+  EXPECT_EQ(sleep.wakes, 1) << "holds of the dead owner were kept";
   EXPECT_EQ(ofThread.TryLock(), XpOk);
   ofThread.Unlock();
   const XpString name(u"WaitObjectTest process");
@@ -237,8 +293,14 @@ TYPED_TEST(ReadWriteTest, AWaitingWriterGoesBeforeNewReaders) {
 TYPED_TEST(ReadWriteTest, WriterThatTimesOutWakesTheReadersThatWaitedForIt) {
   TypeParam lock;
   ASSERT_EQ(lock.TryRead(), XpOk);
-  std::jthread writer([&] { EXPECT_EQ(lock.WaitWrite(1), XpErrTimeout); });
-  EXPECT_EQ(Elsewhere(lock, &TypeParam::WaitRead, kNoLimit), XpOk);
+  std::atomic<bool> hasGivenUp = false;
+  std::jthread writer([&] {
+    EXPECT_EQ(lock.WaitWrite(1), XpErrTimeout);
+    hasGivenUp = true;
+  });
+  while (Elsewhere(lock, &TypeParam::TryRead) == XpOk && !hasGivenUp) {  // until the writer waits
+  }
+  EXPECT_EQ(Elsewhere(lock, &TypeParam::WaitRead, kLongSeconds), XpOk);
   writer.join();
   lock.Unlock();
 }
@@ -308,19 +370,6 @@ TEST(WaitObjectTest, ManyThreadsNeverHoldMorePermitsThanThereAre) {
   });
 }
 
-/// Counts how often a watched object wakes it, and gets no permits from that.
-struct WakeCounter : XpSemaphore {
-  XpResult Unlock() override {
-    ++wakes;
-    return XpOk;
-  }
-  int wakes = 0;
-};
-
-struct Watcher : XpMultiWaiterBase {
-  explicit Watcher(XpComboSyncObject& sleepObject) : XpMultiWaiterBase(sleepObject) {}
-};
-
 TYPED_TEST(ReadWriteTest, FailedTryWakesNobody) {
   TypeParam lock;
   XpSemaphore permit(1);
@@ -371,6 +420,27 @@ TEST(MultiWaitTest, LockAllThatFailsKeepsNoObject) {
   const XpMultiLockAll all({&first, &second}, sleep, 0);
   EXPECT_EQ(all.GetResult(), XpErrTimeout);
   EXPECT_EQ(first.TryLock(), XpOk) << "what it had for a moment is free again";
+}
+
+/// Never free; does something when it is first tried.
+struct NeverFree : XpSemaphore {
+  explicit NeverFree(std::function<void()> whenTried) : onTry(std::move(whenTried)) {}
+  XpResult Wait(std::int32_t) override {
+    if (onTry) std::exchange(onTry, nullptr)();
+    return XpErrTimeout;
+  }
+  std::function<void()> onTry;
+};
+
+TEST(MultiWaitTest, LockAllThatFailsLeavesAnEventAsItIs) {
+  for (const bool isCleared : {false, true}) {
+    XpManualEvent event;
+    event.Set(true);
+    NeverFree other([&] { event.Set(!isCleared); });
+    XpSemaphore sleep;
+    EXPECT_EQ(XpMultiLockAll({&event, &other}, sleep, 0).GetResult(), XpErrTimeout);
+    EXPECT_EQ(event.TryLock(), isCleared ? XpErrTimeout : XpOk);
+  }
 }
 
 // Neighbours at a round table share a fork. Each takes both or none, in an order in which plain locks would
