@@ -9,6 +9,7 @@
 #include "engine/AudioClipReader.h"
 #include "engine/AudioSource.h"
 #include "engine/EngineLog.h"
+#include "engine/ExactTime.h"
 
 extern "C" {
 #include <libavutil/mathematics.h>
@@ -156,8 +157,8 @@ bool ClipSequence::Continues(std::size_t index) const {
   if (index == 0) return false;
   const AudioClip& before = m_clips[index - 1];
   const AudioClip& clip = m_clips[index];
-  return !IsWhole(before) && !IsWhole(clip) && before.path == clip.path && before.scale == clip.scale &&
-         before.end == clip.start;
+  return !IsWhole(before) && !IsWhole(clip) && before.path == clip.path &&
+         Int128{before.end} * clip.scale == Int128{clip.start} * before.scale;
 }
 
 Result ClipSequence::Play(float* const* planes, int count, int& played) {
@@ -173,7 +174,8 @@ Result ClipSequence::Play(float* const* planes, int count, int& played) {
   const ClipLogScope scope(VRXAudioTrack, m_current);
   if (!m_started) {
     const AudioClip& clip = m_clips[m_current];
-    VRX_TRY(m_reader->Start(clip.path, clip.start, clip.scale));
+    const Result result = m_reader->Start(clip.path, clip.start, clip.scale);
+    if (result != kOk && !m_stop.IsSet()) return result;
     m_started = true;
   }
   played = static_cast<int>(std::min<std::int64_t>(count, m_ends[m_current] - m_position));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <numeric>
 
 #include "engine/EngineLog.h"
 #include "engine/SourcePath.h"
@@ -13,10 +14,17 @@ namespace {
 
 constexpr std::uint32_t kMaxClips = 1'000'000;
 
+/// Each time in units of its own, since a host may give the two in different scales. Neither is negative.
 struct ClipTimes {
   std::int64_t start;
+  std::int64_t startScale;
   std::int64_t end;
-  std::int64_t scale;
+  std::int64_t endScale;
+
+  /// Units to a second in which both are whole numbers.
+  Int128 CommonScale() const { return Int128{startScale} * endScale; }
+  /// From start to end, in the common unit.
+  Int128 Length() const { return Int128{end} * startScale - Int128{start} * endScale; }
 };
 
 bool UsableScale(std::uint64_t scale) {
@@ -27,7 +35,7 @@ std::int64_t Clamp64(Int128 value) {
   return static_cast<std::int64_t>(std::clamp<Int128>(value, INT64_MIN, INT64_MAX));
 }
 
-/// Both times in the start's unit. The end's scale is used only if it differs.
+/// A time before the source's beginning counts as 0. An end without a scale has the start's.
 Result ReadTimes(const VRXSourceStreamInfoBase& source, ClipTimes& times) {
   const std::uint64_t scale = source.startTime.scale;
   const std::uint64_t endScale = source.endTime.scale == 0 ? scale : source.endTime.scale;
@@ -36,17 +44,15 @@ Result ReadTimes(const VRXSourceStreamInfoBase& source, ClipTimes& times) {
     Log(VRXLogError, "the clip has the time scale " + std::to_string(wrong));
     return kUnusableSettings;
   }
-  times.scale = static_cast<std::int64_t>(scale);
-  times.start = static_cast<std::int64_t>(source.startTime.value);
-  times.end = static_cast<std::int64_t>(source.endTime.value);
-  if (endScale != scale) {
-    times.end = Clamp64(FloorDivide(Int128{times.end} * times.scale, static_cast<std::int64_t>(endScale)));
-  }
+  times.start = std::max<std::int64_t>(static_cast<std::int64_t>(source.startTime.value), 0);
+  times.startScale = static_cast<std::int64_t>(scale);
+  times.end = std::max<std::int64_t>(static_cast<std::int64_t>(source.endTime.value), 0);
+  times.endScale = static_cast<std::int64_t>(endScale);
   return kOk;
 }
 
-std::int64_t WholeFrames(Int128 ticks, std::int64_t scale, FrameDuration duration) {
-  return Clamp64(FloorDivide(ticks * duration.scale, Int128{scale} * duration.value));
+std::int64_t WholeFrames(Int128 ticks, Int128 scale, FrameDuration duration) {
+  return Clamp64(FloorDivide(ticks * duration.scale, scale * duration.value));
 }
 
 Result ReadFileClip(const VRXSourceStreamInfoBase& source, std::string& path) {
@@ -71,8 +77,8 @@ Result MakeBasebandClip(const VRXSourceStreamInfoBase& source, FrameDuration dur
   }
   ClipTimes times{};
   VRX_TRY(ReadTimes(source, times));
-  const std::int64_t first = WholeFrames(std::max<std::int64_t>(times.start, 0), times.scale, duration);
-  const std::int64_t end = WholeFrames(std::max<std::int64_t>(times.end, 0), times.scale, duration);
+  const std::int64_t first = WholeFrames(times.start, times.startScale, duration);
+  const std::int64_t end = WholeFrames(times.end, times.endScale, duration);
   clip.rawInput = baseband->rawInput;
   clip.firstRawFrame = static_cast<std::uint64_t>(first);
   clip.frameCount = std::max<std::int64_t>(end - first, 0);
@@ -83,12 +89,11 @@ Result MakeFileClip(const VRXSourceStreamInfoBase& source, FrameDuration duratio
   VRX_TRY(ReadFileClip(source, clip.path));
   ClipTimes times{};
   VRX_TRY(ReadTimes(source, times));
-  clip.scale = times.scale;
-  const std::int64_t start = std::max<std::int64_t>(times.start, 0);
-  clip.wholeSource = times.end <= start;
+  clip.scale = times.startScale;
+  clip.wholeSource = times.Length() <= 0;
   if (clip.wholeSource) return kOk;
-  clip.start = start;
-  clip.frameCount = WholeFrames(times.end - start, times.scale, duration);
+  clip.start = times.start;
+  clip.frameCount = WholeFrames(times.Length(), times.CommonScale(), duration);
   return kOk;
 }
 
@@ -123,6 +128,23 @@ Result MakeVideoClips(const VRXSourceStreamInfoArray& array, FrameDuration durat
   return kOk;
 }
 
+/// A sound clip has one scale for both times: one in which both are whole numbers, or where their values
+/// would be too large for it, the start's with the end rounded to the nearest.
+void SetTimes(const ClipTimes& times, AudioClip& clip) {
+  const std::int64_t common = std::gcd(times.startScale, times.endScale);
+  const Int128 start = Int128{times.start} * (times.endScale / common);
+  const Int128 end = Int128{times.end} * (times.startScale / common);
+  if (std::max(start, end) <= INT64_MAX) {
+    clip.start = static_cast<std::int64_t>(start);
+    clip.end = static_cast<std::int64_t>(end);
+    clip.scale = static_cast<std::uint64_t>(times.startScale * (times.endScale / common));
+    return;
+  }
+  clip.start = times.start;
+  clip.end = Clamp64(RoundDivide(Int128{times.end} * times.startScale, times.endScale));
+  clip.scale = static_cast<std::uint64_t>(times.startScale);
+}
+
 Result MakeAudioClips(const VRXSourceStreamInfoArray& array, std::vector<AudioClip>& clips) {
   VRX_TRY(CheckArray(array, "audio"));
   for (std::uint32_t i = 0; i < array.count; ++i) {
@@ -132,9 +154,7 @@ Result MakeAudioClips(const VRXSourceStreamInfoArray& array, std::vector<AudioCl
     VRX_TRY(ReadFileClip(source, clip.path));
     ClipTimes times{};
     VRX_TRY(ReadTimes(source, times));
-    clip.start = times.start;
-    clip.end = times.end;
-    clip.scale = static_cast<std::uint64_t>(times.scale);
+    SetTimes(times, clip);
     clips.push_back(std::move(clip));
   }
   return kOk;

@@ -51,6 +51,42 @@ TEST(TimelinePlanTest, FramesOfFileClipsAreCountedAndImpossibleTimesRefused) {
   }
 }
 
+TEST(TimelinePlanTest, EndWithAScaleOfItsOwnKeepsTheLastFrame) {
+  constexpr std::uint64_t kHuge = std::uint64_t{1} << 62;
+  struct Case {
+    VRXTimeInfo start, end;
+    FrameDuration duration;
+    std::int64_t frames;
+    AudioClip sound;
+  };
+  const Case cases[] = {
+      {{0, 1000}, {100 * 1001, 30000}, kFilm, 100, {"", 0, 100 * 1001, 30000}},
+      {{10 * 1001, 30000}, {1001, 1000}, kFilm, 20, {"", 10010, 30030, 30000}},
+      {{1, 6}, {7, 10}, kTwentyFive, 13, {"", 5, 21, 30}},
+      {{0, 1}, {999, 1000}, kTwentyFive, 24, {"", 0, 999, 1000}},
+      {{25, 25}, {2000, 0}, kTwentyFive, 1975, {"", 25, 2000, 25}},
+      // Too large for the common scale: rounded to the nearest.
+      {{0, 2}, {kHuge, 3}, {kMaxTimeScale, 1}, 715827883, {"", 0, 3074457345618258603, 2}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.start.value << '/' << c.start.scale << " to " << c.end.value << '/'
+                                    << c.end.scale);
+    VRXFileSourceStreamInfo clip(u"/a.mp4");
+    clip.startTime = c.start;
+    clip.endTime = c.end;
+    VRXTimeline timeline;
+    timeline.video.Add(clip);
+    timeline.audio.Add(clip);
+    TimelinePlan plan;
+    ASSERT_EQ(MakeTimelinePlan(timeline, c.duration, plan), kOk);
+    EXPECT_EQ(plan.video[0].frameCount, c.frames);
+    EXPECT_FALSE(plan.video[0].wholeSource);
+    EXPECT_EQ(plan.audio[0].start, c.sound.start);
+    EXPECT_EQ(plan.audio[0].end, c.sound.end);
+    EXPECT_EQ(plan.audio[0].scale, c.sound.scale);
+  }
+}
+
 TEST(TimelinePlanTest, SourceTimesAndLengthsAreExactAtAFilmRate) {
   VideoClip clip;
   clip.start = 90'000'000'000;
