@@ -168,12 +168,13 @@ bool AudioDecoder::ReadPacket() {
   for (int empty = 0; empty < kMaxEmptyReads;) {
     av_packet_unref(m_packet);
     const int code = av_read_frame(m_demuxer, m_packet);
+    if (m_stop.IsSet()) return false;  // also with a packet, which may be cut short
     if (code == AVERROR(EAGAIN)) {
       ++empty;
       continue;
     }
     if (code < 0) {
-      if (code != AVERROR_EOF && !m_stop.IsSet()) m_damaged = true;
+      if (code != AVERROR_EOF) m_damaged = true;
       return false;
     }
     if (m_packet->stream_index == m_stream->index) return true;

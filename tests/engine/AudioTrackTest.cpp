@@ -191,10 +191,14 @@ TEST_F(AudioTrackTest, ThousandsOfClipsOfAnOddLengthDoNotDriftAndOpenTheirFileOn
 TEST_F(AudioTrackTest, ClipCutInPiecesMatchesTheWhole) {
   const std::string path =
       Write("tone.mp4", {.style = ClipSoundStyle::kTone, .rate = 44100, .samples = 44100 * 3});
-  const Planes whole = Play({{path, 0, 2400, 1000}}, 115200);
+  // Pieces that end between two samples, in two scales.
+  const Planes whole = Play({{path, 0, 72 * 1001, 30000}}, 115315);
   std::vector<AudioClip> pieces;
-  for (int i = 0; i < 24; ++i) pieces.push_back({path, i * 100, i * 100 + 100, 1000});
-  EXPECT_EQ(LargestDifference(whole[0], Play(pieces, 115200, kStereo, 113)[0]), 0);
+  for (int i = 0; i < 72; i += 2) {
+    pieces.push_back({path, i * 1001, (i + 1) * 1001, 30000});
+    pieces.push_back({path, (i + 1) * 2002, (i + 2) * 2002, 60000});
+  }
+  EXPECT_EQ(LargestDifference(whole[0], Play(pieces, 115315, kStereo, 113)[0]), 0);
 }
 
 TEST_F(AudioTrackTest, ShortSourcesArePaddedAndWholeSourcesEndWithTheirSound) {
@@ -277,6 +281,30 @@ TEST_F(AudioTrackTest, DamagedSoundIsSilentAndWarnedOfOnceAClipAndTheRestStaysIn
     })) << second;
   }
   EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("damaged.ts")));
+}
+
+TEST_F(AudioTrackTest, StoppedSoundIsSilentAtItsEndAndNotTakenForDamage) {
+  for (const auto& [name, codec] : {std::pair("stop.ts", "mp2"), std::pair("stop.mp4", "aac"),
+                                    std::pair("stop.mov", "pcm_s16le"), std::pair("stop.wav", "pcm_s16le")}) {
+    const std::string path = Write(name, {.codec = codec, .samples = 5 * kRate});
+    for (int stopAt = 0; stopAt < 5 * kRate; stopAt += kRate / 4) {
+      SCOPED_TRACE(testing::Message() << name << " stopped at " << stopAt);
+      StopSignal stop;
+      std::unique_ptr<AudioTrack> track;
+      ASSERT_EQ(AudioTrack::Open({{path, 0, 5, 1}, {path, 3, 5, 1}}, kStereo, 7 * kRate, stop, track), kOk);
+      Plane left(7 * kRate), right(7 * kRate);
+      float* planes[] = {left.data(), right.data()};
+      int got = 0;
+      EXPECT_EQ(track->Read(planes, stopAt, got), kOk);
+      stop.Set();
+      EXPECT_EQ(track->Read(planes, 7 * kRate, got), kOk);
+      EXPECT_EQ(got, 7 * kRate - stopAt);
+      EXPECT_EQ(LoudestBetween(left, got - kRate, got), 0);
+      EXPECT_NE(AudioTrack::Open({{path, 0, 5, 1}}, kStereo, kRate, stop, track), kOk);
+    }
+  }
+  EXPECT_THAT(m_errors, IsEmpty());
+  EXPECT_THAT(m_warnings, IsEmpty());
 }
 
 TEST_F(AudioTrackTest, EveryTruncationOfAFileGivesSoundOrAnError) {
