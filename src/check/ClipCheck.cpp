@@ -72,7 +72,7 @@ class ClipChecker {
       CheckClip(*clip);
     }
     if (isVideo && m_clock.IsUsable()) {
-      m_report.totalFrames = m_movieTime / m_clock.GetFrameValue();
+      m_report.totalFrames = m_clock.NumberAt(m_movieTime);
       m_report.totalSeconds = m_clock.ToSeconds(m_movieTime);
     }
   }
@@ -116,7 +116,7 @@ class ClipChecker {
 
   /// Works out the clip's place in the movie the way the engine does.
   void LayOut(const TKLXOutputXmlInfo& clip, const SourceFacts& facts, bool isBaseband, ClipRow& row) {
-    row.firstFrame = m_clock.IsUsable() ? m_movieTime / m_clock.GetFrameValue() : 0;
+    row.firstFrame = m_clock.NumberAt(m_movieTime);
     row.movieStart = m_clock.ToSeconds(m_movieTime);
     // A clip of still images keeps whole milliseconds.
     const double start = isBaseband ? WholeMs(clip.startTime) : clip.startTime;
@@ -139,7 +139,7 @@ class ClipChecker {
       length = std::max<std::int64_t>(length, 0);
     }
     row.seconds = m_clock.ToSeconds(length);
-    row.frames = m_clock.IsUsable() ? length / m_clock.GetFrameValue() : 0;
+    row.frames = m_clock.NumberAt(length);
     m_movieTime = SaturatedAdd(m_movieTime, length);
   }
 

@@ -20,7 +20,8 @@
 namespace vrx::check {
 namespace {
 
-constexpr double kMillisecondsPerSecond = 1000.0;
+using timeline::kMillisecondsPerSecond;
+
 constexpr double kCountableFrames = 1e15;  // up to here doubles can be told apart
 constexpr std::size_t kMostCaptionProblems = 50;
 
@@ -57,11 +58,12 @@ class CaptionJudge {
                double movieSeconds)
       : m_showsAlways(info.saveMovieMode),
         m_frame(frame),
+        m_clock(frame),
         m_movieMs(movieSeconds * kMillisecondsPerSecond),
         m_movieFrames(FirstFrameAt(Saturate<std::int64_t>(m_movieMs))) {
-    const auto value = static_cast<std::int64_t>(frame.value);
     for (const overlayplan::OverlayRange& range : plan.ranges) {
-      if (range.start <= range.end) m_drawnFrames.Add(range.start / value, range.end / value);
+      if (range.start > range.end) continue;
+      m_drawnFrames.Add(m_clock.NumberAt(range.start), m_clock.NumberAt(range.end));
     }
     // Without a log there is never a current clip.
     if (!info.templateInfo.valid) return;
@@ -107,8 +109,7 @@ class CaptionJudge {
   }
   /// The first whose time, which is cut to whole milliseconds, does not lie before `ms`.
   std::int64_t FirstFrameAt(std::int64_t ms) const {
-    const double frames = static_cast<double>(std::max<std::int64_t>(ms, 0)) / kMillisecondsPerSecond *
-                          static_cast<double>(m_frame.scale) / static_cast<double>(m_frame.value);
+    const double frames = m_clock.FramesIn(static_cast<double>(std::max<std::int64_t>(ms, 0)));
     auto frame = Saturate<std::int64_t>(frames);
     while (TimeOf(frame) < ms && frames < kCountableFrames) ++frame;
     return frame;
@@ -121,6 +122,7 @@ class CaptionJudge {
 
   bool m_showsAlways;
   VRXTimeInfo m_frame;
+  timeline::FrameClock m_clock;
   double m_movieMs;  // 0 when unknown
   std::int64_t m_movieFrames;
   Intervals m_drawnFrames;
@@ -247,8 +249,7 @@ class OverlayChecker {
     AddVideoTrack(project.videoTracks, context, scratch, movie.sums);
     const overlayplan::OverlayPlan plan = PlanOverlays(movie, info);
     for (const overlayplan::OverlayRange& range : plan.ranges) {
-      const std::int64_t value = context.clock.GetFrameValue();
-      m_report.overlays.push_back({range.start / value, range.end / value,
+      m_report.overlays.push_back({context.clock.NumberAt(range.start), context.clock.NumberAt(range.end),
                                    context.clock.ToSeconds(range.start), context.clock.ToSeconds(range.end)});
     }
     if (info.captionInfo.valid && movie.IsUsable()) AddCaptions(info, plan, frame);

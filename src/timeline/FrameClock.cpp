@@ -41,6 +41,10 @@ VRXTimeInfo FrameClock::At(std::int64_t frameTime) const {
   return {static_cast<std::uint64_t>(frameTime), m_frame.scale};
 }
 
+std::int64_t FrameClock::NumberAt(std::int64_t frameTime) const {
+  return m_usable ? frameTime / GetFrameValue() : 0;
+}
+
 double FrameClock::ToSeconds(std::int64_t frameTime) const {
   return m_usable ? static_cast<double>(frameTime) / static_cast<double>(m_frame.scale) : 0.0;
 }

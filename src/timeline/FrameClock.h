@@ -25,6 +25,8 @@ class FrameClock {
   /// The frame that begins at or before `milliseconds`.
   std::int64_t FloorToFrame(double milliseconds) const;
   VRXTimeInfo At(std::int64_t frameTime) const;
+  /// The number of the frame that begins at `frameTime`, from 0; 0 without a frame length.
+  std::int64_t NumberAt(std::int64_t frameTime) const;
   std::int64_t GetFrameValue() const { return static_cast<std::int64_t>(m_frame.value); }
   double ToSeconds(std::int64_t frameTime) const;
 

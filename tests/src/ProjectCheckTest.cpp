@@ -140,9 +140,11 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
   struct Case {
     std::string ProjectText::*part;
     std::string text;
-    const char* line;
+    std::string line;
     bool renderable;
   };
+  const std::string socket = (m_folder.Path() / "socket").string();
+  ASSERT_EQ(mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
   const Case cases[] = {
       {&ProjectText::videoTrack, "", "E  holds no clip", false},
       {&ProjectText::video, "", "E VideoOutputSettings is missing", false},
@@ -155,9 +157,10 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        false},
       {&ProjectText::output, "", "E OutputFilePath names no file", false},
       {&ProjectText::output, "none/out.mp4", "E OutputFilePath the folder ", false},
-      {&ProjectText::output, "socket", "/socket is a device, a pipe or a socket", false},
-      {&ProjectText::videoTrack, ClipText("socket", "0", "1001"), "/socket is a device, a pipe or a socket",
+      {&ProjectText::output, "socket", "E OutputFilePath " + socket + " is a device, a pipe or a socket",
        false},
+      {&ProjectText::videoTrack, ClipText("socket", "0", "1001"),
+       "E VideoTrack/1 SourceFile " + socket + " is a device, a pipe or a socket", false},
       {&ProjectText::audio, "<key>Channel</key><integer>2</integer>",
        "E SamplingRate must lie between 8000 and 192000 Hz, and is not set", false},
       {&ProjectText::audio,
@@ -168,7 +171,6 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
       {&ProjectText::moreOutput, "<key>PainterEffect</key><string>none.vrx</string>", "W PainterEffect ",
        true},
   };
-  ASSERT_EQ(mknod((m_folder.Path() / "socket").c_str(), S_IFSOCK | 0600, 0), 0);
   project.audioTrack = project.videoTrack;
   const ProjectText good = project;
   for (const Case& c : cases) {
