@@ -228,8 +228,9 @@ FileVideoSource::Step FileVideoSource::DecodeNext(AVFrame& frame, std::int64_t& 
 bool FileVideoSource::FeedDecoder() {
   av_packet_unref(m_packet.get());
   const int error = av_read_frame(&m_file->GetDemuxer(), m_packet.get());
+  if (m_stop.IsSet()) return true;  // a packet may be cut short; the caller ends now
   if (error < 0) {
-    if (error != AVERROR_EOF && !m_stop.IsSet()) Warn(AvErrorText(error));
+    if (error != AVERROR_EOF) Warn(AvErrorText(error));
     m_draining = true;
     return avcodec_send_packet(m_codec.get(), nullptr) >= 0;
   }
