@@ -37,13 +37,13 @@ void ReadDrives(std::uint32_t rootKind) {
   }
 }
 
+}  // namespace
+
 XpString InstalledLocation() {
   const auto key = XpRegistryOpen(SfRegistryKeyPath(kProduct, XpString(), XpString()), XpRegistryLocalMachine,
                                   XpRegistryRead);
   return key ? key->GetString(u"InstalledLocation", XpString()) : XpString();
 }
-
-}  // namespace
 
 void ApplySystemSettings() {
   ReadDrives(XpRegistryLocalMachine);
