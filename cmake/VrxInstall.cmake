@@ -5,8 +5,8 @@ include(CMakePackageConfigHelpers)
 install(TARGETS VRXWrapper EXPORT vrx-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS vrx_api EXPORT vrx-targets)
 install(TARGETS vrx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# The library looks for the engine beside the host's executable.
-install(TARGETS VRXEngine LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+# The library looks for the engine and the MP4 probe beside the host's executable.
+install(TARGETS VRXEngine Mp4Sift LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/vrx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES docs/vrx.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
