@@ -10,7 +10,6 @@ namespace platform = vrx::platform;
 namespace {
 
 constexpr char16_t kModule[] = u"Mp4Sift.dll";
-constexpr std::int32_t kFirstYear = 100;
 
 /// In the folder of the installation, when the settings name one, and nowhere else.
 platform::ModuleHandle LoadMp4Sift() {
@@ -89,7 +88,6 @@ bool GetOriginalDateTimeFromMP4(const XpString& path, XpDateTime& date, std::int
   if (ask == nullptr) return false;
   std::uint16_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
   if (!ask(path.c_str(), &year, &month, &day, &hour, &minute, &second, &offsetMinutes)) return false;
-  date = XpDateTime();
-  if (year >= kFirstYear) date.SetDateTime(year, month, day, hour, minute, second);
+  date.SetDateTime(year, month, day, hour, minute, second);
   return true;
 }

@@ -9,8 +9,8 @@
 #include "foundation/time/XpDateTime.h"
 #include "vrx/XpString.h"
 
-/// Format codes that refine the one of the extension .mp4. mp4sift/MovieClass.cpp says which brands make which
-/// class.
+/// Format codes that refine the one of the extension .mp4. mp4sift/MovieClass.cpp says which brands make
+/// which class.
 enum : std::uint32_t {
   kMp4FormatUnknown = 0x01000000,
   kMp4FormatClass1 = 0x20031101,

@@ -16,10 +16,11 @@ std::string Ask(const XpString& path) {
   char text[100];
   std::snprintf(text, sizeof text, "%08x ", GetMp4Type(path));
   std::string answer = text;
-  XpDateTime date;
+  const XpDateTime before(12345.0);
+  XpDateTime date = before;
   std::int32_t offset = -7;
   if (!GetOriginalDateTimeFromMP4(path, date, offset)) {
-    answer += date.IsValid() || offset != -7 ? "no date, but written" : "no date";
+    answer += date.GetValue() != before.GetValue() || offset != -7 ? "no date, but written" : "no date";
   } else if (!date.IsValid()) {
     answer += "invalid " + std::to_string(offset);
   } else {

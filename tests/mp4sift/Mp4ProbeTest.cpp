@@ -69,6 +69,13 @@ TEST_F(Mp4ProbeTest, ModuleIsTakenFromTheInstallationOrBesideTheProgram) {
   EXPECT_EQ(Ask(movie), kReal);
 }
 
+TEST_F(Mp4ProbeTest, DriveLettersOfTheSettingsHoldInTheModule) {
+  Put(MP4SIFT_PATH, "program");
+  XpRegistryOpen(SfRegistryKeyPath(u"LBR", u"", u"Drives"), XpRegistryLocalMachine, XpRegistryWrite)
+      ->SetString(u"Q", XpNarrowString(folder.Path().string()).ToWide());
+  EXPECT_EQ(Ask("'Q:\\movie.mp4' 'R:\\movie.mp4'"), std::string(kReal) + kNothing);
+}
+
 TEST_F(Mp4ProbeTest, AnswersBecomeCodesAndDates) {
   Put(OTHER_MP4SIFT_PATH, "program");
   const std::pair<const char*, const char*> cases[] = {
