@@ -58,4 +58,23 @@ struct LogsOptions {
 };
 int RunLogs(const LogsOptions& options);
 
+/// `vrx moff`: shows and checks the container of binary data beside a content, and takes data out of it.
+enum class MoffAction { List, Extract, Validate };
+struct MoffOptions {
+  MoffAction action = MoffAction::List;
+  std::string file;  // a content or its container
+  bool json = false;
+  std::uint32_t group = 0;  // id
+  std::uint32_t entry = 1;  // of the group, from 1
+  std::string output;       // of Extract
+};
+int RunMoff(const MoffOptions& options);
+
+/// `vrx modd show`: the metadata beside a content.
+struct ModdOptions {
+  std::string file;  // a content or its sidecar
+  bool json = false;
+};
+int RunModd(const ModdOptions& options);
+
 }  // namespace vrx::host

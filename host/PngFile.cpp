@@ -6,7 +6,7 @@
 #include <png.h>
 
 #include "foundation/file/XpReplaceFile.h"
-#include "host/Console.h"
+#include "host/FileCauses.h"
 
 namespace vrx::host {
 namespace {
@@ -41,29 +41,13 @@ std::vector<std::byte> Encode(const BgraPicture& picture, bool alpha, std::strin
   return file;
 }
 
-const char* CauseOf(XpResult result) {
-  switch (result) {
-    case XpErrNotAFile:
-      return "it is no file";
-    case XpErrFileNotFound:
-    case XpErrPathNotFound:
-      return "its folder does not exist";
-    case XpErrAccessDenied:
-      return "no permission";
-    case XpErrDiskFull:
-      return "the disk is full";
-    default:
-      return "writing failed";
-  }
-}
-
 }  // namespace
 
 bool WritePng(const XpString& path, const BgraPicture& picture, bool alpha, std::string& cause) {
   const std::vector<std::byte> file = Encode(picture, alpha, cause);
   if (file.empty()) return false;
   const XpResult result = XpReplaceFile(path, std::span(file));
-  if (result != XpOk) cause = std::string(CauseOf(result)) + " (" + CodeText(result) + ")";
+  if (result != XpOk) cause = WriteCause(result);
   return result == XpOk;
 }
 

@@ -24,12 +24,16 @@ struct Commands {
   FrameOptions frame;
   ConfigOptions config;
   LogsOptions logs;
+  MoffOptions moff;
+  ModdOptions modd;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
   CLI::App* frameCommand = nullptr;
   CLI::App* configCommand = nullptr;
   CLI::App* logsCommand = nullptr;
+  CLI::App* moffCommand = nullptr;
+  CLI::App* moddCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -137,12 +141,53 @@ void AddLogs(CLI::App& app, Commands& commands) {
   commands.logsCommand = command;
 }
 
+CLI::App* AddMoffAction(CLI::App& moff, MoffOptions& options, const char* name, const char* help,
+                        MoffAction action) {
+  CLI::App* command = moff.add_subcommand(name, help);
+  command->callback([&options, action] { options.action = action; });
+  command->add_option("FILE", options.file, "The media file or its container")->required();
+  return command;
+}
+
+void AddMoff(CLI::App& app, Commands& commands) {
+  CLI::App* moff = app.add_subcommand("moff", "Show, check or extract the binary data beside a media file");
+  moff->require_subcommand(1);
+  MoffOptions& options = commands.moff;
+  CLI::App* list =
+      AddMoffAction(*moff, options, "list", "Print the groups and entries of a container", MoffAction::List);
+  list->add_flag("--json", options.json, "Print one JSON document");
+  CLI::App* extract =
+      AddMoffAction(*moff, options, "extract", "Write the data of an entry to a file", MoffAction::Extract);
+  extract->add_option("--group", options.group, "The group's id")->required();
+  extract
+      ->add_option("--entry", options.entry,
+                   "Number of the entry in the group, from 1; the first if not given")
+      ->check(CLI::PositiveNumber);
+  extract->add_option("-o,--output", options.output, "The file to write")->required();
+  AddMoffAction(*moff, options, "validate", "Print everything that is wrong with a container",
+                MoffAction::Validate);
+  moff->footer("Exit status: 0 done, 1 it cannot be read or written or is damaged, 2 wrong use.");
+  commands.moffCommand = moff;
+}
+
+void AddModd(CLI::App& app, Commands& commands) {
+  CLI::App* modd = app.add_subcommand("modd", "Show the metadata beside a media file");
+  modd->require_subcommand(1);
+  CLI::App* show = modd->add_subcommand("show", "Print the metadata and where it was found");
+  show->add_option("FILE", commands.modd.file, "The media file, or its .modd or .rodd file")->required();
+  show->add_flag("--json", commands.modd.json, "Print one JSON document");
+  modd->footer("Exit status: 0 done, 1 there is none or it cannot be read, 2 wrong use.");
+  commands.moddCommand = modd;
+}
+
 int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
   if (commands.frameCommand->parsed()) return RunFrame(commands.frame);
   if (commands.configCommand->parsed()) return RunConfig(commands.config);
   if (commands.logsCommand->parsed()) return RunLogs(commands.logs);
+  if (commands.moffCommand->parsed()) return RunMoff(commands.moff);
+  if (commands.moddCommand->parsed()) return RunModd(commands.modd);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -170,6 +215,8 @@ int main(int argc, char** argv) try {
   AddFrame(app, commands);
   AddConfig(app, commands);
   AddLogs(app, commands);
+  AddMoff(app, commands);
+  AddModd(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {

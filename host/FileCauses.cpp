@@ -1,0 +1,59 @@
+#include "host/FileCauses.h"
+
+#include "host/Console.h"
+
+namespace vrx::host {
+namespace {
+
+const char* ReadWords(XpResult result) {
+  switch (result) {
+    case XpErrFileNotFound:
+      return "it does not exist";
+    case XpErrPathNotFound:
+      return "its folder does not exist";
+    case XpErrNotAFile:
+      return "it is no file";
+    case XpErrAccessDenied:
+      return "no permission, or it is a folder";
+    case XpErrEndOfFile:
+      return "it ends too early";
+    case XpErrMalformedRecord:
+      return "it is damaged";
+    case XpErrOutOfMemory:
+      return "not enough memory";
+    case XpErrNoDocument:
+      return "it is no XML document";
+    case XpErrWrongRoot:
+      return "it is no property list";
+    default:
+      return "reading failed";
+  }
+}
+
+const char* WriteWords(XpResult result) {
+  switch (result) {
+    case XpErrNotAFile:
+      return "it is no file";
+    case XpErrFileNotFound:
+    case XpErrPathNotFound:
+      return "its folder does not exist";
+    case XpErrAccessDenied:
+      return "no permission";
+    case XpErrDiskFull:
+      return "the disk is full";
+    default:
+      return "writing failed";
+  }
+}
+
+}  // namespace
+
+std::string ReadCause(XpResult result) {
+  return std::string(ReadWords(result)) + " (" + CodeText(result) + ")";
+}
+
+std::string WriteCause(XpResult result) {
+  return std::string(WriteWords(result)) + " (" + CodeText(result) + ")";
+}
+
+}  // namespace vrx::host
