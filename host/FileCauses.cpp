@@ -37,6 +37,8 @@ const char* WriteWords(XpResult result) {
     case XpErrFileNotFound:
     case XpErrPathNotFound:
       return "its folder does not exist";
+    case XpErrNoSuchFile:
+      return "it cannot be made there";
     case XpErrAccessDenied:
       return "no permission";
     case XpErrDiskFull:

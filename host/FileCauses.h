@@ -9,7 +9,7 @@ namespace vrx::host {
 
 /// "it does not exist (0x8105)".
 std::string ReadCause(XpResult result);
-/// "its folder does not exist (0x8105)".
+/// "the disk is full (0x8109)".
 std::string WriteCause(XpResult result);
 
 }  // namespace vrx::host

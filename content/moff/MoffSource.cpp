@@ -15,8 +15,6 @@ namespace {
 
 constexpr char16_t kExtension[] = u".moff";
 
-bool IsLeadSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-
 /// The place of the name's extension among those of media files; their number for another extension.
 std::size_t RankOf(const XpString& name) {
   const auto table = formats::GetMediaExtensions();
@@ -109,12 +107,10 @@ XpResult DescribeSource(const XpString& path, FileHeader& header) {
   header.written = written.ToTimeT();
   XpString name;
   file.GetName(name);
+  // No file system allows a name that does not fit with its zero.
   constexpr auto kMostUnits = static_cast<std::int32_t>(std::tuple_size_v<decltype(header.sourceName)>) - 1;
-  if (name.Length() > kMostUnits) {
-    name = name.Left(IsLeadSurrogate(name[kMostUnits - 1]) ? kMostUnits - 1 : kMostUnits);
-  }
   header.sourceName.fill(0);
-  std::ranges::copy(name.AsView(), header.sourceName.begin());
+  std::ranges::copy(name.Left(kMostUnits).AsView(), header.sourceName.begin());
   return XpOk;
 }
 
