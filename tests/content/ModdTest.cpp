@@ -146,11 +146,13 @@ TEST_F(ModdTest, ASecondOpenForgetsTheFirst) {
   EXPECT_EQ(modd.GetMode(), SfModdClosed);
   Put("a.modd", kZone540);
   ASSERT_EQ(modd.Open(SfModdRead), XpOk);
-  std::filesystem::remove(Native("a.modd"));
+  EXPECT_TRUE(modd.IsSharedByStem());
+  Put("a.mp4.modd", kZone540);
+  ASSERT_EQ(modd.Open(SfModdRead), XpOk);
+  EXPECT_FALSE(modd.IsSharedByStem());
   EXPECT_EQ(modd.Open(2), XpErrInvalidFileOperation);
   EXPECT_EQ(modd.GetFileTimeZoneOffset(minutes), XpErrFailed);
   EXPECT_EQ(modd.GetCount(), 0u);
-  EXPECT_FALSE(modd.IsSharedByStem());
   EXPECT_EQ(SfModdXML(XpString()).Open(SfModdReadWrite), XpErrFileNotFound);
 }
 
