@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/time/XpDateTime.h"
+#include "overlay/document/LogDataEntry.h"
 #include "vrx/XpString.h"
 
 /// Kinds of painter; a record of another kind belongs to none.
@@ -31,15 +32,6 @@ struct PainterInfoBase {
   std::int32_t painterType;
   std::int32_t layer;  // lower layers are drawn first
   bool valid = false;  // the overlay is wanted
-};
-
-struct LogDataEntry {
-  std::int32_t videoId = 0;
-  double startTime = 0.0;   // s
-  double endTime = 0.0;     // s
-  XpString gpsLogFilePath;  // the movie whose sidecar holds the log, or the sidecar
-  XpDateTime originalDateTime;
-  double duration = 0.0;  // s
 };
 
 struct TemplateInfo : PainterInfoBase {

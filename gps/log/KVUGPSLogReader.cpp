@@ -1,0 +1,99 @@
+#include "gps/log/KVUGPSLogReader.h"
+
+#include "gps/log/GpsLogLine.h"
+#include "gps/log/GpsTime.h"
+
+namespace {
+
+using namespace vrx::gps;
+
+/// The stretch that is read, in UTC.
+class Range {
+ public:
+  Range(const XpDateTime& first, const XpDateTime& last) : m_first(first), m_last(last) {}
+  void Move(std::int64_t seconds) {
+    m_first = Moved(m_first, seconds);
+    m_last = Moved(m_last, seconds);
+  }
+  bool Contains(const XpDateTime& time) const {
+    if (!m_first.IsValid() || !m_last.IsValid()) return false;
+    const std::int64_t seconds = WholeSeconds(time);
+    return seconds >= WholeSeconds(m_first) && seconds <= WholeSeconds(m_last);
+  }
+
+ private:
+  XpDateTime m_first;
+  XpDateTime m_last;
+};
+
+void AddPosition(std::string_view body, KVUGPSLogReader& reader, const Range& range, KVUGPSInfoList& list) {
+  KVUGPSLogCounts& counts = reader.counts;
+  ++counts.positions;
+  const PositionFields fields = ReadPosition(body);
+  if (reader.lastFixTime.empty()) {
+    ++counts.noClock;
+  } else if (fields.date.empty()) {
+    ++counts.noDate;
+  } else if (const XpDateTime time = ReadFixTime(fields.date, reader.lastFixTime); !time.IsValid()) {
+    // A point without a date would stand at the beginning of the calendar.
+    ++counts.wrongTime;
+  } else if (!range.Contains(time)) {
+    ++counts.outsideRange;
+  } else {
+    KVUGPSInfo& point = list.emplace_back();
+    point.time = time.GetValue();
+    point.longitude = fields.longitude;
+    point.latitude = fields.latitude;
+    if (fields.hasSpeed) point.speed = fields.speed;
+    point.milliseconds = fields.millisecondsOfDay;
+    point.status = fields.status;
+    ++counts.kept;
+    if (fields.status == 0) ++counts.keptVoid;
+  }
+}
+
+std::int64_t ReadShift(std::string_view body, KVUGPSLogReader& reader) {
+  const OptionTimes times = ReadOptionTimes(body);
+  reader.optionTimeA = times.before;
+  reader.optionTimeB = times.after;
+  std::int64_t seconds = 0;
+  times.after.DifferenceInSeconds(times.before, seconds);
+  return seconds;
+}
+
+}  // namespace
+
+void ParseGPSLog(std::string_view log, KVUGPSLogReader& reader, const XpDateTime& first,
+                 const XpDateTime& last, KVUGPSInfoList& list, std::int32_t timeZoneMinutes,
+                 std::int64_t& timeShiftSeconds, bool& logHasHeaderMark) {
+  list.clear();
+  reader.timeZoneMinutes = timeZoneMinutes;
+  Range range(UtcFromLocal(first, timeZoneMinutes), UtcFromLocal(last, timeZoneMinutes));
+  for (std::size_t end = log.find('\n'); end != log.npos; end = log.find('\n')) {
+    const std::string_view text = log.substr(0, end);
+    log.remove_prefix(end + 1);
+    if (text.size() > kMostLineBytes) {
+      ++reader.counts.tooLong;
+      continue;
+    }
+    const LogLine line = ClassifyLine(text);
+    switch (line.kind) {
+      case LineKind::Header:
+        logHasHeaderMark = HasHeaderMark(text);
+        break;
+      case LineKind::Option:
+        timeShiftSeconds = ReadShift(line.body, reader);
+        range.Move(timeShiftSeconds);
+        break;
+      case LineKind::FixTime:
+        reader.lastFixTime = FirstField(line.body);
+        break;
+      case LineKind::Position:
+        AddPosition(line.body, reader, range, list);
+        break;
+      case LineKind::Other:
+        ++reader.counts.others;
+        break;
+    }
+  }
+}
