@@ -163,8 +163,8 @@ TEST(GpsLogTest, StretchIsLocalTimeAndIncludesBothEnds) {
   EXPECT_TRUE(list.empty());
 }
 
-TEST(GpsLogTest, StretchThatBeginsAtMidnightOfUtcKeepsItsFirstSecond) {
-  // Sums of serial dates fall just below some whole days.
+TEST(GpsLogTest, FirstSecondOfTheStretchIsReadInEveryZone) {
+  // Sums of serial dates differ in their last bits from dates that were read.
   for (int minutes = -840; minutes <= 840; ++minutes) {
     XpDateTime local = Date(2018, 5, 5);
     local.AddMinutesSeconds(minutes, 0);
