@@ -78,7 +78,7 @@ const ClipTrack* GpsTimeline::FindClip(std::int32_t videoId) const {
 std::int32_t FindTimeZoneMinutes(const XpString& gpsLogFilePath) {
   std::int32_t minutes = 0;
   SfModdXML sidecar(gpsLogFilePath);
-  if (sidecar.Open(SfModdXML::kRead) == XpOk && sidecar.GetFileTimeZoneOffset(minutes) == XpOk)
+  if (sidecar.Open(SfModdRead) == XpOk && sidecar.GetFileTimeZoneOffset(minutes) == XpOk)
     return minutes;
   XpDateTime date;
   if (GetOriginalDateTimeFromMP4(gpsLogFilePath, date, minutes) && minutes != kMp4NoTimeZone) return minutes;
