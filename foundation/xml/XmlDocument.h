@@ -19,7 +19,6 @@
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
 class DOMNode;
-class InputSource;
 XERCES_CPP_NAMESPACE_END
 
 namespace vrx::xml {
@@ -62,8 +61,6 @@ class XmlDocument {
  private:
   class LineTable;
   class Parser;
-  std::unique_ptr<Parser> ParseSource(const xercesc::InputSource& source, const XmlLimits& limits);
-
   std::unique_ptr<LineTable> m_lines;
   std::unique_ptr<Parser> m_parser;
 };

@@ -9,6 +9,7 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "foundation/xml/XmlDocument.h"
+#include "foundation/xml/XmlEvents.h"
 #include "foundation/xml/XpXmlParser.h"
 #include "tests/foundation/FolderTest.h"
 
@@ -40,12 +41,32 @@ class Notes final : public XpXmlParser {
 using vrx::xml::XmlDocument;
 using vrx::xml::XmlLimits;
 
-/// Why the text was refused; empty when it was read.
+/// What the piecewise reader hands over, as text.
+class Recorder final : public vrx::xml::XmlEvents {
+ public:
+  void Start(std::u16string_view name, std::span<const vrx::xml::XmlAttribute> attributes) override {
+    pieces += u"<" + std::u16string(name);
+    for (const auto& [key, value] : attributes) {
+      pieces += u" " + std::u16string(vrx::xml::LocalName(key)) + u"=" + std::u16string(value);
+    }
+    pieces += u">";
+  }
+  void Text(std::u16string_view text) override { pieces += text; }
+  void End() override { pieces += u"</>"; }
+
+  std::u16string pieces;
+};
+
+/// Why the text was refused, by the reader of trees and the piecewise one alike; empty when it was read.
 std::string Refusal(const std::string& text, const XmlLimits& limits = {}) {
   XmlDocument document;
   vrx::xml::XmlProblem problem;
   const bool isRead = document.Parse(text, nullptr, limits, &problem);
   EXPECT_EQ(isRead, problem.message.empty());
+  Recorder recorder;
+  vrx::xml::XmlProblem sameProblem;
+  EXPECT_EQ(vrx::xml::ReadXmlEvents(text, limits, recorder, sameProblem), isRead);
+  EXPECT_EQ(sameProblem.message, problem.message);
   return problem.message;
 }
 
@@ -108,6 +129,23 @@ TEST_F(XmlDocumentTest, DeclarationsAndDocumentsBeyondTheLimitsAreRefused) {
   vrx::xml::XmlProblem problem;
   EXPECT_EQ(vrx::xml::ReadDocumentBytes(Put("wide.xml", wide), {.bytes = 100}, bytes, problem), XpOk);
   EXPECT_EQ(bytes.size(), 101u) << "no more is read than shows that it is too large";
+}
+
+TEST_F(XmlDocumentTest, PiecesComeInTheOrderOfTheDocumentUpToWhereItBreaks) {
+  const std::pair<std::string, std::u16string> cases[] = {
+      {"<g><!-- no --><x:p lat='1' x:lon=\"&lt;2\"/>a&amp;b<![CDATA[<c]]><t>d</t></g>",
+       u"<g><x:p lat=1 lon=<2></>a&b<c<t>d</></>"},
+      {"<!DOCTYPE g><g><p/></g>", u"<g><p></></>"},
+      {"<?xml version='1.0' encoding='ISO-8859-1'?><g>\xE4</g>", u"<g>ä</>"},
+      {"<g><p>1</p><p>2</g>", u"<g><p>1</><p>2"},
+  };
+  for (const auto& [text, expected] : cases) {
+    Recorder recorder;
+    vrx::xml::XmlProblem problem;
+    const bool isWhole = expected.ends_with(u"</>");
+    EXPECT_EQ(vrx::xml::ReadXmlEvents(text, {}, recorder, problem), isWhole) << text << problem.message;
+    EXPECT_EQ(XpString(recorder.pieces.c_str()), XpString(expected.c_str())) << text;
+  }
 }
 
 using XmlParserTest = FolderTest;
