@@ -71,11 +71,7 @@ std::optional<std::int64_t> IsoTime(std::string_view text) {
   if (!isRead) return {};
   time.millisecond = TakeMilliseconds(text);
   const auto zoneMinutes = ZoneMinutes(text);
-  const auto moment = UtcMilliseconds(time);
-  if (!zoneMinutes || !moment) return {};
-  const std::int64_t utcMilliseconds = *moment - std::int64_t{*zoneMinutes} * 60 * kMillisecondsPerSecond;
-  if (utcMilliseconds < 0) return {};
-  return utcMilliseconds;
+  return zoneMinutes ? UtcMilliseconds(time, *zoneMinutes) : std::nullopt;
 }
 
 class TrackPoints final : public xml::XmlEvents {

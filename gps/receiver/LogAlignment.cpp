@@ -23,6 +23,8 @@ struct Corrections {
   std::int64_t most = 0;
 
   bool Holds(std::int64_t value) const { return value >= least && value <= most; }
+  /// False when the range is so wide that it holds a multiple of `step` by chance.
+  bool Tells(std::int64_t step) const { return SaturatedSubtract(most, least) < step; }
 };
 
 bool IsZone(const std::optional<int>& minutes) {
@@ -40,9 +42,9 @@ std::optional<std::int64_t> SmallestMultiple(const Corrections& range, std::int6
 }
 
 void FindZone(const Corrections& range, Alignment& alignment) {
-  // Half and quarter hours are only told from chance when the place in the log is that exact.
+  // In a long log some whole hour always fits; a wrong zone is still likelier than another recording then.
   for (const std::int64_t step : {kHour, 2 * kQuarterHour, kQuarterHour}) {
-    if (step < kHour && range.most - range.least >= step) return;
+    if (step < kHour && !range.Tells(step)) return;
     const auto zone = SmallestMultiple(range, step);
     if (!zone || std::abs(*zone) > kFarthestZone) continue;
     alignment.mismatch = std::abs(*zone) == kHour ? Mismatch::OneHour : Mismatch::Zone;
@@ -57,10 +59,10 @@ void FindDays(const Corrections& range, Alignment& alignment) {
                          SaturatedAdd(range.most, kFarthestZone)};
   const auto rollover = SmallestMultiple(wide, kWeekRolloverSeconds);
   const auto days = SmallestMultiple(range, kSecondsPerDay);
-  if (rollover && std::abs(*rollover) <= 2 * kWeekRolloverSeconds) {
+  if (rollover && wide.Tells(kWeekRolloverSeconds) && std::abs(*rollover) <= 2 * kWeekRolloverSeconds) {
     alignment.mismatch = Mismatch::WeekRollover;
     alignment.correctionSeconds = *rollover;
-  } else if (days) {
+  } else if (days && range.Tells(kSecondsPerDay)) {
     alignment.mismatch = Mismatch::WholeDays;
     alignment.correctionSeconds = *days;
   }

@@ -11,24 +11,26 @@ namespace {
 constexpr std::int64_t kEarliest = -62'135'596'800'000;  // 1 January 1
 constexpr std::int64_t kLatest = 253'402'300'799'999;    // 31 December 9999
 constexpr int kLeapSecond = 60;
+constexpr int kLastMillisecond = 999;
 constexpr std::size_t kLongestNumber = 32;  // far beyond any field that carries meaning
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 }  // namespace
 
-std::optional<std::int64_t> UtcMilliseconds(const CivilTime& time) {
+std::optional<std::int64_t> UtcMilliseconds(const CivilTime& time, int zoneMinutes) {
   using namespace std::chrono;
   if (time.year < kFirstYear || time.year > kLastYear || time.month < 1 || time.day < 1) return {};
   const year_month_day date{year(time.year), month(static_cast<unsigned>(time.month)),
                             day(static_cast<unsigned>(time.day))};
-  const bool isLeapSecond = time.hour == 23 && time.minute == 59 && time.second == kLeapSecond;
   if (!date.ok() || time.hour < 0 || time.hour > 23 || time.minute < 0 || time.minute > 59) return {};
-  if (time.second < 0 || (time.second > 59 && !isLeapSecond)) return {};
-  const std::int64_t start = sys_days(date).time_since_epoch().count() * kSecondsPerDay;
-  if (isLeapSecond) return (start + kSecondsPerDay) * kMillisecondsPerSecond - 1;
-  const std::int64_t seconds = start + (time.hour * 60 + time.minute) * 60 + time.second;
-  return seconds * kMillisecondsPerSecond + time.millisecond;
+  if (time.second < 0 || time.second > kLeapSecond) return {};
+  const bool isLeapSecond = time.second == kLeapSecond;
+  const std::int64_t minutes = time.hour * 60 + time.minute - zoneMinutes;
+  const std::int64_t utcSeconds = sys_days(date).time_since_epoch().count() * kSecondsPerDay + minutes * 60 +
+                                  (isLeapSecond ? kLeapSecond - 1 : time.second);
+  if (utcSeconds < 0 || (isLeapSecond && (utcSeconds + 1) % kSecondsPerDay != 0)) return {};
+  return utcSeconds * kMillisecondsPerSecond + (isLeapSecond ? kLastMillisecond : time.millisecond);
 }
 
 CivilTime CivilUtc(std::int64_t utcMilliseconds) {

@@ -25,9 +25,10 @@ struct CivilTime {
   int millisecond = 0;
 };
 
-/// Nothing when the fields are no date and time from 1970 to 2199. The leap second 23:59:60 becomes the last
+/// Of a clock that is `zoneMinutes` ahead of UTC. Nothing when the fields are no date and time from 1970 to
+/// 2199. The leap second 23:59:60 becomes the last
 /// millisecond of its day: UTC as a count has no place for it, and so the log's times still never fall back.
-std::optional<std::int64_t> UtcMilliseconds(const CivilTime& time);
+std::optional<std::int64_t> UtcMilliseconds(const CivilTime& time, int zoneMinutes = 0);
 /// Times outside of the years 1 to 9999 become the nearest one inside.
 CivilTime CivilUtc(std::int64_t utcMilliseconds);
 
