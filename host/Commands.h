@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "foundation/log/LogChannel.h"
@@ -76,5 +77,27 @@ struct ModdOptions {
   bool json = false;
 };
 int RunModd(const ModdOptions& options);
+
+/// `vrx gps import`: writes the log of a receiver into a movie's sidecar.
+struct GpsImportOptions {
+  std::string movie;
+  std::string log;                 // NMEA 0183 or GPX
+  std::int64_t offsetSeconds = 0;  // added to the movie's place in the log
+  std::optional<int> zoneMinutes;  // of the movie's clock, east of UTC, in place of what the movie states
+  std::string start;               // ISO 8601: where in the log the movie begins; empty: by the movie's date
+  bool correctWeekRollover = false;
+};
+int RunGpsImport(const GpsImportOptions& options);
+
+/// `vrx gps show`: what a log holds.
+enum class GpsForm { Text, Json, Csv, Gpx };
+struct GpsShowOptions {
+  std::string file;  // a movie, a sidecar or a receiver's log
+  GpsForm form = GpsForm::Text;
+  bool points = false;  // each second in JSON
+  std::string plot;     // PNG file to write; empty for none
+  bool correctWeekRollover = false;
+};
+int RunGpsShow(const GpsShowOptions& options);
 
 }  // namespace vrx::host

@@ -113,6 +113,11 @@ void PrintJson(const Json& document, int indent) {
   std::puts(document.dump(indent, ' ', false, Json::error_handler_t::replace).c_str());
 }
 
+int Fail(const std::string& cause) {
+  Say("error: " + cause);
+  return kFailed;
+}
+
 bool FlushOutput() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 
 std::string ClockText(double seconds) {

@@ -37,6 +37,8 @@ std::string_view SeverityName(check::Severity severity);
 
 /// Writes "vrx: " and the line, masked, to stderr.
 void Say(std::string_view line);
+/// Says "error: " and the cause. Gives the exit status kFailed.
+int Fail(const std::string& cause);
 
 /// Writes the document and a line end to stdout. Bytes of file names that are no UTF-8 are replaced.
 void PrintJson(const Json& document, int indent);

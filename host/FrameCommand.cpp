@@ -60,11 +60,6 @@ void DrawOverlay(job::RenderJob& job, std::int64_t frame, std::vector<std::uint3
   std::copy_n(first, pixels.size(), pixels.begin());
 }
 
-int Fail(const std::string& cause) {
-  Say("error: " + cause);
-  return kFailed;
-}
-
 /// Why the project cannot give a frame at all; empty when nothing speaks against it.
 std::string CauseWithout(const XpString& project, const check::ProjectReport& report) {
   const VRXVideoOutputSetting* video = report.videoSettings.get();

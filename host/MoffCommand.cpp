@@ -16,11 +16,6 @@
 namespace vrx::host {
 namespace {
 
-int Fail(const std::string& cause) {
-  Say("error: " + cause);
-  return kFailed;
-}
-
 XpString MoffPathOf(const MoffOptions& options) {
   return moff::MoffPathFor(platform::AbsolutePath(platform::PathFromNative(options.file)));
 }

@@ -9,6 +9,7 @@
 
 #include "foundation/platform/Terminal.h"
 #include "foundation/registry/SystemSettings.h"
+#include "gps/receiver/UtcTime.h"
 #include "host/Commands.h"
 #include "host/Console.h"
 
@@ -26,6 +27,8 @@ struct Commands {
   LogsOptions logs;
   MoffOptions moff;
   ModdOptions modd;
+  GpsImportOptions gpsImport;
+  GpsShowOptions gpsShow;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
@@ -34,6 +37,7 @@ struct Commands {
   CLI::App* logsCommand = nullptr;
   CLI::App* moffCommand = nullptr;
   CLI::App* moddCommand = nullptr;
+  CLI::App* gpsCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -180,6 +184,65 @@ void AddModd(CLI::App& app, Commands& commands) {
   commands.moddCommand = modd;
 }
 
+/// Empty when the text is a moment.
+std::string CheckMoment(const std::string& text) {
+  if (vrx::receiver::ParseIsoTime(text)) return "";
+  return text + " is no date and time such as 2024-05-01T10:11:12Z";
+}
+
+constexpr const char* kRolloverHelp = "Move dates that a receiver's overflowed count of weeks made too early";
+
+void AddGpsImport(CLI::App& gps, GpsImportOptions& options) {
+  constexpr std::int64_t kMostOffset = 2'000'000'000;
+  constexpr int kMostZone = 14 * 60;
+  CLI::App* command = gps.add_subcommand("import", "Write the log of a receiver into a movie's sidecar");
+  command->add_option("MOVIE", options.movie, "The movie")->required();
+  command->add_option("LOG", options.log, "An NMEA 0183 log or a GPX document")->required();
+  command->add_option("--offset", options.offsetSeconds, "Seconds to add to the movie's place in the log")
+      ->check(CLI::Range(-kMostOffset, kMostOffset));
+  command
+      ->add_option("--zone", options.zoneMinutes,
+                   "Time zone of the movie's clock in minutes east of UTC, in place of what the movie states")
+      ->check(CLI::Range(-kMostZone, kMostZone));
+  command
+      ->add_option("--start", options.start,
+                   "Moment of the log at which the movie begins, as 2024-05-01T10:11:12Z or with +02:00")
+      ->check(CheckMoment);
+  command->add_flag("--fix-week-rollover", options.correctWeekRollover, kRolloverHelp);
+}
+
+void AddGpsShow(CLI::App& gps, GpsShowOptions& options) {
+  CLI::App* command = gps.add_subcommand("show", "Print what a log holds, and draw it");
+  command->add_option("FILE", options.file, "A movie, its sidecar, or a receiver's log")->required();
+  const auto addForm = [&](const char* name, GpsForm form, const char* help) {
+    return command->add_flag_callback(
+        name, [&options, form] { options.form = form; }, help);
+  };
+  CLI::Option* json = addForm("--json", GpsForm::Json, "Print one JSON document");
+  CLI::Option* csv = addForm("--csv", GpsForm::Csv, "Print a table with a row for each second");
+  CLI::Option* gpx = addForm("--gpx", GpsForm::Gpx, "Print a GPX document");
+  json->excludes(csv)->excludes(gpx);
+  csv->excludes(gpx);
+  command->add_flag("--points", options.points, "Each second in the JSON document")->needs(json);
+  command->add_option("--plot", options.plot, "PNG file to draw the track and its speed into");
+  command->add_flag("--fix-week-rollover", options.correctWeekRollover, kRolloverHelp);
+}
+
+void AddGps(CLI::App& app, Commands& commands) {
+  CLI::App* gps = app.add_subcommand("gps", "Bring GPS logs to movies, and show them");
+  gps->require_subcommand(1);
+  AddGpsImport(*gps, commands.gpsImport);
+  AddGpsShow(*gps, commands.gpsShow);
+  gps->footer(
+      "Exit status: 0 done, 1 there is no position or a file cannot be read or written, 2 wrong use.");
+  commands.gpsCommand = gps;
+}
+
+int RunGps(const Commands& commands) {
+  return commands.gpsCommand->got_subcommand("import") ? RunGpsImport(commands.gpsImport)
+                                                       : RunGpsShow(commands.gpsShow);
+}
+
 int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
@@ -188,6 +251,7 @@ int Run(const CLI::App& app, const Commands& commands) {
   if (commands.logsCommand->parsed()) return RunLogs(commands.logs);
   if (commands.moffCommand->parsed()) return RunMoff(commands.moff);
   if (commands.moddCommand->parsed()) return RunModd(commands.modd);
+  if (commands.gpsCommand->parsed()) return RunGps(commands);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -217,6 +281,7 @@ int main(int argc, char** argv) try {
   AddLogs(app, commands);
   AddMoff(app, commands);
   AddModd(app, commands);
+  AddGps(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {

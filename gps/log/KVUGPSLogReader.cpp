@@ -26,30 +26,36 @@ class Range {
   XpDateTime m_last;
 };
 
+/// Where a position is counted that does not get into the list; null for one that does.
+std::uint64_t* FindReason(const PositionFields& fields, const KVUGPSLogReader& reader, const XpDateTime& time,
+                          const Range& range, KVUGPSLogCounts& counts) {
+  if (reader.lastFixTime.empty()) return &counts.noClock;
+  if (fields.date.empty()) return &counts.noDate;
+  // A point without a date would stand at the beginning of the calendar.
+  if (!time.IsValid()) return &counts.wrongTime;
+  return range.Contains(time) ? nullptr : &counts.outsideRange;
+}
+
 void AddPosition(std::string_view body, KVUGPSLogReader& reader, const Range& range, KVUGPSInfoList& list) {
   KVUGPSLogCounts& counts = reader.counts;
-  ++counts.positions;
   const PositionFields fields = ReadPosition(body);
-  if (reader.lastFixTime.empty()) {
-    ++counts.noClock;
-  } else if (fields.date.empty()) {
-    ++counts.noDate;
-  } else if (const XpDateTime time = ReadFixTime(fields.date, reader.lastFixTime); !time.IsValid()) {
-    // A point without a date would stand at the beginning of the calendar.
-    ++counts.wrongTime;
-  } else if (!range.Contains(time)) {
-    ++counts.outsideRange;
-  } else {
-    KVUGPSInfo& point = list.emplace_back();
-    point.time = time.GetValue();
-    point.longitude = fields.longitude;
-    point.latitude = fields.latitude;
-    if (fields.hasSpeed) point.speed = fields.speed;
-    point.milliseconds = fields.millisecondsOfDay;
-    point.status = fields.status;
-    ++counts.kept;
-    if (fields.status == 0) ++counts.keptVoid;
+  const bool isVoid = fields.status == 0;
+  const XpDateTime time = ReadFixTime(fields.date, reader.lastFixTime);
+  ++counts.positions;
+  if (isVoid) ++counts.voids;
+  if (std::uint64_t* reason = FindReason(fields, reader, time, range, counts)) {
+    if (!isVoid) ++*reason;
+    return;
   }
+  ++counts.kept;
+  if (isVoid) ++counts.keptVoid;
+  KVUGPSInfo& point = list.emplace_back();
+  point.time = time.GetValue();
+  point.longitude = fields.longitude;
+  point.latitude = fields.latitude;
+  if (fields.hasSpeed) point.speed = fields.speed;
+  point.milliseconds = fields.millisecondsOfDay;
+  point.status = fields.status;
 }
 
 std::int64_t ReadShift(std::string_view body, KVUGPSLogReader& reader) {
@@ -86,6 +92,7 @@ void ParseGPSLog(std::string_view log, KVUGPSLogReader& reader, const XpDateTime
         range.Move(timeShiftSeconds);
         break;
       case LineKind::FixTime:
+        ++reader.counts.fixTimes;
         reader.lastFixTime = FirstField(line.body);
         break;
       case LineKind::Position:

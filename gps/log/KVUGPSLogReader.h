@@ -11,13 +11,15 @@
 
 /// What a log held, in lines.
 struct KVUGPSLogCounts {
+  std::uint64_t fixTimes = 0;      // sentences with a clock
   std::uint64_t positions = 0;     // sentences with a position, whatever became of them
-  std::uint64_t kept = 0;          // of these, the ones in the list
-  std::uint64_t keptVoid = 0;      // of the kept ones, those that the receiver did not call valid
-  std::uint64_t noClock = 0;       // positions without a fix time before them
-  std::uint64_t noDate = 0;        // positions without a date
-  std::uint64_t wrongTime = 0;     // positions with a date or clock that is none
-  std::uint64_t outsideRange = 0;  // positions before or after the stretch that was asked for
+  std::uint64_t voids = 0;         // of these, the ones that the receiver did not call valid
+  std::uint64_t kept = 0;          // positions in the list
+  std::uint64_t keptVoid = 0;      // of these, the ones that the receiver did not call valid
+  std::uint64_t noClock = 0;       // valid ones without a fix time before them
+  std::uint64_t noDate = 0;        // valid ones without a date
+  std::uint64_t wrongTime = 0;     // valid ones with a date or clock that is none
+  std::uint64_t outsideRange = 0;  // valid ones before or after the stretch that was asked for
   std::uint64_t tooLong = 0;       // lines beyond kMostLineBytes
   std::uint64_t others = 0;        // lines of other kinds
 };

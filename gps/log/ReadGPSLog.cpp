@@ -6,7 +6,7 @@
 #include "content/moff/SfMoffFile.h"
 #include "foundation/file/XpFileOperations.h"
 
-XpResult LoadGPSLogText(const XpString& gpsLogFilePath, std::string& log) {
+XpResult LoadGPSLogText(const XpString& gpsLogFilePath, std::string& log, XpString* movie) {
   log.clear();
   bool isDirectory = false;
   if (gpsLogFilePath.IsEmpty()) return XpErrInvalidArgument;
@@ -20,6 +20,7 @@ XpResult LoadGPSLogText(const XpString& gpsLogFilePath, std::string& log) {
   const std::unique_ptr<void, decltype(&std::free)> data(sidecar.ReadGroupData(group->GetId(), size),
                                                          &std::free);
   if (data == nullptr) return XpErrFileNotFound;
+  if (movie != nullptr) *movie = sidecar.GetSourcePath();
   log.assign(static_cast<const char*>(data.get()), static_cast<std::size_t>(size));
   return XpOk;
 }

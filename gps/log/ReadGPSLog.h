@@ -14,5 +14,5 @@ XpResult ReadGPSLog(const XpString& gpsLogFilePath, KVUGPSLogReader& reader, con
                     const XpDateTime& last, KVUGPSInfoList& list, std::int32_t timeZoneMinutes,
                     std::int64_t& timeShiftSeconds, bool& logHasHeaderMark);
 
-/// The bytes of the log; the codes of ReadGPSLog.
-XpResult LoadGPSLogText(const XpString& gpsLogFilePath, std::string& log);
+/// The bytes of the log, and the movie that its sidecar belongs to (may be null). The codes of ReadGPSLog.
+XpResult LoadGPSLogText(const XpString& gpsLogFilePath, std::string& log, XpString* movie = nullptr);

@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::size_t kLongestText = 64;       // of a time or a number; what is longer is neither
 constexpr std::size_t kHeadLength = 64 << 10;  // comments and a style sheet may come before the root
-constexpr int kMostZoneHours = 24;
 
 enum class Element { Document, Gpx, Track, Segment, Point, Time, Speed, Other };
 
@@ -36,42 +35,6 @@ std::optional<double> Number(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return {};
   return value;
-}
-
-/// "Z", "+02:00", "-0330" or "+01", as minutes; nothing at all is UTC, as GPX wants its times.
-std::optional<int> ZoneMinutes(std::string_view text) {
-  if (text.empty() || text == "Z" || text == "z") return 0;
-  const bool isWest = text.front() == '-';
-  if (!isWest && text.front() != '+') return {};
-  text.remove_prefix(1);
-  int hours = 0;
-  int minutes = 0;
-  if (!TakeDigits(text, 2, hours)) return {};
-  if (text.starts_with(':')) text.remove_prefix(1);
-  if (!text.empty() && !TakeDigits(text, 2, minutes)) return {};
-  if (!text.empty() || hours > kMostZoneHours || minutes > 59) return {};
-  return (isWest ? -1 : 1) * (hours * 60 + minutes);
-}
-
-bool TakeCharacter(std::string_view& text, std::string_view allowed) {
-  if (text.empty() || allowed.find(text.front()) == std::string_view::npos) return false;
-  text.remove_prefix(1);
-  return true;
-}
-
-/// A date and time of ISO 8601 in its extended form.
-std::optional<std::int64_t> IsoTime(std::string_view text) {
-  text = Trimmed(text);
-  CivilTime time;
-  const bool isRead =
-      TakeDigits(text, 4, time.year) && TakeCharacter(text, "-") && TakeDigits(text, 2, time.month) &&
-      TakeCharacter(text, "-") && TakeDigits(text, 2, time.day) && TakeCharacter(text, "Tt ") &&
-      TakeDigits(text, 2, time.hour) && TakeCharacter(text, ":") && TakeDigits(text, 2, time.minute) &&
-      TakeCharacter(text, ":") && TakeDigits(text, 2, time.second);
-  if (!isRead) return {};
-  time.millisecond = TakeMilliseconds(text);
-  const auto zoneMinutes = ZoneMinutes(text);
-  return zoneMinutes ? UtcMilliseconds(time, *zoneMinutes) : std::nullopt;
 }
 
 class TrackPoints final : public xml::XmlEvents {
@@ -141,7 +104,7 @@ class TrackPoints final : public xml::XmlEvents {
 
   std::optional<Rejection> MakeFix(Fix& fix) const {
     if (Trimmed(m_time).empty()) return Rejection::NoTime;
-    const auto moment = IsoTime(m_time);
+    const auto moment = ParseIsoTime(m_time);
     if (!moment) return Rejection::BadTime;
     if (m_latitude.empty() || m_longitude.empty()) return Rejection::NoPosition;
     const auto latitude = Number(m_latitude);

@@ -14,7 +14,30 @@ constexpr int kLeapSecond = 60;
 constexpr int kLastMillisecond = 999;
 constexpr std::size_t kLongestNumber = 32;  // far beyond any field that carries meaning
 
+constexpr int kMostZoneHours = 24;
+
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// "Z", "+02:00", "-0330" or "+01", as minutes; nothing at all is UTC, as GPX wants its times.
+std::optional<int> ZoneMinutes(std::string_view text) {
+  if (text.empty() || text == "Z" || text == "z") return 0;
+  const bool isWest = text.front() == '-';
+  if (!isWest && text.front() != '+') return {};
+  text.remove_prefix(1);
+  int hours = 0;
+  int minutes = 0;
+  if (!TakeDigits(text, 2, hours)) return {};
+  if (text.starts_with(':')) text.remove_prefix(1);
+  if (!text.empty() && !TakeDigits(text, 2, minutes)) return {};
+  if (!text.empty() || hours > kMostZoneHours || minutes > 59) return {};
+  return (isWest ? -1 : 1) * (hours * 60 + minutes);
+}
+
+bool TakeCharacter(std::string_view& text, std::string_view allowed) {
+  if (text.empty() || allowed.find(text.front()) == std::string_view::npos) return false;
+  text.remove_prefix(1);
+  return true;
+}
 
 }  // namespace
 
@@ -93,9 +116,29 @@ std::string Digits(std::int64_t value, int width) {
   return text.size() < length ? std::string(length - text.size(), '0') + text : text;
 }
 
+std::optional<std::int64_t> ParseIsoTime(std::string_view text) {
+  text = Trimmed(text);
+  CivilTime time;
+  const bool isRead =
+      TakeDigits(text, 4, time.year) && TakeCharacter(text, "-") && TakeDigits(text, 2, time.month) &&
+      TakeCharacter(text, "-") && TakeDigits(text, 2, time.day) && TakeCharacter(text, "Tt ") &&
+      TakeDigits(text, 2, time.hour) && TakeCharacter(text, ":") && TakeDigits(text, 2, time.minute) &&
+      TakeCharacter(text, ":") && TakeDigits(text, 2, time.second);
+  if (!isRead) return {};
+  time.millisecond = TakeMilliseconds(text);
+  const auto zoneMinutes = ZoneMinutes(text);
+  return zoneMinutes ? UtcMilliseconds(time, *zoneMinutes) : std::nullopt;
+}
+
 std::string UtcDateText(std::int64_t utcMilliseconds) {
   const CivilTime time = CivilUtc(utcMilliseconds);
   return Digits(time.year, 4) + "-" + Digits(time.month, 2) + "-" + Digits(time.day, 2);
+}
+
+std::string IsoText(std::int64_t utcMilliseconds) {
+  const CivilTime time = CivilUtc(utcMilliseconds);
+  return UtcDateText(utcMilliseconds) + "T" + Digits(time.hour, 2) + ":" + Digits(time.minute, 2) + ":" +
+         Digits(time.second, 2) + "Z";
 }
 
 std::string_view Trimmed(std::string_view text) {

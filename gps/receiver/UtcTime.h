@@ -46,6 +46,11 @@ std::string FixedDecimal(double value, int decimals);
 /// `value` with leading zeros to `width` digits.
 std::string Digits(std::int64_t value, int width);
 
+/// A date and time of ISO 8601 in its extended form, with a blank or a T between them. Without a zone it is
+/// UTC.
+std::optional<std::int64_t> ParseIsoTime(std::string_view text);
+/// "2024-05-01T10:11:12Z"; parts of a second are cut off.
+std::string IsoText(std::int64_t utcMilliseconds);
 /// "2024-05-01".
 std::string UtcDateText(std::int64_t utcMilliseconds);
 /// `text` without blanks around it.

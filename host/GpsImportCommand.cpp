@@ -1,0 +1,146 @@
+#include "host/Commands.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <span>
+
+#include "content/formats/XpFormatChecker.h"
+#include "content/moff/MoffSource.h"
+#include "content/moff/SfMoffFile.h"
+#include "foundation/file/XpFileOperations.h"
+#include "foundation/platform/FileSystem.h"
+#include "foundation/platform/Paths.h"
+#include "gps/receiver/LogWriter.h"
+#include "gps/receiver/UtcTime.h"
+#include "host/Console.h"
+#include "host/FileCauses.h"
+#include "host/GpsMovie.h"
+#include "host/GpsReport.h"
+#include "host/GpsSource.h"
+
+namespace vrx::host {
+namespace {
+
+XpDateTime LocalTime(std::int64_t utcSeconds, int zoneMinutes) {
+  XpDateTime date;
+  const receiver::CivilTime time =
+      receiver::CivilUtc((utcSeconds + std::int64_t{zoneMinutes} * 60) * receiver::kMillisecondsPerSecond);
+  date.SetDateTime(time.year, time.month, time.day, time.hour, time.minute, time.second);
+  return date;
+}
+
+/// A movie without a date of its own takes the one that --start and the zone make; the log then needs no
+/// shift, and the painter document has to give the clip that date.
+void DateMovie(const receiver::AlignRequest& request, receiver::MovieTime& movie) {
+  if (movie.localStart.IsValid() || !request.startUtcSeconds) return;
+  movie.localStart =
+      LocalTime(*request.startUtcSeconds + request.offsetSeconds, movie.zoneMinutes.value_or(0));
+  Say("note: the movie states no date; give its clip the OriginalDateTime " +
+      receiver::IsoText((*request.startUtcSeconds + request.offsetSeconds +
+                         std::int64_t{movie.zoneMinutes.value_or(0)} * 60) *
+                        receiver::kMillisecondsPerSecond) +
+      " in the painter document");
+}
+
+void WarnOfMismatch(const receiver::Alignment& alignment) {
+  if (alignment.hasOverlap) return;
+  std::string advice;
+  switch (alignment.mismatch) {
+    case receiver::Mismatch::OneHour:
+    case receiver::Mismatch::Zone:
+    case receiver::Mismatch::WholeDays:
+      advice = "; if so, import it with --offset " + std::to_string(alignment.correctionSeconds);
+      break;
+    case receiver::Mismatch::WeekRollover:
+      advice = "; if so, import it with --fix-week-rollover";
+      break;
+    default:
+      break;
+  }
+  Say("warning: " + receiver::DescribeMismatch(alignment) + advice);
+}
+
+/// Opens the movie's sidecar with all that it holds, or begins one.
+bool OpenSidecar(const XpString& movie, SfMoffFile& sidecar, std::string& cause) {
+  const XpString path = moff::MoffPathFor(movie);
+  const bool exists = XpPathIsFile(path);
+  const XpResult result = exists ? sidecar.OpenFully(movie) : sidecar.Create(movie);
+  if (result == XpOk) return true;
+  cause = exists && result == XpErrFileNotFound
+              ? Utf8(path) + " belongs to another movie (" + CodeText(result) + ") and is left as it is"
+          : exists ? Utf8(path) + " cannot be read and is left as it is: " + ReadCause(result)
+                   : Utf8(movie) + " cannot be read: " + ReadCause(result);
+  return false;
+}
+
+bool WriteSidecar(const XpString& movie, const std::string& log, std::string& cause) {
+  SfMoffFile sidecar;
+  if (!OpenSidecar(movie, sidecar, cause)) return false;
+  XpResult result = sidecar.SetGroupData(moff::kGpsGroup, {}, std::as_bytes(std::span(log)));
+  const XpString path = sidecar.GetMoffPath();
+  if (result == XpOk) result = sidecar.Close(true);
+  if (result != XpOk) cause = Utf8(path) + " cannot be written: " + WriteCause(result);
+  return result == XpOk;
+}
+
+/// Why the two files cannot be a movie and a log; empty when they can.
+std::string CauseAgainst(const XpString& movie, const XpString& log) {
+  if (!XpPathIsFile(movie)) return Utf8(movie) + " does not exist";
+  if (XpFormatChecker::GetFormat(movie) == formats::kMoff) return Utf8(movie) + " is a sidecar, not a movie";
+  if (platform::IsSameFile(movie, log)) return "the movie and the log are the same file";
+  if (platform::IsSameFile(moff::MoffPathFor(movie), log)) return Utf8(log) + " is the movie's own sidecar";
+  return {};
+}
+
+void PrintRead(const GpsSource& source, const receiver::Alignment& alignment) {
+  const std::string rejected = RejectedText(source);
+  std::printf("%s: %llu fixes, %zu seconds with a position%s\n", Plain(source.path).c_str(),
+              static_cast<unsigned long long>(source.fixes), source.points.size(),
+              rejected.empty() ? "" : Masked(", " + rejected).c_str());
+  std::printf("%s\n", receiver::DescribeOverlap(alignment).c_str());
+}
+
+}  // namespace
+
+int RunGpsImport(const GpsImportOptions& options) {
+  const XpString movie = platform::AbsolutePath(platform::PathFromNative(options.movie));
+  const XpString log = platform::AbsolutePath(platform::PathFromNative(options.log));
+  std::string cause = CauseAgainst(movie, log);
+  if (!cause.empty()) return Fail(cause);
+  GpsSource source;
+  std::vector<receiver::Fix> seconds;
+  if (!ReadReceiverLog(log, {options.correctWeekRollover}, source, seconds, cause)) return Fail(cause);
+  for (const std::string& warning : source.warnings) Say("warning: " + Utf8(log) + ": " + warning);
+  if (seconds.empty()) {
+    const std::string rejected = RejectedText(source);
+    return Fail(Utf8(log) + " holds no position" + (rejected.empty() ? "" : ": " + rejected));
+  }
+
+  receiver::AlignRequest request;
+  request.offsetSeconds = options.offsetSeconds;
+  request.zoneMinutes = options.zoneMinutes;
+  if (!options.start.empty()) {
+    const auto start = receiver::ParseIsoTime(options.start);
+    if (start) request.startUtcSeconds = *start / receiver::kMillisecondsPerSecond;
+  }
+  receiver::MovieTime time = InspectMovie(movie);
+  DateMovie(request, time);
+  if (!time.localStart.IsValid()) {
+    return Fail(Utf8(movie) + " states no date: --start DATETIME says at which moment of the log it begins");
+  }
+  receiver::Alignment alignment;
+  const receiver::LogSpan span{seconds.front().utcMilliseconds, seconds.back().utcMilliseconds};
+  if (receiver::AlignLog(time, request, span, alignment) != XpOk)
+    return Fail(Utf8(log) + " and the movie are too far apart in time to be brought together");
+  std::string text;
+  if (receiver::WriteLog(seconds, {.shiftSeconds = alignment.shiftSeconds}, text) != XpOk)
+    return Fail(Utf8(log) + ": its dates do not lie between the years 2000 and 2099");
+  if (!WriteSidecar(movie, text, cause)) return Fail(cause);
+  PrintRead(source, alignment);
+  if (alignment.isZoneAssumed)
+    Say("note: the movie states no time zone, so its clock was taken as UTC; --zone MINUTES says otherwise");
+  WarnOfMismatch(alignment);
+  return kDone;
+}
+
+}  // namespace vrx::host
