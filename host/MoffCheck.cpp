@@ -48,6 +48,17 @@ std::string BodyProblem(const moff::EntryInfo& entry, const moff::BodyRange& ran
   return place + " is of the unknown kind " + KindText(entry.head.kind) + code;
 }
 
+/// Nobody needs the offset of the bodies in a group's record, but one past the end is certainly wrong.
+void AddOffsetProblems(const moff::FileTag& root, const moff::BodyRange& range, Problems& problems) {
+  const moff::GroupTable& table = *root.child;
+  for (std::size_t i = 0; i < table.GetChildren().size(); ++i) {
+    const moff::GroupData& group = table.GetChildren()[i]->record;
+    if (table.position + group.bodiesOffset <= range.end) continue;
+    problems.push_back(GroupName(i, group.id) + ": its bodies begin past the end of the file" +
+                       InCode(XpErrMalformedRecord));
+  }
+}
+
 struct BodyPlace {
   std::int64_t start;
   std::int64_t end;
@@ -112,6 +123,7 @@ MoffReport CheckMoff(const XpString& moffPath) {
     report.problems.push_back(TableProblem(root, place, result));
     return report;
   }
+  AddOffsetProblems(root, range, report.problems);
   AddGroupProblems(moff::ListGroups(&file, range, root), range, report);
   if (report.problems.empty()) {
     const XpResult result = moff::ReadBodies(file, range, root);

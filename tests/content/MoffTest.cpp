@@ -14,6 +14,7 @@
 #include "content/moff/MoffTags.h"
 #include "content/moff/SfMoffFile.h"
 #include "content/moff/SfStpFile.h"
+#include "foundation/file/XpFileOperations.h"
 #include "tests/content/MoffBytes.h"
 #include "tests/foundation/FolderTest.h"
 #include "tests/support/FullDisk.h"
@@ -94,6 +95,8 @@ TEST_F(MoffFileTest, TheBytesWrittenAreThoseOfTheFormat) {
             MoffBytes({"clip.mts", 4, created.ToTimeT(), kWritten},
                       {{7, {{"BINA", "GPS log"}}}, {0xFFFFFFFF, {{"BINA", ""}}, {9, 8, 7, 6}}}));
   EXPECT_TRUE(m_file.GetMoffPath().IsEmpty());
+  const bool keepsMarks = XpPathSetHidden(Path("clip.mts")) == XpOk;
+  EXPECT_EQ(XpFile(Path("clip.mts.moff")).IsHidden(), keepsMarks);
 }
 
 TEST_F(MoffFileTest, TheNameOfTheSourceIsKeptWhole) {

@@ -111,6 +111,7 @@ TEST_F(SidecarCommandsTest, ValidationNamesEachProblem) {
       {with(824, "X"), {"the table of groups is damaged before or at byte 832 (0x8110)"}},
       {with(896, "X"), {"the table of group 1 (id 3) is damaged before or at byte 904 (0x8110)"}},
       {whole.substr(0, 970), {"the table of group 2 (id 7) is damaged before or at byte 960 (0x8110)"}},
+      {with(848, U32(0xFFFFFFFF)), {"group 1 (id 3): its bodies begin past the end of the file (0x8110)"}},
       {with(firstBody, "X\x1b"),
        {"group 1 (id 3), entry 1: its body at byte 976 is of the unknown kind 0x47451b58 (0x8000)"}},
       {with(firstBody + 4, U32(7)),
