@@ -18,7 +18,6 @@ constexpr std::size_t kTypeLength = 3;  // an address is a talker and a type, as
 constexpr std::size_t kAddressLength = 5;
 constexpr std::size_t kMostTypes = 64;  // in the table of types that were passed over
 constexpr int kCenturyTurn = 80;        // positioning by satellite began in 1980
-constexpr std::string_view kEndsSentence{"\r\n$\0", 4};
 constexpr std::string_view kRmc = "RMC";
 constexpr std::string_view kPositionTypes[] = {kRmc, "GGA", "GLL", "GNS", "GSA", "GSV", "VTG", "ZDA"};
 
@@ -37,6 +36,8 @@ enum Field : std::size_t {
 };
 using Fields = std::array<std::string_view, kFieldsNeeded>;
 
+bool EndsSentence(char c) { return c == '\r' || c == '\n' || c == '$' || c == '\0'; }
+
 /// Steps through the sentences of a log: what stands between "$" and the end of the line.
 class SentenceFinder {
  public:
@@ -45,7 +46,8 @@ class SentenceFinder {
   bool Next(std::string_view& sentence) {
     const std::size_t start = m_text.find('$', m_at);
     if (start == std::string_view::npos) return false;
-    m_at = std::min(m_text.find_first_of(kEndsSentence, start + 1), m_text.size());
+    m_at = start + 1;
+    while (m_at < m_text.size() && !EndsSentence(m_text[m_at])) ++m_at;
     sentence = m_text.substr(start + 1, m_at - start - 1);
     return true;
   }

@@ -90,6 +90,7 @@ TEST(AlignTest, WithoutOverlapTheLikeliestCauseIsNamed) {
   };
   const Case cases[] = {
       {kHour - 100, 900, Mismatch::OneHour, kHour, "one hour later"},
+      {kHour + 50, 640, Mismatch::OneHour, kHour, "one hour later"},
       {-kHour + 30, 550, Mismatch::OneHour, -kHour, "one hour earlier"},
       {-9 * kHour - 20, 700, Mismatch::Zone, -9 * kHour, "about 9 hours earlier"},
       {14 * kHour, 600, Mismatch::Zone, 14 * kHour, "14 hours later"},
@@ -105,6 +106,7 @@ TEST(AlignTest, WithoutOverlapTheLikeliestCauseIsNamed) {
       {kHour + 420, 620, Mismatch::OtherRecording, kHour - 180, "begins 57:00 after the movie ends"},
       {-40 * kDay - 5 * kHour, 1000, Mismatch::OtherRecording, -40 * kDay - 5 * kHour + 1000,
        "ends 40 days before the movie begins"},
+      {kHour + 300, 2400, Mismatch::OtherRecording, kHour - 300, "begins 55:00 after the movie ends"},
       {630, 620, Mismatch::OtherRecording, 30, "begins 00:30 after the movie ends"},
   };
   for (const Case& c : cases) {
