@@ -8,6 +8,7 @@
 #include "content/moff/MoffSource.h"
 #include "content/moff/SfMoffFile.h"
 #include "foundation/file/XpFileOperations.h"
+#include "foundation/number/Saturate.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/Paths.h"
 #include "gps/receiver/LogWriter.h"
@@ -42,19 +43,23 @@ void DateMovie(const receiver::AlignRequest& request, receiver::MovieTime& movie
       " in the painter document");
 }
 
-void WarnOfMismatch(const receiver::Alignment& alignment) {
+/// `offsetSeconds` is the one that was given.
+void WarnOfMismatch(const receiver::Alignment& alignment, std::int64_t offsetSeconds) {
   if (alignment.hasOverlap) return;
   std::string advice;
+  const std::int64_t better = SaturatedAdd(offsetSeconds, alignment.correctionSeconds);
   switch (alignment.mismatch) {
     case receiver::Mismatch::OneHour:
     case receiver::Mismatch::Zone:
     case receiver::Mismatch::WholeDays:
-      advice = "; if so, import it with --offset " + std::to_string(alignment.correctionSeconds);
+      advice = better == 0 ? "; if so, import it without --offset"
+                           : "; if so, import it with --offset " + std::to_string(better);
       break;
     case receiver::Mismatch::WeekRollover:
       advice = "; if so, import it with --fix-week-rollover";
       break;
-    default:
+    case receiver::Mismatch::None:
+    case receiver::Mismatch::OtherRecording:
       break;
   }
   Say("warning: " + receiver::DescribeMismatch(alignment) + advice);
@@ -139,7 +144,7 @@ int RunGpsImport(const GpsImportOptions& options) {
   PrintRead(source, alignment);
   if (alignment.isZoneAssumed)
     Say("note: the movie states no time zone, so its clock was taken as UTC; --zone MINUTES says otherwise");
-  WarnOfMismatch(alignment);
+  WarnOfMismatch(alignment, options.offsetSeconds);
   return kDone;
 }
 

@@ -40,8 +40,9 @@ std::string SpanText(const GpsFacts& facts) {
 }
 
 std::string DistanceText(double meters) {
-  constexpr double kShort = 10'000.0;
-  return meters < kShort ? FixedDecimal(meters, 0) + " m" : FixedDecimal(meters / 1000.0, 1) + " km";
+  constexpr double kKilometer = 1000.0;
+  if (meters < kKilometer) return FixedDecimal(meters, 0) + " m";
+  return FixedDecimal(meters / kKilometer, meters < 100 * kKilometer ? 2 : 1) + " km";
 }
 
 std::string SpeedText(double knots) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <ranges>
 
 #include "foundation/text/XpFormat.h"
 #include "foundation/time/SerialDate.h"
@@ -123,24 +124,38 @@ void DrawMark(PlotCanvas& canvas, PlotPoint at, bool filled) {
   if (!filled) canvas.Disc(at, 5, kGround);
 }
 
-/// Beside the mark, on the side where there is room.
-void DrawMarkLabel(PlotCanvas& canvas, PlotPoint at, const XpString& label) {
-  const bool toTheLeft = at.x > kMap.right - 160;
+/// Beside the mark, on the side that the track does not leave it by, where there is room.
+void DrawMarkLabel(PlotCanvas& canvas, PlotPoint at, PlotPoint alongTrack, const XpString& label) {
+  constexpr double kRoom = 160.0;
+  const bool toTheLeft = (alongTrack.x > at.x && at.x > kMap.left + kRoom) || at.x > kMap.right - kRoom;
   const PlotPoint place{at.x + (toTheLeft ? -18 : 18), at.y};
   const PlotAlign align = toTheLeft ? PlotAlign::Right : PlotAlign::Left;
   canvas.Text({label, place, align, 18, true, kText, kPanel});
 }
 
-void DrawStartAndEnd(PlotCanvas& canvas, PlotPoint start, PlotPoint end) {
+/// The first place of the track that is not close to the mark; the mark itself when there is none.
+template <class Places>
+PlotPoint AwayFrom(PlotPoint mark, const Places& places) {
+  constexpr double kClose = 40.0;
+  const auto isAway = [mark](PlotPoint place) {
+    return std::hypot(place.x - mark.x, place.y - mark.y) > kClose;
+  };
+  const auto found = std::ranges::find_if(places, isAway);
+  return found == places.end() ? mark : *found;
+}
+
+void DrawStartAndEnd(PlotCanvas& canvas, const std::vector<PlotPoint>& fixes) {
   constexpr double kLabelHeight = 24.0;
+  const PlotPoint start = fixes.front(), end = fixes.back();
   DrawMark(canvas, end, true);
   DrawMark(canvas, start, false);
+  const PlotPoint afterStart = AwayFrom(start, fixes);
   if (std::abs(start.y - end.y) < kLabelHeight && std::abs(start.x - end.x) < 4 * kLabelHeight) {
-    DrawMarkLabel(canvas, start, u"start and end");
+    DrawMarkLabel(canvas, start, afterStart, u"start and end");
     return;
   }
-  DrawMarkLabel(canvas, start, u"start");
-  DrawMarkLabel(canvas, end, u"end");
+  DrawMarkLabel(canvas, start, afterStart, u"start");
+  DrawMarkLabel(canvas, end, AwayFrom(end, fixes | std::views::reverse), u"end");
 }
 
 void DrawMap(PlotCanvas& canvas, const KVUGPSInfoList& track) {
@@ -156,24 +171,25 @@ void DrawMap(PlotCanvas& canvas, const KVUGPSInfoList& track) {
     return;
   }
   std::vector<std::vector<PlotPoint>> pieces;
+  std::vector<PlotPoint> fixes;
   const KVUGPSInfo* previous = nullptr;
-  const KVUGPSInfo* firstFix = nullptr;
   for (const KVUGPSInfo& point : track) {
     if (!IsFix(point)) continue;
-    if (firstFix == nullptr) firstFix = &point;
+    const PlotPoint place = map.Place(point);
     const bool joins = previous != nullptr && previous + 1 == &point;
     if (!joins) {
-      if (previous != nullptr) canvas.Dashes(map.Place(*previous), map.Place(point), 2.5, 8, kGapLine);
+      if (previous != nullptr) canvas.Dashes(fixes.back(), place, 2.5, 8, kGapLine);
       pieces.emplace_back();
     }
-    pieces.back().push_back(map.Place(point));
+    pieces.back().push_back(place);
+    fixes.push_back(place);
     previous = &point;
   }
   for (const auto& piece : pieces) {
     canvas.Polyline(piece, 4.5, kAccent);
     if (piece.size() == 1) canvas.Disc(piece[0], 2.5, kAccent);
   }
-  DrawStartAndEnd(canvas, map.Place(*firstFix), map.Place(*previous));
+  DrawStartAndEnd(canvas, fixes);
   DrawScaleBar(canvas, map.PixelsPerMeter());
   DrawNorth(canvas);
 }
