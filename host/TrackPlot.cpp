@@ -5,10 +5,12 @@
 #include <numbers>
 #include <ranges>
 
+#include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/time/SerialDate.h"
 #include "gps/log/GpsTime.h"
 #include "gps/track/GpsUnits.h"
+#include "host/Console.h"
 #include "host/PlotCanvas.h"
 
 namespace vrx::host {
@@ -238,6 +240,23 @@ void DrawTimeScale(PlotCanvas& canvas, const SpeedAxes& axes, std::int64_t start
   canvas.Text({u"UTC", {kSpeed.right, kSpeed.bottom + 46}, PlotAlign::Right, 16, false, kQuietText});
 }
 
+/// An end of the movie's bar: a stroke, or an arrow where the movie goes on beyond the log.
+void DrawMovieEnd(PlotCanvas& canvas, PlotPoint end, double outwards, bool goesOn) {
+  if (!goesOn) {
+    canvas.Line({end.x, end.y - 6}, {end.x, end.y + 6}, 3, kMovie);
+    return;
+  }
+  canvas.FillPolygon({{end.x + outwards * 12, end.y}, {end.x, end.y - 7}, {end.x, end.y + 7}}, kMovie);
+}
+
+/// "movie, begins 2:35 before the log".
+std::string MovieLabel(const std::pair<double, double>& movie, double logSeconds) {
+  std::string label = "movie";
+  if (movie.first < 0.0) label += ", begins " + ClockText(-movie.first) + " before the log";
+  if (movie.second > logSeconds) label += ", ends " + ClockText(movie.second - logSeconds) + " after the log";
+  return label;
+}
+
 void DrawMovieSpan(PlotCanvas& canvas, const SpeedAxes& axes, const std::pair<double, double>& movie) {
   const double from = std::max(movie.first, 0.0), to = std::min(movie.second, axes.seconds);
   const double y = kSpeed.top - 10;
@@ -246,10 +265,16 @@ void DrawMovieSpan(PlotCanvas& canvas, const SpeedAxes& axes, const std::pair<do
         {u"the movie lies outside this log", {kSpeed.right, y - 12}, PlotAlign::Right, 16, true, kMovie});
     return;
   }
-  canvas.Line({axes.X(from), y}, {axes.X(to), y}, 4, kMovie);
-  if (movie.first >= 0.0) canvas.Line({axes.X(from), y - 6}, {axes.X(from), y + 6}, 3, kMovie);
-  if (movie.second <= axes.seconds) canvas.Line({axes.X(to), y - 6}, {axes.X(to), y + 6}, 3, kMovie);
-  canvas.Text({u"movie", {(axes.X(from) + axes.X(to)) / 2, y - 18}, PlotAlign::Center, 16, true, kMovie});
+  const double left = axes.X(from), right = axes.X(to), middle = (left + right) / 2;
+  canvas.Line({left, y}, {right, y}, 4, kMovie);
+  DrawMovieEnd(canvas, {left, y}, -1.0, movie.first < 0.0);
+  DrawMovieEnd(canvas, {right, y}, 1.0, movie.second > axes.seconds);
+  // A long label of a short bar stays within the picture.
+  constexpr double kHalfLabel = 300.0;
+  const bool isLeft = middle<kSpeed.left + kHalfLabel, isRight = middle> kSpeed.right - kHalfLabel;
+  const PlotAlign align = isLeft ? PlotAlign::Left : isRight ? PlotAlign::Right : PlotAlign::Center;
+  const XpString label = platform::PathFromNative(MovieLabel(movie, axes.seconds));
+  canvas.Text({label, {isLeft ? left : isRight ? right : middle, y - 18}, align, 16, true, kMovie});
 }
 
 void DrawSpeedPiece(PlotCanvas& canvas, const SpeedAxes& axes, const std::vector<PlotPoint>& piece) {
