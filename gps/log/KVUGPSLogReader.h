@@ -38,6 +38,6 @@ struct KVUGPSLogReader {
 /// first goes to `timeShiftSeconds`, by which the stretch moves; it and `logHasHeaderMark` stay as they are
 /// when the log has no such line. Lines end with a line feed; what follows the last one is ignored, and so
 /// are lines that cannot be read.
-void ParseGPSLog(std::string_view log, KVUGPSLogReader& reader, const XpDateTime& first,
-                 const XpDateTime& last, KVUGPSInfoList& list, std::int32_t timeZoneMinutes,
+void ParseGPSLog(std::string_view log, KVUGPSLogReader& reader, const XpDateTime& firstLocal,
+                 const XpDateTime& lastLocal, KVUGPSInfoList& list, std::int32_t timeZoneMinutes,
                  std::int64_t& timeShiftSeconds, bool& logHasHeaderMark);

@@ -25,13 +25,13 @@ XpResult LoadGPSLogText(const XpString& gpsLogFilePath, std::string& log, XpStri
   return XpOk;
 }
 
-XpResult ReadGPSLog(const XpString& gpsLogFilePath, KVUGPSLogReader& reader, const XpDateTime& first,
-                    const XpDateTime& last, KVUGPSInfoList& list, std::int32_t timeZoneMinutes,
+XpResult ReadGPSLog(const XpString& gpsLogFilePath, KVUGPSLogReader& reader, const XpDateTime& firstLocal,
+                    const XpDateTime& lastLocal, KVUGPSInfoList& list, std::int32_t timeZoneMinutes,
                     std::int64_t& timeShiftSeconds, bool& logHasHeaderMark) {
   list.clear();
   reader.timeZoneMinutes = timeZoneMinutes;
   std::string log;
   if (const XpResult result = LoadGPSLogText(gpsLogFilePath, log); result != XpOk) return result;
-  ParseGPSLog(log, reader, first, last, list, timeZoneMinutes, timeShiftSeconds, logHasHeaderMark);
+  ParseGPSLog(log, reader, firstLocal, lastLocal, list, timeZoneMinutes, timeShiftSeconds, logHasHeaderMark);
   return XpOk;
 }

@@ -20,13 +20,13 @@ double ShownSeconds(const LogDataEntry& clip, bool wholeClip) {
   return wholeClip ? clip.duration : clip.endTime - clip.startTime;
 }
 
-/// The points from `t0` to one second after `t1`. None of them is held or interpolated before the first
-/// logged one, since what they were made of is not shown.
-KVUGPSInfoList CopyShown(const KVUGPSInfoList& list, const XpDateTime& t0, const XpDateTime& t1) {
+/// The points from `firstUtc` to one second after `lastUtc`. None of them is held or interpolated before the
+/// first logged one, since what they were made of is not shown.
+KVUGPSInfoList CopyShown(const KVUGPSInfoList& list, const XpDateTime& firstUtc, const XpDateTime& lastUtc) {
   KVUGPSInfoList shown;
-  if (!t0.IsValid() || !t1.IsValid()) return shown;
-  const std::int64_t first = WholeSeconds(t0);
-  const std::int64_t last = SaturatedAdd(WholeSeconds(t1), 1);
+  if (!firstUtc.IsValid() || !lastUtc.IsValid()) return shown;
+  const std::int64_t first = WholeSeconds(firstUtc);
+  const std::int64_t last = SaturatedAdd(WholeSeconds(lastUtc), 1);
   bool hasFix = false;
   for (const KVUGPSInfo& point : list) {
     const std::int64_t time = WholeSeconds(point.time);
@@ -78,8 +78,7 @@ const ClipTrack* GpsTimeline::FindClip(std::int32_t videoId) const {
 std::int32_t FindTimeZoneMinutes(const XpString& gpsLogFilePath) {
   std::int32_t minutes = 0;
   SfModdXML sidecar(gpsLogFilePath);
-  if (sidecar.Open(SfModdRead) == XpOk && sidecar.GetFileTimeZoneOffset(minutes) == XpOk)
-    return minutes;
+  if (sidecar.Open(SfModdRead) == XpOk && sidecar.GetFileTimeZoneOffset(minutes) == XpOk) return minutes;
   XpDateTime date;
   if (GetOriginalDateTimeFromMP4(gpsLogFilePath, date, minutes) && minutes != kMp4NoTimeZone) return minutes;
   return 0;
@@ -89,14 +88,14 @@ void LoadGPSLog(const LogDataEntry& clip, GpsTimeline& timeline) {
   LogTrack track;
   KVSGPSClipSummary& summary = track.summary;
   summary.timeZoneMinutes = FindTimeZoneMinutes(clip.gpsLogFilePath);
-  const XpDateTime first = clip.originalDateTime;
-  const XpDateTime last = Moved(first, WholePart(clip.duration));
+  const XpDateTime firstLocal = clip.originalDateTime;
+  const XpDateTime lastLocal = Moved(firstLocal, WholePart(clip.duration));
   KVUGPSLogReader reader;
   // A log that cannot be read leaves no points, which is a track without a position.
-  ReadGPSLog(clip.gpsLogFilePath, reader, first, last, track.points, summary.timeZoneMinutes,
+  ReadGPSLog(clip.gpsLogFilePath, reader, firstLocal, lastLocal, track.points, summary.timeZoneMinutes,
              summary.timeShiftSeconds, summary.logHasHeaderMark);
-  ResampleTrack(track.points, Moved(first, summary.timeShiftSeconds), Moved(last, summary.timeShiftSeconds),
-                summary.timeZoneMinutes);
+  ResampleTrack(track.points, Moved(firstLocal, summary.timeShiftSeconds),
+                Moved(lastLocal, summary.timeShiftSeconds), summary.timeZoneMinutes);
   timeline.logs[clip.gpsLogFilePath] = std::move(track);
 }
 
@@ -107,16 +106,17 @@ void AddClipToTimeline(const LogDataEntry& clip, double& accumulatedSeconds, Gps
   ClipTrack track;
   track.videoId = clip.videoId;
   track.summary = log.summary;
-  XpDateTime t0 = clip.originalDateTime;
-  if (!timeline.drawTrimmedOutArea) t0 = Moved(t0, WholePart(clip.startTime));
-  t0 = Moved(UtcFromLocal(t0, log.summary.timeZoneMinutes), log.summary.timeShiftSeconds);
+  XpDateTime firstLocal = clip.originalDateTime;
+  if (!timeline.drawTrimmedOutArea) firstLocal = Moved(firstLocal, WholePart(clip.startTime));
+  const XpDateTime firstUtc =
+      Moved(UtcFromLocal(firstLocal, log.summary.timeZoneMinutes), log.summary.timeShiftSeconds);
   const double length = ShownSeconds(clip, timeline.drawTrimmedOutArea);
-  const XpDateTime t1 = Moved(t0, WholePart(length));
-  AccumulateDistanceFrom(log.points, timeline.unit, t0);
-  track.summary.distance = DistanceInRange(log.points, timeline.unit, t0, t1);
-  track.summary.averageSpeed = AverageSpeedInRange(log.points, timeline.unit, t0, t1);
-  track.summary.maxSpeed = MaxSpeedInRange(log.points, t0, t1);
-  track.points = CopyShown(log.points, t0, t1);
+  const XpDateTime lastUtc = Moved(firstUtc, WholePart(length));
+  AccumulateDistanceFrom(log.points, timeline.unit, firstUtc);
+  track.summary.distance = DistanceInRange(log.points, timeline.unit, firstUtc, lastUtc);
+  track.summary.averageSpeed = AverageSpeedInRange(log.points, timeline.unit, firstUtc, lastUtc);
+  track.summary.maxSpeed = MaxSpeedInRange(log.points, firstUtc, lastUtc);
+  track.points = CopyShown(log.points, firstUtc, lastUtc);
   TrackBounds(track.points, 0.0, track.bounds);
   track.movieStartSeconds = accumulatedSeconds;
   accumulatedSeconds += length;

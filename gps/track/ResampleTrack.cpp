@@ -79,24 +79,24 @@ std::int64_t SecondsBetween(const XpDateTime& start, const XpDateTime& end) {
 
 }  // namespace
 
-void ResampleTrack(KVUGPSInfoList& list, const XpDateTime& first, const XpDateTime& last,
+void ResampleTrack(KVUGPSInfoList& list, const XpDateTime& firstLocal, const XpDateTime& lastLocal,
                    std::int32_t timeZoneMinutes) {
-  const XpDateTime start = UtcFromLocal(first, timeZoneMinutes);
-  const XpDateTime end = UtcFromLocal(last, timeZoneMinutes);
+  const XpDateTime firstUtc = UtcFromLocal(firstLocal, timeZoneMinutes);
+  const XpDateTime lastUtc = UtcFromLocal(lastLocal, timeZoneMinutes);
   const KVUGPSInfoList logged = std::exchange(list, {});
   Track track(list);
   if (logged.empty()) {
-    const std::int64_t seconds = SecondsBetween(start, end);
-    if (seconds > 1) track.AppendBeforeFix(WholeSeconds(start), seconds + 1);
+    const std::int64_t seconds = SecondsBetween(firstUtc, lastUtc);
+    if (seconds > 1) track.AppendBeforeFix(WholeSeconds(firstUtc), seconds + 1);
     return;
   }
-  track.AppendBeforeFix(WholeSeconds(start), SecondsBetween(start, XpDateTime(logged.front().time)));
+  track.AppendBeforeFix(WholeSeconds(firstUtc), SecondsBetween(firstUtc, XpDateTime(logged.front().time)));
   for (std::size_t i = 0; i + 1 < logged.size(); ++i) {
     track.Append(logged[i]);
     track.AppendGap(logged[i], logged[i + 1]);
   }
   track.Append(logged.back());
-  track.AppendAfter(logged.back(), SecondsBetween(XpDateTime(logged.back().time), end));
+  track.AppendAfter(logged.back(), SecondsBetween(XpDateTime(logged.back().time), lastUtc));
 }
 
 void InterpolatePoint(const KVUGPSInfo& previous, const KVUGPSInfo& next, KVUGPSInfo& point) {

@@ -15,10 +15,10 @@ inline constexpr std::int64_t kHeldSeconds = 3;
 /// A track ends at this many points (eleven days): documents can state any duration.
 inline constexpr std::size_t kMostTrackPoints = 1'000'000;
 
-/// Replaces the points of `list`, in UTC, by one a second from `first` to `last`, which are in a local time
-/// `timeZoneMinutes` ahead of UTC. Logged points stay as they are, also two of the same second and those that
-/// run backwards. Times that are not valid give no seconds to fill.
-void ResampleTrack(KVUGPSInfoList& list, const XpDateTime& first, const XpDateTime& last,
+/// Replaces the points of `list`, in UTC, by one a second from `firstLocal` to `lastLocal`, which are in a
+/// local time `timeZoneMinutes` ahead of UTC. Logged points stay as they are, also two of the same second and
+/// those that run backwards. Times that are not valid give no seconds to fill.
+void ResampleTrack(KVUGPSInfoList& list, const XpDateTime& firstLocal, const XpDateTime& lastLocal,
                    std::int32_t timeZoneMinutes);
 
 /// Gives `point` the position between two others that its time has; that of `previous` when all three have

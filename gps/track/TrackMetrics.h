@@ -1,5 +1,5 @@
-// Distances, speeds and bounds of tracks with one point a second. Ranges include both ends; units are those
-// of GpsUnits.h.
+// Distances, speeds and bounds of tracks with one point a second. Ranges from t0 to t1 are on
+// the clock of the list's times and include both ends; units are those of GpsUnits.h.
 #pragma once
 
 #include <cstdint>
