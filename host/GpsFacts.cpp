@@ -10,8 +10,6 @@
 namespace vrx::host {
 namespace {
 
-constexpr double kArcSecondsPerDegree = 3600.0;
-
 double WithinHalfTurn(double degrees) {
   constexpr double kTurn = 360.0;
   return std::remainder(degrees, kTurn);

@@ -14,7 +14,6 @@ namespace {
 using receiver::FixedDecimal;
 using receiver::kMillisecondsPerSecond;
 
-constexpr double kArcSecondsPerDegree = 3600.0;
 constexpr int kDegreeDecimals = 7;  // a centimetre
 
 std::string IsoText(std::int64_t unixSeconds) {

@@ -16,9 +16,8 @@ namespace vrx::host {
 namespace {
 
 constexpr std::int64_t kUnixEpoch = 25569 * receiver::kSecondsPerDay;  // 1970 as a serial date
-constexpr double kArcSecondsPerDegree = 3600.0;
-constexpr std::int64_t kMostLogBytes = std::int64_t{1}
-                                       << 30;  // days of a receiver that writes twenty a second
+/// Days of a receiver that writes twenty a second.
+constexpr std::int64_t kMostLogBytes = std::int64_t{1} << 30;
 
 /// All dates that a log can hold, whatever its shift is.
 struct AnyTime {

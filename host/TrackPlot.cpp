@@ -60,7 +60,7 @@ class GroundMap {
     m_hasFix = true;
     m_latitude = first->latitude;
     m_longitude = first->longitude;
-    m_parallel = std::cos(m_latitude / 3600.0 * std::numbers::pi / 180.0);
+    m_parallel = std::cos(m_latitude / kArcSecondsPerDegree * std::numbers::pi / 180.0);
     double left = 0, right = 0, top = 0, bottom = 0;
     for (const KVUGPSInfo& point : track) {
       if (!IsFix(point)) continue;

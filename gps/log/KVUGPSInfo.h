@@ -15,6 +15,7 @@ enum : std::int32_t {
 };
 
 inline constexpr double kGPSNoSpeed = -1.0;
+inline constexpr double kArcSecondsPerDegree = 3600.0;
 
 struct KVUGPSInfo {
   double time = 0.0;              // serial date; UTC in a log's points, local time in the timeline of a movie
