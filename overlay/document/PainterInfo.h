@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/time/XpDateTime.h"
+#include "overlay/document/ContentImageEntry.h"
 #include "overlay/document/LogDataEntry.h"
 #include "vrx/XpString.h"
 
@@ -72,7 +73,8 @@ struct CaptionInfo : PainterInfoBase {
 struct ContentImageInfo : PainterInfoBase {
   ContentImageInfo() : PainterInfoBase(KVSPainterNone, -1) {}
 
-  bool useOverlayImages = false;
+  ContentImageList images;        // 24-bit pictures
+  bool useOverlayImages = false;  // laid on like all overlays, instead of copied
 };
 
 struct PainterInfo {

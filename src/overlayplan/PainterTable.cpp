@@ -3,6 +3,7 @@
 #include <array>
 
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
+#include "overlay/contentimage/KVSContentImagePainterPlugIn.h"
 #include "overlay/document/PainterKeys.h"
 
 namespace vrx::overlayplan {
@@ -14,6 +15,10 @@ std::unique_ptr<KVSPainterPlugInBase> MakeCaption(const PainterTools& tools) {
   return std::make_unique<KVSCaptionPainterPlugIn>(*tools.textRenderer);
 }
 
+std::unique_ptr<KVSPainterPlugInBase> MakeContentImage(const PainterTools&) {
+  return std::make_unique<KVSContentImagePainterPlugIn>();
+}
+
 constexpr std::array kPainterKinds{
     PainterKind{KVSPainterGPSOverlay, kTemplateInfo.name, RecordOf<&PainterInfo::templateInfo>,
                 PainterClock::Gps, PainterRange::Template, nullptr},
@@ -22,7 +27,7 @@ constexpr std::array kPainterKinds{
     PainterKind{KVSPainterCaption, kCaptionInfo.name, RecordOf<&PainterInfo::captionInfo>,
                 PainterClock::Caption, PainterRange::Captions, MakeCaption},
     PainterKind{KVSPainterContentImage, nullptr, RecordOf<&PainterInfo::contentImageInfo>, PainterClock::None,
-                PainterRange::None, nullptr},
+                PainterRange::None, MakeContentImage},
 };
 
 }  // namespace
