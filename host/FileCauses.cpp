@@ -40,7 +40,7 @@ const char* WriteWords(XpResult result) {
     case XpErrNoSuchFile:
       return "it cannot be made there";
     case XpErrAccessDenied:
-      return "no permission";
+      return "no permission, or it is a folder";
     case XpErrDiskFull:
       return "the disk is full";
     default:

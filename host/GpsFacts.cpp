@@ -58,7 +58,9 @@ GpsFacts MakeFacts(const GpsSource& source) {
   gps::ResampleTrack(facts.track, first, last, 0);
   constexpr double kMetersPerKilometer = 1000.0;
   facts.distanceMeters = gps::TotalDistance(facts.track, gps::kGpsUnitKilometers, 0.0) * kMetersPerKilometer;
-  facts.maxSpeedKnots = gps::MaxSpeed(facts.track);
+  const bool hasSpeed =
+      std::ranges::any_of(facts.track, [](const auto& point) { return point.speed >= 0.0; });
+  if (hasSpeed) facts.maxSpeedKnots = gps::MaxSpeed(facts.track);
   facts.meanSpeedKnots = gps::AverageSpeed(facts.track, gps::kGpsUnitNauticalMiles, 0.0);
   return facts;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "gps/log/KVUGPSInfo.h"
@@ -28,7 +29,8 @@ struct GpsFacts {
   std::int64_t start = 0;  // of the first and last position, seconds since 1970
   std::int64_t end = 0;
   double distanceMeters = 0.0;
-  double maxSpeedKnots = 0.0;
+  std::optional<double> maxSpeedKnots;  // nothing when no point has a speed
+
   double meanSpeedKnots = 0.0;  // over the whole time, stops and gaps included
   GpsBounds bounds;
   std::vector<GpsGap> gaps;

@@ -90,6 +90,7 @@ bool WriteSidecar(const XpString& movie, const std::string& log, std::string& ca
 
 /// Why the two files cannot be a movie and a log; empty when they can.
 std::string CauseAgainst(const XpString& movie, const XpString& log) {
+  if (XpPathIsDirectory(movie)) return Utf8(movie) + " is a folder, not a movie";
   if (!XpPathIsFile(movie)) return Utf8(movie) + " does not exist";
   if (XpFormatChecker::GetFormat(movie) == formats::kMoff) return Utf8(movie) + " is a sidecar, not a movie";
   if (platform::IsSameFile(movie, log)) return "the movie and the log are the same file";

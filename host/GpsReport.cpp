@@ -44,9 +44,10 @@ std::string DistanceText(double meters) {
   return FixedDecimal(meters / kKilometer, meters < 100 * kKilometer ? 2 : 1) + " km";
 }
 
+double InKilometersPerHour(double knots) { return gps::SpeedInUnit(knots, gps::kGpsUnitKilometers); }
+
 std::string SpeedText(double knots) {
-  return FixedDecimal(gps::SpeedInUnit(knots, gps::kGpsUnitKilometers), 1) + " km/h (" +
-         FixedDecimal(knots, 1) + " knots)";
+  return FixedDecimal(InKilometersPerHour(knots), 1) + " km/h (" + FixedDecimal(knots, 1) + " knots)";
 }
 
 std::string AngleText(double degrees, const char* directions) {
@@ -133,16 +134,23 @@ Json MovieJson(const receiver::Alignment& movie) {
           {"coveredTo", isCovered ? RoundedJson(movie.coveredToSeconds, 3) : Json()}};
 }
 
-std::string Escaped(const std::string& text) {
+/// For XML: characters that it cannot hold are left out, bytes of file names that are no UTF-8 are replaced.
+std::string Escaped(std::string_view text) {
   std::string escaped;
-  for (const char c : text) {
-    if (c == '&') {
+  while (!text.empty()) {
+    char32_t code = 0;
+    const std::size_t length = textcodec::DecodeOne(text, code);
+    const char c = text.front();
+    if (length == 0) {
+      escaped += "\uFFFD";
+    } else if (c == '&') {
       escaped += "&amp;";
     } else if (c == '<') {
       escaped += "&lt;";
-    } else if (static_cast<unsigned char>(c) >= 0x20) {
-      escaped += c;
+    } else if (code >= U' ' && code != 0xFFFE && code != 0xFFFF) {
+      escaped += text.substr(0, length);
     }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return escaped;
 }
@@ -173,11 +181,11 @@ std::string RejectedText(const GpsSource& source) {
 }
 
 std::string GpsSummary(const GpsFacts& facts) {
-  return SpanText(facts) + "   \u00B7   " + DistanceText(facts.distanceMeters) + "   \u00B7   at most " +
-         FixedDecimal(gps::SpeedInUnit(facts.maxSpeedKnots, gps::kGpsUnitKilometers), 0) +
-         " km/h, on average " +
-         FixedDecimal(gps::SpeedInUnit(facts.meanSpeedKnots, gps::kGpsUnitKilometers), 0) +
-         " km/h   \u00B7   " +
+  const auto speed = [](double knots) { return FixedDecimal(InKilometersPerHour(knots), 0) + " km/h"; };
+  const char* divider = "   \u00B7   ";
+  return SpanText(facts) + divider + DistanceText(facts.distanceMeters) + divider +
+         (facts.maxSpeedKnots ? "at most " + speed(*facts.maxSpeedKnots) + ", " : "") + "on average " +
+         speed(facts.meanSpeedKnots) + divider +
          (facts.gaps.empty()       ? "no gaps"
           : facts.gaps.size() == 1 ? "1 gap"
                                    : std::to_string(facts.gaps.size()) + " gaps");
@@ -198,8 +206,8 @@ void PrintGpsText(const GpsReport& report) {
   PrintLine("Time", SpanText(facts) + " (" + ClockText(static_cast<double>(facts.end - facts.start)) + "), " +
                         GapsText(facts));
   PrintLine("Distance", DistanceText(facts.distanceMeters));
-  PrintLine("Speed",
-            "at most " + SpeedText(facts.maxSpeedKnots) + ", on average " + SpeedText(facts.meanSpeedKnots));
+  PrintLine("Speed", (facts.maxSpeedKnots ? "at most " + SpeedText(*facts.maxSpeedKnots) : "not in the log") +
+                         ", on average " + SpeedText(facts.meanSpeedKnots));
   PrintLine("Bounds", AngleText(facts.bounds.south, "NS") + " to " + AngleText(facts.bounds.north, "NS") +
                           ", " + AngleText(facts.bounds.west, "EW") + " to " +
                           AngleText(facts.bounds.east, "EW"));
@@ -226,7 +234,7 @@ void PrintGpsJson(const GpsReport& report, bool points) {
                 {"end", isEmpty ? Json() : Json(IsoText(facts.end))},
                 {"seconds", facts.end - facts.start},
                 {"distanceMeters", RoundedJson(facts.distanceMeters, 3)},
-                {"maxSpeedKnots", RoundedJson(facts.maxSpeedKnots, 3)},
+                {"maxSpeedKnots", facts.maxSpeedKnots ? RoundedJson(*facts.maxSpeedKnots, 3) : Json()},
                 {"meanSpeedKnots", RoundedJson(facts.meanSpeedKnots, 3)}};
   const GpsBounds& bounds = facts.bounds;
   document["bounds"] = Json();

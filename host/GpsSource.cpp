@@ -40,9 +40,10 @@ bool ReadBytes(const XpString& path, std::vector<char>& bytes, std::string& caus
   bytes.resize(static_cast<std::size_t>(size));
   std::uint64_t read = 0;
   if (result == XpOk && size > 0) result = file.Read(bytes.data(), bytes.size(), &read);
-  if (result != XpOk) cause = Utf8(path) + " cannot be read: " + ReadCause(result);
   bytes.resize(static_cast<std::size_t>(read));
-  return result == XpOk;
+  if (result != XpOk) cause = Utf8(path) + " cannot be read: " + ReadCause(result);
+  if (result == XpOk && bytes.empty()) cause = Utf8(path) + " is empty";
+  return cause.empty();
 }
 
 KVUGPSInfo PointOf(const receiver::Fix& fix) {
@@ -138,7 +139,12 @@ bool ReadGpsSource(const XpString& path, const GpsSourceOptions& options, GpsSou
   const bool isSidecar = format == formats::kMoff || formats::FamilyOf(format) == formats::Family::Video;
   if (isSidecar) return ReadSidecar(path, source, cause);
   std::vector<receiver::Fix> seconds;
-  return ReadReceiverLog(path, options, source, seconds, cause);
+  if (ReadReceiverLog(path, options, source, seconds, cause)) return true;
+  // A movie of a kind that has no format code, with a sidecar of its own.
+  const XpString sidecar = moff::MoffPathFor(path);
+  if (!sidecar.AsView().starts_with(path.AsView()) || !XpPathIsFile(sidecar)) return false;
+  source = {};
+  return ReadSidecar(path, source, cause);
 }
 
 }  // namespace vrx::host

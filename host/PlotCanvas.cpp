@@ -12,6 +12,7 @@ namespace vrx::host {
 namespace {
 
 constexpr std::int32_t kEnlargement = 4;
+constexpr std::uint32_t kTextFormat = drawing::DT_SINGLELINE | drawing::DT_NOPREFIX;
 
 std::int32_t Enlarged(double pixels) {
   return static_cast<std::int32_t>(std::lround(std::clamp(pixels, -1e6, 1e6) * kEnlargement));
@@ -45,8 +46,27 @@ std::uint32_t MeanPixel(const XpBitmap& large, std::int32_t x, std::int32_t y) {
   return result;
 }
 
+/// The text, with an ellipsis in place of what has no room. It is taken from the middle, since names often
+/// differ in their ends alone.
+XpString Fitted(drawing::TextRenderer& renderer, const PlotText& text, const drawing::Font& font) {
+  const auto fits = [&](const XpString& shown) {
+    return renderer.Measure(shown.AsView(), font, 0, kTextFormat).width <= text.mostWidth;
+  };
+  if (text.mostWidth <= 0.0 || fits(text.text)) return text.text;
+  const std::u16string_view all = text.text.AsView();
+  const auto isInPair = [&](std::size_t at) { return at < all.size() && (all[at] & 0xFC00) == 0xDC00; };
+  for (std::size_t kept = all.size() - 1; kept > 0; --kept) {
+    std::size_t head = kept - kept / 2;
+    std::size_t tail = all.size() - kept / 2;
+    if (isInPair(head)) --head;
+    if (isInPair(tail)) ++tail;
+    XpString shown(std::u16string(all.substr(0, head)) + u"\u2026" + std::u16string(all.substr(tail)));
+    if (fits(shown)) return shown;
+  }
+  return {};
+}
+
 void DrawTexts(const drawing::Canvas& canvas, const std::vector<PlotText>& texts) {
-  constexpr std::uint32_t kFormat = drawing::DT_SINGLELINE | drawing::DT_NOPREFIX;
   static constexpr drawing::Point kAroundText[] = {{-2, -2}, {0, -3}, {2, -2}, {-3, 0},
                                                    {3, 0},   {-2, 2}, {0, 3},  {2, 2}};
   constexpr std::span<const drawing::Point> kAround(kAroundText);
@@ -56,16 +76,17 @@ void DrawTexts(const drawing::Canvas& canvas, const std::vector<PlotText>& texts
     font.face = u"DejaVu Sans";
     font.height = -text.pixels;
     font.weight = text.bold ? 700 : 400;
-    const drawing::Size size = renderer.Measure(text.text.AsView(), font, 0, kFormat);
+    const XpString shown = Fitted(renderer, text, font);
+    const drawing::Size size = renderer.Measure(shown.AsView(), font, 0, kTextFormat);
     const double share = text.align == PlotAlign::Left ? 0.0 : text.align == PlotAlign::Center ? 0.5 : 1.0;
     const auto left = static_cast<std::int32_t>(std::lround(text.at.x - share * size.width));
     const auto top = static_cast<std::int32_t>(std::lround(text.at.y - size.height / 2.0));
     const drawing::Rect rect{left, top, left + size.width + 1, top + size.height};
     for (const drawing::Point step : text.halo ? kAround : std::span<const drawing::Point>()) {
-      renderer.Draw(canvas, text.text.AsView(), font, *text.halo, drawing::Moved(rect, step.x, step.y),
-                    kFormat);
+      renderer.Draw(canvas, shown.AsView(), font, *text.halo, drawing::Moved(rect, step.x, step.y),
+                    kTextFormat);
     }
-    renderer.Draw(canvas, text.text.AsView(), font, text.color, rect, kFormat);
+    renderer.Draw(canvas, shown.AsView(), font, text.color, rect, kTextFormat);
   }
 }
 

@@ -36,6 +36,7 @@ struct PlotText {
   bool bold = false;
   drawing::ColorRef color = 0;
   std::optional<drawing::ColorRef> halo;  // keeps lines away from the letters
+  double mostWidth = 0.0;                 // 0: any; longer texts lose their middle
 };
 
 /// Shapes are drawn several times as large and averaged, which smooths them; texts come on top of all shapes.

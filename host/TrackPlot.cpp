@@ -30,6 +30,7 @@ constexpr drawing::ColorRef kGapLine = MakeColor(0x8A, 0x92, 0x9B);
 constexpr drawing::ColorRef kMovie = MakeColor(0x2F, 0x7B, 0xFF);
 
 constexpr PlotRect kMap{40, 120, 1560, 640};
+constexpr PlotRect kWay{84, 164, 1516, 570};  // of the map, clear of its scale bar and north arrow
 constexpr PlotRect kSpeed{110, 700, 1560, 930};
 
 template <class... Args>
@@ -70,10 +71,9 @@ class GroundMap {
       top = std::min(top, meters.y);
       bottom = std::max(bottom, meters.y);
     }
-    constexpr double kMargin = 44.0;
     constexpr double kLeastMeters = 20.0;  // a receiver at rest wanders by some meters
-    m_scale = std::min((kMap.Width() - 2 * kMargin) / std::max(right - left, kLeastMeters),
-                       (kMap.Height() - 2 * kMargin) / std::max(bottom - top, kLeastMeters));
+    m_scale = std::min(kWay.Width() / std::max(right - left, kLeastMeters),
+                       kWay.Height() / std::max(bottom - top, kLeastMeters));
     m_middle = {(left + right) / 2.0, (top + bottom) / 2.0};
   }
 
@@ -81,8 +81,8 @@ class GroundMap {
   double PixelsPerMeter() const { return m_scale; }
   PlotPoint Place(const KVUGPSInfo& point) const {
     const PlotPoint meters = Meters(point);
-    return {(kMap.left + kMap.right) / 2.0 + (meters.x - m_middle.x) * m_scale,
-            (kMap.top + kMap.bottom) / 2.0 + (meters.y - m_middle.y) * m_scale};
+    return {(kWay.left + kWay.right) / 2.0 + (meters.x - m_middle.x) * m_scale,
+            (kWay.top + kWay.bottom) / 2.0 + (meters.y - m_middle.y) * m_scale};
   }
 
  private:
@@ -316,6 +316,14 @@ void DrawSpeed(PlotCanvas& canvas, const KVUGPSInfoList& track, const TrackPlotL
     canvas.Polyline(piece, 2.5, kAccent);
     if (piece.size() == 1) canvas.Disc(piece[0], 2.5, kAccent);
   }
+  if (!track.empty() && pieces.empty()) {
+    canvas.Text({u"no speed",
+                 {(kSpeed.left + kSpeed.right) / 2, (kSpeed.top + kSpeed.bottom) / 2},
+                 PlotAlign::Center,
+                 20,
+                 false,
+                 kQuietText});
+  }
   if (!track.empty()) DrawTimeScale(canvas, axes, gps::WholeSeconds(track.front().time));
   if (labels.movie) DrawMovieSpan(canvas, axes, *labels.movie);
 }
@@ -324,7 +332,7 @@ void DrawSpeed(PlotCanvas& canvas, const KVUGPSInfoList& track, const TrackPlotL
 
 std::vector<std::uint32_t> PlotTrack(const KVUGPSInfoList& track, const TrackPlotLabels& labels) {
   PlotCanvas canvas(kPlotWidth, kPlotHeight, kGround);
-  canvas.Text({labels.title, {kMap.left, 46}, PlotAlign::Left, 30, true, kText});
+  canvas.Text({labels.title, {kMap.left, 46}, PlotAlign::Left, 30, true, kText, {}, kMap.Width()});
   canvas.Text({labels.facts, {kMap.left, 90}, PlotAlign::Left, 20, false, kQuietText});
   DrawMap(canvas, track);
   DrawSpeed(canvas, track, labels);
