@@ -10,6 +10,9 @@
 namespace vrx::host {
 namespace {
 
+constexpr double kSecondsPerHour = 3600.0;
+constexpr double kMetersPerNauticalMile = 1852.0;
+
 double WithinHalfTurn(double degrees) {
   constexpr double kTurn = 360.0;
   return std::remainder(degrees, kTurn);
@@ -61,7 +64,9 @@ GpsFacts MakeFacts(const GpsSource& source) {
   const bool hasSpeed =
       std::ranges::any_of(facts.track, [](const auto& point) { return point.speed >= 0.0; });
   if (hasSpeed) facts.maxSpeedKnots = gps::MaxSpeed(facts.track);
-  facts.meanSpeedKnots = gps::AverageSpeed(facts.track, gps::kGpsUnitNauticalMiles, 0.0);
+  if (facts.end == facts.start) return facts;
+  const double hours = static_cast<double>(facts.end - facts.start) / kSecondsPerHour;
+  facts.meanSpeedKnots = facts.distanceMeters / kMetersPerNauticalMile / hours;
   return facts;
 }
 

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "foundation/platform/Signals.h"
 #include "foundation/platform/Terminal.h"
 #include "foundation/registry/SystemSettings.h"
 #include "gps/receiver/UtcTime.h"
@@ -270,6 +271,7 @@ int Run(const CLI::App& app, const Commands& commands) {
 
 int main(int argc, char** argv) try {
   vrx::platform::ReserveStandardStreams();
+  vrx::platform::SurviveFileSizeLimit();
   CLI::App app("Renders project documents to movies.", "vrx");
   app.set_version_flag("--version", std::string("vrx ") + VRX_VERSION);
   app.require_subcommand(1);

@@ -5,10 +5,14 @@
 
 namespace vrx::platform {
 
+/// Makes a write past the file size limit fail with an error, as on a full disk, instead of killing the
+/// process.
+void SurviveFileSizeLimit();
+
 /// Takes over the interrupt signals (Ctrl-C, termination, hang-up) for the process and lets a thread wait for
 /// them. Make one in main() before any other thread starts; threads made later inherit the set-up. Also makes
-/// a write past the file size limit, or to a pipe that nobody reads, fail with an error instead of killing the
-/// process.
+/// a write past the file size limit, or to a pipe that nobody reads, fail with an error instead of killing
+/// the process.
 class InterruptWaiter {
  public:
   enum class Event { Interrupt, Wake, Timeout };

@@ -10,12 +10,15 @@
 
 namespace vrx::platform {
 
+void SurviveFileSizeLimit() { std::signal(SIGXFSZ, SIG_IGN); }
+
 InterruptWaiter::InterruptWaiter() {
   sigset_t interrupts;
   sigemptyset(&interrupts);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&interrupts, signal);
   pthread_sigmask(SIG_BLOCK, &interrupts, nullptr);
-  for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
+  SurviveFileSizeLimit();
+  std::signal(SIGPIPE, SIG_IGN);
   m_signals = signalfd(-1, &interrupts, SFD_CLOEXEC | SFD_NONBLOCK);
   m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
 }
