@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <ranges>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -116,15 +117,16 @@ TEST_F(GpsCommandsTest, EachKindOfReceiverGivesTheSameTrackInTheSidecar) {
   }
 }
 
-/// Over the antimeridian, with a gap of six seconds and all kinds of other sentences.
+/// Over the antimeridian in the south, with gaps of six and two seconds and all kinds of other sentences.
 const char* const kSmallLog =
-    "$GPRMC,100000,A,0000.0000,N,17959.9400,E,10,77,040518\r\n"
+    "$GPRMC,100000,A,0001.2000,S,17959.9400,E,10,77,040518\r\n"
     "$GPGSV,1,1,00\r\n"
-    "$GPRMC,100001,A,0000.0000,N,17959.9400,W,20,77,040518\r\n"
+    "$GPRMC,100001,A,0001.2000,S,17959.9400,W,20,77,040518\r\n"
     "$GPRMC,100003,V,,,,,,,040518\r\n"
-    "$GPRMC,100004,A,0000.0000,N,17959.9400,W,20,77,040518*00\r\n"
-    "$GPRMC,100005,A,0000.0000,N,17959.9400,W,20,77,\r\n"
-    "$GPRMC,100007,A,0000.0000,N,17959.5800,W,30,77,040518\r\n";
+    "$GPRMC,100004,A,0001.2000,S,17959.9400,W,20,77,040518*00\r\n"
+    "$GPRMC,100005,A,0001.2000,S,17959.9400,W,20,77,\r\n"
+    "$GPRMC,100007,A,0001.2000,S,17959.5800,W,30,77,040518\r\n"
+    "$GPRMC,100009,A,0001.2000,S,17959.5800,W,30,77,040518\r\n";
 
 TEST_F(GpsCommandsTest, ShowPrintsWhatWasReadInEachForm) {
   m_folder.Write("small & <.nmea", kSmallLog);
@@ -134,38 +136,64 @@ TEST_F(GpsCommandsTest, ShowPrintsWhatWasReadInEachForm) {
   const double meanKnots = json["meanSpeedKnots"];
   for (const char* key : {"points", "distanceMeters", "meanSpeedKnots"}) json.erase(key);
   EXPECT_EQ(json, Json::parse(R"({"source": "FOLDER/small & <.nmea", "format": "nmea",
-      "sentences": 7, "fixes": 3, "void": 1, "rejected": {"wrong checksum": 1, "no date": 1},
-      "start": "2018-05-04T10:00:00Z", "end": "2018-05-04T10:00:07Z", "seconds": 7, "maxSpeedKnots": 30.0,
-      "bounds": {"north": 0.0, "south": 0.0, "east": -179.993, "west": 179.999},
-      "gaps": [{"from": "2018-05-04T10:00:01Z", "to": "2018-05-04T10:00:07Z"}],
+      "sentences": 8, "fixes": 4, "void": 1, "rejected": {"wrong checksum": 1, "no date": 1},
+      "start": "2018-05-04T10:00:00Z", "end": "2018-05-04T10:00:09Z", "seconds": 9, "maxSpeedKnots": 30.0,
+      "bounds": {"north": -0.02, "south": -0.02, "east": -179.993, "west": 179.999},
+      "gaps": [{"from": "2018-05-04T10:00:01Z", "to": "2018-05-04T10:00:07Z"},
+               {"from": "2018-05-04T10:00:07Z", "to": "2018-05-04T10:00:09Z"}],
       "shiftSeconds": 0, "headerMark": false, "movie": null, "warnings": []})"));
   EXPECT_NEAR(meters, 6'378'137 * 0.008 * M_PI / 180, 0.2);
-  EXPECT_NEAR(meanKnots, meters / 7 * 3600 / 1852, 0.05);
+  EXPECT_NEAR(meanKnots, meters / 9 * 3600 / 1852, 0.05);
   EXPECT_FALSE(Json::parse(Gps({"show", Path("small & <.nmea"), "--json"}).output).contains("points"));
   EXPECT_EQ(Gps({"show", Path("small & <.nmea"), "--csv"}).output,
             "second,time,latitude,longitude,speed_knots,kind\n"
-            "0,2018-05-04T10:00:00Z,0.0000000,179.9990000,10.000,logged\n"
-            "1,2018-05-04T10:00:01Z,0.0000000,-179.9990000,20.000,logged\n"
-            "2,2018-05-04T10:00:02Z,0.0000000,-179.9980000,20.000,held\n"
-            "3,2018-05-04T10:00:03Z,0.0000000,-179.9970000,20.000,held\n"
-            "4,2018-05-04T10:00:04Z,0.0000000,-179.9960000,20.000,held\n"
-            "5,2018-05-04T10:00:05Z,0.0000000,-179.9950000,,interpolated\n"
-            "6,2018-05-04T10:00:06Z,0.0000000,-179.9940000,,interpolated\n"
-            "7,2018-05-04T10:00:07Z,0.0000000,-179.9930000,30.000,logged\n");
-  EXPECT_EQ(points[6], Json::parse(R"({"second": 6, "time": "2018-05-04T10:00:06Z", "latitude": 0.0,
+            "0,2018-05-04T10:00:00Z,-0.0200000,179.9990000,10.000,logged\n"
+            "1,2018-05-04T10:00:01Z,-0.0200000,-179.9990000,20.000,logged\n"
+            "2,2018-05-04T10:00:02Z,-0.0200000,-179.9980000,20.000,held\n"
+            "3,2018-05-04T10:00:03Z,-0.0200000,-179.9970000,20.000,held\n"
+            "4,2018-05-04T10:00:04Z,-0.0200000,-179.9960000,20.000,held\n"
+            "5,2018-05-04T10:00:05Z,-0.0200000,-179.9950000,,interpolated\n"
+            "6,2018-05-04T10:00:06Z,-0.0200000,-179.9940000,,interpolated\n"
+            "7,2018-05-04T10:00:07Z,-0.0200000,-179.9930000,30.000,logged\n"
+            "8,2018-05-04T10:00:08Z,-0.0200000,-179.9930000,30.000,held\n"
+            "9,2018-05-04T10:00:09Z,-0.0200000,-179.9930000,30.000,logged\n");
+  EXPECT_EQ(points[6], Json::parse(R"({"second": 6, "time": "2018-05-04T10:00:06Z", "latitude": -0.02,
                                        "longitude": -179.994, "speedKnots": null, "kind": "interpolated"})"));
   const std::string gpx = Gps({"show", Path("small & <.nmea"), "--gpx"}).output;
   m_folder.Write("again.gpx", gpx);
   const Json again = Show("again.gpx");
-  EXPECT_EQ(again["fixes"], 3);
+  EXPECT_EQ(again["fixes"], 4);
   EXPECT_EQ(again["points"], points);
   EXPECT_EQ(again["gaps"], json["gaps"]);
   EXPECT_NE(gpx.find("<trkseg>", gpx.find("</trkseg>")), gpx.npos) << "the gap is no way";
   const std::string text = Gps({"show", Path("small & <.nmea")}).output;
-  for (const char* line : {"7 sentences: 3 fixes, 1 void, 2 rejected (1 no date, 1 wrong checksum)\n",
-                           "Passed over 1 GSV\n", " (0:07), 1 gap, the longest 0:06 from 10:00:01\n",
-                           "at most 55.6 km/h (30.0 knots)", "179.99900 E to 179.99300 W\n"})
+  for (const char* line :
+       {"8 sentences: 4 fixes, 1 void, 2 rejected (1 no date, 1 wrong checksum)\n", "Passed over 1 GSV\n",
+        " (0:09), 2 gaps, the longest 0:06 from 10:00:01\n", "at most 55.6 km/h (30.0 knots)",
+        "0.02000 S to 0.02000 S, 179.99900 E to 179.99300 W\n"})
     EXPECT_THAT(text, HasSubstr(line));
+}
+
+TEST_F(GpsCommandsTest, SidecarsOfCamerasAreShownWithMarkAndShiftAndWithoutVoidPositions) {
+  m_folder.Write("clip.mts", "film");
+  const std::string log =
+      "@Kelogps/d/wgs-84/20180504100000.000/\n"
+      "@Kelogpsoption/0/20180504100000.000/20180504095940.000/\n"
+      "$GPGGA,100000.000,\n$GPRMC,100000.000,A,3530.0000,N,13930.0000,E,10.0,,040518,\n"
+      "$GPGGA,100001.000,\n$GPRMC,100001.000,V,0000.0000,N,00000.0000,E,99.0,,040518,\n"
+      "$GPGGA,100002.000,\n$GPRMC,100002.000,A,3530.0000,N,13930.0000,E,10.0,,040518,\n";
+  m_folder.Write("clip.mts.moff", MoffBytes({}, {{7, {{"BINA", log}}}}));
+  const Json json = Show("clip.mts");
+  EXPECT_EQ(json["sentences"], 6);
+  EXPECT_EQ(json["fixes"], 2);
+  EXPECT_EQ(json["void"], 1);
+  EXPECT_EQ(json["shiftSeconds"], -20);
+  EXPECT_EQ(json["headerMark"], true);
+  EXPECT_EQ(json["maxSpeedKnots"], 10.0);
+  EXPECT_EQ(json["gaps"].size(), 1U);
+  EXPECT_THAT(Gps({"show", Path("clip.mts")}).output, HasSubstr("Shift       -20 s\nHeader mark yes"));
+  m_folder.Write("clip.mts.moff", MoffBytes({}, {{6, {{"BINA", log}}}}));
+  EXPECT_THAT(Gps({"show", Path("clip.mts")}).errors, HasSubstr("FOLDER/clip.mts.moff holds no GPS log"));
 }
 
 TEST_F(GpsCommandsTest, LogWithoutSpeedsHasNoGreatestOne) {
@@ -329,6 +357,7 @@ TEST_F(GpsCommandsTest, ImportKeepsTheRestOfTheSidecarAndTouchesNoneThatItCannot
   EXPECT_EQ(Import("clip.mts", "log", options).status, 0);
   const Json list = Json::parse(RunVrx({{"moff", "list", "--json", Path("clip.mts")}}).output);
   ASSERT_EQ(list["groups"].size(), 2U);
+  EXPECT_EQ(list["groups"][0]["values"], Json({1, 2, 3, 4}));
   for (const auto& [group, entry, expected] : {std::tuple{"3", "1", "other"},
                                                {"3", "2", "tree"},
                                                {"7", "1", "@Kelogps/wgs-84/20240501120005.000/\r\n"}}) {
@@ -369,7 +398,7 @@ TEST_F(GpsCommandsTest, FilesThatCannotBeMovieAndLogAreRefused) {
   m_folder.Write("untimed.gpx", "<gpx><trk><trkseg><trkpt lat=\"1\" lon=\"2\"/></trkseg></trk></gpx>");
   m_folder.Write("route.gpx", "<gpx><rte><rtept lat=\"1\" lon=\"2\"/></rte></gpx>");
   m_folder.Write("gga", "$GPGGA,120000,4722.6140,N,00832.5020,E,1,09,0.9,408.3,M,48.0,M,,\r\n");
-  m_folder.Write("far", "$GPRMC,100000,A,0000.0000,N,17959.9400,E,10,77,040595\r\n");
+  m_folder.Write("far", "$GPRMC,100000,A,0001.2000,S,17959.9400,E,10,77,040595\r\n");
   fs::create_directory(Path("folder.mp4"));
   fs::create_symlink("drive.mp4", Path("link"));
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
@@ -510,6 +539,7 @@ TEST_F(GpsCommandsTest, PlotShowsTheTrackInTrueShapeAndItsGap) {
   const int wide = columns.back() - columns.front();
   EXPECT_GT(wide, 300);
   EXPECT_NEAR(wide, rows.back() - rows.front(), 6);
+  EXPECT_NEAR(plot.Columns(kWay, rows.front(), rows.front() + 5).back(), columns.back(), 2) << "north is up";
   const auto gap = std::ranges::adjacent_find(columns, [](int a, int b) { return b - a > 1; });
   ASSERT_NE(gap, columns.end());
   const double gapStart = static_cast<double>(*gap - columns.front()) / wide;
@@ -525,6 +555,8 @@ TEST_F(GpsCommandsTest, PlotShowsTheTrackInTrueShapeAndItsGap) {
   ASSERT_FALSE(movie.empty());
   EXPECT_NEAR(movie.front(), (110 + 1560) / 2, 4);
   EXPECT_NEAR(movie.back(), 1560, 4);
+  const auto isInk = [&](int x) { return plot.At(x, 700) != kGround; };
+  EXPECT_TRUE(std::ranges::any_of(std::views::iota(60, 100), isInk)) << "the scale is labelled to its top";
   // The long title ends where the map ends.
   int lastInk = 0;
   for (int y = 20; y < 70; ++y) {
@@ -536,6 +568,9 @@ TEST_F(GpsCommandsTest, PlotShowsTheTrackInTrueShapeAndItsGap) {
   ASSERT_EQ(Import(name, "log.gpx", {"--offset", "90"}).status, 0);
   ASSERT_EQ(Gps({"show", Path(name), "--plot", Path("plot.png")}).status, 0);
   EXPECT_TRUE(Plot(Path("plot.png")).Columns(kMovie, kMovieRow, kMovieRow + 1).empty());
+  m_folder.Write("small", kSmallLog);
+  ASSERT_EQ(Gps({"show", Path("small"), "--plot", Path("small.png")}).status, 0);
+  EXPECT_GT(Plot(Path("small.png")).Columns(kGap, kMapTop, kMapBottom).size(), 300U) << "the short way";
   m_folder.Write("void", "$GPRMC,100003,V,,,,,,,040518\r\n");
   EXPECT_EQ(Gps({"show", Path("void"), "--plot", Path("void.png")}).status, 1);
   EXPECT_EQ(Plot(Path("void.png")).width, 1600);
