@@ -65,6 +65,8 @@ GpsFacts MakeFacts(const GpsSource& source) {
       std::ranges::any_of(facts.track, [](const auto& point) { return point.speed >= 0.0; });
   if (hasSpeed) facts.maxSpeedKnots = gps::MaxSpeed(facts.track);
   if (facts.end == facts.start) return facts;
+  constexpr double kSecondsPerHour = 3600.0;
+  constexpr double kMetersPerNauticalMile = 1852.0;
   const double hours = static_cast<double>(facts.end - facts.start) / kSecondsPerHour;
   facts.meanSpeedKnots = facts.distanceMeters / kMetersPerNauticalMile / hours;
   return facts;
