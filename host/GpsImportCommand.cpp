@@ -92,7 +92,12 @@ bool WriteSidecar(const XpString& movie, const std::string& log, std::string& ca
 std::string CauseAgainst(const XpString& movie, const XpString& log) {
   if (XpPathIsDirectory(movie)) return Utf8(movie) + " is a folder, not a movie";
   if (!XpPathIsFile(movie)) return Utf8(movie) + " does not exist";
-  if (XpFormatChecker::GetFormat(movie) == formats::kMoff) return Utf8(movie) + " is a sidecar, not a movie";
+  platform::FileStatus status;
+  if (!platform::StatPath(movie, platform::Links::Follow, status) && status.isSpecial)
+    return Utf8(movie) + " is a device, a pipe or a socket, not a movie";
+  const formats::FormatCode format = XpFormatChecker::GetFormat(movie);
+  if (format == formats::kMoff) return Utf8(movie) + " is a sidecar, not a movie";
+  if (formats::FamilyOf(format) == formats::Family::Still) return Utf8(movie) + " is a picture, not a movie";
   if (platform::IsSameFile(movie, log)) return "the movie and the log are the same file";
   if (platform::IsSameFile(moff::MoffPathFor(movie), log)) return Utf8(log) + " is the movie's own sidecar";
   return {};

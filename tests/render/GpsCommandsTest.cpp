@@ -416,6 +416,8 @@ TEST_F(GpsCommandsTest, FilesThatCannotBeMovieAndLogAreRefused) {
         Case{"drive.mp4.moff", "log", "FOLDER/drive.mp4.moff is a sidecar, not a movie"},
         Case{"none.mp4", "log", "FOLDER/none.mp4 does not exist"},
         Case{"folder.mp4", "log", "FOLDER/folder.mp4 is a folder, not a movie"},
+        Case{"pipe", "log", "FOLDER/pipe is a device, a pipe or a socket, not a movie"},
+        Case{"picture.png", "log", "FOLDER/picture.png is a picture, not a movie"},
         Case{"undated.mp4", "log", "undated.mp4 states no date: --start DATETIME"},
         Case{"drive.mp4", "none", "FOLDER/none cannot be read: it does not exist"},
         Case{"drive.mp4", "folder.mp4", "FOLDER/folder.mp4 cannot be read: it is no file"},
