@@ -108,10 +108,17 @@ std::int64_t ClipPicture::FrameTime(int index) const {
 }
 
 void ClipPicture::Draw(int index) {
-  if (m_clip.style == ClipStyle::kPattern) {
-    DrawPattern(m_clip.firstNumber + static_cast<std::uint32_t>(index), m_upright);
-  } else {
-    m_scene.Draw(static_cast<double>(FrameTime(index)) * av_q2d(TimeBase()), m_upright);
+  const double seconds = static_cast<double>(FrameTime(index)) * av_q2d(TimeBase());
+  switch (m_clip.style) {
+    case ClipStyle::kPattern:
+      DrawPattern(m_clip.firstNumber + static_cast<std::uint32_t>(index), m_upright);
+      break;
+    case ClipStyle::kScene:
+      m_scene.Draw(seconds, m_upright);
+      break;
+    case ClipStyle::kCourt:
+      m_courtScene.Draw(seconds, m_upright);
+      break;
   }
   if (m_clip.rotation != 0) m_upright.Turn(kFullTurn - m_clip.rotation, m_stored);
 }

@@ -3,6 +3,7 @@
 
 #include "samples/clipmaker/AvHandles.h"
 #include "samples/clipmaker/ClipMuxer.h"
+#include "samples/clipmaker/CourtScene.h"
 #include "samples/clipmaker/DemoScene.h"
 #include "samples/clipmaker/PatternClip.h"
 #include "samples/clipmaker/RgbImage.h"
@@ -33,6 +34,7 @@ class ClipPicture {
   int m_frames;
   std::int64_t m_frameLength = 1;  // in units of TimeBase(); with uneven times that of the last
   DemoScene m_scene;
+  CourtScene m_courtScene;
   CodecPtr m_encoder;
   AVStream* m_stream = nullptr;  // the muxer's
   ScalerPtr m_scaler;

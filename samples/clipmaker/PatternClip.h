@@ -8,7 +8,7 @@
 
 namespace vrx::test_support {
 
-enum class ClipStyle { kPattern, kScene };
+enum class ClipStyle { kPattern, kScene, kCourt };
 enum class ClipSoundStyle { kClick, kClickOverTone, kTone };
 
 /// From sample `at` on (counted on the sound's clock), the timestamps jump by `by` samples: forward leaves a
