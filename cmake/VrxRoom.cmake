@@ -13,17 +13,20 @@ if(VRX_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${VRX_CCACHE})
 endif()
 
-add_library(vrx_options INTERFACE)
-target_compile_options(vrx_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor
+# Apart from the rest for programs that only the build runs, which need no sanitizers.
+add_library(vrx_warnings INTERFACE)
+target_compile_options(vrx_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor
                        # A designated initialiser leaves out what has a default.
                        -Wno-missing-field-initializers)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # This compiler sees overlapping copies in std::string where there are none.
-  target_compile_options(vrx_options INTERFACE -Wno-restrict)
+  target_compile_options(vrx_warnings INTERFACE -Wno-restrict)
 endif()
 if(VRX_WERROR)
-  target_compile_options(vrx_options INTERFACE -Werror)
+  target_compile_options(vrx_warnings INTERFACE -Werror)
 endif()
+add_library(vrx_options INTERFACE)
+target_link_libraries(vrx_options INTERFACE vrx_warnings)
 if(VRX_SANITIZE)
   target_compile_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE} -fno-omit-frame-pointer
                                                -fno-sanitize-recover=all)
