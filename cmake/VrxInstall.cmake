@@ -1,12 +1,13 @@
-# What `cmake --install` gives a host: the library, its headers, the engine and the program beside each other,
-# a CMake package and a pkg-config file.
+# What `cmake --install` gives a host: the library, its headers, the engine, the program and the
+# pictures of the overlays beside each other, a CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS VRXWrapper EXPORT vrx-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS vrx_api EXPORT vrx-targets)
 install(TARGETS vrx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# The library looks for the engine and the MP4 probe beside the host's executable.
+# The library looks for the engine, the MP4 probe and the pictures beside the host's executable.
 install(TARGETS VRXEngine Mp4Sift LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/KRVOResources DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/vrx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES docs/vrx.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 

@@ -100,4 +100,10 @@ struct GpsShowOptions {
 };
 int RunGpsShow(const GpsShowOptions& options);
 
+/// `vrx resources`: which pictures of the overlays there are, and why the others cannot be used.
+struct ResourcesOptions {
+  bool json = false;
+};
+int RunResources(const ResourcesOptions& options);
+
 }  // namespace vrx::host

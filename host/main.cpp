@@ -30,6 +30,7 @@ struct Commands {
   ModdOptions modd;
   GpsImportOptions gpsImport;
   GpsShowOptions gpsShow;
+  ResourcesOptions resources;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
@@ -39,6 +40,7 @@ struct Commands {
   CLI::App* moffCommand = nullptr;
   CLI::App* moddCommand = nullptr;
   CLI::App* gpsCommand = nullptr;
+  CLI::App* resourcesCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -239,6 +241,13 @@ void AddGps(CLI::App& app, Commands& commands) {
   commands.gpsCommand = gps;
 }
 
+void AddResources(CLI::App& app, Commands& commands) {
+  CLI::App* command = app.add_subcommand("resources", "Show which pictures of the overlays are there");
+  command->add_flag("--json", commands.resources.json, "Print one JSON document");
+  command->footer("Exit status: 0 all pictures can be used, 1 some cannot and draw nothing, 2 wrong use.");
+  commands.resourcesCommand = command;
+}
+
 int RunGps(const Commands& commands) {
   return commands.gpsCommand->got_subcommand("import") ? RunGpsImport(commands.gpsImport)
                                                        : RunGpsShow(commands.gpsShow);
@@ -253,6 +262,7 @@ int Run(const CLI::App& app, const Commands& commands) {
   if (commands.moffCommand->parsed()) return RunMoff(commands.moff);
   if (commands.moddCommand->parsed()) return RunModd(commands.modd);
   if (commands.gpsCommand->parsed()) return RunGps(commands);
+  if (commands.resourcesCommand->parsed()) return RunResources(commands.resources);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -284,6 +294,7 @@ int main(int argc, char** argv) try {
   AddMoff(app, commands);
   AddModd(app, commands);
   AddGps(app, commands);
+  AddResources(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {

@@ -1,6 +1,7 @@
 #include "src/job/JobOverlays.h"
 
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
+#include "overlay/resources/LoadResources.h"
 #include "src/overlayplan/PainterTable.h"
 
 namespace vrx::job {
@@ -20,6 +21,7 @@ void JobOverlays::SetUp(const XpString& path, const overlayplan::MovieTimes& mov
   m_painterDocument = std::make_unique<TKLXPainterInfoXml>();
   if (m_painterDocument->Load(XpPath(path)) != XpOk) return;
   AdoptPainterInfo(m_painterDocument->GetPainterInfo(), m_painterInfo);
+  overlay::LoadPainterResources(m_painterInfo);
   const overlayplan::OverlayPlan plan = overlayplan::PlanOverlays(movie, m_painterInfo);
   if (!plan.isWanted || !EnsurePainters()) return;
   for (const overlayplan::OverlayRange& range : plan.ranges) {
