@@ -11,8 +11,8 @@ namespace {
 constexpr double kFirstGhost = 0.4;   // frames behind the racket
 constexpr double kSecondGhost = 0.8;  // frames behind the racket
 constexpr double kTrailFrames = 2.2;  // length of the trail
-constexpr int kTrailLayers = 14;
-constexpr int kStepsPerLayer = 2;
+constexpr int kTrailLayers = 40;
+constexpr int kStepsPerLayer = 1;
 
 /// A cubic through the points b and c (Catmull and Rom), at `t` between them.
 double Between(double a, double b, double c, double d, double t) {
