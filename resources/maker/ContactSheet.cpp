@@ -11,7 +11,7 @@
 namespace vrx::pictures {
 namespace {
 
-constexpr int kGroundWidth = 800;
+constexpr int kGroundWidth = 1000;
 constexpr int kGap = 12;
 
 struct Ground {
@@ -24,7 +24,7 @@ double ScaleOf(const Picture& picture) {
   constexpr double kFullWidth = kGroundWidth - 2.0 * kGap;
   if (picture.width > kFullWidth) return kFullWidth / picture.width;
   if (picture.width >= 500) return 0.75;
-  if (picture.width >= 300) return picture.height >= 300 ? 0.55 : 0.23;
+  if (picture.width >= 300) return picture.height >= 300 ? 0.36 : 0.23;
   if (picture.width >= 200) return 0.36;
   return picture.width <= 28 && picture.height <= 28 ? 3.0 : 1.0;
 }
