@@ -5,6 +5,7 @@
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "overlay/contentimage/KVSContentImagePainterPlugIn.h"
 #include "overlay/document/PainterKeys.h"
+#include "overlay/tennis/KVSTennisMetaPainterPlugIn.h"
 
 namespace vrx::overlayplan {
 namespace {
@@ -19,11 +20,15 @@ std::unique_ptr<KVSPainterPlugInBase> MakeContentImage(const PainterTools&) {
   return std::make_unique<KVSContentImagePainterPlugIn>();
 }
 
+std::unique_ptr<KVSPainterPlugInBase> MakeTennis(const PainterTools& tools) {
+  return std::make_unique<KVSTennisMetaPainterPlugIn>(*tools.textRenderer);
+}
+
 constexpr std::array kPainterKinds{
     PainterKind{KVSPainterGPSOverlay, kTemplateInfo.name, RecordOf<&PainterInfo::templateInfo>,
                 PainterClock::Gps, PainterRange::Template, nullptr},
     PainterKind{KVSPainterTennisMeta, kTennisMetaInfo.name, RecordOf<&PainterInfo::tennisMetaInfo>,
-                PainterClock::Tennis, PainterRange::Template, nullptr},
+                PainterClock::Tennis, PainterRange::Template, MakeTennis},
     PainterKind{KVSPainterCaption, kCaptionInfo.name, RecordOf<&PainterInfo::captionInfo>,
                 PainterClock::Caption, PainterRange::Captions, MakeCaption},
     PainterKind{KVSPainterContentImage, nullptr, RecordOf<&PainterInfo::contentImageInfo>, PainterClock::None,
