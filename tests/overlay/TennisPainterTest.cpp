@@ -1,0 +1,302 @@
+// The tennis overlay shows at each moment what a drawing from scratch shows, whatever was drawn before. Texts
+// are boxes and the pictures are made here, so that pixels are the same on every machine.
+#include <cstring>
+#include <optional>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "imaging/pixmap/XpPixmapBlock.h"
+#include "overlay/tennis/KVSTennisMetaPainterPlugIn.h"
+#include "tests/drawing/Sheet.h"
+#include "tests/overlay/PlainTennis.h"
+
+namespace {
+
+using namespace vrx::overlay;
+using vrx::drawing::InkOf;
+using vrx::drawing::Rect;
+
+/// Straight alpha that changes across the picture, in a colour of its own.
+PainterPicture Picture(std::int32_t width, std::int32_t height, std::uint32_t seed) {
+  auto* made = new XpPixmap32;
+  PainterPicture picture(made);
+  EXPECT_EQ(made->Allocate(width, height), XpOk);
+  for (std::uint32_t i = 0; i < made->size; ++i)
+    made->data[i] = static_cast<unsigned char>(i * 37 + seed * 71 + 5);
+  return picture;
+}
+
+std::shared_ptr<TennisMetaResource> MakePictures() {
+  auto set = std::make_shared<TennisMetaResource>();
+  std::uint32_t seed = 0;
+  for (auto* frames : {&set->racketFrames, &set->backFrames, &set->foreFrames}) {
+    for (int i = 0; i < 8; ++i) frames->push_back(Picture(12, 9, ++seed));
+  }
+  for (const TennisStroke& stroke : TennisStrokes()) (*set).*(stroke.pictogram) = Picture(5, 5, ++seed);
+  set->timeLine = Picture(20, 4, ++seed);
+  set->timeTop = Picture(6, 6, ++seed);
+  set->shade = Picture(1, 1, ++seed);
+  set->yellow = Picture(7, 7, ++seed);
+  set->blue = Picture(7, 7, ++seed);
+  return set;
+}
+
+class TennisPainterTest : public testing::Test {
+ protected:
+  TennisPainterTest() {
+    info.videoWidth = 320;
+    info.videoHeight = 180;
+    info.saveMovieMode = true;
+    info.gpsUnitFromUser = 0;
+    const char16_t* texts[] = {u"mph", u"", u"km/h", u"", u"kmph"};
+    for (std::int32_t i = 0; i < 5; ++i) info.stringTable[i] = texts[i];
+    info.stringTable[14] = u"Spin";
+    info.stringTable[15] = u"Swing speed that wraps";
+    info.stringTable[16] = u"Ball";
+    for (std::int32_t i = 17; i < 25; ++i) {
+      info.stringTable[i] = std::u16string(static_cast<std::size_t>(i - 14), u'x') + u" name";
+    }
+    info.stringTable[19] = u"a name that is too long for the place of one line";
+    TennisMetaInfo& tennis = info.tennisMetaInfo;
+    tennis.valid = true;
+    tennis.layoutType = 1;
+    tennis.resources = MakePictures();
+    tennis.originalDateTime.SetDateTime(2024, 5, 1, 10, 11, 12);
+    tennis.duration = 3723.9;
+    UseShots(RandomShots(40));
+  }
+
+  /// Gaps from nothing to some seconds, values that rise and fall by little and much.
+  static std::vector<TennisShot> RandomShots(std::size_t count) {
+    std::mt19937 random(7);
+    const auto upTo = [&](std::uint32_t limit) { return static_cast<std::int32_t>(random() % limit); };
+    std::vector<TennisShot> shots(count);
+    double time = 1.2345;
+    for (std::size_t i = 0; i < count; ++i) {
+      TennisShot& shot = shots[i];
+      shot.time = time;
+      time += upTo(4) == 0 ? upTo(200) / 1000.0 : upTo(3000) / 1000.0;
+      shot.swingType = i == 5 ? 0x101 : 1 << upTo(8);
+      shot.impactZone = upTo(28) - 1;
+      shot.secondPanelSpeed = upTo(2) == 0 ? 100 + upTo(5) : upTo(2400) / 10.0;
+      shot.thirdPanelSpeed = upTo(1500) / 10.0;
+      shot.firstPanelValue = upTo(30) - 15;
+      shot.swapSides = upTo(2) == 0;
+      shot.clipStart = 0;
+      shot.clipAnchor = shot.time - 0.25;
+      shot.clipEnd = 1000;
+    }
+    BuildSearchTree(shots);
+    return shots;
+  }
+  void UseShots(const std::vector<TennisShot>& shots) {
+    info.tennisMetaInfo.metaData = XpNarrowString(WriteTennisMetaData(shots)).ToWide();
+  }
+
+  void Configure() { ASSERT_TRUE(painter->SetPainterInfo(&info, &info.tennisMetaInfo)); }
+  PixmapHolder Canvas(std::int32_t width, std::int32_t height) {
+    PixmapHolder holder(new XpPixmap32);
+    EXPECT_EQ(holder->Allocate(width, height), XpOk);
+    return holder;
+  }
+  PixmapHolder Draw(std::int64_t ms, std::int32_t width = 320, std::int32_t height = 180) {
+    PixmapHolder holder = Canvas(width, height);
+    EXPECT_TRUE(painter->DrawForVideo(0, 0, ms, 0, holder));
+    return holder;
+  }
+  static bool AreEqual(const PixmapHolder& a, const PixmapHolder& b) {
+    return a->size == b->size && std::memcmp(a->data, b->data, a->size) == 0;
+  }
+  /// The frame at `ms`, painted over what `holder` has, is the plain one.
+  void ExpectPlain(std::int64_t ms, PixmapHolder holder, const std::string& what) {
+    PixmapHolder plain = Canvas(holder->width, holder->height);
+    std::memcpy(plain->data, holder->data, plain->size);
+    PlainTennis(info, info.gpsUnitFromUser, *plain).Draw(ms);
+    EXPECT_TRUE(painter->Draw(0, ms, 0, holder));
+    if (AreEqual(holder, plain)) return;
+    for (std::int32_t y = 0; y < plain->height; ++y) {
+      for (std::int32_t x = 0; x < plain->width; ++x) {
+        const std::uint32_t drawn = vrx::drawing::PixelAt(*holder, x, y);
+        const std::uint32_t wanted = vrx::drawing::PixelAt(*plain, x, y);
+        ASSERT_EQ(drawn, wanted) << what << " at " << ms << " ms, pixel " << x << ", " << y;
+      }
+    }
+  }
+
+  vrx::drawing::BoxTextRenderer boxes;
+  std::optional<KVSTennisMetaPainterPlugIn> painter{boxes};
+  PainterInfo info;
+};
+
+TEST_F(TennisPainterTest, FramesInAnyOrderAreThoseOfADrawingFromScratch) {
+  std::mt19937 random(1);
+  for (const std::int32_t layout : {1, 2}) {
+    for (const bool saveMode : {true, false}) {
+      for (const auto& [width, height] : {std::pair{640, 360}, {480, 360}, {320, 170}}) {
+        info.tennisMetaInfo.layoutType = layout;
+        info.saveMovieMode = saveMode;
+        info.gpsUnitFromUser = static_cast<std::int32_t>(random() % 4);
+        Configure();
+        for (int i = 0; i < 60; ++i) {
+          const std::string what = "layout " + std::to_string(layout) + " on " + std::to_string(width);
+          ExpectPlain(static_cast<std::int64_t>(random() % 60000) - 1000, Canvas(width, height), what);
+          if (HasFailure()) return;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(TennisPainterTest, FullSizeAndOtherOverlaysBelowMakeNoDifference) {
+  for (const std::int32_t layout : {1, 2}) {
+    info.tennisMetaInfo.layoutType = layout;
+    Configure();
+    ExpectPlain(12345, Canvas(1920, 1080), "full size");
+    ExpectPlain(12400, Canvas(1280, 720), "another size");
+    PixmapHolder used = Canvas(320, 180);
+    used->data[(180 * 320 - 200) * 4 + 3] = 90;
+    ExpectPlain(12400, used, "one pixel below");
+    std::memset(used->data, 77, used->size);
+    ExpectPlain(12500, used, "a full picture below");
+    ExpectPlain(12500, Canvas(320, 180), "and clear again");
+  }
+}
+
+TEST_F(TennisPainterTest, EveryMomentOfARollIsThePlainOne) {
+  std::vector<TennisShot> shots = RandomShots(7);
+  const double speeds[] = {3, 5, 30, 50, 48, 200, 0};
+  const std::int32_t counts[] = {-2, 0, 7, 7, -15, 15, -15};
+  for (std::size_t i = 0; i < shots.size(); ++i) {
+    shots[i].time = 1.0 + static_cast<double>(i);
+    shots[i].secondPanelSpeed = speeds[i];
+    shots[i].thirdPanelSpeed = 200 - speeds[i];
+    shots[i].firstPanelValue = counts[i];
+  }
+  UseShots(shots);
+  for (std::int32_t unit = 0; unit < 3; ++unit) {
+    info.gpsUnitFromUser = unit;
+    Configure();
+    for (std::int64_t shot = 0; shot < 7; ++shot) {
+      for (std::int64_t ms = 660 + unit; ms < 1010; ms += 11) {
+        ExpectPlain(shot * 1000 + ms, Canvas(320, 180), "unit " + std::to_string(unit));
+        if (HasFailure()) return;
+      }
+    }
+  }
+}
+
+TEST_F(TennisPainterTest, EqualStampsAreEqualPicturesAndFewStampsChangeInVain) {
+  std::mt19937 random(3);
+  for (const std::int32_t layout : {1, 2}) {
+    info.tennisMetaInfo.layoutType = layout;
+    Configure();
+    PixmapHolder shown = Draw(0);
+    PainterStamp shownStamp = painter->GetContentStamp({.tennisMs = 0});
+    int kept = 0, inVain = 0;
+    std::int64_t ms = 0;
+    for (int i = 0; i < 2000; ++i) {
+      ms = random() % 20 == 0 ? static_cast<std::int64_t>(random() % 60000)
+                              : ms + static_cast<std::int64_t>(random() % 17);
+      const PainterStamp stamp = painter->GetContentStamp({.tennisMs = ms});
+      const PixmapHolder drawn = Draw(ms);
+      ASSERT_TRUE(stamp.isKnown);
+      const bool isSame = AreEqual(drawn, shown);
+      if (stamp == shownStamp) {
+        ASSERT_TRUE(isSame) << ms << " in layout " << layout;
+        ++kept;
+      } else if (isSame) {
+        ++inVain;
+      }
+      shown = drawn;
+      shownStamp = stamp;
+    }
+    EXPECT_GT(kept, 100);
+    EXPECT_LT(inVain, 100);  // boxes look alike: other digits may give the same pixels
+    painter->SetMode(1);
+    EXPECT_NE(painter->GetContentStamp({.tennisMs = ms}), shownStamp);
+  }
+}
+
+TEST_F(TennisPainterTest, DrawnRowsHoldEverythingThatIsDrawn) {
+  for (const auto& [width, height] : {std::pair{1920, 1080}, {64, 48}, {90, 61}, {33, 200}, {640, 359}}) {
+    for (const std::int32_t layout : {1, 2}) {
+      info.tennisMetaInfo.layoutType = layout;
+      Configure();
+      for (const std::int64_t ms : {0, 5000, 5200, 20000}) {
+        const Rect ink = InkOf(*Draw(ms, width, height));
+        const XpRowRange rows = painter->GetDrawnRows();
+        EXPECT_GE(ink.top, rows.first) << layout << " on " << width << "x" << height;
+        EXPECT_LE(ink.bottom, rows.last) << layout << " on " << width << "x" << height;
+        EXPECT_TRUE(height < 359 || rows.first >= height / 2) << rows.first << " of " << height;
+      }
+    }
+  }
+}
+
+TEST_F(TennisPainterTest, ShotShowsAheadOfItsTimeButItsSwingDoesNot) {
+  std::vector<TennisShot> shots = RandomShots(2);
+  shots[0].time = 2;
+  shots[0].swingType = 1;
+  shots[0].impactZone = 3;
+  shots[1].time = 50;
+  UseShots(shots);
+  Configure();
+  EXPECT_FALSE(AreEqual(Draw(1966), Draw(1967)));  // the name and the mark
+  EXPECT_TRUE(AreEqual(Draw(100), Draw(100)));
+  painter->SetClipDateTime(0, 0x40000000, 0);  // 2.0 seconds
+  const PixmapHolder shifted = Draw(100);
+  painter->SetClipDateTime(0, 0, 0);
+  EXPECT_TRUE(AreEqual(shifted, Draw(2100)));
+  info.tennisMetaInfo.trimedShift = 2.0;
+  Configure();
+  EXPECT_TRUE(AreEqual(shifted, Draw(100)));
+}
+
+TEST_F(TennisPainterTest, MissingPicturesLeaveTheTexts) {
+  info.tennisMetaInfo.resources = std::make_shared<TennisMetaResource>();
+  Configure();
+  const PixmapHolder bare = Draw(5000);
+  EXPECT_FALSE(InkOf(*bare).IsEmpty());
+  auto clear = std::make_shared<TennisMetaResource>();
+  for (auto* frames : {&clear->racketFrames, &clear->backFrames, &clear->foreFrames}) {
+    for (int i = 0; i < 8; ++i) frames->emplace_back(MakeSolidPixmap(0, 0, 0, 0).release());
+  }
+  clear->timeLine = clear->blue = clear->yellow = clear->racketFrames[0];
+  info.tennisMetaInfo.resources = clear;
+  Configure();
+  EXPECT_TRUE(AreEqual(bare, Draw(5000)));
+  // An opaque picture without alpha covers its rectangle.
+  auto* opaque = new XpPixmap24;
+  clear->timeLine = PainterPicture(opaque);
+  ASSERT_EQ(opaque->Allocate(3, 2), XpOk);
+  Configure();
+  EXPECT_EQ(vrx::drawing::PixelAt(*Draw(5000), 100, 175), 0xFF000000u);
+  ExpectPlain(5000, Canvas(320, 180), "opaque");
+}
+
+TEST_F(TennisPainterTest, NothingIsDrawnWithoutLayoutPicturesOrShots) {
+  PixmapHolder empty;
+  PixmapHolder holder = Canvas(320, 180);
+  EXPECT_FALSE(painter->Draw(0, 5000, 0, holder));
+  Configure();
+  EXPECT_FALSE(painter->Draw(0, 5000, 0, empty));
+  info.tennisMetaInfo.layoutType = 3;
+  Configure();
+  EXPECT_FALSE(painter->Draw(0, 5000, 0, holder));
+  info.tennisMetaInfo.layoutType = 1;
+  const auto pictures = std::exchange(info.tennisMetaInfo.resources, nullptr);
+  Configure();
+  EXPECT_TRUE(painter->Draw(0, 5000, 0, holder));
+  info.tennisMetaInfo.resources = pictures;
+  info.tennisMetaInfo.metaData = u"1,2,3|";
+  Configure();
+  EXPECT_TRUE(painter->Draw(0, 5000, 0, holder));
+  EXPECT_TRUE(painter->GetContentStamp({.tennisMs = 5}).isKnown);
+  EXPECT_TRUE(InkOf(*holder).IsEmpty());
+  EXPECT_TRUE(painter->GetDrawnRows().IsEmpty());
+  painter->SetPainterInfo(&info, &info.captionInfo);
+  EXPECT_FALSE(painter->Draw(0, 5000, 0, holder));
+}
+
+}  // namespace
