@@ -24,13 +24,14 @@ std::int64_t FrameAt(double seconds, const VRXTimeInfo& frameDuration) {
   return clock.IsUsable() ? clock.FloorToFrame(seconds * 1000.0 + kRoundingMs) / clock.GetFrameValue() : 0;
 }
 
+// Range ends are signed numbers in unsigned fields: a range may end before the movie begins.
+std::int64_t SignedValue(std::uint64_t value) { return static_cast<std::int64_t>(value); }
+
 const VRXIntermediateRawOutputSetting* RangeOf(const VRXSystemOutputSetting& output, std::int64_t frame) {
-  // Range ends are signed numbers in unsigned fields: a range may end before the movie begins.
-  const auto signedValue = [](std::uint64_t value) { return static_cast<std::int64_t>(value); };
-  const std::int64_t time = frame * signedValue(output.video->frameDuration.value);
+  const std::int64_t time = frame * SignedValue(output.video->frameDuration.value);
   for (std::uint32_t i = 0; i < output.rawRangeCount; ++i) {
     const VRXIntermediateRawOutputSetting& range = *output.rawRanges[i];
-    if (time >= signedValue(range.startTime.value) && time <= signedValue(range.endTime.value)) return &range;
+    if (time >= SignedValue(range.startTime.value) && time <= SignedValue(range.endTime.value)) return &range;
   }
   return nullptr;
 }
@@ -42,6 +43,19 @@ void TurnOver(std::vector<std::uint32_t>& pixels, std::size_t width) {
                      pixels.begin() + static_cast<std::ptrdiff_t>(top + width),
                      pixels.begin() + static_cast<std::ptrdiff_t>(bottom));
   }
+}
+
+/// The clocks of overlays run along with the frames that are drawn on, so the frames before this one have to
+/// pass them.
+void RunClocksTo(job::RenderJob& job, std::int64_t frame) {
+  const VRXSystemOutputSetting& output = *job.GetSystemOutput();
+  const VRXIntermediateRawOutputSetting* range = RangeOf(output, frame);
+  VRXIntermediateRawOutputCallback* callback = job.GetRawOutputCallback();
+  if (range == nullptr || callback == nullptr) return;
+  const std::int64_t length = SignedValue(output.video->frameDuration.value);
+  const std::int64_t start = std::max<std::int64_t>(SignedValue(range->startTime.value), 0);
+  const std::int64_t first = start / length + (start % length != 0 ? 1 : 0);
+  callback->SkipFrames(static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(frame));
 }
 
 /// The overlays alone, top-down with straight alpha; all clear outside the ranges.
@@ -112,6 +126,7 @@ int RunFrame(const FrameOptions& options) {
   const auto width = static_cast<std::uint32_t>(video.width);
   const auto height = static_cast<std::uint32_t>(video.height);
   std::vector<std::uint32_t> pixels(std::size_t{width} * height);
+  RunClocksTo(job, frame);
   if (options.overlayOnly) {
     DrawOverlay(job, frame, pixels);
   } else {

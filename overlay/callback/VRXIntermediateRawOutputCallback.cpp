@@ -20,9 +20,7 @@ void VRXIntermediateRawOutputCallback::ResetTimeGenerators(std::span<const SlowI
   m_tennisTime.Reset(records);
 }
 
-bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size,
-                                                    std::int32_t stage, std::int32_t format) {
-  if (stage != kStage || format != kFormat || m_context.info == nullptr) return false;
+PainterTimes VRXIntermediateRawOutputCallback::Advance(std::uint64_t frame) {
   const PainterInfo& info = *m_context.info;
   const DrawSpan span{info.templateInfo.drawStartTime, info.templateInfo.drawEndTime};
   PainterTimes times{
@@ -31,6 +29,18 @@ bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* b
   if (IsWanted(PainterClock::Gps)) times.gpsMs = m_gpsTime.Generate(frame, times.videoId, length, span);
   if (IsWanted(PainterClock::Tennis)) times.tennisMs = m_tennisTime.Generate(frame, length, span);
   if (IsWanted(PainterClock::Caption)) times.captionMs = m_captionTime.Generate(frame, length);
+  return times;
+}
+
+void VRXIntermediateRawOutputCallback::SkipFrames(std::uint64_t first, std::uint64_t end) {
+  if (m_context.info == nullptr) return;
+  for (std::uint64_t frame = first; frame < end; ++frame) Advance(frame);
+}
+
+bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size,
+                                                    std::int32_t stage, std::int32_t format) {
+  if (stage != kStage || format != kFormat || m_context.info == nullptr) return false;
+  PainterTimes times = Advance(frame);
   if (times.gpsMs < 0 && times.tennisMs < 0 && times.captionMs < 0) return true;
   for (std::int64_t* time : {&times.gpsMs, &times.tennisMs, &times.captionMs}) {
     *time = std::max<std::int64_t>(*time, 0);

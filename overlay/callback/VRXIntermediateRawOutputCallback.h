@@ -35,6 +35,10 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   /// Called before a render; its frames then come in rising order.
   void ResetTimeGenerators(std::span<const SlowInfoRecord> records);
 
+  /// Moves the clocks over frames `first` to `end` - 1 as ProcessFrame would, without drawing, so that `end`
+  /// can be the first frame that is drawn.
+  void SkipFrames(std::uint64_t first, std::uint64_t end);
+
   /// True when the frame was handled, which may mean left as it is. Frames whose painters report the content
   /// of the frame before are blended from the picture that is there.
   bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
@@ -46,6 +50,8 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
  private:
   /// Some wanted kind of painter runs on `clock`.
   bool IsWanted(vrx::overlay::PainterClock clock) const;
+  /// Moves the clocks that run to `frame`; the times of the others are below 0.
+  PainterTimes Advance(std::uint64_t frame);
   /// Draws the overlay of these times, unless the picture already shows it.
   bool Paint(const PainterTimes& times);
 

@@ -12,6 +12,7 @@
 #include "overlay/document/PainterKeys.h"
 #include "src/check/PainterDocumentCheck.h"
 #include "src/check/PainterTextCheck.h"
+#include "src/check/TennisCheck.h"
 #include "src/overlayplan/OverlayRanges.h"
 #include "src/overlayplan/PainterTable.h"
 #include "src/project/ProjectKeys.h"
@@ -159,6 +160,7 @@ class OverlayChecker {
     CheckValid(document.GetPainterInfo(), info);
     if (info.captionInfo.valid) CheckCaptionText(info.captionInfo.captionString, path, m_report.problems);
     CheckSlowInfoText(info.slowInfoData, path, m_report.problems);
+    if (info.tennisMetaInfo.valid) CheckTennis(info, path, m_report.problems);
     CheckPainters(info);
     CheckClipTimes();
     CheckRoom(info);

@@ -13,6 +13,7 @@
 #include "overlay/document/CaptionItem.h"
 #include "overlay/document/PainterKeys.h"
 #include "overlay/document/SlowInfoRecord.h"
+#include "src/check/TextReport.h"
 
 namespace vrx::check {
 namespace {
@@ -20,7 +21,6 @@ namespace {
 using namespace overlay;
 using View = std::u16string_view;
 
-constexpr std::size_t kMostProblems = 50;
 constexpr std::size_t kMostQuoted = 24;  // code units of a text that is no number
 constexpr double kPictureHeight = 1080;  // of the picture that font sizes are counted in
 constexpr double kLargestColor = 0xFFFFFF;
@@ -30,41 +30,6 @@ XpString Quoted(View text) {
   XpString quoted = u"\"" + XpString(text.substr(0, kMostQuoted));
   return quoted + (text.size() > kMostQuoted ? u"...\"" : u"\"");
 }
-
-/// Names the first problems of one key and counts the rest.
-class TextReport {
- public:
-  TextReport(const XpString& file, const XpString& key, std::vector<Problem>& problems)
-      : m_file(file), m_key(key), m_problems(problems) {}
-  TextReport(const TextReport&) = delete;
-  TextReport& operator=(const TextReport&) = delete;
-  ~TextReport() {
-    if (m_count <= kMostProblems) return;
-    XpString message;
-    XpFormat(message, u"has %I64u more problems", static_cast<std::uint64_t>(m_count - kMostProblems));
-    Push(message);
-  }
-
-  void Add(const XpString& message) {
-    if (++m_count <= kMostProblems) Push(message);
-  }
-  /// `what` is "caption" or "record"; `number` counts from 1.
-  void Add(const XpString& what, std::size_t number, const XpString& message) {
-    XpString place;
-    XpFormat(place, u"%s %u: %s", what, static_cast<std::uint32_t>(number), message);
-    Add(place);
-  }
-
- private:
-  void Push(const XpString& message) {
-    m_problems.push_back({Severity::Warning, m_file, XpString(), 0, m_key, message});
-  }
-
-  XpString m_file;
-  XpString m_key;
-  std::vector<Problem>& m_problems;
-  std::size_t m_count = 0;
-};
 
 class CaptionTextChecker {
  public:

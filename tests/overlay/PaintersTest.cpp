@@ -1,7 +1,9 @@
 // Painters are made once a kind, configured, and drawn from the lowest layer to the highest. What they drew
 // is blended over the frame by its alpha, the right way up, whether it was drawn again or kept.
 #include <array>
+#include <cstring>
 #include <random>
+#include <set>
 
 #include <gmock/gmock.h>
 
@@ -220,6 +222,57 @@ TEST_F(CallbackTest, KeptOverlaysEqualFreshOnesBitForBit) {
     }
     EXPECT_EQ(journal.size(), knowsContent ? 10u : 95u);
   }
+}
+
+/// Shows its times in the picture's first bytes.
+class TimesPainter final : public FakePainter {
+ public:
+  using FakePainter::FakePainter;
+  bool DrawForVideo(std::int32_t videoId, std::int64_t gpsMs, std::int64_t tennisMs, std::int64_t,
+                    PixmapHolder& holder) override {
+    const std::int32_t shown[] = {videoId, static_cast<std::int32_t>(gpsMs),
+                                  static_cast<std::int32_t>(tennisMs)};
+    std::memcpy(holder->data, shown, sizeof shown);
+    return true;
+  }
+  PainterStamp GetContentStamp(const PainterTimes&) override { return {}; }
+};
+
+TEST_F(CallbackTest, FrameAfterSkippedOnesShowsWhatItShowsInTheMovie) {
+  const auto make = [](const vrx::overlay::PainterTools&) -> std::unique_ptr<KVSPainterPlugInBase> {
+    return std::make_unique<TimesPainter>(KVSPainterTennisMeta, *s_journal);
+  };
+  const std::array kinds{PainterKind{1, nullptr, RecordOf<&PainterInfo::templateInfo>, PainterClock::Gps,
+                                     PainterRange::Template, nullptr},
+                         PainterKind{KVSPainterTennisMeta, nullptr, RecordOf<&PainterInfo::tennisMetaInfo>,
+                                     PainterClock::Tennis, PainterRange::Template, make}};
+  IKVSDynamicInfoPainter* made = nullptr;
+  ASSERT_TRUE(CreateDynamicInfoPainter(&made, kinds, {}));
+  painters.reset(made);
+  info.templateInfo.valid = info.tennisMetaInfo.valid = true;
+  info.templateInfo.drawEndTime = 9;
+  painters->SetPainterInfo(&info);
+  // Half speed from 1 to 3 s, backwards to 4 s, then as recorded; the range begins with frame 5.
+  const std::vector<SlowInfoRecord> sections{{1, 1, 0, 1, 0, 0}, {2, 0.5, 1, 3, 1, 1}, {3, -1, 3, 4, 2, 2}};
+  OverlayContext context = Context();
+  context.kinds = kinds;
+  const auto shown = [&](VRXIntermediateRawOutputCallback& callback, std::uint64_t frame) {
+    Bytes bytes(kFrameBytes);
+    EXPECT_TRUE(callback.ProcessFrame(frame, bytes.data(), kFrameBytes, 2, 5));
+    return Bytes(callback.GetOverlay()->data, callback.GetOverlay()->data + 12);
+  };
+  VRXIntermediateRawOutputCallback movie(context);
+  movie.ResetTimeGenerators(sections);
+  std::set<Bytes> different;
+  for (std::uint64_t frame = 5; frame < 100; ++frame) {
+    VRXIntermediateRawOutputCallback single(context);
+    single.ResetTimeGenerators(sections);
+    single.SkipFrames(5, frame);
+    const Bytes times = shown(movie, frame);
+    EXPECT_EQ(shown(single, frame), times) << frame;
+    different.insert(times);
+  }
+  EXPECT_GT(different.size(), 50u);
 }
 
 TEST_F(CallbackTest, ChangedPaintersAreDrawnAgain) {

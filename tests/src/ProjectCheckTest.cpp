@@ -358,7 +358,10 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
         Case{"<key>TennisMetaInfo</key><dict><key>Valid</key><true/><key>Duration</key><real>1</real>"
              "<key>OriginalDateTime</key><string/><key>TennisMetaData</key><string>x</string>"
              "<key>TennisMetaLayoutType</key><integer>0</integer><key>TrimedShift</key><real>0</real></dict>",
-             "TennisMetaInfo is valid, but this version draws no such overlay"},
+             "TennisMetaData record 1: does not end with a bar"},
+        Case{"<key>TemplateInfo</key><dict><key>Valid</key><true/><key>ScenarioType</key><integer>1</integer>"
+             "<key>LogDataArray</key><array><dict><key>Duration</key><real>1</real></dict></array></dict>",
+             "TemplateInfo is valid, but this version draws no such overlay"},
         Case{"<key>Other</key><dict/>", "Other is an unknown key"}}) {
     EXPECT_THAT(Lines(CheckInfo(c.info)), Contains(HasSubstr(c.line))) << c.info;
   }
