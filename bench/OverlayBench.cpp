@@ -1,5 +1,5 @@
 // What an overlay costs a full-HD frame: handed through the callback while its caption stays, when the
-// caption changes, and the blend alone.
+// caption changes, while the counters of a tennis match roll, and the blend alone.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -8,10 +8,12 @@
 
 #include "drawing/pango/PangoTextRenderer.h"
 #include "foundation/text/XpFormat.h"
+#include "imaging/pixmap/XpPixmapBlock.h"
 #include "overlay/callback/BlendOverlay.h"
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "overlay/painter/IKVSDynamicInfoPainter.h"
+#include "overlay/tennis/KVSTennisMetaPainterPlugIn.h"
 #include "src/overlayplan/PainterTable.h"
 
 namespace {
@@ -82,6 +84,69 @@ void ProcessFrames(benchmark::State& state) {
 }
 // A new caption on every frame, and one that stays for four seconds.
 BENCHMARK(ProcessFrames)->Arg(1)->Arg(100)->Unit(benchmark::kMicrosecond);
+
+PainterPicture Picture(std::int32_t width, std::int32_t height) {
+  auto* made = new XpPixmap32;
+  PainterPicture picture(made);
+  if (made->Allocate(width, height) == XpOk) {
+    for (std::uint32_t i = 0; i < made->size; ++i) made->data[i] = static_cast<unsigned char>(i * 37);
+  }
+  return picture;
+}
+
+/// Of the sizes that are laid on a full-HD frame unscaled.
+std::shared_ptr<TennisMetaResource> MakeTennisPictures() {
+  auto set = std::make_shared<TennisMetaResource>();
+  for (auto* frames : {&set->racketFrames, &set->backFrames, &set->foreFrames}) {
+    frames->assign(8, Picture(300, 300));
+  }
+  for (const auto& stroke : vrx::overlay::TennisStrokes()) (*set).*(stroke.pictogram) = Picture(20, 20);
+  set->timeLine = Picture(510, 30);
+  set->timeTop = Picture(28, 28);
+  set->shade = PainterPicture(MakeSolidPixmap(0, 0, 0, 178).release());
+  set->blue = set->yellow = Picture(90, 90);
+  return set;
+}
+
+void DrawTennis(benchmark::State& state) {
+  const std::int64_t stepMs = state.range(0);
+  const bool isSaved = state.range(1) != 0;
+  std::vector<TennisShot> shots(60);
+  for (std::size_t i = 0; i < shots.size(); ++i) {
+    shots[i].time = 0.3 * static_cast<double>(i + 1);
+    shots[i].swingType = 1 << (i % 8);
+    shots[i].firstPanelValue = i % 2 == 0 ? 12 : -7;
+    shots[i].secondPanelSpeed = i % 2 == 0 ? 80 : 140;
+    shots[i].thirdPanelSpeed = i % 2 == 0 ? 190 : 60;
+  }
+  vrx::overlay::BuildSearchTree(shots);
+  PainterInfo info;
+  info.videoWidth = kWidth;
+  info.videoHeight = kHeight;
+  info.saveMovieMode = isSaved;
+  info.gpsUnitFromUser = 0;
+  for (std::int32_t i = 0; i < 25; ++i) info.stringTable[i] = u"Some words";
+  info.tennisMetaInfo.layoutType = 1;
+  info.tennisMetaInfo.resources = MakeTennisPictures();
+  info.tennisMetaInfo.originalDateTime = XpDateTime::GetCurrentTime();
+  info.tennisMetaInfo.metaData = XpNarrowString(vrx::overlay::WriteTennisMetaData(shots)).ToWide();
+  vrx::drawing::PangoTextRenderer text;
+  KVSTennisMetaPainterPlugIn painter(text);
+  painter.SetPainterInfo(&info, &info.tennisMetaInfo);
+  PixmapHolder frame(new XpPixmap32);
+  if (frame->Allocate(kWidth, kHeight) != XpOk) return;
+  vrx::overlay::DrawnArea drawn;
+  std::int64_t ms = 0;
+  for (auto _ : state) {
+    drawn.Clear(*frame);
+    if (!painter.Draw(0, ms, 0, frame)) state.SkipWithError("nothing was drawn");
+    drawn.Find(*frame, painter.GetDrawnRows());
+    ms = (ms + stepMs) % 18000;
+  }
+}
+// Counters that roll on every frame at 25 and at 60 frames a second, in a movie that is saved and in a
+// preview.
+BENCHMARK(DrawTennis)->ArgsProduct({{40, 17}, {1, 0}})->Unit(benchmark::kMicrosecond);
 
 void Blend(benchmark::State& state) {
   const auto drawnRows = static_cast<std::int32_t>(state.range(0));

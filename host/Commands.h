@@ -106,4 +106,15 @@ struct ResourcesOptions {
 };
 int RunResources(const ResourcesOptions& options);
 
+/// `vrx tennis import`: turns a table of shots into the tennis part of a painter document.
+struct TennisImportOptions {
+  std::string table;         // comma-separated values, see ShotTable.h
+  std::string output;        // the painter document; other overlays of one that is there stay
+  std::int32_t layout = 1;   // 1 full, 2 short
+  std::int32_t unit = 0;     // of the speeds that are shown: 0 km/h, 1 mph
+  std::string start;         // ISO 8601, local time: when the match began; empty: no date is shown
+  bool skipBadRows = false;  // warn of them only
+};
+int RunTennisImport(const TennisImportOptions& options);
+
 }  // namespace vrx::host

@@ -31,6 +31,7 @@ struct Commands {
   GpsImportOptions gpsImport;
   GpsShowOptions gpsShow;
   ResourcesOptions resources;
+  TennisImportOptions tennisImport;
   std::string helpTopic;
   CLI::App* renderCommand = nullptr;
   CLI::App* checkCommand = nullptr;
@@ -41,6 +42,7 @@ struct Commands {
   CLI::App* moddCommand = nullptr;
   CLI::App* gpsCommand = nullptr;
   CLI::App* resourcesCommand = nullptr;
+  CLI::App* tennisCommand = nullptr;
   CLI::App* helpCommand = nullptr;
 };
 
@@ -253,6 +255,35 @@ int RunGps(const Commands& commands) {
                                                        : RunGpsShow(commands.gpsShow);
 }
 
+void AddTennis(CLI::App& app, Commands& commands) {
+  CLI::App* tennis = app.add_subcommand("tennis", "Bring the shots of a tennis match to an overlay");
+  tennis->require_subcommand(1);
+  TennisImportOptions& options = commands.tennisImport;
+  CLI::App* command =
+      tennis->add_subcommand("import", "Turn a table of shots into the tennis part of a painter document");
+  command->add_option("SHOTS", options.table, "The table, comma-separated values with a header line")
+      ->required();
+  command->add_option("-o,--output", options.output, "The painter document to write or to add to")
+      ->required();
+  const std::map<std::string, std::int32_t> layouts{{"1", 1}, {"2", 2}};
+  command->add_option("--layout", options.layout, "1 the full panel (the default), 2 the short one")
+      ->transform(CLI::CheckedTransformer(layouts))
+      ->type_name("LAYOUT")
+      ->option_text("LAYOUT");
+  const std::map<std::string, std::int32_t> units{{"km/h", 0}, {"mph", 1}};
+  command->add_option("--unit", options.unit, "The unit in which speeds are shown: km/h (the default) or mph")
+      ->transform(CLI::CheckedTransformer(units))
+      ->type_name("UNIT")
+      ->option_text("UNIT");
+  command
+      ->add_option("--start", options.start,
+                   "When the match began on the local clock, as 2024-05-01T10:11:12")
+      ->check(CheckMoment);
+  command->add_flag("--skip-bad-rows", options.skipBadRows, "Leave out rows that are wrong, with a warning");
+  tennis->footer("Exit status: 0 done, 1 a row is wrong or a file cannot be read or written, 2 wrong use.");
+  commands.tennisCommand = tennis;
+}
+
 int Run(const CLI::App& app, const Commands& commands) {
   if (commands.renderCommand->parsed()) return RunRender(commands.render);
   if (commands.checkCommand->parsed()) return RunCheck(commands.check);
@@ -263,6 +294,7 @@ int Run(const CLI::App& app, const Commands& commands) {
   if (commands.moddCommand->parsed()) return RunModd(commands.modd);
   if (commands.gpsCommand->parsed()) return RunGps(commands);
   if (commands.resourcesCommand->parsed()) return RunResources(commands.resources);
+  if (commands.tennisCommand->parsed()) return RunTennisImport(commands.tennisImport);
   if (!commands.helpTopic.empty()) {
     for (const CLI::App* topic : app.get_subcommands(nullptr)) {
       if (topic->get_name() != commands.helpTopic) continue;
@@ -295,6 +327,7 @@ int main(int argc, char** argv) try {
   AddModd(app, commands);
   AddGps(app, commands);
   AddResources(app, commands);
+  AddTennis(app, commands);
   commands.helpCommand = app.add_subcommand("help", "Show this help, or the help of a command");
   commands.helpCommand->add_option("COMMAND", commands.helpTopic, "The command");
   try {

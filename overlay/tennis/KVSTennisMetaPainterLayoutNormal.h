@@ -1,5 +1,5 @@
 // The full tennis layout: a panel over the whole width of the frame with the stroke's name, counters and
-// timen// line.
+// time line.
 #pragma once
 
 #include "overlay/tennis/KVSTennisMetaPainterLayoutBase.h"
