@@ -16,6 +16,7 @@ void Check(const OwnedPicture& picture, const XpString& problem) {
   if (picture == nullptr) return;
   if (picture->width < 1 || picture->width > kMaxPictureSide) std::abort();
   if (picture->height < 1 || picture->height > kMaxPictureSide) std::abort();
+  if (std::int64_t{picture->width} * picture->height > kMaxPicturePixels) std::abort();
   unsigned sum = 0;
   for (std::uint32_t i = 0; i < picture->size; ++i) sum += picture->data[i];
   static volatile unsigned kept;

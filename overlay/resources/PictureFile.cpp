@@ -60,7 +60,7 @@ OwnedPicture MakePicture(bool hasAlpha, std::int64_t width, std::int64_t height,
 }
 
 bool IsWithinLimits(std::int64_t width, std::int64_t height) {
-  return width <= kMaxPictureSide && height <= kMaxPictureSide;
+  return width <= kMaxPictureSide && height <= kMaxPictureSide && width * height <= kMaxPicturePixels;
 }
 
 /// The rest of the stream; false beyond the limit and when it cannot be read.

@@ -13,7 +13,8 @@
 namespace vrx::overlay {
 
 /// Beyond what a picture of an overlay needs; checked before memory is taken.
-inline constexpr std::int64_t kMaxPictureSide = 16'384;  // pixels
+inline constexpr std::int64_t kMaxPictureSide = 16'384;                   // pixels
+inline constexpr std::int64_t kMaxPicturePixels = std::int64_t{1} << 25;  // a frame of 7680 by 4320
 inline constexpr std::int64_t kMaxPictureFileBytes = std::int64_t{128} << 20;
 
 /// Null when there is no picture; `problem`, when given, then says why in words without the path.

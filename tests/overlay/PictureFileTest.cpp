@@ -119,12 +119,21 @@ TEST(PictureFileTest, BitmapsThatEndEarlyOrStateWhatTheyLackGiveNothing) {
   }
 }
 
-TEST(PictureFileTest, SidesBeyondTheLimitAreRefusedThoughTheBytesAreThere) {
+TEST(PictureFileTest, SizesBeyondTheLimitsAreRefused) {
   const auto limit = static_cast<std::int32_t>(kMaxPictureSide);
   EXPECT_NE(Read(Bitmap{.width = limit, .height = 1}.Bytes()), nullptr);
   EXPECT_NE(Read(Bitmap{.width = 1, .height = limit}.Bytes()), nullptr);
   EXPECT_EQ(Read(Bitmap{.width = limit + 1, .height = 1}.Bytes()), nullptr);
   EXPECT_EQ(Read(Bitmap{.width = 1, .height = limit + 1}.Bytes()), nullptr);
+  // Told before the missing bytes are.
+  const std::string whole = Bitmap{.width = limit, .height = 1}.Bytes();
+  constexpr std::size_t kHeight = 22;
+  const auto rows = static_cast<std::uint32_t>(kMaxPicturePixels / kMaxPictureSide);
+  XpString problem;
+  EXPECT_EQ(Read(Patched(whole, kHeight, rows), &problem), nullptr);
+  EXPECT_EQ(problem, u"the file ends within the picture");
+  EXPECT_EQ(Read(Patched(whole, kHeight, rows + 1), &problem), nullptr);
+  EXPECT_EQ(problem, u"the picture is too large");
 }
 
 /// Pixels of 0, 1, 2 ... in the order of the file.
