@@ -126,8 +126,8 @@ TEST(TennisShotsTest, WrongTreeOrOrderIsFoundAndDoesNotMatter) {
   const std::vector<double> seconds{1, 2, 3, 4, 5, 6, 7};
   const auto expectPlain = [](const std::vector<TennisShot>& shots) {
     const TennisShots searched(shots);
-    for (const std::int64_t t : {INT64_MIN, std::int64_t{0}, std::int64_t{1000}, std::int64_t{3500},
-                                 std::int64_t{6999}, std::int64_t{7000}, INT64_MAX}) {
+    for (const std::int64_t t : {INT64_MIN, std::int64_t{0}, std::int64_t{1000}, std::int64_t{2700},
+                                 std::int64_t{3500}, std::int64_t{6999}, std::int64_t{7000}, INT64_MAX}) {
       EXPECT_EQ(searched.FindShotIndex(t), LastShotAt(shots, t)) << t;
     }
   };
