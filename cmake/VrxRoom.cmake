@@ -41,3 +41,16 @@ function(vrx_room name)
   target_include_directories(vrx_${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(vrx_${name} PUBLIC ${ROOM_LINKS} PRIVATE vrx_options)
 endfunction()
+
+# vrx_module(NAME ROOM): a library that is loaded by name, with the functions that NAME.map lists. The functions
+# themselves live in the room, so that tests can call them without loading the module.
+function(vrx_module name room)
+  set(exports ${CMAKE_CURRENT_SOURCE_DIR}/${name}.map)
+  add_library(${name} MODULE ModuleAnchor.cpp)
+  set_target_properties(${name} PROPERTIES PREFIX "" OUTPUT_NAME ${name} LINKER_LANGUAGE CXX LINK_DEPENDS ${exports})
+  target_link_libraries(${name} PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,${room}> vrx_options)
+  target_link_options(${name} PRIVATE -Wl,--version-script=${exports})
+  if(NOT VRX_SANITIZE)
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
+endfunction()

@@ -2,7 +2,6 @@
 
 #include "content/formats/XpFormatChecker.h"
 #include "content/moff/MoffSource.h"
-#include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
 #include "gps/log/GpsTime.h"
 #include "gps/log/ReadGPSLog.h"
@@ -11,13 +10,13 @@
 #include "gps/receiver/UtcTime.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
+#include "host/WholeFile.h"
 
 namespace vrx::host {
 namespace {
 
 constexpr std::int64_t kUnixEpoch = 25569 * receiver::kSecondsPerDay;  // 1970 as a serial date
-/// Days of a receiver that writes twenty a second.
-constexpr std::int64_t kMostLogBytes = std::int64_t{1} << 30;
+constexpr std::int64_t kMostLogMiB = 1024;  // days of a receiver that writes twenty a second
 
 /// All dates that a log can hold, whatever its shift is.
 struct AnyTime {
@@ -28,23 +27,6 @@ struct AnyTime {
     last.SetDateTime(9000, 1, 1, 0, 0, 0);
   }
 };
-
-bool ReadBytes(const XpString& path, std::vector<char>& bytes, std::string& cause) {
-  XpFile file(path);
-  XpResult result = XpPathIsDirectory(path) ? XpErrNotAFile : file.Open(XpOpenRead, XpShareRead);
-  const std::int64_t size = result == XpOk ? file.GetSize() : 0;
-  if (size > kMostLogBytes) {
-    cause = Utf8(path) + " is larger than 1 GiB, which is no log of a recording";
-    return false;
-  }
-  bytes.resize(static_cast<std::size_t>(size));
-  std::uint64_t read = 0;
-  if (result == XpOk && size > 0) result = file.Read(bytes.data(), bytes.size(), &read);
-  bytes.resize(static_cast<std::size_t>(read));
-  if (result != XpOk) cause = Utf8(path) + " cannot be read: " + ReadCause(result);
-  if (result == XpOk && bytes.empty()) cause = Utf8(path) + " is empty";
-  return cause.empty();
-}
 
 KVUGPSInfo PointOf(const receiver::Fix& fix) {
   KVUGPSInfo point;
@@ -106,8 +88,12 @@ std::int64_t UnixSeconds(const KVUGPSInfo& point) { return gps::WholeSeconds(poi
 
 bool ReadReceiverLog(const XpString& path, const GpsSourceOptions& options, GpsSource& source,
                      std::vector<receiver::Fix>& seconds, std::string& cause) {
-  std::vector<char> bytes;
-  if (!ReadBytes(path, bytes, cause)) return false;
+  std::string bytes;
+  if (!ReadWholeFile(path, kMostLogMiB, "log of a recording", bytes, cause)) return false;
+  if (bytes.empty()) {
+    cause = Utf8(path) + " is empty";
+    return false;
+  }
   source.path = path;
   source.format = receiver::DetectFormat(bytes);
   receiver::ReadOptions reading;

@@ -48,7 +48,7 @@ std::string BodyProblem(const moff::EntryInfo& entry, const moff::BodyRange& ran
   return place + " is of the unknown kind " + KindText(entry.head.kind) + code;
 }
 
-/// Nobody needs the offset of the bodies in a group's record, but one past the end is certainly wrong.
+/// No reader uses the offset of the bodies in a group's record, but one past the end is certainly wrong.
 void AddOffsetProblems(const moff::FileTag& root, const moff::BodyRange& range, Problems& problems) {
   const moff::GroupTable& table = *root.child;
   for (std::size_t i = 0; i < table.GetChildren().size(); ++i) {

@@ -3,7 +3,6 @@
 
 #include "content/plist/PlistReader.h"
 #include "content/plist/PlistWriter.h"
-#include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/Paths.h"
@@ -11,6 +10,7 @@
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
+#include "host/WholeFile.h"
 #include "overlay/document/PainterKeys.h"
 #include "overlay/tennis/ShotTable.h"
 #include "overlay/tennis/TennisDocument.h"
@@ -18,24 +18,8 @@
 namespace vrx::host {
 namespace {
 
-constexpr std::int64_t kMostTableBytes = std::int64_t{1} << 26;
+constexpr std::int64_t kMostTableMiB = 64;
 constexpr double kSecondsAfterLastShot = 10;  // the length of the time line
-
-bool ReadTable(const XpString& path, std::string& text, std::string& cause) {
-  XpFile file(path);
-  XpResult result = XpPathIsDirectory(path) ? XpErrNotAFile : file.Open(XpOpenRead, XpShareRead);
-  const std::int64_t size = result == XpOk ? file.GetSize() : 0;
-  if (size > kMostTableBytes) {
-    cause = Utf8(path) + " is larger than 64 MiB, which is no table of shots";
-    return false;
-  }
-  text.resize(static_cast<std::size_t>(size));
-  std::uint64_t read = 0;
-  if (result == XpOk && size > 0) result = file.Read(text.data(), text.size(), &read);
-  if (result != XpOk) cause = Utf8(path) + " cannot be read: " + ReadCause(result);
-  text.resize(static_cast<std::size_t>(read));
-  return result == XpOk;
-}
 
 /// A document that is there keeps its other overlays; one that cannot be read is not replaced.
 bool OpenDocument(const XpString& path, XpIniDict& document, std::string& cause) {
@@ -64,7 +48,7 @@ int RunTennisImport(const TennisImportOptions& options) {
   const XpString output = platform::AbsolutePath(platform::PathFromNative(options.output));
   std::string text;
   std::string cause;
-  if (!ReadTable(path, text, cause)) return Fail(cause);
+  if (!ReadWholeFile(path, kMostTableMiB, "table of shots", text, cause)) return Fail(cause);
   if (platform::IsSameFile(path, output)) {
     return Fail(options.output + " is the table of shots and would be overwritten");
   }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "imaging/pixmap/XpPixmapBlock.h"
 #include "overlay/resources/PictureFile.h"
 #include "overlay/resources/PictureTable.h"
 #include "overlay/resources/ResourceFolder.h"

@@ -158,13 +158,4 @@ OwnedPicture LoadPictureFile(const XpString& path, XpString* problem) {
   return ReadBitmapFromMemory(bytes.data(), bytes.size(), problem);
 }
 
-std::unique_ptr<XpPixmap32> MakeSolidPixmap(std::uint8_t red, std::uint8_t green, std::uint8_t blue,
-                                            std::uint8_t alpha) {
-  auto pixmap = std::make_unique<XpPixmap32>();
-  if (pixmap->Allocate(1, 1) != XpOk) return nullptr;
-  const std::uint8_t pixel[] = {blue, green, red, alpha};
-  std::copy(std::begin(pixel), std::end(pixel), pixmap->data);
-  return pixmap;
-}
-
 }  // namespace vrx::overlay

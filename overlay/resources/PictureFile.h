@@ -35,8 +35,4 @@ OwnedPicture ReadBitmapFromMemory(const void* bytes, std::size_t size, XpString*
 /// or, without transparency, an XpPixmap24; palettes, grey and 16 bits a channel give null.
 OwnedPicture ReadPngFromStream(XpAbstractFile& stream, XpString* problem = nullptr);
 
-/// One pixel; null without memory.
-std::unique_ptr<XpPixmap32> MakeSolidPixmap(std::uint8_t red, std::uint8_t green, std::uint8_t blue,
-                                            std::uint8_t alpha);
-
 }  // namespace vrx::overlay
