@@ -1,4 +1,4 @@
-// What one line in the log costs whoever writes it.
+// What it costs to write one line to the log.
 #include <cstdlib>
 #include <filesystem>
 

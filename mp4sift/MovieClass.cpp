@@ -15,7 +15,7 @@ struct BrandRow {
   MovieClass movieClass;
 };
 
-/// In order of precedence: a brand that promises more stands before those that many files carry besides.
+/// In order of precedence: a brand that promises more comes before those that many files carry besides.
 constexpr BrandRow kRows[] = {
     {"MSNV", kPortable},    {"QHDV", kHighDefinition},
     {"3g??", kMobile},  // 3gp4 to 3gp9, 3gr6, 3gs6, 3ge6, 3gg6, 3gh9, 3g2a to 3g2c and their like

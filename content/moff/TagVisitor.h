@@ -25,9 +25,9 @@ using GroupTable = TagComposite<GroupDataHeader, GroupTag, kGroupSignature>;
 /// The root.
 using FileTag = TagDataWithOneChildWithSignature<FileHeader, GroupTable, kFileSignature>;
 
-/// A tag calls the operation of its kind before those of its children. Each operation passes on to a more
-/// general one unless it is overridden: tables to VisitComposite, that and the records to VisitTag or
-/// VisitLeaf. A failure is thrown as an XpResult.
+/// A tag calls the operation of its kind before those of its children. By default each operation calls a more
+/// general one: those of tables call VisitComposite, that and those of records VisitTag or VisitLeaf. A
+/// failure is thrown as an XpResult.
 class TagVisitor {
  public:
   TagVisitor() = default;

@@ -32,7 +32,7 @@ struct Box {
   FourCc type = 0;
   std::array<std::uint8_t, 16> userType{};  // of a "uuid" box
   std::uint64_t start = 0;                  // of its header
-  std::uint64_t payload = 0;                // behind its header
+  std::uint64_t payload = 0;                // after its header
   std::uint64_t end = 0;                    // never past the end of the parent
   std::int32_t depth = 0;                   // 1 for the boxes of the file itself
 

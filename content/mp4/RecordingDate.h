@@ -10,7 +10,7 @@
 namespace vrx::mp4 {
 
 /// With an offset, the date is local time at the place of the recording, and the offset says how many minutes
-/// that is ahead of UTC. Without one, the date is what the file states, as it stands. Not valid when the file
+/// that is ahead of UTC. Without one, the date is the one in the file, unchanged. Not valid when the file
 /// states none.
 struct RecordingDate {
   XpDateTime date;

@@ -27,7 +27,7 @@ struct FileStatus {
   bool isDirectory = false;
   bool isLink = false;      // only seen with Links::Keep
   bool isSpecial = false;   // a device, FIFO or socket
-  bool isReadOnly = false;  // the owner has no write permission, whoever asks
+  bool isReadOnly = false;  // the owner has no write permission, also when root asks
   bool isHidden = false;    // the name begins with a dot, or the file is marked as hidden
   std::int64_t size = 0;    // 0 for a directory
   std::uint64_t created = 0;

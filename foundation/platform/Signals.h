@@ -11,7 +11,7 @@ void SurviveFileSizeLimit();
 
 /// Takes over the interrupt signals (Ctrl-C, termination, hang-up) for the process and lets a thread wait for
 /// them. Make one in main() before any other thread starts; threads made later inherit the set-up. Also makes
-/// a write past the file size limit, or to a pipe that nobody reads, fail with an error instead of killing
+/// a write past the file size limit, or to a pipe without a reader, fail with an error instead of killing
 /// the process.
 class InterruptWaiter {
  public:

@@ -1,5 +1,4 @@
-// One point of a GPS log or of the track that is made of it, on which everything stands that the overlay
-// shows.
+// One point of a GPS log or of the track that is made of it. The overlay shows nothing else.
 #pragma once
 
 #include <cstdint>

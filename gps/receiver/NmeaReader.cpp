@@ -21,7 +21,7 @@ constexpr int kCenturyTurn = 80;        // positioning by satellite began in 198
 constexpr std::string_view kRmc = "RMC";
 constexpr std::string_view kPositionTypes[] = {kRmc, "GGA", "GLL", "GNS", "GSA", "GSV", "VTG", "ZDA"};
 
-/// Fields of RMC, counted behind the address.
+/// Fields of RMC, counted after the address.
 enum Field : std::size_t {
   kTime,
   kStatus,
@@ -38,7 +38,7 @@ using Fields = std::array<std::string_view, kFieldsNeeded>;
 
 bool EndsSentence(char c) { return c == '\r' || c == '\n' || c == '$' || c == '\0'; }
 
-/// Steps through the sentences of a log: what stands between "$" and the end of the line.
+/// Steps through the sentences of a log: what is between "$" and the end of the line.
 class SentenceFinder {
  public:
   explicit SentenceFinder(std::span<const char> bytes) : m_text(bytes.data(), bytes.size()) {}
@@ -127,7 +127,7 @@ std::optional<Rejection> ReadAngle(std::string_view text, std::string_view hemis
   if (!value || hemisphere.size() != 1 || hemispheres.find(hemisphere) == std::string_view::npos) {
     return Rejection::BadPosition;
   }
-  constexpr double kDegree = 100;  // stands before two digits of minutes
+  constexpr double kDegree = 100;  // before two digits of minutes
   constexpr double kMinutes = 60;
   const double whole = std::floor(*value / kDegree);
   const double minutes = *value - whole * kDegree;

@@ -18,7 +18,7 @@ struct ThinCounts {
   std::uint64_t voidFixes = 0;
   std::uint64_t duplicates = 0;  // of a time that another fix has, too
   std::uint64_t outOfOrder = 0;  // their time runs backward
-  std::uint64_t thinned = 0;     // a nearer one stands for their second
+  std::uint64_t thinned = 0;     // a fix nearer to the same second was kept
 };
 
 /// The valid fixes, at most one for each whole second: the one nearest to it, within half a second, with its

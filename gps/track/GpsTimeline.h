@@ -54,7 +54,7 @@ void LoadGPSLog(const LogDataEntry& clip, GpsTimeline& timeline);
 /// `accumulatedSeconds` is where the clip begins in the movie, and ends up where it ends.
 void AddClipToTimeline(const LogDataEntry& clip, double& accumulatedSeconds, GpsTimeline& timeline);
 
-/// Makes everything anew but the tracks of logs that are there, and fills in the totals.
+/// Replaces the clips, the joined points and the totals. Logs that were read before are kept.
 void PrepareTimeline(const std::vector<LogDataEntry>& clips, GpsTimeline& timeline);
 
 /// The zone that LoadGPSLog uses for a movie, in minutes ahead of UTC.

@@ -32,7 +32,7 @@ class VRXAudioOutputSetting {
   std::int32_t codecType = 0;  // 0 to 3
   std::uint16_t channels = 0;
   std::uint16_t bitsPerSample = 0;  // of PCM; 0 or 65535 when not set
-  std::uint32_t samplingRate = 0;  // Hz
+  std::uint32_t samplingRate = 0;   // Hz
 };
 
 /// Frames from `startTime` to `endTime`, both included and in output time, go through the overlay callback,

@@ -177,7 +177,7 @@ std::vector<const Column*> ReadHeader(const std::vector<std::string>& names, std
   for (const std::string& name : names) {
     const auto* found = std::ranges::find(kColumns, std::string_view(LowerCase(name)), &Column::name);
     if (found == kColumns.end()) return fail("there is no column " + Quoted(name));
-    if (std::ranges::count(columns, found) > 0) return fail("the column " + name + " stands there twice");
+    if (std::ranges::count(columns, found) > 0) return fail("the column " + name + " is there twice");
     columns.push_back(found);
   }
   for (const Column& column : kColumns) {

@@ -22,7 +22,7 @@ struct TennisTexts {
 /// The rectangles of the counters, in their order.
 std::array<drawing::Rect, kTennisCounters> CounterRects(const KVSTennisMetaPainterLayoutBase& layout);
 
-/// `threeWidth` is that of three digits in pixels, after which a unit stands. `resources` are those of the
+/// `threeWidth` is that of three digits in pixels, after which a unit is drawn. `resources` are those of the
 /// layout.
 void DrawTennisPanel(const KVSTennisMetaPainterLayoutBase& layout, const TennisMetaResource& resources,
                      const TennisTexts& texts, const XpString& name, std::int32_t threeWidth,

@@ -20,7 +20,7 @@ struct Picture {
   std::filesystem::path PathBelow(const std::filesystem::path& folder, const char* extension) const;
 };
 
-/// Throws std::runtime_error or a JSON exception that tells what is wrong with the list.
+/// Throws std::runtime_error or a JSON exception that says what is wrong with the list.
 std::vector<Picture> ReadPictureList(const std::filesystem::path& file);
 
 }  // namespace vrx::pictures

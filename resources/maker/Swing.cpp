@@ -12,7 +12,6 @@ constexpr double kFirstGhost = 0.4;   // frames behind the racket
 constexpr double kSecondGhost = 0.8;  // frames behind the racket
 constexpr double kTrailFrames = 2.2;  // length of the trail
 constexpr int kTrailLayers = 40;
-constexpr int kStepsPerLayer = 1;
 
 /// A cubic through the points b and c (Catmull and Rom), at `t` between them.
 double Between(double a, double b, double c, double d, double t) {
@@ -80,7 +79,7 @@ std::string Trail(const Swing& swing, double frame) {
   std::string paths;
   for (int layer = 0; layer < kTrailLayers && frame > from; ++layer) {
     const double start = from + (frame - from) * layer / kTrailLayers;
-    paths += SweptPath(swing, start, frame, (kTrailLayers - layer) * kStepsPerLayer);
+    paths += SweptPath(swing, start, frame, kTrailLayers - layer);
   }
   return paths;
 }

@@ -54,9 +54,8 @@ void DescribePicture(CLI::App& app, PatternClip& clip) {
       ->type_name("A:B");
   app.add_flag("--full-range", clip.fullRange, "Luma from 0 to 255");
   app.add_flag("--bt601", clip.bt601, "Colour matrix of BT.601 instead of BT.709");
-  const std::map<std::string, ClipStyle> styles = {{"pattern", ClipStyle::kPattern},
-                                                   {"scene", ClipStyle::kScene},
-                                                   {"court", ClipStyle::kCourt}};
+  const std::map<std::string, ClipStyle> styles = {
+      {"pattern", ClipStyle::kPattern}, {"scene", ClipStyle::kScene}, {"court", ClipStyle::kCourt}};
   app.add_option("--style", clip.style, "What is drawn")
       ->transform(CLI::CheckedTransformer(styles))
       ->default_str("pattern");

@@ -172,7 +172,7 @@ TEST(DateTimeTest, RepeatedOrSkippedTimeHasOneResultWhateverWasConvertedBefore) 
 }
 
 TEST(DateTimeTest, UtcOffsetFollowsTheZoneInForce) {
-  for (const auto& [name, minutes] : {std::pair{"XXX-9", 540}, {"XXX3:30", -210}, {"XXX0", 0}}) {
+  for (const auto& [name, minutes] : {std::pair{"EAST-9", 540}, {"WEST3:30", -210}, {"UTC0", 0}}) {
     const ScopedVariable zone("TZ", name);
     EXPECT_EQ(vrx::platform::UtcOffsetMinutes(), minutes);
   }

@@ -1,4 +1,4 @@
-// The overlays that a document asks for reach the painters, and a damaged document harms nobody.
+// The overlays that a document asks for reach the painters, and a damaged document does no harm.
 #include <limits>
 
 #include <gmock/gmock.h>

@@ -125,7 +125,7 @@ TEST(PictureFileTest, SizesBeyondTheLimitsAreRefused) {
   EXPECT_NE(Read(Bitmap{.width = 1, .height = limit}.Bytes()), nullptr);
   EXPECT_EQ(Read(Bitmap{.width = limit + 1, .height = 1}.Bytes()), nullptr);
   EXPECT_EQ(Read(Bitmap{.width = 1, .height = limit + 1}.Bytes()), nullptr);
-  // Told before the missing bytes are.
+  // Reported before the missing bytes are.
   const std::string whole = Bitmap{.width = limit, .height = 1}.Bytes();
   constexpr std::size_t kHeight = 22;
   const auto rows = static_cast<std::uint32_t>(kMaxPicturePixels / kMaxPictureSide);

@@ -76,7 +76,7 @@ TEST(ShotTableTest, WrongHeaderIsTheOnlyProblem) {
                                       {"time_s,zone\nx,y\n", "1: the header has no column stroke"},
                                       {"\n\nstroke\n", "3: the header has no column time_s"},
                                       {"time_s,stroke,speed\n", "1: there is no column \"speed\""},
-                                      {"time_s,stroke,time_s\n", "1: the column time_s stands there twice"},
+                                      {"time_s,stroke,time_s\n", "1: the column time_s is there twice"},
                                       {"1,serve\n", "1: there is no column \"1\""}}) {
     EXPECT_THAT(Problems(text), ElementsAre(HasSubstr(message))) << text;
     EXPECT_FALSE(ReadShotTable(text).hasHeader) << text;

@@ -117,7 +117,7 @@ TEST_F(WrapperTest, CalibrationReachesTheEngineForASourceThatNeedsIt) {
 }
 
 TEST_F(WrapperTest, SpecificationDecidesTheKindOfMovieAndItsTimeZone) {
-  const ScopedVariable zone("TZ", "XXX-9");
+  const ScopedVariable zone("TZ", "EAST-9");
   tzset();
   struct Case {
     const char* inDocument;
