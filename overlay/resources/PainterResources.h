@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
 #include "foundation/memory/XpSharedPtr.h"
@@ -17,6 +18,7 @@ struct PainterResourceBase {
   virtual ~PainterResourceBase() = default;
 
   std::int32_t resourceType;
+  std::map<const XpPixmapBase*, PainterPicture> doubled;  // of twice the size, where there are any
 };
 
 /// Of the GPS overlay, for one scenario.

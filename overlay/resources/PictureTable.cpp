@@ -86,6 +86,11 @@ template struct PictureRow<TennisMetaResource>;
 std::span<const PictureRow<TemplateResource>> TemplatePictures() noexcept { return kTemplatePictures; }
 std::span<const PictureRow<TennisMetaResource>> TennisPictures() noexcept { return kTennisPictures; }
 
+XpString DoubledPictureName(const XpString& name) {
+  const std::u16string_view view = name.AsView();
+  return XpString(u"2x\\") + XpString(view.substr(0, view.rfind(u'.'))) + u".png";
+}
+
 std::vector<PictureFile> ListPictureFiles() {
   std::vector<PictureFile> files;
   AppendFiles(TemplatePictures(), files);

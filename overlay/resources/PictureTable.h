@@ -13,6 +13,13 @@ namespace vrx::overlay {
 
 inline constexpr std::int32_t kAnyScenario = 0;
 
+/// The frame for which the pictures have their nominal sizes.
+inline constexpr std::int32_t kNominalFrameWidth = 1920;
+inline constexpr std::int32_t kNominalFrameHeight = 1080;
+
+/// The file that holds the picture `name` doubled: a PNG in the folder "2x".
+XpString DoubledPictureName(const XpString& name);
+
 /// One picture of a set, or the frames of an animation. Names are relative to the folder of the pictures.
 template <class Set>
 struct PictureRow {

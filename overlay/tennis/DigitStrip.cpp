@@ -135,7 +135,7 @@ bool DigitStrip::Prepare(const CounterRoll& roll, const DigitMetrics& digits, co
 }
 
 void DigitStrip::Draw(const CounterRoll& roll, const DigitMetrics& digits, const Layout& layout,
-                      const Rect& rect, TennisSurface& surface) {
+                      const Rect& rect, PainterSurface& surface) {
   const StripPlace place = PlaceStrip(m_kind, digits, layout, rect);
   if (!Prepare(roll, digits, layout, place, surface.GetText())) return;
   OverlayPixmapBlock(surface.GetTarget(), place.left, place.top, place.width, place.windowHeight, m_strip,

@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
+#include "overlay/painter/PainterSurface.h"
 #include "overlay/tennis/CounterRoll.h"
 #include "overlay/tennis/KVSTennisMetaPainterLayoutBase.h"
-#include "overlay/tennis/TennisSurface.h"
 
 namespace vrx::overlay {
 
@@ -50,7 +50,7 @@ class DigitStrip {
   /// `roll` has its offset in output pixels. The strip is drawn again only when its values change. Without
   /// memory for it the digits are left out.
   void Draw(const CounterRoll& roll, const DigitMetrics& digits, const KVSTennisMetaPainterLayoutBase& layout,
-            const drawing::Rect& rect, TennisSurface& surface);
+            const drawing::Rect& rect, PainterSurface& surface);
 
  private:
   bool Prepare(const CounterRoll& roll, const DigitMetrics& digits,

@@ -91,8 +91,8 @@ void KVSTennisMetaPainterPlugIn::Configure(const PainterInfo* info, const Painte
   m_outputWidth = info->videoWidth;
   m_outputHeight = info->videoHeight;
   m_stringTable = info->stringTable;
-  m_saveMovieMode = info->saveMovieMode;
   m_resources = tennis->resources;
+  m_renditions.Reset(m_resources);
   m_shiftMs = Saturate<std::int64_t>(tennis->trimedShift * kMillisecondsPerSecond);
   std::vector<TennisShot> shots;
   ParseTennisMetaData(tennis->metaData, m_stringTable, shots);
@@ -131,6 +131,7 @@ void KVSTennisMetaPainterPlugIn::SetOutputSize(std::int32_t width, std::int32_t 
   m_outputWidth = width;
   m_outputHeight = height;
   if (m_layout) m_layout->SetOutputSize(width, height);
+  m_renditions.Forget();
   ForgetDrawn();
 }
 
@@ -167,7 +168,7 @@ bool KVSTennisMetaPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t tenni
   if (!m_isMeasured) m_digits = MeasureDigits(m_textRenderer, *m_layout);
   m_isMeasured = true;
   MakeTennisScene(m_shots, *m_layout, m_unit, SaturatedAdd(m_shiftMs, tennisMs), m_scene);
-  TennisSurface surface(target, m_textRenderer, m_saveMovieMode);
+  PainterSurface surface(target, m_textRenderer, m_renditions);
   DrawPanel(surface);
   DrawStats(surface);
   DrawSwing(surface);
@@ -184,7 +185,7 @@ const XpPixmap32* KVSTennisMetaPainterPlugIn::EnsurePanel(const XpPixmap32& targ
   } else if (m_panel.Allocate(target.width, target.height) != XpOk) {
     return nullptr;
   }
-  TennisSurface surface(m_panel, m_textRenderer, m_saveMovieMode);
+  PainterSurface surface(m_panel, m_textRenderer, m_renditions);
   DrawTennisPanel(*m_layout, *m_resources, m_texts, m_scene.name, m_digits.threeWidth, surface);
   m_panelRect = surface.GetTouched();
   m_panelName = m_scene.name;
@@ -192,7 +193,7 @@ const XpPixmap32* KVSTennisMetaPainterPlugIn::EnsurePanel(const XpPixmap32& targ
   return &m_panel;
 }
 
-void KVSTennisMetaPainterPlugIn::DrawPanel(TennisSurface& surface) {
+void KVSTennisMetaPainterPlugIn::DrawPanel(PainterSurface& surface) {
   // What was composed on a clear ground can be copied to a clear ground only.
   const XpPixmap32* panel = EnsurePanel(surface.GetTarget());
   if (panel != nullptr && IsClear(surface.GetTarget(), m_panelRect)) {
@@ -203,14 +204,14 @@ void KVSTennisMetaPainterPlugIn::DrawPanel(TennisSurface& surface) {
   }
 }
 
-void KVSTennisMetaPainterPlugIn::DrawStats(TennisSurface& surface) {
+void KVSTennisMetaPainterPlugIn::DrawStats(PainterSurface& surface) {
   const auto rects = CounterRects(*m_layout);
   for (std::size_t i = 0; i < m_strips.size(); ++i) {
     m_strips[i].Draw(m_scene.counters[i], m_digits, *m_layout, rects[i], surface);
   }
 }
 
-void KVSTennisMetaPainterPlugIn::DrawSwing(TennisSurface& surface) {
+void KVSTennisMetaPainterPlugIn::DrawSwing(PainterSurface& surface) {
   const TennisScene::Swing& swing = m_scene.swing;
   surface.Overlay(m_layout->GetFrame(swing.set, swing.frame), m_layout->GetSwingRect());
   const PainterPicture blue = m_layout->GetBlue();
@@ -220,13 +221,13 @@ void KVSTennisMetaPainterPlugIn::DrawSwing(TennisSurface& surface) {
   surface.Overlay(yellow, *swing.mark);
 }
 
-void KVSTennisMetaPainterPlugIn::DrawTimeLine(TennisSurface& surface) {
+void KVSTennisMetaPainterPlugIn::DrawTimeLine(PainterSurface& surface) {
   for (const TennisScene::Marker& marker : m_scene.markers) DrawPictogram(marker, surface);
   if (m_scene.played) DrawPictogram(*m_scene.played, surface);
 }
 
-void KVSTennisMetaPainterPlugIn::DrawPictogram(const TennisScene::Marker& marker, TennisSurface& surface) {
+void KVSTennisMetaPainterPlugIn::DrawPictogram(const TennisScene::Marker& marker, PainterSurface& surface) {
   const auto strokes = TennisStrokes();
   const auto stroke = std::ranges::find(strokes, marker.strokeClass, &TennisStroke::strokeClass);
-  if (stroke != strokes.end()) surface.Blend((*m_resources).*(stroke->pictogram), marker.rect);
+  if (stroke != strokes.end()) surface.Overlay((*m_resources).*(stroke->pictogram), marker.rect);
 }

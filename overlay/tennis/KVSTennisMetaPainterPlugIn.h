@@ -46,25 +46,25 @@ class KVSTennisMetaPainterPlugIn final : public KVSPainterPlugInBase {
   void SetUnit(std::int32_t unit);
   bool HasContent() const { return m_layout && m_resources && !m_shots.IsEmpty(); }
 
-  void DrawPanel(vrx::overlay::TennisSurface& surface);
+  void DrawPanel(vrx::overlay::PainterSurface& surface);
   /// The kept panel for the scene's name; null when there is no memory for it.
   const XpPixmap32* EnsurePanel(const XpPixmap32& target);
-  void DrawStats(vrx::overlay::TennisSurface& surface);
-  void DrawSwing(vrx::overlay::TennisSurface& surface);
-  void DrawTimeLine(vrx::overlay::TennisSurface& surface);
-  void DrawPictogram(const vrx::overlay::TennisScene::Marker& marker, vrx::overlay::TennisSurface& surface);
+  void DrawStats(vrx::overlay::PainterSurface& surface);
+  void DrawSwing(vrx::overlay::PainterSurface& surface);
+  void DrawTimeLine(vrx::overlay::PainterSurface& surface);
+  void DrawPictogram(const vrx::overlay::TennisScene::Marker& marker, vrx::overlay::PainterSurface& surface);
 
   vrx::drawing::TextRenderer& m_textRenderer;
   vrx::overlay::TennisShots m_shots;
   std::unique_ptr<KVSTennisMetaPainterLayoutBase> m_layout;  // null when there is none
   std::shared_ptr<TennisMetaResource> m_resources;
+  vrx::overlay::PictureRenditions m_renditions;
   vrx::overlay::TextTable m_stringTable;
   vrx::overlay::TennisTexts m_texts;
   std::int32_t m_outputWidth = 0;
   std::int32_t m_outputHeight = 0;
   std::int64_t m_shiftMs = 0;  // added to the painter's time
   std::int32_t m_unit = 0;
-  bool m_saveMovieMode = false;
   std::uint64_t m_generation = 0;
 
   vrx::overlay::TennisScene m_stamped;  // the scene of the last stamp, whose number is m_sceneNumber

@@ -20,7 +20,7 @@ constexpr std::int32_t kHalfTimeTop = 14;
 
 class PanelDrawing {
  public:
-  PanelDrawing(const KVSTennisMetaPainterLayoutBase& layout, TennisSurface& surface)
+  PanelDrawing(const KVSTennisMetaPainterLayoutBase& layout, PainterSurface& surface)
       : m_layout(layout), m_surface(surface) {}
 
   void DrawName(const XpString& name) {
@@ -88,7 +88,7 @@ class PanelDrawing {
   }
 
   const KVSTennisMetaPainterLayoutBase& m_layout;
-  TennisSurface& m_surface;
+  PainterSurface& m_surface;
 };
 
 }  // namespace
@@ -99,9 +99,9 @@ std::array<Rect, kTennisCounters> CounterRects(const KVSTennisMetaPainterLayoutB
 
 void DrawTennisPanel(const KVSTennisMetaPainterLayoutBase& layout, const TennisMetaResource& resources,
                      const TennisTexts& texts, const XpString& name, std::int32_t threeWidth,
-                     TennisSurface& surface) {
+                     PainterSurface& surface) {
   PanelDrawing panel(layout, surface);
-  surface.Blend(layout.GetShade(), layout.GetPanelRect());
+  surface.Overlay(layout.GetShade(), layout.GetPanelRect());
   if (layout.HasTimeLine()) panel.DrawName(name);
   const auto counters = CounterRects(layout);
   for (std::size_t i = 0; i < counters.size(); ++i) {
@@ -111,7 +111,7 @@ void DrawTennisPanel(const KVSTennisMetaPainterLayoutBase& layout, const TennisM
   }
   if (!layout.HasTimeLine()) return;
   surface.Overlay(resources.timeLine, layout.GetTimeLineRect());
-  surface.Blend(resources.timeTop, layout.GetTimeMarkerRect(0, kTimeLineTotal, kHalfTimeTop));
+  surface.Overlay(resources.timeTop, layout.GetTimeMarkerRect(0, kTimeLineTotal, kHalfTimeTop));
   panel.DrawDates(texts.date, texts.span);
 }
 

@@ -4,8 +4,8 @@
 
 #include <array>
 
+#include "overlay/painter/PainterSurface.h"
 #include "overlay/tennis/KVSTennisMetaPainterLayoutBase.h"
-#include "overlay/tennis/TennisSurface.h"
 
 namespace vrx::overlay {
 
@@ -26,6 +26,6 @@ std::array<drawing::Rect, kTennisCounters> CounterRects(const KVSTennisMetaPaint
 /// layout.
 void DrawTennisPanel(const KVSTennisMetaPainterLayoutBase& layout, const TennisMetaResource& resources,
                      const TennisTexts& texts, const XpString& name, std::int32_t threeWidth,
-                     TennisSurface& surface);
+                     PainterSurface& surface);
 
 }  // namespace vrx::overlay

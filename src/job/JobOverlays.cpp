@@ -21,7 +21,7 @@ void JobOverlays::SetUp(const XpString& path, const overlayplan::MovieTimes& mov
   m_painterDocument = std::make_unique<TKLXPainterInfoXml>();
   if (m_painterDocument->Load(XpPath(path)) != XpOk) return;
   AdoptPainterInfo(m_painterDocument->GetPainterInfo(), m_painterInfo);
-  overlay::LoadPainterResources(m_painterInfo);
+  overlay::LoadPainterResources(m_painterInfo, output.video->width, output.video->height);
   const overlayplan::OverlayPlan plan = overlayplan::PlanOverlays(movie, m_painterInfo);
   if (!plan.isWanted || !EnsurePainters()) return;
   for (const overlayplan::OverlayRange& range : plan.ranges) {

@@ -10,6 +10,7 @@
 #include "foundation/registry/XpRegistry.h"
 #include "overlay/resources/LoadResources.h"
 #include "overlay/resources/PictureFile.h"
+#include "overlay/resources/PictureRenditions.h"
 #include "overlay/resources/PictureTable.h"
 #include "overlay/resources/ResourceFolder.h"
 #include "tests/foundation/ScopedVariable.h"
@@ -291,6 +292,32 @@ TEST_F(ResourceFolderTest, EachSetHoldsItsOwnPicturesInOrder) {
   EXPECT_EQ(tennis.forehandSlice->width, widths.at("TennisMeta/MOv_Forehand_Slice.bmp"));
   EXPECT_EQ(tennis.timeTop->width, widths.at("TennisMeta/Mov_TimeTop.bmp"));
   EXPECT_EQ(std::string(reinterpret_cast<char*>(tennis.shade->data), 4), std::string("\0\0\0\xB2", 4));
+}
+
+TEST_F(ResourceFolderTest, LargeFramesTakeTheDoubledPicturesOfTheRightSize) {
+  UseOwnFolder();
+  Put("TennisMeta/Mov_TimeTop.bmp", Bitmap{.width = 3, .height = 1}.Bytes());
+  Put("TennisMeta/Mov_TimeLine.bmp", Bitmap{.width = 5, .height = 1}.Bytes());
+  Put("2x/TennisMeta/Mov_TimeTop.png", Png(6, 2, PNG_FORMAT_RGBA));
+  Put("2x/TennisMeta/Mov_TimeLine.png", Png(10, 1, PNG_FORMAT_RGBA));
+  PainterInfo info;
+  info.tennisMetaInfo.valid = true;
+  for (const auto& [width, height] : {std::pair{1920, 1080}, {1921, 1080}, {1080, 1920}}) {
+    LoadPainterResources(info, width, height);
+    const auto& set = info.tennisMetaInfo.resources;
+    ASSERT_EQ(set->doubled.size(), width == 1920 ? 0u : 1u);
+    PictureRenditions renditions;
+    renditions.Reset(set);
+    const PainterPicture& top = set->timeTop;
+    const XpPixmap32* nominal = renditions.Get(top, 3, 1);
+    EXPECT_EQ(nominal->width, 3);
+    EXPECT_EQ(renditions.Get(top, 3, 1), nominal);
+    const XpPixmap32* twice = renditions.Get(top, 6, 2);
+    ASSERT_EQ(twice->width, 6);
+    EXPECT_EQ(set->doubled.contains(top.Get()) && set->doubled.at(top.Get()).Get() == twice, width != 1920);
+    EXPECT_EQ(renditions.Get(top, 0, 5), nullptr);
+    EXPECT_EQ(renditions.Get(PainterPicture(), 5, 5), nullptr);
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "drawing/BoxTextRenderer.h"
+#include "drawing/PictureScaler.h"
 #include "imaging/pixmap/XpPixmapOverlay.h"
 #include "overlay/document/PainterInfo.h"
 #include "overlay/tennis/KVSTennisMetaPainterLayoutBase.h"
@@ -33,7 +34,7 @@ class PlainTennis {
     for (std::size_t i = 0; i < m_shots.size(); ++i) {
       if (Ms(m_shots[i]) <= t) index = static_cast<std::int64_t>(i);
     }
-    Blend(m_resources.shade, m_layout->GetPanelRect());
+    Overlay(m_resources.shade, m_layout->GetPanelRect());
     DrawStats(index, t);
     DrawSwing(index, ms);
     if (m_layout->HasTimeLine()) DrawTimeLine(t);
@@ -62,15 +63,10 @@ class PlainTennis {
 
   void Overlay(const PainterPicture& picture, const Rect& r) {
     if (!picture) return;
-    if (auto* p = dynamic_cast<const XpPixmap32*>(picture.Get())) {
-      OverlaySmoothPixmap(m_target, r.left, r.top, W(r), H(r), *p, p->width, p->height);
-    } else {
-      m_canvas.StretchBlt(r, picture->GetBitmapHandle(), {0, 0, picture->width, picture->height});
-    }
-  }
-  void Blend(const PainterPicture& picture, const Rect& r) {
-    if (m_info.saveMovieMode) return Overlay(picture, r);
-    if (picture) m_canvas.AlphaBlend(r, picture->GetBitmapHandle(), {0, 0, picture->width, picture->height});
+    const auto scaled = drawing::ScalePicture(*picture, W(r), H(r));
+    const auto* same = dynamic_cast<const XpPixmap32*>(picture.Get());
+    if (same == nullptr || same->width != W(r) || same->height != H(r)) same = scaled.get();
+    if (same != nullptr) OverlaySmoothPixmap(m_target, r.left, r.top, W(r), H(r), *same, W(r), H(r));
   }
   /// The measured rectangle of a text that begins in `rect`.
   Rect Calc(const XpString& text, const Font& font, Rect rect, std::uint32_t format) {
@@ -245,14 +241,14 @@ class PlainTennis {
   void DrawTimeLine(std::int64_t t) {
     const std::int64_t ct = TennisShots(m_shots).ClipTime(t);
     Overlay(m_resources.timeLine, m_layout->GetTimeLineRect());
-    Blend(m_resources.timeTop, m_layout->GetTimeMarkerRect(0, 10000, 14));
+    Overlay(m_resources.timeTop, m_layout->GetTimeMarkerRect(0, 10000, 14));
     std::int32_t current = -1;
     for (const TennisShot& shot : m_shots) {
       const auto d = static_cast<std::int64_t>(shot.time * 1000 - static_cast<double>(ct));
       if (d >= -500 && d <= 0) {
         current = shot.strokeClass;
       } else if (d >= 1 && d <= 10000) {
-        Blend(Pictogram(shot.strokeClass), m_layout->GetTimeMarkerRect(d, 10000, 10));
+        Overlay(Pictogram(shot.strokeClass), m_layout->GetTimeMarkerRect(d, 10000, 10));
       }
     }
     const XpDateTime start = m_info.tennisMetaInfo.originalDateTime;
@@ -271,7 +267,7 @@ class PlainTennis {
     Text(date, font, m_layout->GetDateColor(), l, kDateFormat);
     Text(span, font, m_layout->GetDateColor(), place(span, l.right + m_layout->ScaleX(20), kSpanFormat),
          kSpanFormat);
-    if (current != -1) Blend(Pictogram(current), m_layout->GetTimeMarkerRect(0, 10000, 10));
+    if (current != -1) Overlay(Pictogram(current), m_layout->GetTimeMarkerRect(0, 10000, 10));
   }
   const PainterPicture& Pictogram(std::int32_t strokeClass) const {
     const TennisMetaResource& r = m_resources;

@@ -132,17 +132,15 @@ class TennisPainterTest : public testing::Test {
 TEST_F(TennisPainterTest, FramesInAnyOrderAreThoseOfADrawingFromScratch) {
   std::mt19937 random(1);
   for (const std::int32_t layout : {1, 2}) {
-    for (const bool saveMode : {true, false}) {
-      for (const auto& [width, height] : {std::pair{640, 360}, {480, 360}, {320, 170}}) {
-        info.tennisMetaInfo.layoutType = layout;
-        info.saveMovieMode = saveMode;
-        info.gpsUnitFromUser = static_cast<std::int32_t>(random() % 4);
-        Configure();
-        for (int i = 0; i < 60; ++i) {
-          const std::string what = "layout " + std::to_string(layout) + " on " + std::to_string(width);
-          ExpectPlain(static_cast<std::int64_t>(random() % 60000) - 1000, Canvas(width, height), what);
-          if (HasFailure()) return;
-        }
+    for (const auto& [width, height] : {std::pair{640, 360}, {480, 360}, {320, 170}}) {
+      info.tennisMetaInfo.layoutType = layout;
+      info.saveMovieMode = random() % 2 == 0;
+      info.gpsUnitFromUser = static_cast<std::int32_t>(random() % 4);
+      Configure();
+      for (int i = 0; i < 60; ++i) {
+        const std::string what = "layout " + std::to_string(layout) + " on " + std::to_string(width);
+        ExpectPlain(static_cast<std::int64_t>(random() % 60000) - 1000, Canvas(width, height), what);
+        if (HasFailure()) return;
       }
     }
   }

@@ -1,27 +1,29 @@
-// Draws the parts of the tennis overlay on a pixmap and remembers where something was drawn.
+// Draws the parts of an overlay on a pixmap and remembers where something was drawn. The painters of pictures
+// and texts use it.
 #pragma once
 
 #include <string_view>
 
 #include "drawing/TextRenderer.h"
 #include "imaging/pixmap/XpPixmap.h"
-#include "overlay/resources/PainterResources.h"
+#include "overlay/resources/PictureRenditions.h"
 
 namespace vrx::overlay {
 
-class TennisSurface {
+class PainterSurface {
  public:
   /// All of it must outlive the surface.
-  TennisSurface(XpPixmap32& target, drawing::TextRenderer& text, bool saveMovieMode);
+  PainterSurface(XpPixmap32& target, drawing::TextRenderer& text, PictureRenditions& renditions);
 
   XpPixmap32& GetTarget() { return m_target; }
   drawing::TextRenderer& GetText() { return m_text; }
+  PictureRenditions& GetRenditions() { return m_renditions; }
+  /// For shapes; what they cover has to be told to Touch.
+  drawing::Canvas& GetCanvas() { return m_canvas; }
 
-  /// Lays a whole picture into the rectangle by its straight alpha. An empty picture draws nothing, and one
-  /// without alpha covers the rectangle.
+  /// Lays a whole picture into the rectangle by its straight alpha, also when no movie is saved: the
+  /// premultiplied rule would show bright rims around it. An empty picture draws nothing.
   void Overlay(const PainterPicture& picture, const drawing::Rect& rect);
-  /// The same in a movie that is being saved; otherwise as premultiplied colours.
-  void Blend(const PainterPicture& picture, const drawing::Rect& rect);
   void Text(std::u16string_view text, const drawing::Font& font, drawing::ColorRef color,
             const drawing::Rect& rect, std::uint32_t format);
   /// Of a width of one pixel, downwards.
@@ -34,8 +36,8 @@ class TennisSurface {
  private:
   XpPixmap32& m_target;
   drawing::TextRenderer& m_text;
+  PictureRenditions& m_renditions;
   drawing::Canvas m_canvas;
-  bool m_saveMovieMode;
   drawing::Rect m_touched;
 };
 
