@@ -219,3 +219,9 @@ void OverlayPixmapBlock(XpPixmap32& destination, std::int32_t destX, std::int32_
                         std::int32_t height, const XpPixmap32& source, std::int32_t sourceY) {
   OverlayUnscaled(destination, destX, destY, width, height, source, sourceY, OverlayRule{});
 }
+
+void OverlaySmoothPixmapBlock(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
+                              std::int32_t width, std::int32_t height, const XpPixmap32& source,
+                              std::int32_t sourceY) {
+  OverlayUnscaled(destination, destX, destY, width, height, source, sourceY, OverlaySmoothRule{});
+}

@@ -29,6 +29,9 @@ void OverlayPixmapWithAlpha(XpPixmap32& destination, std::int32_t destX, std::in
                             std::int32_t sourceWidth, std::int32_t sourceHeight, std::uint8_t alpha,
                             XpRowRange drawn = {});
 
-/// OverlayPixmap of a block of `source` from its column 0 and row `sourceY`, unscaled.
+/// A block of `source` from its column 0 and row `sourceY`, unscaled.
 void OverlayPixmapBlock(XpPixmap32& destination, std::int32_t destX, std::int32_t destY, std::int32_t width,
                         std::int32_t height, const XpPixmap32& source, std::int32_t sourceY);
+void OverlaySmoothPixmapBlock(XpPixmap32& destination, std::int32_t destX, std::int32_t destY,
+                              std::int32_t width, std::int32_t height, const XpPixmap32& source,
+                              std::int32_t sourceY);

@@ -22,7 +22,9 @@ constexpr char16_t kWidestDigits[] = u"999";
 std::int32_t MeasureGap(TextRenderer& text, const Layout& layout, const DigitMetrics& digits) {
   XpPixmap32 probe;
   if (probe.Allocate(digits.threeWidth, digits.lineHeight) != XpOk) return 0;
-  text.Draw(Canvas(probe.GetBitmapHandle()), kWidestDigits, layout.GetDigitFont(), layout.GetValueColor(),
+  Font font = layout.GetDigitFont();
+  font.smooth = false;  // a row that is touched in part is no ink
+  text.Draw(Canvas(probe.GetBitmapHandle()), kWidestDigits, font, layout.GetValueColor(),
             {0, 0, probe.width, probe.height}, kDigitFormat);
   const XpPlaneBase& plane = *probe.GetPlane(0);
   std::int32_t y = probe.height - 1;
@@ -138,8 +140,8 @@ void DigitStrip::Draw(const CounterRoll& roll, const DigitMetrics& digits, const
                       const Rect& rect, PainterSurface& surface) {
   const StripPlace place = PlaceStrip(m_kind, digits, layout, rect);
   if (!Prepare(roll, digits, layout, place, surface.GetText())) return;
-  OverlayPixmapBlock(surface.GetTarget(), place.left, place.top, place.width, place.windowHeight, m_strip,
-                     place.firstRow - roll.offset);
+  OverlaySmoothPixmapBlock(surface.GetTarget(), place.left, place.top, place.width, place.windowHeight,
+                           m_strip, place.firstRow - roll.offset);
   surface.Touch({place.left, place.top, place.left + place.width, place.top + place.windowHeight});
 }
 

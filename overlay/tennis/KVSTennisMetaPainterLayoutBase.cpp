@@ -15,7 +15,6 @@ namespace {
 constexpr std::int64_t kLayoutWidth = 1920;
 constexpr std::int64_t kLayoutHeight = 1080;
 constexpr std::array kFontWeights{400, 400, 400, 700, 700, 700};
-constexpr std::array kFontIsSmooth{true, true, true, false, true, false};
 
 constexpr std::int32_t kTimeLineTop = 1034, kTimeLineBottom = 1064;
 constexpr std::int32_t kLeastTimeLine = 10;   // output pixels
@@ -53,8 +52,7 @@ void KVSTennisMetaPainterLayoutBase::CreateFonts() {
                                  static_cast<double>(m_height) / static_cast<double>(kLayoutHeight));
   for (std::size_t i = 0; i < m_fonts.size(); ++i) {
     const auto height = vrx::Saturate<std::int32_t>(m_values.fontHeights[i] * factor);
-    m_fonts[i] = {
-        .face = m_fontName, .height = height, .weight = kFontWeights[i], .smooth = kFontIsSmooth[i]};
+    m_fonts[i] = {.face = m_fontName, .height = height, .weight = kFontWeights[i]};
   }
 }
 

@@ -88,7 +88,6 @@ class KVSTennisMetaPainterLayoutBase {
   const Font& GetNameFont() const { return m_fonts[0]; }
   const Font& GetSmallNameFont() const { return m_fonts[1]; }
   const Font& GetLabelFont() const { return m_fonts[2]; }
-  /// Digits and their sign are drawn without smoothing.
   const Font& GetDigitFont() const { return m_fonts[3]; }
   const Font& GetUnitFont() const { return m_fonts[4]; }
   const Font& GetSignFont() const { return m_fonts[5]; }

@@ -48,11 +48,11 @@ TEST(PixmapOverlayTest, ComposesLikeThePlainLoopWhereverThePictureLies) {
     ASSERT_EQ(source.Allocate(sw, sh), XpOk);
     FillRandom(dest, random);
     FillRandom(source, random);
-    const int kind = static_cast<int>(random() % 5);
+    const int kind = static_cast<int>(random() % 6);
     Block b = RandomBlock(random, dest, source);
     b.sourceX = 0;
-    if (kind != 0) b.sourceY = 0;
-    if (kind == 0 || kind == 3) {
+    if (kind != 0 && kind != 5) b.sourceY = 0;
+    if (kind == 0 || kind == 3 || kind == 5) {
       b.sourceWidth = b.destWidth;
       b.sourceHeight = b.destHeight;
     }
@@ -68,10 +68,12 @@ TEST(PixmapOverlayTest, ComposesLikeThePlainLoopWhereverThePictureLies) {
     }
     const Bytes expected = ComposedPlainly(dest, source, b, [&](unsigned char* d, const unsigned char* s) {
       if (kind < 2) return ComposePlainly(d, s);
-      kind == 4 ? ComposeSmoothlyPlainly(d, s) : ComposeWithAlphaPlainly(d, s, alpha);
+      kind >= 4 ? ComposeSmoothlyPlainly(d, s) : ComposeWithAlphaPlainly(d, s, alpha);
     });
     if (kind == 0) {
       OverlayPixmapBlock(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceY);
+    } else if (kind == 5) {
+      OverlaySmoothPixmapBlock(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceY);
     } else if (kind == 1) {
       OverlayPixmap(dest, b.destX, b.destY, b.destWidth, b.destHeight, source, b.sourceWidth, b.sourceHeight,
                     drawn);

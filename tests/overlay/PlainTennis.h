@@ -171,7 +171,9 @@ class PlainTennis {
     XpPixmap32 probe;
     std::int32_t y = h;
     if (probe.Allocate(w, h) == XpOk) {
-      m_boxes.Draw(drawing::Canvas(probe.GetBitmapHandle()), u"999", font, white, {0, 0, w, h}, kDigitFormat);
+      Font hard = font;
+      hard.smooth = false;
+      m_boxes.Draw(drawing::Canvas(probe.GetBitmapHandle()), u"999", hard, white, {0, 0, w, h}, kDigitFormat);
       const auto inked = [&](std::int32_t row) {
         const unsigned char* p = probe.GetPlane(0)->Row(row);
         return std::any_of(p, p + std::ptrdiff_t{w} * 4, [](unsigned char byte) { return byte != 0; });
@@ -199,8 +201,8 @@ class PlainTennis {
         }
         m_boxes.Draw(on, Wide(digits).AsView(), font, white, {0, at, stripWidth, at + h}, kDigitFormat);
       }
-      OverlayPixmapBlock(m_target, left, rect.bottom + m_layout->ScaleY(10) - h + m, stripWidth, windowHeight,
-                         strip, stripHeight - h + m - offset);
+      OverlaySmoothPixmapBlock(m_target, left, rect.bottom + m_layout->ScaleY(10) - h + m, stripWidth,
+                               windowHeight, strip, stripHeight - h + m - offset);
     }
     if (isCount) return;
     constexpr std::int32_t kUnitTexts[] = {2, 0, 4};

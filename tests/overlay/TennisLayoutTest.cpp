@@ -101,8 +101,6 @@ TEST(TennisLayoutTest, FontsScaleWithTheTighterDirection) {
   layout->SetOutputSize(1280, 720);
   EXPECT_EQ(layout->GetDigitFont().height, -57);
   EXPECT_EQ(std::tuple(layout->GetLabelFont().weight, layout->GetDigitFont().weight), std::tuple(400, 700));
-  EXPECT_FALSE(layout->GetDigitFont().smooth || layout->GetSignFont().smooth);
-  EXPECT_TRUE(layout->GetUnitFont().smooth);
   EXPECT_EQ(layout->GetUnitFont().face, XpString(u"Face"));
 }
 
