@@ -111,7 +111,7 @@ struct TennisImportOptions {
   std::string table;         // comma-separated values, see ShotTable.h
   std::string output;        // the painter document; other overlays of one that is there stay
   std::int32_t layout = 1;   // 1 full, 2 short
-  std::int32_t unit = 0;     // of the speeds that are shown: 0 km/h, 1 mph
+  std::int32_t unit = 0;     // of the speeds that are shown: 0 km/h, 1 mph, 2 knots
   std::string start;         // ISO 8601, local time: when the match began; empty: no date is shown
   bool skipBadRows = false;  // warn of them only
 };

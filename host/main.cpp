@@ -270,8 +270,10 @@ void AddTennis(CLI::App& app, Commands& commands) {
       ->transform(CLI::CheckedTransformer(layouts))
       ->type_name("LAYOUT")
       ->option_text("LAYOUT");
-  const std::map<std::string, std::int32_t> units{{"km/h", 0}, {"mph", 1}};
-  command->add_option("--unit", options.unit, "The unit in which speeds are shown: km/h (the default) or mph")
+  const std::map<std::string, std::int32_t> units{{"km/h", 0}, {"mph", 1}, {"knots", 2}};
+  command
+      ->add_option("--unit", options.unit,
+                   "The unit in which speeds are shown: km/h (the default), mph or knots")
       ->transform(CLI::CheckedTransformer(units))
       ->type_name("UNIT")
       ->option_text("UNIT");

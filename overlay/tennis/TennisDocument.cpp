@@ -14,7 +14,9 @@ struct EnglishText {
   std::size_t entry;
   const char16_t* text;
 };
-constexpr EnglishText kEnglishTexts[] = {{0, u"mph"},   {2, u"km/h"},         {4, u"km/h"},
+constexpr std::int32_t kKnots = 2;
+constexpr double kKnotsPerKmh = 1 / 1.852;
+constexpr EnglishText kEnglishTexts[] = {{0, u"mph"},   {2, u"km/h"},         {4, u"kn"},
                                          {14, u"Spin"}, {15, u"Swing speed"}, {16, u"Ball speed"}};
 
 /// Adds to one dict until something fails.
@@ -55,6 +57,16 @@ XpResult AddEnglishTexts(XpIniElement& strings) {
   return result;
 }
 
+std::vector<TennisShot> InUnit(std::span<const TennisShot> shots, std::int32_t unit) {
+  std::vector<TennisShot> converted(shots.begin(), shots.end());
+  if (unit != kKnots) return converted;
+  for (TennisShot& shot : converted) {
+    shot.secondPanelSpeed *= kKnotsPerKmh;
+    shot.thirdPanelSpeed *= kKnotsPerKmh;
+  }
+  return converted;
+}
+
 }  // namespace
 
 XpResult PutTennisShots(std::span<const TennisShot> shots, const TennisDocumentSettings& settings,
@@ -77,7 +89,7 @@ XpResult PutTennisShots(std::span<const TennisShot> shots, const TennisDocumentS
   info.Set(kTennisMetaInfo, {});
   DictWriter tennis(info.Open(kTennisMetaInfo), result);
   tennis.Set(kValid, true);
-  tennis.Set(kTennisMetaData, XpNarrowString(WriteTennisMetaData(shots)).ToWide());
+  tennis.Set(kTennisMetaData, XpNarrowString(WriteTennisMetaData(InUnit(shots, settings.unit))).ToWide());
   tennis.Set(kTennisMetaLayoutType, std::int64_t{settings.layoutType});
   tennis.Set(kOriginalDateTime, settings.start);
   tennis.Set(kDuration, settings.durationSeconds);

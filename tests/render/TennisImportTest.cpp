@@ -65,8 +65,12 @@ TEST_F(TennisImportTest, OptionsChooseLayoutUnitAndDate) {
   EXPECT_EQ(std::tuple(info.tennisMetaInfo.layoutType, info.gpsUnitFromUser), std::tuple(2, 1));
   const XpDateTime& start = info.tennisMetaInfo.originalDateTime;
   EXPECT_EQ(std::tuple(start.GetYear(), start.GetHour(), start.GetSecond()), std::tuple(2024, 10, 12));
+  m_folder.Write("fast.csv", "time_s,stroke,swing_speed,ball_speed\n9,smash,100,185.2\n");
+  EXPECT_EQ(Import("fast.csv", "knots.vrx", {"--unit", "knots"}).status, 0);
+  EXPECT_THAT(std::string(Read("knots.vrx").tennisMetaInfo.metaData.ToNarrow().AsView()),
+              HasSubstr("9.000,64,12,100.000,53.996,"));
   for (const auto& wrong :
-       {std::vector<std::string>{"--layout", "3"}, {"--unit", "knots"}, {"--start", "May"}}) {
+       {std::vector<std::string>{"--layout", "3"}, {"--unit", "furlongs"}, {"--start", "May"}}) {
     EXPECT_EQ(Import("shots.csv", "painter.vrx", wrong).status, 2) << wrong[0];
   }
 }
