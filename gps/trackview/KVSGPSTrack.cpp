@@ -1,0 +1,156 @@
+#include "gps/trackview/KVSGPSTrack.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "foundation/number/Saturate.h"
+#include "gps/trackview/TrackLayout.h"
+#include "gps/trackview/TrackPicture.h"
+
+using namespace vrx;
+using namespace vrx::gps;
+using drawing::Point;
+using drawing::Rect;
+
+namespace {
+
+constexpr double kMsPerSecond = 1000.0;
+constexpr std::size_t kLinePoints = 2;  // that a line needs
+
+bool Covers(const TrackSegment& segment, double seconds) {
+  return segment.startTime <= seconds && seconds <= segment.endTime;
+}
+
+/// The point of a flag: never left of or above the view.
+Point FlagPoint(const TrackDisplayPoint& point, const Rect& rect) {
+  return {drawing::Saturated(std::int64_t{rect.left} + std::max(point.x, 0)),
+          drawing::Saturated(std::int64_t{rect.top} + std::max(point.y, 0))};
+}
+
+/// Finds the segments at whose ends the flags stand: the one that starts first and the one that ends last.
+class EndSearch {
+ public:
+  void Add(const TrackSegment& segment) {
+    const bool isFirst = m_start == nullptr;
+    if (isFirst || m_firstStart > segment.startTime) {
+      m_firstStart = segment.startTime;
+      m_start = &segment.display.front();
+      if (!isFirst) return;
+    }
+    if (isFirst || m_lastEnd < segment.endTime) {
+      m_lastEnd = segment.endTime;
+      m_goal = &segment.display.back();
+    }
+  }
+  std::optional<TrackScene::Ends> Get(const Rect& rect) const {
+    if (m_start == nullptr) return std::nullopt;
+    return TrackScene::Ends{FlagPoint(*m_start, rect), FlagPoint(*m_goal, rect)};
+  }
+
+ private:
+  const TrackDisplayPoint* m_start = nullptr;
+  const TrackDisplayPoint* m_goal = nullptr;
+  double m_firstStart = 0.0;
+  double m_lastEnd = 0.0;
+};
+
+}  // namespace
+
+void KVSGPSTrack::BuildTrackSegment(const KVUGPSInfoList& list, const KVSGPSBounds& bounds,
+                                    double startSeconds, double endSeconds, bool keepLast) {
+  const XpSingleLock lock(&m_lock);
+  Segments& segments = keepLast ? m_wholeSegments : m_clipSegments;
+  segments.push_back(MakeTrackSegment(list, bounds, startSeconds, endSeconds, keepLast));
+  m_viewSize = {};
+}
+
+void KVSGPSTrack::ResetTrack() {
+  const XpSingleLock lock(&m_lock);
+  m_wholeSegments.clear();
+  m_clipSegments.clear();
+}
+
+void KVSGPSTrack::SetPerClip(bool perClip) {
+  const XpSingleLock lock(&m_lock);
+  m_perClip = perClip;
+}
+
+void KVSGPSTrack::MakeScene(const Rect& rect, std::int64_t timeMs, TrackScene& scene) {
+  const XpSingleLock lock(&m_lock);
+  scene.ends.reset();
+  scene.position.reset();
+  if (rect.IsEmpty()) {
+    scene.stretches.clear();
+    return;
+  }
+  EnsureLayout(rect);
+  const double seconds = static_cast<double>(timeMs) / kMsPerSecond;
+  if (m_perClip) {
+    MakeClipScene(rect, seconds, scene);
+  } else {
+    MakeWholeScene(rect, seconds, scene);
+  }
+}
+
+void KVSGPSTrack::Draw(const TrackScene& scene, const TrackLook& look, const Rect& rect,
+                       overlay::PainterSurface& surface) const {
+  DrawTrackPicture(scene, look, rect, surface);  // a scene has all that is drawn, so there is nothing to lock
+}
+
+void KVSGPSTrack::EnsureLayout(const Rect& rect) {
+  const drawing::Size size{drawing::Saturated(rect.Width()), drawing::Saturated(rect.Height())};
+  if (size == m_viewSize) return;
+  m_viewSize = size;
+  for (Segments* segments : {&m_wholeSegments, &m_clipSegments}) {
+    for (TrackSegment& segment : *segments) {
+      LayoutSegment(size, segment);
+      RoundCorners(segment);
+    }
+  }
+}
+
+void KVSGPSTrack::MakeClipScene(const Rect& rect, double seconds, TrackScene& scene) const {
+  auto found = std::find_if(m_clipSegments.begin(), m_clipSegments.end(),
+                            [seconds](const TrackSegment& segment) { return Covers(segment, seconds); });
+  if (found == m_clipSegments.end() && found != m_clipSegments.begin()) --found;
+  if (found == m_clipSegments.end() || found->display.size() < kLinePoints) {
+    scene.stretches.clear();
+    return;
+  }
+  scene.stretches.resize(1);
+  TrackScene::Stretch& stretch = scene.stretches.front();
+  stretch.dots.clear();
+  scene.position = WalkSegment(*found, {rect.left, rect.top}, seconds - found->startTime, stretch.walk);
+  EndSearch ends;
+  ends.Add(*found);
+  scene.ends = ends.Get(rect);
+}
+
+void KVSGPSTrack::MakeWholeScene(const Rect& rect, double seconds, TrackScene& scene) const {
+  scene.stretches.resize(m_wholeSegments.size());
+  EndSearch ends;
+  std::optional<Point> reported;  // by the last line; a clip without a line shows it too
+  const TrackDisplayPoint* previousLast = nullptr;
+  double previousEnd = 0.0;
+  for (std::size_t i = 0; i < m_wholeSegments.size(); ++i) {
+    const TrackSegment& segment = m_wholeSegments[i];
+    TrackScene::Stretch& stretch = scene.stretches[i];
+    stretch.walk.Clear();
+    stretch.dots.clear();
+    if (segment.display.size() >= kLinePoints) {
+      const auto clipSeconds = std::max<std::int64_t>(Saturate<std::int64_t>(seconds - segment.startTime), 0);
+      reported = WalkSegment(segment, {rect.left, rect.top}, static_cast<double>(clipSeconds), stretch.walk);
+    }
+    if (Covers(segment, seconds) && reported) scene.position = reported;
+    if (segment.display.empty()) continue;
+    const double fixTime = segment.startTime + segment.beforeFixCount;
+    if (previousLast != nullptr) {
+      const TrackGap gap{seconds, std::min(fixTime, previousEnd), fixTime};
+      MakeGapDots(*previousLast, segment.display.front(), rect, gap, stretch.dots);
+    }
+    ends.Add(segment);
+    previousLast = &segment.display.back();
+    previousEnd = fixTime + previousLast->index + 1;
+  }
+  scene.ends = ends.Get(rect);
+}
