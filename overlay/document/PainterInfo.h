@@ -3,13 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <vector>
 
 #include "foundation/time/XpDateTime.h"
 #include "overlay/document/ContentImageEntry.h"
 #include "overlay/document/LogDataEntry.h"
+#include "overlay/document/TextTable.h"
 #include "vrx/XpString.h"
 
 /// Kinds of painter; a record of another kind belongs to none.
@@ -86,8 +86,8 @@ struct PainterInfo {
   std::int32_t videoWidth = 0;   // pixels
   std::int32_t videoHeight = 0;  // pixels
   double startTimeMarginByAudio = 0.0;
-  std::map<std::int32_t, XpString> stringTable;  // texts of the painters in the user's language
-  bool saveMovieMode = false;                    // captions show whatever clip is current
+  vrx::overlay::TextTable stringTable;  // texts of the painters in the user's language
+  bool saveMovieMode = false;           // captions show whatever clip is current
   std::int32_t gpsUnitFromUser = -1;
   TemplateInfo templateInfo;
   TennisMetaInfo tennisMetaInfo;

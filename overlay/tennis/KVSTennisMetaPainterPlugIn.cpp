@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
 
 #include "foundation/number/Saturate.h"
-#include "imaging/pixmap/XpPixelVector.h"
 #include "overlay/painter/PainterFontName.h"
 
 using namespace vrx::overlay;
@@ -27,31 +25,6 @@ XpString SpanText(const XpDateTime& start, double seconds) {
   XpDateTime end = start;
   end.AddMinutesSeconds(0, Saturate<std::int32_t>(std::floor(seconds)));
   return start.FormatTime(XpTimeMinute, false) + u" - " + end.FormatTime(XpTimeMinute, false);
-}
-
-std::size_t RowLength(const Rect& rect) { return static_cast<std::size_t>(rect.Width()); }
-
-unsigned char* At(const XpPixmap32& pixmap, std::int32_t x, std::int32_t y) {
-  return pixmap.GetPlane(0)->Row(y) + std::int64_t{x} * 4;
-}
-
-bool IsClear(const XpPixmap32& pixmap, const Rect& rect) {
-  for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
-    if (!vrx::pixels::AreClear(At(pixmap, rect.left, y), RowLength(rect), ~0u)) return false;
-  }
-  return true;
-}
-
-void CopyRect(XpPixmap32& to, const XpPixmap32& from, const Rect& rect) {
-  for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
-    std::memcpy(At(to, rect.left, y), At(from, rect.left, y), RowLength(rect) * 4);
-  }
-}
-
-void ClearRect(XpPixmap32& pixmap, const Rect& rect) {
-  for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
-    std::memset(At(pixmap, rect.left, y), 0, RowLength(rect) * 4);
-  }
 }
 
 }  // namespace
@@ -79,7 +52,7 @@ void KVSTennisMetaPainterPlugIn::ForgetDrawn() {
   ++m_generation;
   m_isStamped = false;
   m_isMeasured = false;
-  m_isPanelDrawn = false;
+  m_panel.Forget();
   for (DigitStrip& strip : m_strips) strip.Reset();
 }
 
@@ -177,31 +150,12 @@ bool KVSTennisMetaPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t tenni
   return true;
 }
 
-const XpPixmap32* KVSTennisMetaPainterPlugIn::EnsurePanel(const XpPixmap32& target) {
-  if (m_isPanelDrawn && m_panelName == m_scene.name) return &m_panel;
-  m_isPanelDrawn = false;
-  if (m_panel.width == target.width && m_panel.height == target.height) {
-    ClearRect(m_panel, m_panelRect);
-  } else if (m_panel.Allocate(target.width, target.height) != XpOk) {
-    return nullptr;
-  }
-  PainterSurface surface(m_panel, m_textRenderer, m_renditions);
-  DrawTennisPanel(*m_layout, *m_resources, m_texts, m_scene.name, m_digits.threeWidth, surface);
-  m_panelRect = surface.GetTouched();
-  m_panelName = m_scene.name;
-  m_isPanelDrawn = true;
-  return &m_panel;
-}
-
 void KVSTennisMetaPainterPlugIn::DrawPanel(PainterSurface& surface) {
-  // What was composed on a clear ground can be copied to a clear ground only.
-  const XpPixmap32* panel = EnsurePanel(surface.GetTarget());
-  if (panel != nullptr && IsClear(surface.GetTarget(), m_panelRect)) {
-    CopyRect(surface.GetTarget(), *panel, m_panelRect);
-    surface.Touch(m_panelRect);
-  } else {
-    DrawTennisPanel(*m_layout, *m_resources, m_texts, m_scene.name, m_digits.threeWidth, surface);
-  }
+  if (m_panelName != m_scene.name) m_panel.Forget();
+  m_panelName = m_scene.name;
+  m_panel.Show(surface, [this](PainterSurface& kept) {
+    DrawTennisPanel(*m_layout, *m_resources, m_texts, m_scene.name, m_digits.threeWidth, kept);
+  });
 }
 
 void KVSTennisMetaPainterPlugIn::DrawStats(PainterSurface& surface) {

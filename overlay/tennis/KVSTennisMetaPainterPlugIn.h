@@ -8,6 +8,7 @@
 #include "drawing/TextRenderer.h"
 #include "foundation/sync/XpCriticalSection.h"
 #include "overlay/painter/KVSPainterPlugInBase.h"
+#include "overlay/painter/KeptLayer.h"
 #include "overlay/tennis/DigitStrip.h"
 #include "overlay/tennis/KVSTennisMetaPainterLayoutBase.h"
 #include "overlay/tennis/TennisPanel.h"
@@ -47,8 +48,6 @@ class KVSTennisMetaPainterPlugIn final : public KVSPainterPlugInBase {
   bool HasContent() const { return m_layout && m_resources && !m_shots.IsEmpty(); }
 
   void DrawPanel(vrx::overlay::PainterSurface& surface);
-  /// The kept panel for the scene's name; null when there is no memory for it.
-  const XpPixmap32* EnsurePanel(const XpPixmap32& target);
   void DrawStats(vrx::overlay::PainterSurface& surface);
   void DrawSwing(vrx::overlay::PainterSurface& surface);
   void DrawTimeLine(vrx::overlay::PainterSurface& surface);
@@ -76,9 +75,7 @@ class KVSTennisMetaPainterPlugIn final : public KVSPainterPlugInBase {
   bool m_isMeasured = false;
   vrx::overlay::DigitMetrics m_digits;
   std::array<vrx::overlay::DigitStrip, vrx::overlay::kTennisCounters> m_strips;
-  XpPixmap32 m_panel;  // the parts that stay, on a clear ground; of the output's size
-  vrx::drawing::Rect m_panelRect;
+  vrx::overlay::KeptLayer m_panel;  // the parts that stay, for the stroke m_panelName
   XpString m_panelName;
-  bool m_isPanelDrawn = false;
   XpCriticalSection m_lock;
 };

@@ -35,11 +35,6 @@ void AppendNumber(std::string& text, Format... value) {
 
 }  // namespace
 
-XpString TextAt(const TextTable& texts, std::int32_t entry) {
-  const auto found = texts.find(entry);
-  return found == texts.end() ? XpString() : found->second;
-}
-
 std::size_t ReadTennisRecord(std::string_view& text, TennisShot& shot) {
   RecordFields fields(text);
   std::size_t count = 0;

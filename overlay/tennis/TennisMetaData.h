@@ -3,12 +3,12 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "overlay/document/TextTable.h"
 #include "overlay/tennis/TennisShots.h"
 
 namespace vrx::overlay {
@@ -18,10 +18,6 @@ inline constexpr std::size_t kMaxTennisShots = 16384;
 
 inline constexpr std::size_t kTennisFields = 12;
 inline constexpr std::int32_t kImpactZones = 26;
-
-/// By their index in the document; one that is absent reads as empty.
-using TextTable = std::map<std::int32_t, XpString>;
-XpString TextAt(const TextTable& texts, std::int32_t entry);
 
 /// Reads the fields of one record, without its bar, up to the first that cannot be read. Returns how many
 /// were read, and leaves in `text` what it did not read. Integers beyond 32 bits stay at the limit, and a
