@@ -1,0 +1,139 @@
+// Of SpeedLogCanvas.h: ticks, labels and the band of the base line.
+#include <algorithm>
+
+#include "foundation/number/Saturate.h"
+#include "foundation/text/XpFormat.h"
+#include "gps/speedlog/SpeedLogCanvas.h"
+
+namespace vrx::gps {
+namespace {
+
+using namespace drawing;
+
+constexpr std::int32_t kMajorSeconds = 30, kLabelSeconds = 60, kMinorSeconds = 6;
+constexpr std::int32_t kFontHeight = 24;  // this and the next: pixels of a 1920 by 1080 frame
+constexpr std::int32_t kBelowLabel = 3, kLabelShift = 8, kBelowGraph = 4;
+constexpr unsigned char kBandGrey = 0x80;
+constexpr std::uint32_t kLabelFormat = DT_NOPREFIX;
+
+class ScalePainting {
+ public:
+  ScalePainting(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
+                const EdgeFade& fade, overlay::PainterSurface& surface)
+      : m_scene(scene), m_look(look), m_fade(fade), m_surface(surface) {
+    const double scale = scene.scale;
+    m_font = {.face = fontName, .height = -Saturate<std::int32_t>(kFontHeight * scale)};
+    m_label = surface.GetText().Measure(u"00:00:00", m_font, scene.canvas.width, kLabelFormat);
+    const auto labelHeight =
+        static_cast<double>(Saturate<std::int32_t>(m_label.height + kBelowLabel * scale));
+    m_labelTop = Saturate<std::int32_t>(scene.canvas.height - labelHeight + kLabelShift * scale);
+    m_major = SizeOf(look.scale1, scene.graphHeight + kBelowGraph);
+    m_minor = SizeOf(look.scale2, look.scale2 ? look.scale2->height : 0);
+  }
+
+  void Paint() {
+    PaintTicks();
+    PaintBand();
+    FadeLabels();
+  }
+
+ private:
+  Size SizeOf(const PainterPicture& picture, std::int32_t height) const {
+    return {picture ? ShrunkLength(picture->width, m_scene.scale) : 0, ShrunkLength(height, m_scene.scale)};
+  }
+
+  void PaintTicks() {
+    const double step = m_scene.pixelsPerSecond * m_scene.scale;
+    if (!(step > 0)) return;
+    double x = m_scene.scale * m_scene.tickOffset;
+    std::int64_t second = m_scene.firstSecond;
+    while (x > 0 && second > 0) {
+      --second;
+      x -= step;
+    }
+    const std::int64_t end = std::int64_t{m_scene.canvas.width} + m_label.width / 2;
+    for (; Saturate<std::int32_t>(x) < end; ++second, x += step) {
+      if (second % kMajorSeconds == 0) {
+        PaintMajorTick(Saturate<std::int32_t>(x), second);
+      } else if (second % kMinorSeconds == 0) {
+        PaintMinorTick(Saturate<std::int32_t>(x));
+      }
+    }
+  }
+
+  void PaintMajorTick(std::int32_t x, std::int64_t second) {
+    if (m_look.scale1) {
+      const std::int32_t left = x - m_major.width / 2;
+      m_surface.Overlay(m_look.scale1, {left, 0, left + m_major.width, m_major.height});
+      LimitAlpha({left, 0, x + m_major.width + 1, m_scene.BandTop()});
+    }
+    if (second % kLabelSeconds != 0) return;
+    XpString text;
+    XpFormat(text, u"%02I64d:%02d:%02d", second / 3600, static_cast<std::int32_t>(second / 60 % 60),
+             static_cast<std::int32_t>(second % 60));
+    const std::int32_t left = x - m_label.width / 2;
+    m_surface.Text(text.AsView(), m_font, m_look.labelColor,
+                   {left, m_labelTop, left + m_label.width, m_scene.canvas.height}, kLabelFormat);
+  }
+
+  void PaintMinorTick(std::int32_t x) {
+    if (!m_look.scale2) return;
+    const std::int32_t top = m_scene.MinorTickTop();
+    m_surface.Overlay(m_look.scale2,
+                      Moved({0, 0, m_minor.width, m_minor.height}, std::int64_t{x} - m_minor.width / 2, top));
+    LimitAlpha({x - m_major.width / 2, top, x + m_minor.width + 1, m_scene.BandTop() + 1});
+  }
+
+  /// No pixel of the rectangle is stronger than its column.
+  void LimitAlpha(const Rect& rect) {
+    ForEachPixel(rect, [](unsigned char* pixel, std::int32_t strength) {
+      pixel[3] = static_cast<unsigned char>(std::min<std::int32_t>(pixel[3], strength));
+    });
+  }
+
+  void PaintBand() {
+    ForEachPixel({0, m_scene.BandTop(), m_scene.canvas.width, m_scene.BandBottom()},
+                 [](unsigned char* pixel, std::int32_t strength) {
+                   std::fill_n(pixel, 3, kBandGrey);
+                   pixel[3] = static_cast<unsigned char>(strength);
+                 });
+  }
+
+  /// Text is smooth: its alpha says how much of a pixel it covers.
+  void FadeLabels() {
+    ForEachPixel({0, m_scene.BandBottom(), m_scene.canvas.width, m_scene.canvas.height},
+                 [](unsigned char* pixel, std::int32_t strength) {
+                   pixel[3] = static_cast<unsigned char>(pixel[3] * strength / 255);
+                 });
+  }
+
+  template <class Change>
+  void ForEachPixel(const Rect& rect, Change change) {
+    const Rect visible = Intersect(rect, {0, 0, m_scene.canvas.width, m_scene.canvas.height});
+    const XpPlaneBase& plane = *m_surface.GetTarget().GetPlane(0);
+    for (std::int32_t y = visible.top; y < visible.bottom; ++y) {
+      unsigned char* row = plane.Row(y);
+      for (std::int32_t x = visible.left; x < visible.right; ++x)
+        change(row + std::int64_t{x} * 4, m_fade[static_cast<std::size_t>(x)]);
+    }
+  }
+
+  const SpeedLogScene& m_scene;
+  const SpeedLogLook& m_look;
+  const EdgeFade& m_fade;
+  overlay::PainterSurface& m_surface;
+  Font m_font;
+  Size m_label;
+  std::int32_t m_labelTop = 0;
+  Size m_major;
+  Size m_minor;
+};
+
+}  // namespace
+
+void PaintSpeedLogScale(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
+                        const EdgeFade& fade, overlay::PainterSurface& surface) {
+  ScalePainting(scene, look, fontName, fade, surface).Paint();
+}
+
+}  // namespace vrx::gps

@@ -1,0 +1,65 @@
+// The canvas of the speed graph: the scale and the curve of a scene, painted once and kept until the scene
+// changes. KVSGPSSpeedLog lays it over the frames.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "drawing/Color.h"
+#include "gps/speedlog/SpeedLogScene.h"
+#include "imaging/pixmap/XpPixmap.h"
+#include "overlay/painter/PainterSurface.h"
+#include "overlay/resources/PainterResources.h"
+#include "vrx/XpString.h"
+
+namespace vrx::gps {
+
+/// Pictures that are empty are left out.
+struct SpeedLogLook {
+  PainterPicture scale1;  // the longer ticks
+  PainterPicture scale2;
+  PainterPicture startMarker;
+  PainterPicture goalMarker;
+  PainterPicture positionMarker;
+  drawing::ColorRef labelColor = 0;
+  friend bool operator==(const SpeedLogLook&, const SpeedLogLook&) = default;
+};
+
+/// How strong the columns of a canvas are, 0 to 255: both ends of the strip fade out.
+using EdgeFade = std::vector<std::int32_t>;
+
+class SpeedLogCanvas {
+ public:
+  /// `surface` gives the text renderer and the renditions of the pictures; nothing is drawn on it. Null
+  /// without memory. Valid until the next call.
+  const XpPixmap32* Paint(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
+                          overlay::PainterSurface& surface);
+
+ private:
+  bool Prepare(drawing::Size size);
+
+  XpPixmap32 m_pixmap;
+  EdgeFade m_fade;
+  bool m_isDrawn = false;
+  SpeedLogScene m_scene;
+  SpeedLogLook m_look;
+  XpString m_fontName;
+};
+
+/// A length at the scale, rounded up but never above itself: small scales don't enlarge a picture.
+std::int32_t ShrunkLength(std::int32_t length, double scale);
+
+/// Lays a marker around `place`, moved down where it would leave the canvas at its upper edge.
+void PaintSpeedLogMark(drawing::Point place, const PainterPicture& picture, double scale,
+                       overlay::PainterSurface& surface);
+
+/// Ticks, labels and the band of the base line, on a clear canvas.
+void PaintSpeedLogScale(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
+                        const EdgeFade& fade, overlay::PainterSurface& surface);
+
+/// The curve over the scale: pale where it has not been reached, in the colours of the speed and filled below
+/// up to the cursor, with the marks of its start and end.
+void PaintSpeedLogCurve(const SpeedLogScene& scene, const SpeedLogLook& look, const EdgeFade& fade,
+                        overlay::PainterSurface& surface);
+
+}  // namespace vrx::gps
