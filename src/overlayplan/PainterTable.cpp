@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "gps/painter/KVSGPSOverlayPainterPlugIn.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "overlay/contentimage/KVSContentImagePainterPlugIn.h"
 #include "overlay/document/PainterKeys.h"
@@ -20,13 +21,17 @@ std::unique_ptr<KVSPainterPlugInBase> MakeContentImage(const PainterTools&) {
   return std::make_unique<KVSContentImagePainterPlugIn>();
 }
 
+std::unique_ptr<KVSPainterPlugInBase> MakeGps(const PainterTools& tools) {
+  return std::make_unique<KVSGPSOverlayPainterPlugIn>(*tools.textRenderer);
+}
+
 std::unique_ptr<KVSPainterPlugInBase> MakeTennis(const PainterTools& tools) {
   return std::make_unique<KVSTennisMetaPainterPlugIn>(*tools.textRenderer);
 }
 
 constexpr std::array kPainterKinds{
     PainterKind{KVSPainterGPSOverlay, kTemplateInfo.name, RecordOf<&PainterInfo::templateInfo>,
-                PainterClock::Gps, PainterRange::Template, nullptr},
+                PainterClock::Gps, PainterRange::Template, MakeGps},
     PainterKind{KVSPainterTennisMeta, kTennisMetaInfo.name, RecordOf<&PainterInfo::tennisMetaInfo>,
                 PainterClock::Tennis, PainterRange::Template, MakeTennis},
     PainterKind{KVSPainterCaption, kCaptionInfo.name, RecordOf<&PainterInfo::captionInfo>,
