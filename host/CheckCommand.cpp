@@ -97,11 +97,28 @@ void PrintOverlays(const check::ProjectReport& report) {
   }
 }
 
+void PrintGpsClips(const check::ProjectReport& report) {
+  std::printf("\n%-8s %9s %15s %10s  %-15s %s\n", "VideoID", "Clip", "Positions", "Seconds", "Current",
+              "Log");
+  for (const check::GpsClipRow& row : report.gpsClips) {
+    const std::string covered =
+        row.fixes == 0 ? "none" : ClockText(row.firstFixSeconds) + " - " + ClockText(row.lastFixSeconds);
+    std::string current;
+    for (const auto& [start, end] : row.shown) {
+      current += (current.empty() ? "" : ", ") + ClockText(start) + " - " + ClockText(end);
+    }
+    std::printf("%-8d %9s %15s %10llu  %-15s %s\n", row.videoId, ClockText(row.clipSeconds).c_str(),
+                covered.c_str(), static_cast<unsigned long long>(row.fixes),
+                current.empty() ? "never" : current.c_str(), Plain(row.log).c_str());
+  }
+}
+
 void PrintText(const check::ProjectReport& report) {
   if (report.videoSettings) PrintOutput(report);
   if (!report.clips.empty()) PrintTimeline(report);
   if (!report.stillImages.empty()) PrintStillImages(report);
   if (!report.painterPath.IsEmpty()) PrintOverlays(report);
+  if (!report.gpsClips.empty()) PrintGpsClips(report);
   if (report.problems.empty()) {
     std::puts("\nNo problems found.");
     return;

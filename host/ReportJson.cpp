@@ -54,6 +54,17 @@ Json OverlaysJson(const check::ProjectReport& report) {
     if (!row.hiddenBecause.IsEmpty()) caption["cause"] = Utf8(row.hiddenBecause);
     overlays["captions"].push_back(caption);
   }
+  for (const check::GpsClipRow& row : report.gpsClips) {
+    Json clip{{"videoId", row.videoId},
+              {"log", Utf8(row.log)},
+              {"clipSeconds", row.clipSeconds},
+              {"secondsWithPosition", row.fixes},
+              {"firstPosition", row.fixes == 0 ? Json() : Json(row.firstFixSeconds)},
+              {"lastPosition", row.fixes == 0 ? Json() : Json(row.lastFixSeconds)},
+              {"current", Json::array()}};
+    for (const auto& [start, end] : row.shown) clip["current"].push_back({{"start", start}, {"end", end}});
+    overlays["gpsClips"].push_back(clip);
+  }
   return overlays;
 }
 

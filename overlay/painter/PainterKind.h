@@ -32,7 +32,7 @@ struct PainterKind {
   const PainterInfoBase& (*record)(const PainterInfo& info);
   PainterClock clock;
   PainterRange range;
-  std::unique_ptr<KVSPainterPlugInBase> (*make)(const PainterTools& tools);  // null: not drawn yet
+  std::unique_ptr<KVSPainterPlugInBase> (*make)(const PainterTools& tools);
 
   bool IsWanted(const PainterInfo& info) const { return record(info).valid; }
 };

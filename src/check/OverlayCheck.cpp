@@ -10,11 +10,12 @@
 #include "foundation/text/XpFormat.h"
 #include "overlay/callback/TimeGenerators.h"
 #include "overlay/document/PainterKeys.h"
+#include "src/check/GpsCheck.h"
 #include "src/check/PainterDocumentCheck.h"
 #include "src/check/PainterTextCheck.h"
 #include "src/check/TennisCheck.h"
+#include "src/overlayplan/LogPaths.h"
 #include "src/overlayplan/OverlayRanges.h"
-#include "src/overlayplan/PainterTable.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 
@@ -161,7 +162,12 @@ class OverlayChecker {
     if (info.captionInfo.valid) CheckCaptionText(info.captionInfo.captionString, path, m_report.problems);
     CheckSlowInfoText(info.slowInfoData, path, m_report.problems);
     if (info.tennisMetaInfo.valid) CheckTennis(info, path, m_report.problems);
-    CheckPainters(info);
+    if (info.templateInfo.valid) {
+      std::vector<SlowInfoRecord> sections;
+      ParseSlowInfoData(info.slowInfoData, sections);
+      overlayplan::ResolveLogPaths(path, info);
+      CheckGps(info, sections, m_report);
+    }
     CheckClipTimes();
     CheckRoom(info);
     if (m_report.videoSettings) AddRows(project, info);
@@ -193,15 +199,6 @@ class OverlayChecker {
     }
     if (document.tennisMetaInfo.valid && !adopted.tennisMetaInfo.valid) {
       Report(path, Severity::Note, overlay::kTennisMetaInfo.name, u"is valid but holds no data");
-    }
-  }
-
-  /// Frames of a record without a painter go through the callback, but nothing is drawn on them.
-  void CheckPainters(const PainterInfo& info) {
-    for (const overlay::PainterKind& kind : overlayplan::GetPainterKinds()) {
-      if (!kind.IsWanted(info) || kind.make != nullptr || kind.documentKey == nullptr) continue;
-      Report(m_report.painterPath, Severity::Warning, kind.documentKey,
-             u"is valid, but this version draws no such overlay");
     }
   }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "src/project/InputFiles.h"
@@ -87,6 +88,17 @@ struct CaptionRow {
   XpString hiddenBecause;  // empty when it shows
 };
 
+/// A clip with a GPS log, on its own clock.
+struct GpsClipRow {
+  std::int32_t videoId = 0;
+  XpString log;              // native path of the log's movie or sidecar
+  double clipSeconds = 0.0;  // that the overlay counts
+  std::uint64_t fixes = 0;   // seconds with a position of the log
+  double firstFixSeconds = 0.0;
+  double lastFixSeconds = 0.0;
+  std::vector<std::pair<double, double>> shown;  // when in the drawn span the clip is current, s
+};
+
 struct ProjectReport {
   std::vector<Problem> problems;  // errors first, then warnings, then notes
   std::vector<project::InputFile> inputs;
@@ -95,6 +107,7 @@ struct ProjectReport {
   XpString painterPath;  // native; empty when the project names no painter document
   std::vector<OverlayRow> overlays;
   std::vector<CaptionRow> captions;
+  std::vector<GpsClipRow> gpsClips;
   XpString outputPath;                                   // native; empty when the document names none
   std::unique_ptr<VRXVideoOutputSetting> videoSettings;  // null when absent
   std::unique_ptr<VRXAudioOutputSetting> audioSettings;

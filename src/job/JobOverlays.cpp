@@ -2,6 +2,7 @@
 
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "overlay/resources/LoadResources.h"
+#include "src/overlayplan/LogPaths.h"
 #include "src/overlayplan/PainterTable.h"
 
 namespace vrx::job {
@@ -21,6 +22,7 @@ void JobOverlays::SetUp(const XpString& path, const overlayplan::MovieTimes& mov
   m_painterDocument = std::make_unique<TKLXPainterInfoXml>();
   if (m_painterDocument->Load(XpPath(path)) != XpOk) return;
   AdoptPainterInfo(m_painterDocument->GetPainterInfo(), m_painterInfo);
+  overlayplan::ResolveLogPaths(path, m_painterInfo);
   overlay::LoadPainterResources(m_painterInfo, output.video->width, output.video->height);
   const overlayplan::OverlayPlan plan = overlayplan::PlanOverlays(movie, m_painterInfo);
   if (!plan.isWanted || !EnsurePainters()) return;
