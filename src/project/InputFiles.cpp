@@ -2,6 +2,8 @@
 
 #include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpFormat.h"
+#include "overlay/document/PainterKeys.h"
+#include "overlay/document/TKLXPainterInfoXml.h"
 #include "src/baseband/BasebandDocument.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
@@ -17,6 +19,16 @@ void AddStillPictures(const InputFile& document, std::vector<InputFile>& inputs)
   for (const baseband::BasebandImage& image : read.images) {
     const XpString path = ResolvePath(document.path, image.job.imagePath);
     inputs.push_back({path, document.track, document.clip, kImagePath, image.line});
+  }
+}
+
+void AddLogs(const XpString& painterPath, std::vector<InputFile>& inputs) {
+  TKLXPainterInfoXml document;
+  document.Load(XpPath(painterPath));  // what is wrong with it does not matter here
+  for (const LogDataEntry& clip : document.GetPainterInfo().templateInfo.logData) {
+    if (clip.gpsLogFilePath.IsEmpty()) continue;
+    inputs.push_back(
+        {.path = ResolvePath(painterPath, clip.gpsLogFilePath), .key = overlay::kGPSLogFilePath.name});
   }
 }
 
@@ -36,7 +48,8 @@ void AddTrack(const XpString& projectPath, const Key& track, const TKLXOutputXml
 
 XpString InputFile::Role() const {
   XpString role;
-  if (clip == 0) return key.IsEmpty() ? u"the project document" : u"the painter document";
+  if (clip == 0 && key.IsEmpty()) return u"the project document";
+  if (clip == 0) return key == overlay::kGPSLogFilePath.name ? u"a GPS log" : u"the painter document";
   if (line == 0) {
     XpFormat(role, u"the source of %s clip %u", track, clip);
   } else {
@@ -48,7 +61,9 @@ XpString InputFile::Role() const {
 std::vector<InputFile> ListInputFiles(const XpString& projectPath, const TKLXOutputXml& project) {
   std::vector<InputFile> inputs{{.path = projectPath}};
   if (!project.painterEffect.IsEmpty()) {
-    inputs.push_back({.path = ResolvePath(projectPath, project.painterEffect), .key = kPainterEffect.name});
+    const XpString painterPath = ResolvePath(projectPath, project.painterEffect);
+    inputs.push_back({.path = painterPath, .key = kPainterEffect.name});
+    AddLogs(painterPath, inputs);
   }
   AddTrack(projectPath, kVideoTrack, project.videoTracks, true, inputs);
   AddTrack(projectPath, kAudioTrack, project.audioTracks, false, inputs);

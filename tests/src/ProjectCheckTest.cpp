@@ -361,7 +361,7 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
              "TennisMetaData record 1: does not end with a bar"},
         Case{"<key>TemplateInfo</key><dict><key>Valid</key><true/><key>ScenarioType</key><integer>1</integer>"
              "<key>LogDataArray</key><array><dict><key>Duration</key><real>1</real></dict></array></dict>",
-             "LogDataArray: VideoID -1: no log can be read for "},
+             "LogDataArray VideoID -1: GPSLogFilePath is empty"},
         Case{"<key>Other</key><dict/>", "Other is an unknown key"}}) {
     EXPECT_THAT(Lines(CheckInfo(c.info)), Contains(HasSubstr(c.line))) << c.info;
   }
