@@ -50,11 +50,12 @@ class CurveWalk {
   void Run() {
     if (m_points.empty()) return;
     if (m_points.front().valid) m_scene.start = PlaceOf(m_points.front());
-    for (std::size_t i = FirstToVisit(); i < m_points.size() && Visit(i); ++i) {
-    }
+    std::size_t i = FirstToVisit();
+    while (i < m_points.size() && Visit(i)) ++i;
     EndStroke();
   }
-  const std::optional<std::int32_t>& GetCursorY() const { return m_cursorY; }
+  bool MeetsCursor() const { return m_meetsCursor; }
+  std::int32_t GetCursorY() const { return m_cursorY; }
 
  private:
   Point PlaceOf(const SpeedLogPoint& point) const {
@@ -97,10 +98,12 @@ class CurveWalk {
   void FindCursor(Point place) {
     const std::int32_t x = m_scene.cursorX;
     if (place.x == x) {
+      m_meetsCursor = true;
       m_cursorY = place.y;
     } else if (m_hasPrevious && m_previous.x < x && x < place.x) {
       const std::int64_t rise = std::int64_t{place.y} - m_previous.y;
       const std::int64_t run = std::int64_t{place.x} - m_previous.x;
+      m_meetsCursor = true;
       m_cursorY = drawing::Saturated(m_previous.y + rise * (std::int64_t{x} - m_previous.x) / run);
     }
   }
@@ -118,7 +121,8 @@ class CurveWalk {
   SpeedLogScene& m_scene;
   Point m_previous;  // the last valid point; also after a gap, over which no line goes
   bool m_hasPrevious = false;
-  std::optional<std::int32_t> m_cursorY;
+  bool m_meetsCursor = false;
+  std::int32_t m_cursorY = 0;
 };
 
 /// False when there is no canvas to draw on.
@@ -161,9 +165,9 @@ bool MakeSpeedLogScene(const SpeedLogRecord& record, drawing::Size size, std::in
   walk.Run();
 
   const SpeedSample* sample = record.FindSample(Saturate<std::int64_t>(timeMs / kMsPerSecond));
-  if (sample != nullptr && sample->valid && walk.GetCursorY()) {
+  if (sample != nullptr && sample->valid && walk.MeetsCursor()) {
     const std::int64_t x = std::int64_t{position} * size.width / 100;
-    scene.position = Point{Saturate<std::int32_t>(static_cast<double>(x) * scene.scale), *walk.GetCursorY()};
+    scene.position = Point{Saturate<std::int32_t>(static_cast<double>(x) * scene.scale), walk.GetCursorY()};
   }
   return true;
 }
