@@ -39,7 +39,7 @@ class ScalePainting {
 
  private:
   Size SizeOf(const PainterPicture& picture, std::int32_t height) const {
-    return {picture ? ShrunkLength(picture->width, m_scene.scale) : 0, ShrunkLength(height, m_scene.scale)};
+    return {picture ? ScaledLength(picture->width, m_scene.scale) : 0, ScaledLength(height, m_scene.scale)};
   }
 
   void PaintTicks() {

@@ -15,16 +15,16 @@ constexpr std::int32_t kMarkMargin = 5;  // pixels of a 1920 by 1080 frame
 
 }  // namespace
 
-std::int32_t ShrunkLength(std::int32_t length, double scale) {
-  return Saturate<std::int32_t>(std::min<double>(length, length * scale + 1));
+std::int32_t ScaledLength(std::int32_t length, double scale) {
+  return Saturate<std::int32_t>(std::min(length * std::max(scale, 1.0), length * scale + 1));
 }
 
 void PaintSpeedLogMark(drawing::Point place, const PainterPicture& picture, double scale,
                        overlay::PainterSurface& surface) {
   if (!picture) return;
-  const std::int32_t width = ShrunkLength(picture->width, scale),
-                     height = ShrunkLength(picture->height, scale);
-  const std::int32_t y = std::max({place.y, ShrunkLength(kMarkMargin, scale), height / 2});
+  const std::int32_t width = ScaledLength(picture->width, scale),
+                     height = ScaledLength(picture->height, scale);
+  const std::int32_t y = std::max({place.y, ScaledLength(kMarkMargin, scale), height / 2});
   surface.Overlay(picture, drawing::Moved({0, 0, width, height}, std::int64_t{place.x} - width / 2,
                                           std::int64_t{y} - height / 2));
 }

@@ -46,8 +46,8 @@ class SpeedLogCanvas {
   XpString m_fontName;
 };
 
-/// A length at the scale, rounded up but never above itself: small scales don't enlarge a picture.
-std::int32_t ShrunkLength(std::int32_t length, double scale);
+/// A length at the scale, rounded up where that does not enlarge a picture on a small frame.
+std::int32_t ScaledLength(std::int32_t length, double scale);
 
 /// Lays a marker around `place`, moved down where it would leave the canvas at its upper edge.
 void PaintSpeedLogMark(drawing::Point place, const PainterPicture& picture, double scale,

@@ -79,6 +79,8 @@ class PlainSpeedLog {
     std::vector<Vertex> points;
   };
 
+  /// The 1 enlarges nothing on a small frame.
+  int Length(int length) const { return Int(std::min(length * std::max(s, 1.0), length * s + 1)); }
   static int Int(double value) { return static_cast<int>(value); }
 
   void Layout(Record& record, const KVUGPSInfoList& list, double& acc, bool whole, double start, double end) {
@@ -142,9 +144,9 @@ class PlainSpeedLog {
   }
   void Mark(int x, int y, const PainterPicture& picture) {
     if (!picture) return;
-    const int w = Int(std::min<double>(picture->width * s + 1, picture->width));
-    const int h = Int(std::min<double>(picture->height * s + 1, picture->height));
-    y = std::max({y, Int(std::min(5 * s + 1, 5.0)), h / 2});
+    const int w = Length(picture->width);
+    const int h = Length(picture->height);
+    y = std::max({y, Length(5), h / 2});
     Lay(picture, x - w / 2, y - h / 2, w, h);
   }
   void Limit(int left, int right, int top, int bottom) {
@@ -159,10 +161,10 @@ class PlainSpeedLog {
     const drawing::Size text = m_boxes.Measure(u"00:00:00", font, W, 0x800);
     const int labelTop = Int(Hc - Int(text.height + 3 * s) + 8 * s);
     const PainterPicture &major = m_look.scale1, &minor = m_look.scale2;
-    const int majorWidth = major ? Int(std::min<double>(major->width, major->width * s + 1)) : 0;
-    const int majorHeight = Int(std::min<double>(graph + 4, (graph + 4) * s + 1));
-    const int minorWidth = minor ? Int(std::min<double>(minor->width, minor->width * s + 1)) : 0;
-    const int minorHeight = minor ? Int(std::min<double>(minor->height, minor->height * s + 1)) : 0;
+    const int majorWidth = major ? Length(major->width) : 0;
+    const int majorHeight = Length(graph + 4);
+    const int minorWidth = minor ? Length(minor->width) : 0;
+    const int minorHeight = minor ? Length(minor->height) : 0;
     const int rowLimit = Int((graph + 4) * s), minorTop = Int((graph - 10) * s),
               bandBottom = Int((graph + 10) * s);
     double x = s * offset;
@@ -240,7 +242,7 @@ class PlainSpeedLog {
           hasStart = true;
         }
       }
-      if (previous.x > width) break;
+      if (previous.x > std::max(width, W)) break;
       if (i + 1 == record.points.size()) {
         goal = p;
         hasGoal = true;

@@ -276,6 +276,7 @@ class SpeedLogFrames : public SpeedLogTest {
     vrx::overlay::PainterSurface surface(drawn, boxes, renditions);
     log.Draw(scene, look, rect, surface);
     EXPECT_EQ(surface.GetTouched(), rect);
+    if (std::memcmp(drawn.data, wanted.data, wanted.size) == 0) return;
     for (std::uint32_t i = 0; i < wanted.size; ++i) {
       const auto stride = static_cast<std::uint32_t>(wanted.width) * 4;
       ASSERT_EQ(drawn.data[i], wanted.data[i]) << what << " at " << ms << " ms, pixel " << i % stride / 4
@@ -294,19 +295,19 @@ class SpeedLogFrames : public SpeedLogTest {
 TEST_F(SpeedLogFrames, AreThoseOfADrawingFromScratchInAnyOrder) {
   std::mt19937 random(11);
   const auto upTo = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
-  const Rect rects[] = {
-      {2, 299, 143, 358}, {5, 599, 286, 716}, {4, 449, 215, 537}, kFullSize, {8, 665, 430, 795}};
-  for (int round = 0; round < 40 && !HasFailure(); ++round) {
+  const Rect rects[] = {{2, 299, 143, 358}, {5, 599, 286, 716}, {4, 449, 215, 537},
+                        kFullSize,          {8, 665, 430, 795}, {16, 1798, 860, 2148}};
+  for (int round = 0; round < 24 && !HasFailure(); ++round) {
     std::vector<KVUGPSInfoList> clips;
     for (std::uint32_t i = 0; i <= upTo(3); ++i)
-      clips.push_back(RandomList(20 + upTo(round % 8 == 0 ? 9000 : 200), random));
+      clips.push_back(RandomList(20 + upTo(round % 8 == 0 ? 4000 : 200), random));
     const std::uint32_t position = std::array{30u, 50u, 100u}[upTo(3)];
     const bool linked = upTo(2) == 0;
     Start(upTo(2) == 0 ? 100 : 10 + upTo(90), position, linked, clips);
     const Rect& rect = rects[static_cast<std::size_t>(round) % std::size(rects)];
     const std::string what = "round " + std::to_string(round);
     double ms = 0;
-    for (int i = 0; i < 12 && !HasFailure(); ++i) {
+    for (int i = 0; i < 8 && !HasFailure(); ++i) {
       ms = upTo(3) == 0 ? lengthMs * (upTo(1100) / 1000.0)
                         : ms + upTo(90);  // small steps leave the scene as it was
       ExpectPlain(rect, ms, static_cast<unsigned char>(upTo(2) * 131), what);
