@@ -8,6 +8,7 @@
 #include "foundation/registry/XpRegistry.h"
 #include "gps/speedlog/KVSGPSSpeedLog.h"
 #include "gps/speedlog/SpeedLogSettings.h"
+#include "tests/drawing/Sheet.h"
 #include "tests/foundation/ScopedVariable.h"
 #include "tests/gps/PlainSpeedLog.h"
 #include "tests/support/TempFolder.h"
@@ -118,19 +119,20 @@ TEST_F(SpeedLogTest, ARecordHasTheSpeedsFromTheFirstFixToTheLast) {
                             PointOf(24),
                             PointOf(-1, GPSPointAfterFix)};
   double accumulated = 500;
-  log.AddSpeedLogClip(list, 3, accumulated, 1000, 3999);
-  EXPECT_EQ(accumulated, 3499);
+  log.AddSpeedLogClip(list, 3, accumulated, 1000, 4000);
+  EXPECT_EQ(accumulated, 3500);
   double time = 600;
   const SpeedLogRecord* record = log.FindSpeedRecord(time);
   ASSERT_NE(record, nullptr);
   EXPECT_EQ(record->samples, (std::vector<SpeedSample>{
                                  {2, 10, true}, {3, 9, true}, {4, 40, false}, {5, -1, true}, {6, 24, true}}));
   EXPECT_EQ(std::tuple(record->firstMs, record->lastMs, record->startMs, record->endMs),
-            std::tuple(2000u, 6000u, 500.0, 3499.0));
+            std::tuple(2000u, 6000u, 500.0, 3500.0));
   EXPECT_EQ(std::tuple(record->maxSpeed, record->speedPerPixel, record->pixelsPerSecond),
             std::tuple(24.0, 0.2, 4.22));
-  // From the sample with the number 1 on.
-  EXPECT_EQ(record->points, (std::vector<SpeedLogPoint>{{0, 45, true}, {4, 200, false}, {8, 0, true}}));
+  // Of the samples with the numbers 1 to 4.
+  EXPECT_EQ(record->points,
+            (std::vector<SpeedLogPoint>{{0, 45, true}, {4, 200, false}, {8, 0, true}, {12, 120, true}}));
 
   Set(kTime, 10);
   log.SetLinked(true);
@@ -172,14 +174,16 @@ TEST_F(SpeedLogTest, ATimeAtASeamBelongsToOneClip) {
     log.AddSpeedLogClip({PointOf(id)}, id, accumulated, 0, 10000);
     accumulated += 1;
   }
+  accumulated = 20002;  // where the last one begins, too
+  log.AddSpeedLogClip({PointOf(7)}, 7, accumulated, 0, 0);
   for (const auto& [movie, id, own] : {std::tuple(0.0, 4, 0.0),
                                        {9999.9999, 4, 10000.0},
-                                       {10000.5, 2, -10001.5},
+                                       {10000.5, 7, -10001.5},
                                        {10000.9999, 9, 0.0},
                                        {15001.0, 9, 5000.0},
                                        {20002.0, 2, 0.0},
-                                       {99999.0, 2, 79997.0},
-                                       {-5.0, 2, -20007.0}}) {
+                                       {99999.0, 7, 79997.0},
+                                       {-5.0, 7, -20007.0}}) {
     time = movie;
     EXPECT_EQ(log.FindSpeedRecord(time)->maxSpeed, id) << movie;
     EXPECT_NEAR(time, own, 0.001) << movie;
@@ -311,6 +315,36 @@ TEST_F(SpeedLogFrames, AreThoseOfADrawingFromScratchInAnyOrder) {
       ms = upTo(3) == 0 ? lengthMs * (upTo(1100) / 1000.0)
                         : ms + upTo(90);  // small steps leave the scene as it was
       ExpectPlain(rect, ms, static_cast<unsigned char>(upTo(2) * 131), what);
+    }
+  }
+}
+
+TEST_F(SpeedLogFrames, BeginWithTheTickAtTheLeftEdgeBeforeTheStripMoves) {
+  KVUGPSInfoList list(140, PointOf(10));
+  std::fill_n(list.begin(), 80, PointOf(-1, GPSPointBeforeFix));
+  Start(100, 50, true, {list});
+  for (double ms = 109500; ms < 111500; ms += 100) ExpectPlain(kFullSize, ms, 0, "label of a minute");
+}
+
+TEST_F(SpeedLogFrames, OfAnySizeStayInTheirRectangle) {
+  std::mt19937 random(8);
+  const KVUGPSInfoList list = RandomList(60, random);
+  log.SetLinked(true);
+  for (const std::int32_t width : {1, 9, 422}) {
+    for (const std::int32_t height : {1, 40, 46, 54, 60, 175}) {
+      log.SetSpeedLogSize(width, height);
+      log.SetWholeRecord(list);
+      for (const std::int32_t right : {4, 10, 150}) {
+        XpPixmap32 frame;
+        ASSERT_EQ(frame.Allocate(200, 90), XpOk);
+        const Rect rect{3, 5, right, 85};
+        if (!log.MakeScene(rect, 40000, scene)) continue;
+        vrx::overlay::PainterSurface surface(frame, boxes, renditions);
+        log.Draw(scene, look, rect, surface);
+        const Rect ink = vrx::drawing::InkOf(frame);
+        EXPECT_EQ(ink.IsEmpty() ? ink : Intersect(ink, rect), ink)
+            << width << " x " << height << " to " << right;
+      }
     }
   }
 }
