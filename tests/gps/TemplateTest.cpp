@@ -70,48 +70,31 @@ TEST(TemplateTest, SpeedRectanglesAreTheStatedOnesScaledInEachDirection) {
 }
 
 TEST(TemplateTest, FontsScaleWithTheTighterDirection) {
-  const auto heights = [](const Scenario& scenario) {
-    return std::vector{scenario.GetTitleFont().height,      scenario.GetTrackFont().height,
-                       scenario.GetRowLabelFont().height,   scenario.GetRowValueFont().height,
-                       scenario.GetSpeedLabelFont().height, scenario.GetSpeedValueFont().height,
-                       scenario.GetSpeedUnitFont().height};
+  using Heights = std::array<std::int32_t, 7>;
+  const auto heights = [](const Scenario& s) {
+    return Heights{s.GetTitleFont().height,    s.GetTrackFont().height,      s.GetRowLabelFont().height,
+                   s.GetRowValueFont().height, s.GetSpeedLabelFont().height, s.GetSpeedValueFont().height,
+                   s.GetSpeedUnitFont().height};
   };
-  using Heights = std::vector<std::int32_t>;
-  struct Row {
-    std::int32_t type;
-    std::array<Heights, 5> atSizes;  // as in kSizes
-  };
-  const Row rows[] = {
-      {1,
-       {{{-28, -18, -24, -36, -24, -60, -40},
-         {-18, -12, -16, -24, -16, -40, -26},
-         {-14, -9, -12, -18, -12, -30, -20},
-         {-20, -13, -17, -26, -17, -44, -29},
-         {-9, -6, -8, -12, -8, -20, -13}}}},
-      {2,
-       {{{-28, -18, -24, -36, -24, -70, -30},
-         {-18, -12, -16, -24, -16, -46, -20},
-         {-14, -9, -12, -18, -12, -35, -15},
-         {-20, -13, -17, -26, -17, -51, -22},
-         {-9, -6, -8, -12, -8, -23, -10}}}},
-      {3,
-       {{{-28, -18, -24, -36, -24, -80, -38},
-         {-18, -12, -16, -24, -16, -53, -25},
-         {-14, -9, -12, -18, -12, -40, -19},
-         {-20, -13, -17, -26, -17, -59, -28},
-         {-9, -6, -8, -12, -8, -26, -12}}}},
-      {4,
-       {{{-28, -18, -24, -36, -24, -60, -24},
-         {-18, -12, -16, -24, -16, -40, -16},
-         {-14, -9, -12, -18, -12, -30, -12},
-         {-20, -13, -17, -26, -17, -44, -17},
-         {-9, -6, -8, -12, -8, -20, -8}}}},
-  };
-  for (const Row& row : rows) {
-    const auto scenario = Make(row.type);
+  // Rows as in kSizes; value and unit of the speed are those of each scenario.
+  const std::array<std::int32_t, 5> common[] = {{-28, -18, -24, -36, -24},
+                                                {-18, -12, -16, -24, -16},
+                                                {-14, -9, -12, -18, -12},
+                                                {-20, -13, -17, -26, -17},
+                                                {-9, -6, -8, -12, -8}};
+  const std::pair<std::int32_t, std::int32_t> speeds[][5] = {
+      {{-60, -40}, {-40, -26}, {-30, -20}, {-44, -29}, {-20, -13}},
+      {{-70, -30}, {-46, -20}, {-35, -15}, {-51, -22}, {-23, -10}},
+      {{-80, -38}, {-53, -25}, {-40, -19}, {-59, -28}, {-26, -12}},
+      {{-60, -24}, {-40, -16}, {-30, -12}, {-44, -17}, {-20, -8}}};
+  for (std::int32_t type = 1; type <= 4; ++type) {
+    const auto scenario = Make(type);
     for (std::size_t i = 0; i < std::size(kSizes); ++i) {
+      const auto& c = common[i];
+      const auto& [value, unit] = speeds[type - 1][i];
       scenario->SetSize(kSizes[i].first, kSizes[i].second);
-      EXPECT_EQ(heights(*scenario), row.atSizes[i]) << row.type << " at size " << i;
+      EXPECT_EQ(heights(*scenario), (Heights{c[0], c[1], c[2], c[3], c[4], value, unit}))
+          << type << " at size " << i;
     }
     EXPECT_EQ(scenario->GetTitleFont(), (Font{.face = u"Face", .height = -9}));
     EXPECT_EQ(scenario->GetTrackFont(), (Font{.face = u"Face", .height = -6}));
