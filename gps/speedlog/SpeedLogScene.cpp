@@ -20,8 +20,8 @@ struct Scroll {
 };
 
 Scroll ScrollAt(double seconds, double anchorSeconds, double pixelsPerSecond) {
-  const double ahead = (anchorSeconds - seconds) * pixelsPerSecond;
-  if (seconds < anchorSeconds) return {.lead = Saturate<std::int64_t>(ahead)};
+  if (seconds < anchorSeconds)
+    return {.lead = Saturate<std::int64_t>((anchorSeconds - seconds) * pixelsPerSecond)};
   return {.passed = Saturate<std::int64_t>((seconds - anchorSeconds) * pixelsPerSecond)};
 }
 
@@ -29,7 +29,7 @@ Scroll ScrollAt(double seconds, double anchorSeconds, double pixelsPerSecond) {
 void PlaceTicks(double sinceFirstMs, double anchorMs, double firstMs, std::int64_t lead,
                 SpeedLogScene& scene) {
   if (lead > 0) {
-    scene.tickOffset = Saturate<std::int32_t>(static_cast<double>(lead));
+    scene.tickOffset = drawing::Saturated(lead);
     scene.firstSecond = Saturate<std::int64_t>(firstMs / kMsPerSecond);
     return;
   }
