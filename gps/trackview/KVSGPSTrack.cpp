@@ -5,7 +5,6 @@
 
 #include "foundation/number/Saturate.h"
 #include "gps/trackview/TrackLayout.h"
-#include "gps/trackview/TrackPicture.h"
 
 using namespace vrx;
 using namespace vrx::gps;
@@ -61,13 +60,14 @@ void KVSGPSTrack::BuildTrackSegment(const KVUGPSInfoList& list, const KVSGPSBoun
   const XpSingleLock lock(&m_lock);
   Segments& segments = keepLast ? m_wholeSegments : m_clipSegments;
   segments.push_back(MakeTrackSegment(list, bounds, startSeconds, endSeconds, keepLast));
-  m_viewSize = {};
+  m_view = {};
 }
 
 void KVSGPSTrack::ResetTrack() {
   const XpSingleLock lock(&m_lock);
   m_wholeSegments.clear();
   m_clipSegments.clear();
+  m_picture.Forget();
 }
 
 void KVSGPSTrack::SetPerClip(bool perClip) {
@@ -93,18 +93,20 @@ void KVSGPSTrack::MakeScene(const Rect& rect, std::int64_t timeMs, TrackScene& s
 }
 
 void KVSGPSTrack::Draw(const TrackScene& scene, const TrackLook& look, const Rect& rect,
-                       overlay::PainterSurface& surface) const {
-  DrawTrackPicture(scene, look, rect, surface);  // a scene has all that is drawn, so there is nothing to lock
+                       overlay::PainterSurface& surface) {
+  const XpSingleLock lock(&m_lock);
+  m_picture.Draw(scene, look, rect, surface);
 }
 
 void KVSGPSTrack::EnsureLayout(const Rect& rect) {
-  const drawing::Size size{drawing::Saturated(rect.Width()), drawing::Saturated(rect.Height())};
-  if (size == m_viewSize) return;
-  m_viewSize = size;
+  if (rect == m_view) return;
+  m_view = rect;
+  m_picture.Forget();
   for (Segments* segments : {&m_wholeSegments, &m_clipSegments}) {
     for (TrackSegment& segment : *segments) {
-      LayoutSegment(size, segment);
+      LayoutSegment({drawing::Saturated(rect.Width()), drawing::Saturated(rect.Height())}, segment);
       RoundCorners(segment);
+      MakeLine({rect.left, rect.top}, segment);
     }
   }
 }
@@ -120,7 +122,9 @@ void KVSGPSTrack::MakeClipScene(const Rect& rect, double seconds, TrackScene& sc
   scene.stretches.resize(1);
   TrackScene::Stretch& stretch = scene.stretches.front();
   stretch.dots.clear();
-  scene.position = WalkSegment(*found, {rect.left, rect.top}, seconds - found->startTime, stretch.walk);
+  const double clipSeconds = seconds - found->startTime;
+  stretch.walk = WalkSegment(*found, {rect.left, rect.top}, clipSeconds);
+  if (IsPositionKnown(*found, clipSeconds)) scene.position = stretch.walk.GetPosition();
   EndSearch ends;
   ends.Add(*found);
   scene.ends = ends.Get(rect);
@@ -135,11 +139,13 @@ void KVSGPSTrack::MakeWholeScene(const Rect& rect, double seconds, TrackScene& s
   for (std::size_t i = 0; i < m_wholeSegments.size(); ++i) {
     const TrackSegment& segment = m_wholeSegments[i];
     TrackScene::Stretch& stretch = scene.stretches[i];
-    stretch.walk.Clear();
+    stretch.walk = {};
     stretch.dots.clear();
     if (segment.display.size() >= kLinePoints) {
-      const auto clipSeconds = std::max<std::int64_t>(Saturate<std::int64_t>(seconds - segment.startTime), 0);
-      reported = WalkSegment(segment, {rect.left, rect.top}, static_cast<double>(clipSeconds), stretch.walk);
+      const auto clipSeconds =
+          static_cast<double>(std::max<std::int64_t>(Saturate<std::int64_t>(seconds - segment.startTime), 0));
+      stretch.walk = WalkSegment(segment, {rect.left, rect.top}, clipSeconds);
+      reported = IsPositionKnown(segment, clipSeconds) ? stretch.walk.GetPosition() : std::nullopt;
     }
     if (Covers(segment, seconds) && reported) scene.position = reported;
     if (segment.display.empty()) continue;

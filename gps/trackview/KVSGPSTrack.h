@@ -7,6 +7,7 @@
 
 #include "drawing/Geometry.h"
 #include "foundation/sync/XpCriticalSection.h"
+#include "gps/trackview/TrackPicture.h"
 #include "gps/trackview/TrackScene.h"
 #include "gps/trackview/TrackSegment.h"
 #include "overlay/painter/PainterSurface.h"
@@ -29,7 +30,7 @@ class KVSGPSTrack {
 
   /// Draws a scene that was made for `rect`.
   void Draw(const vrx::gps::TrackScene& scene, const vrx::gps::TrackLook& look,
-            const vrx::drawing::Rect& rect, vrx::overlay::PainterSurface& surface) const;
+            const vrx::drawing::Rect& rect, vrx::overlay::PainterSurface& surface);
 
  private:
   using Segments = std::vector<vrx::gps::TrackSegment>;
@@ -40,7 +41,8 @@ class KVSGPSTrack {
 
   Segments m_wholeSegments;  // one for each clip, also for one without a position
   Segments m_clipSegments;
-  vrx::drawing::Size m_viewSize;  // of the last layout; empty: there is none
+  vrx::drawing::Rect m_view;  // of the last layout; empty: there is none
   bool m_perClip = false;
+  vrx::gps::TrackPicture m_picture;
   XpCriticalSection m_lock;
 };

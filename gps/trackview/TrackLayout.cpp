@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/number/Saturate.h"
+
 namespace vrx::gps {
 namespace {
 
@@ -61,6 +63,28 @@ void RoundCorner(const TrackDisplayPoint& before, TrackDisplayPoint& corner, con
   if (!(distance > 0)) return;
   corner.arcMid = centre + toCorner * Length(centre - corner.arcStart) / distance;
   corner.hasArc = true;
+}
+
+void MakeLine(drawing::Point origin, TrackSegment& segment) {
+  segment.line.reset();
+  if (segment.display.empty()) return;
+  const auto line = std::make_shared<TrackLine>();
+  for (TrackDisplayPoint& point : segment.display) {
+    point.linePoint = line->size();
+    if (point.hasArc) {
+      line->push_back(ToFrame(point.arcStart, origin));
+      line->push_back(ToFrame(point.arcMid, origin));
+      line->push_back(ToFrame(point.arcEnd, origin));
+    } else {
+      line->push_back(ToFrame(point.GetPlace(), origin));
+    }
+  }
+  segment.line = line;
+}
+
+drawing::Point ToFrame(TrackPlace place, drawing::Point origin) {
+  return {drawing::Saturated(Saturate<std::int32_t>(place.x) + std::int64_t{origin.x}),
+          drawing::Saturated(Saturate<std::int32_t>(place.y) + std::int64_t{origin.y})};
 }
 
 }  // namespace vrx::gps

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include "imaging/pixmap/XpPlane.h"
 
@@ -20,34 +21,46 @@ constexpr ColorRef kOrange = MakeColor(0xFF, 0x73, 0x00);
 constexpr unsigned char kShadowGrey = 0x33;
 constexpr ColorRef kGrey = MakeColor(kShadowGrey, kShadowGrey, kShadowGrey);
 constexpr unsigned char kShadowAlpha = 0x66;
+constexpr std::size_t kLongLine = 256;  // points; from here on maps are faster
+constexpr std::size_t kMostMaps = 4;    // bounds the memory that many long clips take
 constexpr std::int64_t kNominalWidth = 1920;
 constexpr std::int64_t kNominalHeight = 1080;
 
-/// Draws lines with one pen and reports where.
+/// Draws the two sides of split lines with one pen and reports where.
 class LineDrawer {
  public:
   LineDrawer(PainterSurface& surface, const drawing::Pen& pen) : m_surface(surface), m_pen(pen) {}
 
-  void Polyline(std::span<const Point> points) {
-    for (std::size_t i = 1; i < points.size(); ++i) Line(points[i - 1], points[i]);
+  /// A map is that of the line for the same pen and side; null: the line is drawn part after part.
+  void Ahead(const TrackWalk& walk, const TrackLineMap* map) {
+    const std::span<const Point> ahead = walk.GetAhead();
+    if (ahead.empty()) return;
+    if (walk.isJoined) Line(*walk.GetPosition(), ahead.front());
+    Parts(ahead, map, walk.passed);
   }
-  void Ahead(const TrackWalk& walk) {
-    if (walk.isJoined) Line(walk.walked.back(), walk.ahead.front());
-    Polyline(walk.ahead);
+  void Walked(const TrackWalk& walk, const TrackLineMap* map) {
+    const std::span<const Point> passed = walk.GetPassed();
+    if (passed.empty()) return;
+    Parts(passed, map, walk.passed - 1);
+    if (walk.present) Line(passed.back(), *walk.present);
   }
-  /// The white lines never leave the frame at the left or at the top.
+  /// Lines never leave the frame at the left or at the top.
   void HoldInFrame() { m_least = 0; }
 
  private:
+  void Parts(std::span<const Point> points, const TrackLineMap* map, std::size_t split) {
+    if (map != nullptr) {
+      map->Draw(split, m_pen.color, m_surface.GetTarget());
+      m_surface.Touch(map->GetArea());
+      return;
+    }
+    for (std::size_t i = 1; i < points.size(); ++i) Line(points[i - 1], points[i]);
+  }
   void Line(Point from, Point to) {
     from = {std::max(from.x, m_least), std::max(from.y, m_least)};
     to = {std::max(to.x, m_least), std::max(to.y, m_least)};
     m_surface.GetCanvas().DrawLine(from, to, m_pen);
-    const std::int64_t reach = std::int64_t{m_pen.width} / 2 + 1;
-    m_surface.Touch({drawing::Saturated(std::min(from.x, to.x) - reach),
-                     drawing::Saturated(std::min(from.y, to.y) - reach),
-                     drawing::Saturated(std::max(from.x, to.x) + reach),
-                     drawing::Saturated(std::max(from.y, to.y) + reach)});
+    m_surface.Touch(LineBounds(from, to, m_pen.width));
   }
 
   PainterSurface& m_surface;
@@ -103,40 +116,14 @@ void DrawPosition(Point at, const TrackLook& look, PainterSurface& surface) {
   DrawPicture(look.positionMarker, at.x - size.width / 2, at.y - size.height / 2, size, surface);
 }
 
-void DrawShadows(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
-  LineDrawer lines(surface, {look.shadowColor, look.shadowWidth});
-  for (const TrackScene::Stretch& stretch : scene.stretches) {
-    lines.Ahead(stretch.walk);
-    lines.Polyline(stretch.walk.walked);
-    for (const TrackDot& dot : stretch.dots) DrawDot(dot.shadow, kGrey, surface);
-  }
-}
-
-void DrawAhead(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
-  LineDrawer lines(surface, {look.aheadColor, look.aheadWidth});
-  lines.HoldInFrame();
-  for (const TrackScene::Stretch& stretch : scene.stretches) {
-    lines.Ahead(stretch.walk);
-    for (const TrackDot& dot : stretch.dots) {
-      if (!dot.isReached) DrawDot(dot.dot, kWhite, surface);
-    }
-  }
-}
-
-void DrawWalked(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
-  LineDrawer lines(surface, {look.walkedColor, look.walkedWidth});
-  for (const TrackScene::Stretch& stretch : scene.stretches) {
-    lines.Polyline(stretch.walk.walked);
-    for (const TrackDot& dot : stretch.dots) {
-      if (dot.isReached) DrawDot(dot.dot, kOrange, surface);
-    }
-  }
-}
-
 }  // namespace
 
-void DrawTrackPicture(const TrackScene& scene, const TrackLook& look, const Rect& rect,
-                      PainterSurface& surface) {
+void TrackPicture::Draw(const TrackScene& scene, const TrackLook& look, const Rect& rect,
+                        PainterSurface& surface) {
+  const XpPixmap32& frame = surface.GetTarget();
+  const MapSizes sizes{look.shadowWidth, look.aheadWidth, look.walkedWidth, {frame.width, frame.height}};
+  if (sizes != m_sizes) Forget();
+  m_sizes = sizes;
   DrawShadows(scene, look, surface);
   DrawAhead(scene, look, surface);
   DrawWalked(scene, look, surface);
@@ -146,6 +133,60 @@ void DrawTrackPicture(const TrackScene& scene, const TrackLook& look, const Rect
   }
   if (scene.position) DrawPosition(*scene.position, look, surface);
   FixTrackShadowAlpha(surface.GetTarget(), rect);
+}
+
+const TrackPicture::LineMaps* TrackPicture::FindMaps(const TrackWalk& walk) {
+  if (!walk.line || walk.line->size() < kLongLine) return nullptr;
+  for (const LineMaps& maps : m_maps) {
+    if (maps.line == walk.line) return &maps;
+  }
+  if (m_maps.size() >= kMostMaps) return nullptr;
+  using Side = TrackLineMap::Side;
+  const auto make = [&](std::int32_t width, Side side) {
+    return TrackLineMap::Make(*walk.line, width, side, m_sizes.frame);
+  };
+  auto shadowAhead = make(m_sizes.shadowWidth, Side::After);
+  if (!shadowAhead) return nullptr;
+  auto shadowWalked = make(m_sizes.shadowWidth, Side::Before);
+  auto ahead = make(m_sizes.aheadWidth, Side::After);
+  auto walked = make(m_sizes.walkedWidth, Side::Before);
+  if (!shadowWalked || !ahead || !walked) return nullptr;
+  m_maps.push_back(
+      {walk.line, *std::move(shadowAhead), *std::move(shadowWalked), *std::move(ahead), *std::move(walked)});
+  return &m_maps.back();
+}
+
+void TrackPicture::DrawShadows(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
+  LineDrawer lines(surface, {look.shadowColor, look.shadowWidth});
+  for (const TrackScene::Stretch& stretch : scene.stretches) {
+    const LineMaps* maps = FindMaps(stretch.walk);
+    lines.Ahead(stretch.walk, maps == nullptr ? nullptr : &maps->shadowAhead);
+    lines.Walked(stretch.walk, maps == nullptr ? nullptr : &maps->shadowWalked);
+    for (const TrackDot& dot : stretch.dots) DrawDot(dot.shadow, kGrey, surface);
+  }
+}
+
+void TrackPicture::DrawAhead(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
+  LineDrawer lines(surface, {look.aheadColor, look.aheadWidth});
+  lines.HoldInFrame();
+  for (const TrackScene::Stretch& stretch : scene.stretches) {
+    const LineMaps* maps = FindMaps(stretch.walk);
+    lines.Ahead(stretch.walk, maps == nullptr ? nullptr : &maps->ahead);
+    for (const TrackDot& dot : stretch.dots) {
+      if (!dot.isReached) DrawDot(dot.dot, kWhite, surface);
+    }
+  }
+}
+
+void TrackPicture::DrawWalked(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
+  LineDrawer lines(surface, {look.walkedColor, look.walkedWidth});
+  for (const TrackScene::Stretch& stretch : scene.stretches) {
+    const LineMaps* maps = FindMaps(stretch.walk);
+    lines.Walked(stretch.walk, maps == nullptr ? nullptr : &maps->walked);
+    for (const TrackDot& dot : stretch.dots) {
+      if (dot.isReached) DrawDot(dot.dot, kOrange, surface);
+    }
+  }
 }
 
 void FixTrackShadowAlpha(XpPixmap32& pixmap, const Rect& rect) {

@@ -13,7 +13,7 @@
 
 namespace vrx::gps {
 
-/// All points are pixels of the frame.
+/// All points are pixels of the frame. Lines are shared with the track and known by their address.
 struct TrackScene {
   /// One clip's line, and the dots that lead to it from the clip before.
   struct Stretch {

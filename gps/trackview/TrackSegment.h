@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+#include "drawing/Geometry.h"
 #include "gps/log/KVUGPSInfo.h"
 #include "gps/track/TrackMetrics.h"
 
@@ -32,15 +34,21 @@ struct TrackDisplayPoint {
   std::uint32_t index = 0;
   bool hasArc = false;  // without one, the three places mean nothing
   TrackPlace arcMid;
-  TrackPlace arcStart;  // where the arc leaves the line from the point before
-  TrackPlace arcEnd;    // where it joins the line to the next point
+  TrackPlace arcStart;        // where the arc leaves the line from the point before
+  TrackPlace arcEnd;          // where it joins the line to the next point
+  std::size_t linePoint = 0;  // its place in the line, or that of the start of its arc
 
   TrackPlace GetPlace() const { return {static_cast<double>(x), static_cast<double>(y)}; }
 };
 
+/// The whole way with its rounded corners, in pixels of the frame. A corner is three points. Never changed,
+/// so that equal lines are known by their address.
+using TrackLine = std::vector<drawing::Point>;
+
 struct TrackSegment {
   std::vector<TrackPoint> points;
   std::vector<TrackDisplayPoint> display;  // the same points; empty until the size of the view is known
+  std::shared_ptr<const TrackLine> line;   // through the display points; null as long as there are none
   std::uint32_t beforeFixCount = 0;        // seconds of the clip before its first fix
   double startTime = 0.0;                  // seconds on the movie's time axis
   double endTime = 0.0;

@@ -2,28 +2,36 @@
 // for it once a frame.
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <optional>
-#include <vector>
+#include <span>
 
 #include "drawing/Geometry.h"
 #include "gps/trackview/TrackSegment.h"
 
 namespace vrx::gps {
 
-/// Points of lines in pixels of the frame. A rounded corner is three points.
+/// Where a clip's line is split. All points are pixels of the frame.
 struct TrackWalk {
-  std::vector<drawing::Point> walked;
-  std::vector<drawing::Point> ahead;
-  bool isJoined = false;  // a line leads from the end of `walked` to the start of `ahead`
+  std::shared_ptr<const TrackLine> line;  // null: there is no line
+  std::size_t passed = 0;                 // so many of its points have been travelled
+  std::optional<drawing::Point> present;  // the end of the travelled way, where that is no point of the line
+  bool isJoined = false;                  // what was travelled is connected to what lies ahead
 
-  void Clear();
+  std::span<const drawing::Point> GetPassed() const;
+  std::span<const drawing::Point> GetAhead() const;
+  /// The end of the travelled way, or the start of a line of which nothing was travelled; null without a
+  /// line.
+  std::optional<drawing::Point> GetPosition() const;
   friend bool operator==(const TrackWalk&, const TrackWalk&) = default;
 };
 
-/// Replaces `walk`. `seconds` is on the clip's time axis; the display points are moved by `origin`. Returns
-/// the present position; null before the first fix, later than three seconds after the last kept point, and
-/// without points.
-std::optional<drawing::Point> WalkSegment(const TrackSegment& segment, drawing::Point origin, double seconds,
-                                          TrackWalk& walk);
+/// `seconds` is on the clip's time axis and `origin` the corner of the view. Nothing but searching depends on
+/// the length of the line.
+TrackWalk WalkSegment(const TrackSegment& segment, drawing::Point origin, double seconds);
+
+/// Whether a position is shown: from the first fix until three seconds after the last point.
+bool IsPositionKnown(const TrackSegment& segment, double seconds);
 
 }  // namespace vrx::gps

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "gps/track/TrackMetrics.h"
@@ -18,6 +19,20 @@ struct PlainClip {
   bool keepLast = true;
 };
 
+/// A TrackScene whose lines are written out.
+struct PlainScene {
+  struct Stretch {
+    std::vector<drawing::Point> walked, ahead;
+    bool isJoined = false;
+    std::vector<TrackDot> dots;
+    friend bool operator==(const Stretch&, const Stretch&) = default;
+  };
+  std::vector<Stretch> stretches;
+  std::optional<TrackScene::Ends> ends;
+  std::optional<drawing::Point> position;
+  friend bool operator==(const PlainScene&, const PlainScene&) = default;
+};
+
 class PlainTrack {
  public:
   using Rect = drawing::Rect;
@@ -27,8 +42,8 @@ class PlainTrack {
     for (const PlainClip& clip : clips) m_segments.push_back(Build(clip));
   }
 
-  TrackScene PerClip(double ms) const {
-    TrackScene scene;
+  PlainScene PerClip(double ms) const {
+    PlainScene scene;
     const double t = ms / 1000.0;
     if (m_segments.empty()) return scene;
     const Segment* s = &m_segments.back();
@@ -38,23 +53,23 @@ class PlainTrack {
     if (s->display.size() < 2) return scene;
     scene.stretches.resize(1);
     bool known = false;
-    const Point position = Lists(*s, t - s->start, scene.stretches[0].walk, known);
+    const Point position = Lists(*s, t - s->start, scene.stretches[0], known);
     if (known) scene.position = position;
     scene.ends = TrackScene::Ends{Flag(s->display.front()), Flag(s->display.back())};
     return scene;
   }
 
-  TrackScene Whole(double ms) const {
-    TrackScene scene;
+  PlainScene Whole(double ms) const {
+    PlainScene scene;
     const double t = ms / 1000.0;
     bool hasEnds = false, known = false;
     double previousEnd = 0, firstStart = 0, lastEnd = 0;
     Point position, reported;
     Display previousLast, start, goal;
     for (const Segment& s : m_segments) {
-      TrackScene::Stretch& stretch = scene.stretches.emplace_back();
+      PlainScene::Stretch& stretch = scene.stretches.emplace_back();
       const double rel = std::max(std::trunc(t - s.start), 0.0);
-      if (s.display.size() >= 2) reported = Lists(s, rel, stretch.walk, known);
+      if (s.display.size() >= 2) reported = Lists(s, rel, stretch, known);
       if (s.start <= t && t <= s.end && known) scene.position = position = reported;
       if (s.display.empty()) continue;
       const double a = s.start + s.beforeFix;
@@ -77,9 +92,9 @@ class PlainTrack {
     return scene;
   }
 
-  static void Draw(const TrackScene& scene, const TrackLook& look, const Rect& rect, XpPixmap32& target) {
+  static void Draw(const PlainScene& scene, const TrackLook& look, const Rect& rect, XpPixmap32& target) {
     drawing::Canvas canvas(target.GetBitmapHandle());
-    const auto ahead = [&](const TrackWalk& walk, const drawing::Pen& pen) {
+    const auto ahead = [&](const PlainScene::Stretch& walk, const drawing::Pen& pen) {
       if (walk.isJoined) canvas.DrawLine(walk.walked.back(), walk.ahead.front(), pen);
       canvas.DrawPolyline(walk.ahead, pen);
     };
@@ -87,12 +102,12 @@ class PlainTrack {
       canvas.DrawEllipse(bounds, {color, 1}, drawing::Brush{color});
     };
     for (const auto& stretch : scene.stretches) {
-      ahead(stretch.walk, {look.shadowColor, look.shadowWidth});
-      canvas.DrawPolyline(stretch.walk.walked, {look.shadowColor, look.shadowWidth});
+      ahead(stretch, {look.shadowColor, look.shadowWidth});
+      canvas.DrawPolyline(stretch.walked, {look.shadowColor, look.shadowWidth});
       for (const TrackDot& d : stretch.dots) dot(d.shadow, 0x333333);
     }
     for (const auto& stretch : scene.stretches) {
-      TrackWalk raised = stretch.walk;
+      PlainScene::Stretch raised = stretch;
       for (auto* list : {&raised.walked, &raised.ahead}) {
         for (Point& p : *list) p = {std::max(p.x, 0), std::max(p.y, 0)};
       }
@@ -100,7 +115,7 @@ class PlainTrack {
       for (const TrackDot& d : stretch.dots) dot(d.dot, d.isReached ? 0x0073FF : 0xFEFEFE);
     }
     for (const auto& stretch : scene.stretches) {
-      canvas.DrawPolyline(stretch.walk.walked, {look.walkedColor, look.walkedWidth});
+      canvas.DrawPolyline(stretch.walked, {look.walkedColor, look.walkedWidth});
       for (const TrackDot& d : stretch.dots) {
         if (d.isReached) dot(d.dot, 0x0073FF);
       }
@@ -201,7 +216,7 @@ class PlainTrack {
     b.arcMid = {m.x + (b.x - m.x) * r / d, m.y + (b.y - m.y) * r / d};
   }
 
-  Point Lists(const Segment& s, double t, TrackWalk& walk, bool& known) const {
+  Point Lists(const Segment& s, double t, PlainScene::Stretch& walk, bool& known) const {
     const std::vector<Display>& d = s.display;
     const double T = t < s.beforeFix ? 0 : t - s.beforeFix;
     known = s.beforeFix <= t && t <= d.back().index + s.beforeFix + 3;
