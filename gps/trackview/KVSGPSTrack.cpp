@@ -151,7 +151,7 @@ void KVSGPSTrack::MakeWholeScene(const Rect& rect, double seconds, TrackScene& s
     if (segment.display.empty()) continue;
     const double fixTime = segment.startTime + segment.beforeFixCount;
     if (previousLast != nullptr) {
-      const TrackGap gap{seconds, std::min(fixTime, previousEnd), fixTime};
+      const TrackGap gap{seconds, previousEnd, fixTime};
       MakeGapDots(*previousLast, segment.display.front(), rect, gap, stretch.dots);
     }
     ends.Add(segment);

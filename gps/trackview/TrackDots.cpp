@@ -32,8 +32,8 @@ void MakeGapDots(const TrackDisplayPoint& from, const TrackDisplayPoint& to, con
   const std::int32_t spacing = ScaledSize(4, scale, 1);
   const double dx = static_cast<double>(to.x) - from.x, dy = static_cast<double>(to.y) - from.y;
   const double length = std::sqrt(dx * dx + dy * dy);
-  if (dotSize + 2.0 > length) return;
   const double pitch = static_cast<double>(shadowSize) + spacing;
+  if (length < pitch) return;
   const double count = std::min(std::trunc(length / pitch), kMostDots);
   const double span = gap.end - gap.start;
   const double reached = span > 0 ? std::trunc(count * (gap.now - gap.start) / span) : 0.0;

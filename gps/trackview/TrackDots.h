@@ -25,7 +25,7 @@ struct TrackGap {
 };
 
 /// Replaces `dots` by those on the straight line between the two points of a view that fills `rect`. There
-/// are none between points that are nearer than a dot, and never more than a few thousand.
+/// are none between points that are nearer than a dot and its space, and never more than a few thousand.
 void MakeGapDots(const TrackDisplayPoint& from, const TrackDisplayPoint& to, const drawing::Rect& rect,
                  const TrackGap& gap, std::vector<TrackDot>& dots);
 

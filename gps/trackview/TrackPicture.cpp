@@ -127,12 +127,13 @@ void TrackPicture::Draw(const TrackScene& scene, const TrackLook& look, const Re
   DrawShadows(scene, look, surface);
   DrawAhead(scene, look, surface);
   DrawWalked(scene, look, surface);
+  // Before the pictures, whose soft edges would stay dark on a shadow that is still opaque.
+  FixTrackShadowAlpha(surface.GetTarget(), rect);
   if (scene.ends) {
     DrawEndMark(scene.ends->start, true, look, rect, surface);
     DrawEndMark(scene.ends->goal, false, look, rect, surface);
   }
   if (scene.position) DrawPosition(*scene.position, look, surface);
-  FixTrackShadowAlpha(surface.GetTarget(), rect);
 }
 
 const TrackPicture::LineMaps* TrackPicture::FindMaps(const TrackWalk& walk) {

@@ -34,8 +34,8 @@ class CanvasAxis {
   static std::int32_t HalfOf(double margin) { return Saturate<std::int32_t>(margin) / 2; }
 
   std::int32_t Place(double arcSeconds) const {
-    if (m_span == 0) return kTrackCanvasSize / 2;
     const double place = m_size * std::abs(arcSeconds - m_start) / m_span;
+    // Also where there is no extent to divide by.
     if (!std::isfinite(place)) return kTrackCanvasSize / 2;
     return drawing::Saturated(std::int64_t{Saturate<std::int32_t>(place)} - m_shift);
   }

@@ -120,6 +120,12 @@ class PlainTrack {
         if (d.isReached) dot(d.dot, 0x0073FF);
       }
     }
+    for (std::int32_t y = std::max(rect.top, 0); y < std::min(rect.bottom, target.height); ++y) {
+      for (std::int32_t x = std::max(rect.left, 0); x < std::min(rect.right, target.width); ++x) {
+        unsigned char* p = target.GetPlane(0)->Row(y) + std::ptrdiff_t{x} * 4;
+        if (p[0] == 0x33 && p[1] == 0x33 && p[2] == 0x33) p[3] = 0x66;
+      }
+    }
     if (scene.ends) {
       Mark(scene.ends->start, *look.startMarker, *look.startText, true, look, rect, target);
       Mark(scene.ends->goal, *look.goalMarker, *look.goalText, false, look, rect, target);
@@ -128,12 +134,6 @@ class PlainTrack {
       const std::int32_t w = look.frameWidth * look.positionMarker->width / 1920,
                          h = look.frameHeight * look.positionMarker->height / 1080;
       Overlay(target, scene.position->x - w / 2, scene.position->y - h / 2, w, h, *look.positionMarker);
-    }
-    for (std::int32_t y = std::max(rect.top, 0); y < std::min(rect.bottom, target.height); ++y) {
-      for (std::int32_t x = std::max(rect.left, 0); x < std::min(rect.right, target.width); ++x) {
-        unsigned char* p = target.GetPlane(0)->Row(y) + std::ptrdiff_t{x} * 4;
-        if (p[0] == 0x33 && p[1] == 0x33 && p[2] == 0x33) p[3] = 0x66;
-      }
     }
   }
 

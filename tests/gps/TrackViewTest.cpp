@@ -88,6 +88,10 @@ TEST(TrackSegmentTest, RouteIsCentredInItsShapeAndThinned) {
   EXPECT_EQ(route(wide, wideBounds, false).points.size(), 4u);
   // Half the odd margin is rounded towards the upper left: 800 * 5 / 6 is 666.67, the margin 333.
   EXPECT_THAT(route({At(5, 6)}, {0, 0, 5, 6}).points, ElementsAre(TrackPoint{666 + 166, 900, 0}));
+  KVUGPSInfo valid = At(0, 0, GPSPointBeforeFix);
+  valid.status = 1;
+  EXPECT_EQ(route({valid}, kSquare).beforeFixCount, 0u);
+  EXPECT_EQ(route({valid}, kSquare).points.size(), 1u);
   // A place that cannot be computed is the middle.
   const double none = std::numeric_limits<double>::quiet_NaN();
   EXPECT_THAT(route({At(3, 3), At(3, 3)}, {-3, 3, 0, 0}).points,
@@ -181,7 +185,7 @@ TEST(TrackDotsTest, DotsFillUpWithTime) {
   EXPECT_EQ(reached({29.99, 30, 30}), 0);  // a gap without time turns at once
   EXPECT_EQ(reached({30, 30, 30}), 7);
   std::vector<TrackDot> dots;
-  to.x = 17;
+  to.x = 23;  // less than a dot and its space
   MakeGapDots(from, to, view, {}, dots);
   EXPECT_TRUE(dots.empty());
   to.x = to.y = std::numeric_limits<std::int32_t>::max();
@@ -213,7 +217,7 @@ class TrackViewTest : public testing::Test {
     for (int left = below(5); left > 0; --left) {
       PlainClip clip;
       if (below(3) == 0) clip.list.assign(static_cast<std::size_t>(below(6)), At(0, 0, GPSPointBeforeFix));
-      for (int count = below(3) == 0 ? below(4) : below(60); count > 0; --count) {
+      for (int count = below(3) == 0 ? below(4) : below(m_longest); count > 0; --count) {
         if (below(4) != 0) x += below(5) * size - 2 * size;
         if (below(4) != 0) y += below(5) * size - 2 * size;
         clip.list.push_back(At(x, y, below(9) == 0 ? GPSPointHeld : GPSPointLogged));
@@ -261,7 +265,8 @@ class TrackViewTest : public testing::Test {
 
   KVSGPSTrack m_track;
   std::vector<PlainClip> m_clips;
-  double m_end = 0;
+  double m_end = 0;    // seconds
+  int m_longest = 60;  // clip, in positions
   TrackLook m_look{.aheadWidth = 6,
                    .walkedWidth = 6,
                    .shadowWidth = 10,
@@ -283,7 +288,7 @@ class TrackViewTest : public testing::Test {
 TEST_F(TrackViewTest, EveryMomentOfAnyRouteIsThePlainOne) {
   std::mt19937 random(5);
   const Rect views[] = {{1440, 560, 1794, 960}, {1550, 70, 1890, 410}, {0, 0, 1920, 1080},
-                        {-40, -30, 77, 60},     {960, 373, 1196, 640}, {5, 5, 6, 6}};
+                        {-40, -30, 60, 60},     {960, 373, 1196, 640}, {5, 5, 6, 6}};
   TrackScene scene;
   for (int route = 0; route < 400; ++route) {
     MakeRandomClips(random);
@@ -307,15 +312,18 @@ TEST_F(TrackViewTest, PictureIsThePlainOneAndItsAreaIsReported) {
   std::mt19937 random(11);
   TrackScene scene;
   XpPixmap32 plain;
-  for (int route = 0; route < 12; ++route) {
+  for (int route = 0; route < 16; ++route) {
+    m_longest = route < 4 ? 60 : 600;  // from some hundred points on, maps of the lines are used
     MakeRandomClips(random);
     m_look.frameWidth = route % 2 == 0 ? 640 : 491;
     m_look.frameHeight = route % 2 == 0 ? 360 : 303;
-    m_look.shadowWidth = route % 3 == 0 ? 10 : 3;
-    m_look.aheadWidth = m_look.walkedWidth = route % 3 == 0 ? 6 : 1;
     const Rect view = route % 4 == 3 ? Rect{-60, -50, 300, 200} : Rect{100, 20, 480, 290};
     for (int moment = 0; moment < 5; ++moment) {
-      m_track.MakeScene(view, static_cast<std::int64_t>(random() % 120) * 700, scene);
+      m_look.shadowWidth = moment % 2 == 0 ? 10 : 3;
+      m_look.aheadWidth = moment % 3 == 0 ? 6 : 1;
+      m_look.walkedWidth = moment < 3 ? 6 : 1;
+      m_track.MakeScene(view, static_cast<std::int64_t>(random() % static_cast<unsigned>((m_end + 4) * 1000)),
+                        scene);
       Draw(scene, view);
       ASSERT_EQ(plain.Allocate(m_look.frameWidth, m_look.frameHeight), XpOk);
       PlainTrack::Draw(Plain(scene), m_look, view, plain);
@@ -358,6 +366,10 @@ TEST_F(TrackViewTest, WholeMovieShowsAllClipsAndTheCurrentOneAloneShowsItself) {
   EXPECT_EQ(scene.position, (Point{300, 100}));
   m_track.MakeScene(view, 13500, scene);
   EXPECT_EQ(scene.position, (Point{400, 600}));
+
+  m_track.MakeScene({30, -10, 1030, 990}, 13500, scene);  // of the same size elsewhere
+  EXPECT_EQ(scene.position, (Point{430, 590}));
+  EXPECT_EQ(Ahead(scene.stretches[2].walk).front(), (Point{430, 590}));
 
   m_track.SetPerClip(true);
   m_track.MakeScene(view, 14500, scene);
