@@ -1,6 +1,8 @@
 #include "gps/trackview/TrackPicture.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <span>
 #include <utility>
 
@@ -21,6 +23,13 @@ constexpr ColorRef kOrange = MakeColor(0xFF, 0x73, 0x00);
 constexpr unsigned char kShadowGrey = 0x33;
 constexpr ColorRef kGrey = MakeColor(kShadowGrey, kShadowGrey, kShadowGrey);
 constexpr unsigned char kShadowAlpha = 0x66;
+// Pixels as they lie in memory.
+using PixelBytes = std::array<unsigned char, 4>;
+constexpr auto kColorBits = std::bit_cast<std::uint32_t>(PixelBytes{255, 255, 255, 0});
+constexpr auto kGreyColor =
+    std::bit_cast<std::uint32_t>(PixelBytes{kShadowGrey, kShadowGrey, kShadowGrey, 0});
+constexpr auto kShadowPixel =
+    std::bit_cast<std::uint32_t>(PixelBytes{kShadowGrey, kShadowGrey, kShadowGrey, kShadowAlpha});
 constexpr std::size_t kLongLine = 256;  // points; from here on maps are faster
 constexpr std::size_t kMostMaps = 4;    // bounds the memory that many long clips take
 constexpr std::int64_t kNominalWidth = 1920;
@@ -195,12 +204,9 @@ void FixTrackShadowAlpha(XpPixmap32& pixmap, const Rect& rect) {
   if (plane == nullptr) return;
   const Rect inside = drawing::Intersect(rect, {0, 0, pixmap.width, pixmap.height});
   for (std::int32_t y = inside.top; y < inside.bottom; ++y) {
-    unsigned char* row = plane->Row(y);
-    for (std::int32_t x = inside.left; x < inside.right; ++x) {
-      unsigned char* pixel = row + std::ptrdiff_t{x} * 4;
-      const bool isShadow = pixel[0] == kShadowGrey && pixel[1] == kShadowGrey && pixel[2] == kShadowGrey;
-      pixel[3] = isShadow ? kShadowAlpha : pixel[3];
-    }
+    auto* pixels = reinterpret_cast<std::uint32_t*>(plane->Row(y));
+    for (std::int32_t x = inside.left; x < inside.right; ++x)
+      pixels[x] = (pixels[x] & kColorBits) == kGreyColor ? kShadowPixel : pixels[x];
   }
 }
 
