@@ -1,7 +1,7 @@
 #include "gps/trackview/KVSGPSTrack.h"
 
 #include <algorithm>
-#include <utility>
+#include <optional>
 
 #include "foundation/number/Saturate.h"
 #include "gps/trackview/TrackLayout.h"

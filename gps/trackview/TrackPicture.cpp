@@ -133,6 +133,12 @@ void TrackPicture::Draw(const TrackScene& scene, const TrackLook& look, const Re
   const MapSizes sizes{look.shadowWidth, look.aheadWidth, look.walkedWidth, {frame.width, frame.height}};
   if (sizes != m_sizes) Forget();
   m_sizes = sizes;
+  // Another clip needs the room.
+  std::erase_if(m_maps, [&scene](const LineMaps& maps) {
+    return std::none_of(
+        scene.stretches.begin(), scene.stretches.end(),
+        [&maps](const TrackScene::Stretch& stretch) { return stretch.walk.line == maps.line; });
+  });
   DrawShadows(scene, look, surface);
   DrawAhead(scene, look, surface);
   DrawWalked(scene, look, surface);

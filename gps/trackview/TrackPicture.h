@@ -12,7 +12,7 @@
 
 namespace vrx::gps {
 
-/// Keeps maps of a few long lines; the pixels are the same as without them.
+/// Keeps maps of a few long lines of the last scene; the pixels are the same as without them.
 class TrackPicture {
  public:
   /// Shadows first, then what lies ahead, what has been travelled, the flags and the marker. `rect` is the
