@@ -1,18 +1,11 @@
 // The looks and places of the GPS overlay: the stated rectangles, fonts, colours and needles, and the same at
 // other sizes.
+#include <gtest/gtest.h>
 #include <cmath>
 #include <limits>
-#include <ostream>
-
-#include <gtest/gtest.h>
 
 #include "gps/templates/KorvoTemplate.h"
-
-namespace vrx::drawing {
-void PrintTo(const Rect& rect, std::ostream* out) {
-  *out << "(" << rect.left << ", " << rect.top << ", " << rect.right << ", " << rect.bottom << ")";
-}
-}  // namespace vrx::drawing
+#include "tests/drawing/PrintGeometry.h"
 
 namespace {
 

@@ -9,14 +9,8 @@
 #include "gps/trackview/KVSGPSTrack.h"
 #include "gps/trackview/TrackLayout.h"
 #include "imaging/pixmap/XpPixmapBlock.h"
+#include "tests/drawing/PrintGeometry.h"
 #include "tests/gps/PlainTrack.h"
-
-namespace vrx::drawing {
-void PrintTo(const Point& p, std::ostream* out) { *out << "(" << p.x << "," << p.y << ")"; }
-void PrintTo(const Rect& r, std::ostream* out) {
-  *out << "[" << r.left << "," << r.top << "," << r.right << "," << r.bottom << "]";
-}
-}  // namespace vrx::drawing
 
 namespace {
 

@@ -6,12 +6,7 @@
 
 #include "overlay/tennis/KVSTennisMetaPainterLayoutLight.h"
 #include "overlay/tennis/KVSTennisMetaPainterLayoutNormal.h"
-
-namespace vrx::drawing {
-void PrintTo(const Rect& rect, std::ostream* out) {
-  *out << "(" << rect.left << ", " << rect.top << ", " << rect.right << ", " << rect.bottom << ")";
-}
-}  // namespace vrx::drawing
+#include "tests/drawing/PrintGeometry.h"
 
 namespace {
 
