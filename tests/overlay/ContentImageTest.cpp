@@ -157,6 +157,15 @@ TEST_F(ContentImageTest, PlacesFollowTheSizeOfTheFrameAndAreClippedToIt) {
   const XpPixmap32& small = Drawn(13, 7);
   EXPECT_EQ(PixelOf(small, 0, 0), kRed);
   EXPECT_EQ(PixelOf(small, 12, 6), kRed);
+  for (const bool useOverlayImages : {false, true}) {
+    m_record.useOverlayImages = useOverlayImages;
+    m_record.images.Clear();
+    Add(Solid(3, 3, 255, 0, 0), {0, 0, 1919, 1079});
+    const XpPixmap32& inside = Drawn();
+    EXPECT_EQ(PixelOf(inside, 94, 52), kRed);
+    EXPECT_EQ(PixelOf(inside, 95, 52), kClear) << "parts of a pixel are left out";
+    EXPECT_EQ(PixelOf(inside, 94, 53), kClear);
+  }
 }
 
 TEST_F(ContentImageTest, OnlyPicturesThatShrinkInBothDirectionsAreSmoothed) {
@@ -178,6 +187,7 @@ TEST_F(ContentImageTest, OnlyPicturesThatShrinkInBothDirectionsAreSmoothed) {
   };
   EXPECT_TRUE(isSmoothed({0, 0, 600, 600}));   // 30 by 30
   EXPECT_FALSE(isSmoothed({0, 0, 600, 900}));  // 30 by 45
+  EXPECT_FALSE(isSmoothed({0, 0, 800, 600}));  // 40 by 30
   EXPECT_FALSE(isSmoothed({0, 0, 800, 800}));  // its own size
   EXPECT_FALSE(isSmoothed({0, 0, 1600, 1000}));
 }
@@ -202,7 +212,7 @@ TEST_F(ContentImageTest, ForeignRecordsAndEmptyHoldersChangeNothing) {
 TEST_F(ContentImageTest, PicturesMayBeExchangedBetweenFramesByAnotherThread) {
   Add(Solid(2, 2, 255, 0, 0), {0, 0, 1920, 1080});
   ContentImageInfo other;
-  other.images.Add({Solid(2, 2, 0, 0, 255), {0, 0, 1920, 1080}});
+  for (int i = 0; i < 40; ++i) other.images.Add({Solid(2, 2, 0, 0, 255), {0, 0, 1920, 1080}});
   Drawn();
   std::atomic<bool> stop = false;
   std::jthread host([&] {

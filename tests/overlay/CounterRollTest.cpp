@@ -68,6 +68,7 @@ TEST(CounterRollTest, SmallDifferencesRollOneByOne) {
 TEST(CounterRollTest, LargeDifferencesRollInFourEqualSteps) {
   for (std::int64_t t = kShotMs - 310; t < kShotMs; ++t) {
     EXPECT_EQ(SpeedAt(30, 50, t), Tape({30, 35, 40, 45, 50, 55}, t)) << t;
+    EXPECT_EQ(SpeedAt(10, 15, t), Tape({10, 11, 13, 14, 15, 16}, t)) << t;
     EXPECT_EQ(SpeedAt(180, 0, t), Tape({180, 135, 90, 45, 0, -44}, t)) << t;
     EXPECT_EQ(SpeedAt(0, 9, t), Tape({0, 2, 5, 7, 9, 11}, t)) << t;
   }

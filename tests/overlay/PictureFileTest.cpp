@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <png.h>
 
+#include "drawing/PictureScaler.h"
 #include "foundation/file/XpMemoryFile.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/registry/XpRegistry.h"
@@ -65,9 +66,10 @@ std::string Patched(std::string bytes, std::size_t offset, std::uint32_t value, 
 }
 
 TEST(PictureFileTest, BitmapsOf24And32BitsGiveTheirRowsTopDown) {
-  for (const Bitmap& bitmap : {Bitmap{}, Bitmap{.hasFileHeader = false}, Bitmap{.bits = 24},
-                               Bitmap{.bits = 24, .hasFileHeader = false}, Bitmap{.compression = 3},
-                               Bitmap{.bits = 24, .width = 1, .height = 1}, Bitmap{.headerBytes = 124}}) {
+  for (const Bitmap& bitmap :
+       {Bitmap{}, Bitmap{.hasFileHeader = false}, Bitmap{.bits = 24},
+        Bitmap{.bits = 24, .hasFileHeader = false}, Bitmap{.compression = 3}, Bitmap{.compression = 4},
+        Bitmap{.bits = 24, .width = 1, .height = 1}, Bitmap{.headerBytes = 124}}) {
     SCOPED_TRACE(testing::Message() << bitmap.bits << " " << bitmap.width << " " << bitmap.compression << " "
                                     << bitmap.hasFileHeader);
     const OwnedPicture picture = Read(bitmap.Bytes());
@@ -154,10 +156,10 @@ std::string Png(png_uint_32 width, png_uint_32 height, png_uint_32 format) {
   return bytes;
 }
 
-OwnedPicture ReadPng(std::string bytes) {
+OwnedPicture ReadPng(std::string bytes, XpString* problem = nullptr) {
   XpMemoryFile file;
   file.Attach(bytes.data(), static_cast<std::int64_t>(bytes.size()), false);
-  return ReadPngFromStream(file);
+  return ReadPngFromStream(file, problem);
 }
 
 TEST(PictureFileTest, PngKeepsStraightAlphaAndRefusesOtherDepths) {
@@ -176,8 +178,11 @@ TEST(PictureFileTest, PngKeepsStraightAlphaAndRefusesOtherDepths) {
   EXPECT_EQ(ReadPng(Png(static_cast<png_uint_32>(kMaxPictureSide) + 1, 1, PNG_FORMAT_RGB)), nullptr);
   // A few bytes cannot hold a picture that large; the size is stated in the head alone.
   std::string liar = Png(3, 2, PNG_FORMAT_RGBA);
-  liar.replace(16, 8, std::string("\0\0\x40\0\0\0\x40\0", 8));
-  EXPECT_EQ(ReadPng(liar), nullptr);
+  liar.replace(16, 17,
+               std::string("\0\0\x20\0\0\0\x10\0\x08\x06\0\0\0\xDA\xC9\x6F\x0B", 17));  // with its checksum
+  XpString problem;
+  EXPECT_EQ(ReadPng(liar, &problem), nullptr);
+  EXPECT_EQ(problem, u"the file ends within the picture");
   const std::string whole = Png(3, 2, PNG_FORMAT_RGBA);
   const std::size_t firstChunkAfterPixels = whole.find("IEND") - 8;
   for (std::size_t size = 0; size < firstChunkAfterPixels - 4; ++size) {
@@ -315,6 +320,10 @@ TEST_F(ResourceFolderTest, LargeFramesTakeTheDoubledPicturesOfTheRightSize) {
     const XpPixmap32* twice = renditions.Get(top, 6, 2);
     ASSERT_EQ(twice->width, 6);
     EXPECT_EQ(set->doubled.contains(top.Get()) && set->doubled.at(top.Get()).Get() == twice, width != 1920);
+    // One that is too small in one direction only takes the doubled one too.
+    const auto& source = width == 1920 ? top : set->doubled.at(top.Get());
+    const auto tall = vrx::drawing::ScalePicture(*source, 3, 2);
+    EXPECT_EQ(std::memcmp(renditions.Get(top, 3, 2)->data, tall->data, tall->size), 0);
     EXPECT_EQ(renditions.Get(top, 0, 5), nullptr);
     EXPECT_EQ(renditions.Get(PainterPicture(), 5, 5), nullptr);
   }

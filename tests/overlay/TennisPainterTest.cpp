@@ -1,8 +1,10 @@
 // The tennis overlay shows at each moment what a drawing from scratch shows, whatever was drawn before. Texts
 // are boxes and the pictures are made here, so that pixels are the same on every machine.
+#include <atomic>
 #include <cstring>
 #include <optional>
 #include <random>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -252,9 +254,30 @@ TEST_F(TennisPainterTest, ShotShowsAheadOfItsTimeButItsSwingDoesNot) {
   EXPECT_TRUE(AreEqual(shifted, Draw(100)));
 }
 
+TEST_F(TennisPainterTest, LargerFramesShowTheDoubledPicturesOfTheLastConfiguration) {
+  const auto set = info.tennisMetaInfo.resources;
+  Configure();
+  const PixmapHolder nominal = Draw(5000);
+  PainterPicture& doubled = set->doubled[set->shade.Get()];
+  doubled = PainterPicture(MakeSolidPixmap(0, 0, 255, 255).release());
+  Configure();
+  EXPECT_FALSE(AreEqual(nominal, Draw(5000)));
+  EXPECT_EQ(vrx::drawing::PixelAt(*Draw(5000), 319, 179), 0xFF0000FFu);
+  set->doubled.clear();
+  Configure();
+  EXPECT_TRUE(AreEqual(nominal, Draw(5000)));
+}
+
 TEST_F(TennisPainterTest, MissingPicturesLeaveTheTexts) {
   info.tennisMetaInfo.resources = std::make_shared<TennisMetaResource>();
-  Configure();
+  for (const std::int32_t layout : {2, 1}) {
+    info.tennisMetaInfo.layoutType = layout;
+    Configure();
+    ExpectPlain(5000, Canvas(320, 180), "layout " + std::to_string(layout));
+    const Rect ink = InkOf(*Draw(5000));
+    EXPECT_LE(painter->GetDrawnRows().first, ink.top) << layout;
+    EXPECT_GE(painter->GetDrawnRows().last, ink.bottom) << layout;
+  }
   const PixmapHolder bare = Draw(5000);
   EXPECT_FALSE(InkOf(*bare).IsEmpty());
   auto clear = std::make_shared<TennisMetaResource>();
@@ -272,6 +295,46 @@ TEST_F(TennisPainterTest, MissingPicturesLeaveTheTexts) {
   Configure();
   EXPECT_EQ(vrx::drawing::PixelAt(*Draw(5000), 100, 175), 0xFF000000u);
   ExpectPlain(5000, Canvas(320, 180), "opaque");
+}
+
+TEST(TennisSceneTest, ShotRunsAlongTheTimeLineForTenSecondsAndStaysForHalfOne) {
+  std::vector<TennisShot> shots(1);
+  shots[0].time = 20;
+  shots[0].strokeClass = 6;
+  shots[0].clipEnd = -1;  // no clip: the axis of the metadata
+  const auto layout = MakeTennisLayout(1, nullptr, 1920, 1080, u"");
+  struct Case {
+    std::int64_t ahead;
+    bool isComing, wasPlayed;
+  };
+  for (const Case& c : {Case{10001, false, false}, Case{10000, true, false}, Case{1, true, false},
+                        Case{0, false, true}, Case{-500, false, true}, Case{-501, false, false}}) {
+    TennisScene scene;
+    MakeTennisScene(TennisShots(shots), *layout, 0, 20000 - 33 - c.ahead, scene);
+    ASSERT_EQ(scene.markers.size(), c.isComing ? 1u : 0u) << c.ahead;
+    ASSERT_EQ(scene.played.has_value(), c.wasPlayed) << c.ahead;
+    const Rect place = layout->GetTimeMarkerRect(c.isComing ? c.ahead : 0, 10000, 10);
+    for (const TennisScene::Marker& marker : scene.markers)
+      EXPECT_EQ(marker, (TennisScene::Marker{6, place}));
+    EXPECT_EQ(scene.played.value_or(TennisScene::Marker{6, place}), (TennisScene::Marker{6, place}));
+  }
+}
+
+TEST_F(TennisPainterTest, ConfigurationMayChangeWhileAnotherThreadDraws) {
+  const TennisMetaInfo& many = info.tennisMetaInfo;
+  TennisMetaInfo light = many;
+  light.layoutType = 2;
+  Configure();
+  std::atomic<bool> stop = false;
+  std::jthread host([&] {
+    for (int i = 0; i < 300; ++i) {
+      painter->Configure(&info, i % 2 == 0 ? &light : &many);
+      painter->SetOutputSize(64 + i % 2, 48);
+    }
+    stop = true;
+  });
+  PixmapHolder holder = Canvas(64, 48);
+  while (!stop) ASSERT_TRUE(painter->Draw(0, 5000, 0, holder) || stop);
 }
 
 TEST_F(TennisPainterTest, NothingIsDrawnWithoutLayoutPicturesOrShots) {
