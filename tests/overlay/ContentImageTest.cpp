@@ -210,20 +210,25 @@ TEST_F(ContentImageTest, ForeignRecordsAndEmptyHoldersChangeNothing) {
 }
 
 TEST_F(ContentImageTest, PicturesMayBeExchangedBetweenFramesByAnotherThread) {
-  Add(Solid(2, 2, 255, 0, 0), {0, 0, 1920, 1080});
   ContentImageInfo other;
-  for (int i = 0; i < 40; ++i) other.images.Add({Solid(2, 2, 0, 0, 255), {0, 0, 1920, 1080}});
+  for (int i = 0; i < 32; ++i) {
+    Add(Solid(2, 2, 255, 0, 0), {i * 60, 0, i * 60 + 60, 1080});
+    other.images.Add({Solid(2, 2, 0, 0, 255), {i * 60, 0, i * 60 + 60, 1080}});
+  }
+  m_record.useOverlayImages = other.useOverlayImages = true;  // copies that the painter alone holds
   Drawn();
-  std::atomic<bool> stop = false;
-  std::jthread host([&] {
-    for (int i = 0; i < 500; ++i) m_painter.Configure(&m_info, i % 2 == 0 ? &other : &m_record);
-    stop = true;
+  std::atomic<int> configured = 0;
+  const std::jthread host([&](const std::stop_token& stop) {
+    for (; !stop.stop_requested(); ++configured) {
+      m_painter.Configure(&m_info, configured % 2 == 0 ? &other : &m_record);
+    }
   });
-  while (!stop) {
+  for (int i = 0; i < 50 || configured < 500; ++i) {
+    FillPixmap(*m_holder, 0, 0, 0, 0);
     m_painter.Draw(0, 0, 0, m_holder);
-    const std::uint32_t pixel = PixelOf(*m_holder, 5, 5);
+    const std::uint32_t pixel = PixelOf(*m_holder, 0, 5);
     ASSERT_TRUE(pixel == kRed || pixel == kBlue);
-    ASSERT_EQ(PixelOf(*m_holder, 95, 53), pixel) << "one picture a frame";
+    for (int x = 1; x < 96; ++x) ASSERT_EQ(PixelOf(*m_holder, x, 5), pixel) << "one list a frame, at " << x;
   }
 }
 

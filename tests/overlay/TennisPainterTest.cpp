@@ -321,20 +321,17 @@ TEST(TennisSceneTest, ShotRunsAlongTheTimeLineForTenSecondsAndStaysForHalfOne) {
 }
 
 TEST_F(TennisPainterTest, ConfigurationMayChangeWhileAnotherThreadDraws) {
-  const TennisMetaInfo& many = info.tennisMetaInfo;
-  TennisMetaInfo light = many;
+  TennisMetaInfo light = info.tennisMetaInfo;
   light.layoutType = 2;
   Configure();
-  std::atomic<bool> stop = false;
-  std::jthread host([&] {
-    for (int i = 0; i < 300; ++i) {
-      painter->Configure(&info, i % 2 == 0 ? &light : &many);
-      painter->SetOutputSize(64 + i % 2, 48);
+  std::atomic<int> configured = 0;
+  const std::jthread host([&](const std::stop_token& stop) {
+    for (; !stop.stop_requested(); ++configured) {
+      painter->Configure(&info, configured % 2 == 0 ? &light : &info.tennisMetaInfo);
     }
-    stop = true;
   });
   PixmapHolder holder = Canvas(64, 48);
-  while (!stop) ASSERT_TRUE(painter->Draw(0, 5000, 0, holder) || stop);
+  for (int i = 0; i < 50 || configured < 100; ++i) ASSERT_TRUE(painter->Draw(0, 5000, 0, holder));
 }
 
 TEST_F(TennisPainterTest, NothingIsDrawnWithoutLayoutPicturesOrShots) {
