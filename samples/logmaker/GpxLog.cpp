@@ -20,7 +20,7 @@ std::string Element(const std::string& name, const std::string& content) {
   return "<" + name + ">" + content + "</" + name + ">";
 }
 
-std::string Point(const DriveState& state, const ClockReading& clock, const GpxStyle& style) {
+std::string Point(const RouteState& state, const ClockReading& clock, const GpxStyle& style) {
   const std::string& p = style.prefix;
   std::string text = "<" + p + "trkpt lat=\"" + PaddedReal(state.latitude, 7, 0) + "\" lon=\"" +
                      PaddedReal(state.longitude, 7, 0) + "\">" + Element(p + "ele", "408.3") +
@@ -42,7 +42,7 @@ std::string Utf16(const std::string& ascii) {
 
 }  // namespace
 
-std::string GpxLog(const DriveRoute& route, const GpxStyle& style) {
+std::string GpxLog(const Route& route, const GpxStyle& style) {
   const std::string& p = style.prefix;
   const std::string bound = p.empty() ? "xmlns" : "xmlns:" + p.substr(0, p.size() - 1);
   const std::string nameSpace =
@@ -54,7 +54,7 @@ std::string GpxLog(const DriveRoute& route, const GpxStyle& style) {
   bool isBroken = false;  // a new segment begins where the fix was lost
   bool hasPoints = false;
   for (std::int64_t at = 0; at <= route.Milliseconds(); at += 1000 / style.rate) {
-    const DriveState state = route.At(at);
+    const RouteState state = route.At(at);
     isBroken = isBroken || (hasPoints && !state.hasFix);
     if (!state.hasFix) continue;
     if (isBroken) text += "</" + p + "trkseg><" + p + "trkseg>\n";

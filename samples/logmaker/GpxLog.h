@@ -1,9 +1,9 @@
-// Writes a drive as a GPX document.
+// Writes a route as a GPX document.
 #pragma once
 
 #include <string>
 
-#include "samples/logmaker/DriveRoute.h"
+#include "samples/route/Route.h"
 
 namespace vrx::test_support {
 
@@ -20,6 +20,6 @@ struct GpxStyle {
   bool isUtf16 = false;  // little-endian with a byte order mark
 };
 
-std::string GpxLog(const DriveRoute& route, const GpxStyle& style);
+std::string GpxLog(const Route& route, const GpxStyle& style);
 
 }  // namespace vrx::test_support

@@ -23,10 +23,10 @@ std::string Angle(double degrees, int decimals, int width, char positive, char n
 
 class NmeaText {
  public:
-  NmeaText(const DriveRoute& route, const NmeaStyle& style) : m_route(route), m_style(style) {}
+  NmeaText(const Route& route, const NmeaStyle& style) : m_route(route), m_style(style) {}
 
   void AddMoment(std::int64_t elapsed) {
-    const DriveState state = m_route.At(elapsed);
+    const RouteState state = m_route.At(elapsed);
     if (!state.hasFix && m_style.voids == NmeaVoid::kNothing) return;
     if (state.hasFix) m_known = state;
     const ClockReading clock = m_route.ClockAt(elapsed, -m_style.rolledWeeks * kSecondsPerWeek);
@@ -98,20 +98,20 @@ class NmeaText {
     m_text += '$';
   }
 
-  const DriveRoute& m_route;
+  const Route& m_route;
   const NmeaStyle& m_style;
   std::string m_text;
   std::string m_clock;
   std::string m_date;
   std::string m_position;
   bool m_hasFix = false;
-  DriveState m_known;
+  RouteState m_known;
   std::uint32_t m_random = 1;
 };
 
 }  // namespace
 
-std::string NmeaLog(const DriveRoute& route, const NmeaStyle& style) {
+std::string NmeaLog(const Route& route, const NmeaStyle& style) {
   NmeaText text(route, style);
   for (std::int64_t at = 0; at <= route.Milliseconds(); at += 1000 / style.rate) text.AddMoment(at);
   return text.Text();

@@ -1,9 +1,9 @@
-// Writes a drive as the NMEA 0183 log of a receiver.
+// Writes a route as the NMEA 0183 log of a receiver.
 #pragma once
 
 #include <string>
 
-#include "samples/logmaker/DriveRoute.h"
+#include "samples/route/Route.h"
 
 namespace vrx::test_support {
 
@@ -30,6 +30,6 @@ struct NmeaStyle {
   int rolledWeeks = 0;  // by which the date is too early
 };
 
-std::string NmeaLog(const DriveRoute& route, const NmeaStyle& style);
+std::string NmeaLog(const Route& route, const NmeaStyle& style);
 
 }  // namespace vrx::test_support

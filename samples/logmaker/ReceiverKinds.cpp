@@ -6,8 +6,6 @@
 namespace vrx::test_support {
 namespace {
 
-using Route = DriveRoute;
-
 std::string Utf16Gpx(const Route& route) {
   return GpxLog(route, {.speed = GpxSpeed::kExtension, .isUtf16 = true});
 }

@@ -4,14 +4,14 @@
 #include <span>
 #include <string>
 
-#include "samples/logmaker/DriveRoute.h"
+#include "samples/route/Route.h"
 
 namespace vrx::test_support {
 
 struct ReceiverKind {
   const char* name;
   const char* what;  // for a help text
-  std::string (*write)(const DriveRoute&);
+  std::string (*write)(const Route&);
 };
 
 std::span<const ReceiverKind> ReceiverKinds();

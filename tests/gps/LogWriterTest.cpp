@@ -11,6 +11,7 @@
 #include "gps/receiver/NmeaReader.h"
 #include "gps/receiver/SecondFixes.h"
 #include "samples/logmaker/NmeaLog.h"
+#include "samples/route/DriveRoute.h"
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "gps/track/GpsTimeline.h"
 #include "samples/clipmaker/PatternClip.h"
 #include "samples/logmaker/ReceiverKinds.h"
+#include "samples/route/DriveRoute.h"
 #include "tests/content/MoffBytes.h"
 #include "tests/content/Mp4Boxes.h"
 #include "tests/render/VrxProcess.h"
@@ -105,7 +106,7 @@ TEST_F(GpsCommandsTest, EachKindOfReceiverGivesTheSameTrackInTheSidecar) {
     for (const Json& point : json["points"]) {
       const int second = point["second"].get<int>() + 5;
       SCOPED_TRACE(second);
-      const DriveState state = route.At(second * 1000);
+      const RouteState state = route.At(second * 1000);
       if (!state.hasFix) continue;  // and a fast receiver has a fix a little before the end of the tunnel
       EXPECT_EQ(point["kind"], "logged");
       EXPECT_NEAR(point["latitude"].get<double>(), state.latitude, 2e-6);
@@ -325,7 +326,7 @@ TEST_F(GpsCommandsTest, LogMeetsTheMovieAndTheTimelineFindsItThere) {
       const bool isLogged = inDrive >= 5 && inDrive <= 600;
       const KVUGPSInfo& point = timeline.points[static_cast<std::size_t>(s)];
       ASSERT_EQ(point.kind == GPSPointLogged, isLogged) << s;
-      const DriveState state = route.At(inDrive * 1000);
+      const RouteState state = route.At(inDrive * 1000);
       ASSERT_NEAR(point.latitude / 3600, isLogged ? state.latitude : point.latitude / 3600, 2e-7) << s;
       ASSERT_NEAR(point.longitude / 3600, isLogged ? state.longitude : point.longitude / 3600, 2e-7) << s;
     }
