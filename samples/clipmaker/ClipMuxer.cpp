@@ -22,6 +22,10 @@ AVStream* ClipMuxer::AddStream(const AVCodecContext& encoder) {
   return stream;
 }
 
+void ClipMuxer::SetDate(const std::string& date) {
+  Check(av_dict_set(&m_muxer->metadata, "date", date.c_str(), 0), "date");
+}
+
 void ClipMuxer::Start() { Check(avformat_write_header(m_muxer.get(), nullptr), "container header"); }
 
 void ClipMuxer::Encode(AVCodecContext& encoder, AVStream& stream, const AVFrame* frame,

@@ -19,6 +19,8 @@ class ClipMuxer {
   /// Whether codecs must keep their headers out of the packets.
   bool WantsGlobalHeader() const { return (m_muxer->oformat->flags & AVFMT_GLOBALHEADER) != 0; }
 
+  /// When it was recorded, in ISO 8601. Before Start.
+  void SetDate(const std::string& date);
   /// A stream for an opened encoder. All come before Start.
   AVStream* AddStream(const AVCodecContext& encoder);
   void Start();

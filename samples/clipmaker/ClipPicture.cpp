@@ -1,5 +1,7 @@
 #include "samples/clipmaker/ClipPicture.h"
 
+#include <cmath>
+
 #include "samples/clipmaker/FramePattern.h"
 
 extern "C" {
@@ -27,6 +29,10 @@ ClipPicture::ClipPicture(const PatternClip& clip, ClipMuxer& muxer)
       m_scene(clip.seed),
       m_frame(NewFrame()) {
   OpenEncoder();
+  if (clip.style == ClipStyle::kRoad) {
+    const double seconds = static_cast<double>(FrameTime(m_frames)) * av_q2d(TimeBase());
+    m_roadScene.emplace(clip.route, clip.routeSecond + static_cast<int>(std::ceil(seconds)));
+  }
   m_stream = muxer.AddStream(*m_encoder);
   m_stream->avg_frame_rate = m_encoder->framerate;
   m_stream->sample_aspect_ratio = m_encoder->sample_aspect_ratio;
@@ -118,6 +124,9 @@ void ClipPicture::Draw(int index) {
       break;
     case ClipStyle::kCourt:
       m_courtScene.Draw(seconds, m_upright);
+      break;
+    case ClipStyle::kRoad:
+      m_roadScene->Draw(m_clip.routeSecond + seconds, m_upright);
       break;
   }
   if (m_clip.rotation != 0) m_upright.Turn(kFullTurn - m_clip.rotation, m_stored);

@@ -1,12 +1,15 @@
 // The picture side of the clip writer: draws each frame and encodes it.
 #pragma once
 
+#include <optional>
+
 #include "samples/clipmaker/AvHandles.h"
 #include "samples/clipmaker/ClipMuxer.h"
 #include "samples/clipmaker/CourtScene.h"
 #include "samples/clipmaker/DemoScene.h"
 #include "samples/clipmaker/PatternClip.h"
 #include "samples/clipmaker/RgbImage.h"
+#include "samples/clipmaker/RoadScene.h"
 
 namespace vrx::test_support {
 
@@ -35,6 +38,7 @@ class ClipPicture {
   std::int64_t m_frameLength = 1;  // in units of TimeBase(); with uneven times that of the last
   DemoScene m_scene;
   CourtScene m_courtScene;
+  std::optional<RoadScene> m_roadScene;  // for its style only
   CodecPtr m_encoder;
   AVStream* m_stream = nullptr;  // the muxer's
   ScalerPtr m_scaler;

@@ -11,6 +11,7 @@ namespace {
 using vrx::test_support::ClipSoundStyle;
 using vrx::test_support::ClipStyle;
 using vrx::test_support::PatternClip;
+using vrx::test_support::RouteKind;
 
 constexpr int kLargestRate = 1000000;
 constexpr int kMaxSide = 8192;
@@ -54,12 +55,23 @@ void DescribePicture(CLI::App& app, PatternClip& clip) {
       ->type_name("A:B");
   app.add_flag("--full-range", clip.fullRange, "Luma from 0 to 255");
   app.add_flag("--bt601", clip.bt601, "Colour matrix of BT.601 instead of BT.709");
-  const std::map<std::string, ClipStyle> styles = {
-      {"pattern", ClipStyle::kPattern}, {"scene", ClipStyle::kScene}, {"court", ClipStyle::kCourt}};
+  const std::map<std::string, ClipStyle> styles = {{"pattern", ClipStyle::kPattern},
+                                                   {"scene", ClipStyle::kScene},
+                                                   {"court", ClipStyle::kCourt},
+                                                   {"road", ClipStyle::kRoad}};
   app.add_option("--style", clip.style, "What is drawn")
       ->transform(CLI::CheckedTransformer(styles))
       ->default_str("pattern");
   app.add_option("--seed", clip.seed, "Which landscape the scene shows")->capture_default_str();
+  const std::map<std::string, RouteKind> routes = {
+      {"drive", RouteKind::kDrive}, {"run", RouteKind::kRun}, {"walk", RouteKind::kWalk}};
+  app.add_option("--route", clip.route, "Way of the road style, as vrx-make-log has it")
+      ->transform(CLI::CheckedTransformer(routes))
+      ->default_str("drive");
+  app.add_option("--from", clip.routeSecond, "Second of the way at which the clip begins")
+      ->check(CLI::Range(0, 86400))
+      ->capture_default_str();
+  app.add_option("--date", clip.date, "When it was recorded, as 2024-05-01T14:00:00+0200");
   app.add_option("--first-number", clip.firstNumber, "Number in the first frame's pattern")
       ->capture_default_str();
 }
@@ -88,7 +100,7 @@ void ApplySound(const std::string& audio, PatternClip& clip) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app("Writes a clip of numbered test pictures or of a synthetic landscape.", "vrx-make-clip");
+  CLI::App app("Writes a clip of numbered test pictures or of a synthetic scene.", "vrx-make-clip");
   Arguments arguments;
   arguments.clip.width = 640;
   arguments.clip.height = 360;

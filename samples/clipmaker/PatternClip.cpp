@@ -48,6 +48,7 @@ void WritePatternClip(const std::string& path, const PatternClip& clip) {
     voice = std::make_unique<ClipVoice>(clip.sound, DefaultSoundCodec(extension),
                                         picture ? samplesAt(frames) : 0, muxer);
   }
+  if (!clip.date.empty()) muxer.SetDate(clip.date);
   muxer.Start();
   for (int i = 0; i < frames; ++i) {
     if (voice) voice->WriteUntil(samplesAt(i + 1));

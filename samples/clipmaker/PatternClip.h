@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "samples/route/RoutePlan.h"
+
 namespace vrx::test_support {
 
-enum class ClipStyle { kPattern, kScene, kCourt };
+enum class ClipStyle { kPattern, kScene, kCourt, kRoad };
 enum class ClipSoundStyle { kClick, kClickOverTone, kTone };
 
 /// From sample `at` on (counted on the sound's clock), the timestamps jump by `by` samples: forward leaves a
@@ -53,8 +55,11 @@ struct PatternClip {
   int sarDen = 1;
 
   ClipStyle style = ClipStyle::kPattern;
-  std::uint32_t firstNumber = 0;  // the number in the first frame's pattern; later ones count up
-  std::uint32_t seed = 0;         // which landscape
+  std::uint32_t firstNumber = 0;        // the number in the first frame's pattern; later ones count up
+  std::uint32_t seed = 0;               // which landscape
+  RouteKind route = RouteKind::kDrive;  // of the road style
+  int routeSecond = 0;                  // of the route, at which the clip begins
+  std::string date;                     // of the recording, ISO 8601; empty: none. .mp4 and .mov only
 
   bool hasSound = false;
   ClipSound sound;

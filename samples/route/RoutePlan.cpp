@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace vrx::test_support {
 namespace {
@@ -28,23 +29,29 @@ constexpr std::array kDriveSections = {
     RouteSection{kTown, 140, -60, 13, -2},
 };
 
-// Once around a lawn is a round; its bends make a whole circle.
+// Once around a lawn is a round; it ends where it began, in the same direction.
 constexpr std::array kRunSections = {
-    RouteSection{kPark, 26, 0, 3.4},          RouteSection{kPark, 24, 95, 3.2, 0.4},
-    RouteSection{kPark, 16, -30, 3.8, 0},     RouteSection{kPark, 30, 110, 3.1, -0.4},
-    RouteSection{kPark, 24, 0, 4.6},          RouteSection{kPark, 16, -25, 4.2},
-    RouteSection{kPark, 22, 115, 3.0},        RouteSection{kPark, 20, 0, 3.6},
-    RouteSection{kPark, 24, 95, 3.3, 0, 0.2},
+    RouteSection{kPark, 26, 0, 3.4},     RouteSection{kPark, 24, 95, 3.2, 0.4},
+    RouteSection{kPark, 16, -30, 3.8},   RouteSection{kPark, 30, 110, 3.1, -0.4},
+    RouteSection{kPark, 11.108, 0, 3.5}, RouteSection{kPark, 16, -25, 4.2},
+    RouteSection{kPark, 22, 115, 3.2},   RouteSection{kPark, 34.014, 0, 4.6},
+    RouteSection{kPark, 24, 95, 3.3},
 };
 
 constexpr std::array kWalkSections = {
     RouteSection{kShore, 12, 0, 1.4},    RouteSection{kShore, 10, 55, 1.3},
     RouteSection{kShore, 9, -70, 1.3},   RouteSection{kShore, 7, 0, 1.5, 0, 5},
-    RouteSection{kShore, 11, 65, 1.35},  RouteSection{kShore, 9, 0, 1.6},
-    RouteSection{kShore, 12, -95, 1.25}, RouteSection{kShore, 8, 40, 1.4, 0, 7},
-    RouteSection{kShore, 10, 50, 1.4},   RouteSection{kShore, 12, -60, 1.5},
-    RouteSection{kShore, 14, 20, 1.5},
+    RouteSection{kShore, 11, 80, 1.35},  RouteSection{kShore, 9, 0, 1.6},
+    RouteSection{kShore, 12, -60, 1.25}, RouteSection{kShore, 10, 75, 1.4, 0, 7},
+    RouteSection{kShore, 10, 50, 1.4},   RouteSection{kShore, 12, -80, 1.5},
+    RouteSection{kShore, 14, 40, 1.5},
 };
+
+/// Nobody keeps a speed exactly: a factor that wanders about 1, at a pace that the mean speed sets.
+double Wander(double meters, double metersPerSecond) {
+  const double seconds = meters / metersPerSecond;
+  return 1 + 0.03 * std::sin(seconds / 2.1) + 0.045 * std::sin(seconds / 5.3 + 1);
+}
 
 std::span<const RouteSection> SectionsOf(RouteKind kind) {
   switch (kind) {
@@ -87,12 +94,29 @@ PlanPoint RoutePlan::At(double meters) const {
   point.courseDegrees += kFirstCourse + section.turnDegrees * share + rounds * m_round.courseDegrees;
   point.degreesPerMeter = section.turnDegrees * 6 * t * (1 - t) / section.meters;
   point.heightMeters += section.riseMeters * share + rounds * m_round.heightMeters;
-  point.metersPerSecond = section.metersPerSecond;
+  point.metersPerSecond = section.metersPerSecond * Wander(meters, m_sections.front().metersPerSecond);
   point.scenery = section.scenery;
   return point;
 }
 
+PlanStretch RoutePlan::TunnelFrom(double meters) const {
+  const double length = m_meters.back();
+  double round = std::max(std::floor(meters / length), 0.0) * length;
+  for (int rounds = 0; rounds < 2; ++rounds, round += length) {
+    for (std::size_t first = 0; first < m_sections.size(); ++first) {
+      std::size_t end = first;
+      while (end < m_sections.size() && m_sections[end].scenery == Scenery::kTunnel) ++end;
+      if (end > first && round + m_meters[end] > meters)
+        return {round + m_meters[first], round + m_meters[end]};
+      first = end;
+    }
+  }
+  constexpr double kNever = std::numeric_limits<double>::infinity();
+  return {kNever, kNever};
+}
+
 PlannedStop RoutePlan::Stop(std::size_t index) const {
+  if (m_stops.empty()) return {std::numeric_limits<double>::infinity(), 0};
   const PlannedStop& stop = m_stops[index % m_stops.size()];
   const auto rounds = static_cast<double>(index / m_stops.size());
   return {stop.meters + rounds * m_meters.back(), stop.waitSeconds};

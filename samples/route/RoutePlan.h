@@ -27,6 +27,13 @@ struct PlanPoint {
   Scenery scenery = Scenery::kHills;
 };
 
+struct PlanStretch {
+  double fromMeters;
+  double toMeters;
+
+  bool Holds(double meters) const { return meters >= fromMeters && meters < toMeters; }
+};
+
 struct PlannedStop {
   double meters;
   double waitSeconds;
@@ -39,7 +46,9 @@ class RoutePlan {
 
   /// Before the start, the way lies straight.
   PlanPoint At(double meters) const;
-  /// The `index`-th stop of the way, which is endless; the plan has one at least.
+  /// The first tunnel that ends behind `meters`; infinitely far when the plan has none.
+  PlanStretch TunnelFrom(double meters) const;
+  /// The `index`-th stop of the endless way; infinitely far when the plan has none.
   PlannedStop Stop(std::size_t index) const;
 
  private:
