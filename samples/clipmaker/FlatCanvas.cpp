@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace vrx::test_support {
 namespace {
@@ -18,6 +19,24 @@ RowRange RowsBetween(double top, double bottom, int height) {
   const double limit = height;
   return {static_cast<int>(std::floor(std::clamp(top, 0.0, limit))),
           static_cast<int>(std::ceil(std::clamp(bottom, 0.0, limit)))};
+}
+
+void BlendPixels(std::uint8_t* pixels, int count, const Rgb& colour, double share) {
+  if (share <= 1 - kFull) return;
+  if (share < kFull) {
+    const auto part = static_cast<int>(share * 256 + 0.5);
+    for (int i = 0; i < 3 * count; ++i) {
+      const int below = pixels[i];
+      pixels[i] =
+          static_cast<std::uint8_t>(below + ((colour[static_cast<std::size_t>(i % 3)] - below) * part) / 256);
+    }
+    return;
+  }
+  // Doubles what is there already: rows of the sky and the ground are long.
+  const std::size_t size = 3 * static_cast<std::size_t>(count);
+  std::copy(colour.begin(), colour.end(), pixels);
+  for (std::size_t done = 3; done < size; done *= 2)
+    std::memcpy(pixels + done, pixels, std::min(done, size - done));
 }
 
 }  // namespace
@@ -52,19 +71,17 @@ void FlatCanvas::AddSpan(double left, double right, double share) {
 
 void FlatCanvas::BlendRow(int y, const Rgb& colour, double opacity) {
   double cover = 0;
-  std::uint8_t* pixel = m_image.Row(y) + 3 * m_first;
-  for (int x = m_first; x < m_end; ++x, pixel += 3) {
+  std::uint8_t* row = m_image.Row(y);
+  for (int x = m_first; x < m_end;) {
     cover += m_steps[static_cast<std::size_t>(x)];
-    const double share = cover * opacity;
-    if (share >= kFull) {
-      std::copy(colour.begin(), colour.end(), pixel);
-    } else if (share > 0) {
-      for (std::size_t c = 0; c < 3; ++c)
-        pixel[c] = static_cast<std::uint8_t>(pixel[c] + (colour[c] - pixel[c]) * share + 0.5);
-    }
+    m_steps[static_cast<std::size_t>(x)] = 0;
+    int end = x + 1;
+    while (end < m_end && m_steps[static_cast<std::size_t>(end)] == 0) ++end;
+    BlendPixels(row + 3 * x, end - x, colour, cover * opacity);
+    x = end;
   }
   if (m_first < m_end) {
-    std::fill(m_steps.begin() + m_first, m_steps.begin() + m_end + 1, 0.0);
+    m_steps[static_cast<std::size_t>(m_end)] = 0;
     m_steps[static_cast<std::size_t>(m_end) + 1] = 0;
   }
   m_first = Width();

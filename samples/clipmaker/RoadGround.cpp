@@ -9,14 +9,12 @@
 
 namespace vrx::test_support {
 
-/// What one row of pixels shows.
-struct RoadGround::Strip {
-  int row;
-  double middle;      // pixel of the way's middle
-  double scale;       // pixels of a meter across
-  double fromMeters;  // of the way
-  double toMeters;
-  double distance;  // meters from the eye
+/// One row of pixels beside the way.
+struct RoadGround::Row {
+  int y = 0;
+  double middle = 0;  // pixel of the way's middle
+  double scale = 0;   // pixels of a meter across
+  double meters = 0;  // of the way
 };
 
 namespace {
@@ -24,6 +22,8 @@ namespace {
 using namespace road;
 
 constexpr double kFar = std::numeric_limits<double>::infinity();
+constexpr std::size_t kMostBands = 5;
+constexpr double kLap = 0.25;  // meters by which parts lap, so that nothing shines through between them
 
 /// From left to right of the way's middle, in meters.
 struct Band {
@@ -32,19 +32,27 @@ struct Band {
   Rgb colour;
 };
 
-constexpr std::array kHillBands = {Band{-10, 10, kGrass}, Band{-4.3, 4.3, {176, 168, 142}},
-                                   Band{-3.7, 3.7, kAsphalt}};
-constexpr std::array kTownBands = {Band{-kFar, kFar, {140, 178, 104}}, Band{-6.6, 6.6, {190, 188, 182}},
-                                   Band{-4.0, 4.0, {222, 220, 212}}, Band{-3.75, 3.75, kAsphalt}};
-constexpr std::array kTunnelBands = {Band{-10, 10, kGrass}, Band{-5.3, 5.3, {150, 148, 142}},
-                                     Band{-3.7, 3.7, kAsphalt}};
-constexpr std::array kParkBands = {Band{-kFar, kFar, {126, 184, 88}}, Band{-1.75, 1.75, {190, 160, 116}},
-                                   Band{-1.6, 1.6, {226, 202, 160}}};
-constexpr std::array kShoreBands = {
-    Band{-kFar, -4.2, kWater},        Band{-4.2, -3.4, {150, 150, 146}},  Band{-3.4, kFar, {132, 184, 96}},
-    Band{-2.0, 2.0, {214, 208, 196}}, Band{-1.85, 1.85, {198, 190, 176}},
-};
+constexpr std::array kHillBands = {Band{-9, 9, kGrass}, Band{-4.3, 4.3, {176, 168, 142}},
+                                   Band{-3.7, 3.7, kAsphalt}, Band{-3.53, -3.37, kPaint},
+                                   Band{3.37, 3.53, kPaint}};
+constexpr std::array kTownBands = {Band{-6.6, 6.6, {190, 188, 182}}, Band{-4.0, 4.0, {222, 220, 212}},
+                                   Band{-3.75, 3.75, kAsphalt}};
+constexpr std::array kTunnelBands = {Band{-5.3, 5.3, {150, 148, 142}}, Band{-3.7, 3.7, kAsphalt},
+                                     Band{-3.53, -3.37, kPaint}, Band{3.37, 3.53, kPaint}};
+constexpr std::array kParkBands = {Band{-1.75, 1.75, {190, 160, 116}}, Band{-1.6, 1.6, {226, 202, 160}}};
+constexpr std::array kShoreBands = {Band{-4.2, 4.2, {150, 150, 146}}, Band{-3.4, 25, {132, 184, 96}},
+                                    Band{-2.0, 2.0, {220, 214, 202}}, Band{-1.85, 1.85, {198, 190, 176}}};
 constexpr std::array<Rgb, 4> kFields = {{{136, 184, 90}, {222, 198, 110}, {108, 162, 80}, {168, 190, 96}}};
+constexpr Rgb kTownGrass = {140, 178, 104};
+constexpr Rgb kParkGrass = {126, 184, 88};
+
+/// Marks that come again and again along the way.
+struct Mark {
+  double period;
+  double length;
+  double halfWidth;
+  Rgb colour;
+};
 
 std::span<const Band> BandsOf(Scenery scenery) {
   switch (scenery) {
@@ -62,13 +70,19 @@ std::span<const Band> BandsOf(Scenery scenery) {
   return kShoreBands;
 }
 
-/// The share of a stretch on which marks lie that come once in `period`; far away they melt into a mean.
-double MarkShare(double from, double to, double period, double length) {
-  const auto marked = [&](double x) {
-    const double whole = std::floor(x / period);
-    return whole * length + std::min(x - whole * period, length);
-  };
-  return (marked(to) - marked(from)) / std::max(to - from, 1e-6);
+Mark MarkOf(Scenery scenery) {
+  switch (scenery) {
+    case Scenery::kHills:
+    case Scenery::kTunnel:
+      return {9, 4, 0.08, kPaint};
+    case Scenery::kTown:
+      return {6, 3, 0.08, kPaint};
+    case Scenery::kPark:
+      return {8, 4, 1.6, {220, 194, 150}};
+    case Scenery::kShore:
+      break;
+  }
+  return {2, 0.08, 1.85, {164, 156, 144}};  // joints between slabs
 }
 
 const Rgb& FieldAt(double meters, std::uint32_t side) {
@@ -79,96 +93,130 @@ const Rgb& FieldAt(double meters, std::uint32_t side) {
 
 }  // namespace
 
+void RoadGround::Draw() {
+  DrawFar();
+  const std::vector<Stretch> stretches = Stretches();
+  for (const Stretch& stretch : stretches) {
+    if (stretch.fromMeters < m_view.TurnedAway()) DrawSides(stretch);
+  }
+  // Layer by layer, since at the seam of two stretches a lower band would show through the upper one.
+  for (std::size_t layer = 0; layer < kMostBands; ++layer) {
+    for (const Stretch& stretch : stretches) DrawWay(stretch, layer);
+  }
+  DrawMarks();
+}
+
+std::vector<RoadGround::Stretch> RoadGround::Stretches() const {
+  // They end at places of the way, longer ones far away, so that nothing flickers while the eye moves.
+  std::vector<Stretch> stretches;
+  double to = m_view.SightEnd();
+  while (to > m_view.Meters() - 2) {
+    const double away = to - m_view.Meters();
+    const double length = away > 120 ? 8 : away > 40 ? 4 : away > 12 ? 2 : 1;
+    double from = (std::ceil(to / length) - 1) * length;
+    if (to > m_view.TurnedAway()) from = std::max(from, m_view.TurnedAway());
+    stretches.push_back({from, to});
+    to = from;
+  }
+  return stretches;
+}
+
 void RoadGround::DrawFar() {
   FlatCanvas& canvas = m_view.Canvas();
-  const int top = std::max(static_cast<int>(m_view.Horizon()), 0);
   const Scenery scenery = m_plan.At(m_view.Meters()).scenery;
+  const Rgb& colour = scenery == Scenery::kShore ? kWater : scenery == Scenery::kPark ? kParkGrass : kGrass;
   const double eyeHeight = -m_view.At(m_view.Meters(), 0).up;
-  for (int y = top; y < canvas.Height(); ++y) {
-    const double distance = m_view.Focal() * eyeHeight / (y + 0.5 - m_view.Horizon() + 0.6);
-    canvas.Row(y, 0, kFar, Hazed(scenery == Scenery::kShore ? kWater : kGrass, distance));
+  for (int y = std::max(static_cast<int>(m_view.Horizon()), 0); y < canvas.Height(); ++y) {
+    const double below = std::max(y + 0.5 - m_view.Horizon(), 0.5);
+    canvas.Row(y, 0, kFar, Hazed(colour, m_view.Focal() * eyeHeight / below));
   }
 }
 
-void RoadGround::DrawStretch(double fromMeters, double toMeters) {
-  const EyePlace nearPlace = m_view.At(fromMeters, 0);
-  const EyePlace farPlace = m_view.At(toMeters, 0);
+void RoadGround::DrawSides(const Stretch& stretch) {
+  const EyePlace nearPlace = m_view.At(stretch.fromMeters, 0);
+  const EyePlace farPlace = m_view.At(stretch.toMeters, 0);
   if (!RoadView::IsAhead(nearPlace) || farPlace.ahead <= nearPlace.ahead) return;
   const CanvasPoint nearPoint = m_view.OnPicture(nearPlace);
   const CanvasPoint farPoint = m_view.OnPicture(farPlace);
   const double height = m_view.Canvas().Height();
   const auto first = static_cast<int>(std::ceil(std::clamp(farPoint.y, 0.0, height) - 0.5));
   const auto end = static_cast<int>(std::ceil(std::clamp(nearPoint.y, 0.0, height) - 0.5));
-  const auto metersAt = [&](double y, double& t) {
-    // On the picture, what is linear is one divided by the distance.
-    t = std::clamp((nearPoint.y - y) / (nearPoint.y - farPoint.y), 0.0, 1.0);
-    const double ahead = 1 / std::lerp(1 / nearPlace.ahead, 1 / farPlace.ahead, t);
-    return std::lerp(fromMeters, toMeters, (ahead - nearPlace.ahead) / (farPlace.ahead - nearPlace.ahead));
-  };
   for (int y = first; y < end; ++y) {
-    double t = 0;
-    Strip strip{.row = y};
-    strip.fromMeters = metersAt(y + 1, t);
-    strip.toMeters = metersAt(y, t);
-    metersAt(y + 0.5, t);
-    strip.middle = std::lerp(nearPoint.x, farPoint.x, t);
-    strip.scale = std::lerp(m_view.Scale(nearPlace), m_view.Scale(farPlace), t);
-    strip.distance = m_view.Focal() / strip.scale;
-    DrawRow(strip);
+    // On the picture, what is linear is one divided by the distance.
+    const double t = (nearPoint.y - y - 0.5) / (nearPoint.y - farPoint.y);
+    const double ahead = 1 / std::lerp(1 / nearPlace.ahead, 1 / farPlace.ahead, t);
+    const double share = (ahead - nearPlace.ahead) / (farPlace.ahead - nearPlace.ahead);
+    DrawSideRow({.y = y,
+                 .middle = std::lerp(nearPoint.x, farPoint.x, t),
+                 .scale = m_view.Focal() / ahead,
+                 .meters = std::lerp(stretch.fromMeters, stretch.toMeters, share)});
   }
 }
 
-void RoadGround::DrawRow(const Strip& strip) {
-  const double meters = (strip.fromMeters + strip.toMeters) / 2;
-  const PlanPoint point = m_plan.At(meters);
-  FlatCanvas& canvas = m_view.Canvas();
-  const bool isTunnel = point.scenery == Scenery::kTunnel;
-  const double stripe = 0.06 * (MarkShare(strip.fromMeters, strip.toMeters, 12, 6) - 0.5);
-  const auto shade = [&](const Rgb& colour, bool isInside) {
-    if (isTunnel && isInside) return Lit(colour, TunnelLight(strip.distance));
-    return Hazed(MixRgb(colour, kBlack, 0.03 + stripe), strip.distance);
+void RoadGround::DrawSideRow(const Row& row) {
+  const auto sides = [&](const Rgb& left, const Rgb& right) {
+    m_view.Canvas().Row(row.y, -kFar, row.middle, Shade(left, row.meters));
+    m_view.Canvas().Row(row.y, row.middle, kFar, Shade(right, row.meters));
   };
-  if (point.scenery == Scenery::kHills || isTunnel) {
-    canvas.Row(strip.row, -kFar, strip.middle, shade(FieldAt(meters, 1), false));
-    canvas.Row(strip.row, strip.middle, kFar, shade(FieldAt(meters, 2), false));
-  }
-  for (const Band& band : BandsOf(point.scenery)) {
-    canvas.Row(strip.row, strip.middle + band.left * strip.scale, strip.middle + band.right * strip.scale,
-               shade(band.colour, band.right < 6));
-  }
-  DrawLines(strip, point);
-}
-
-void RoadGround::DrawLines(const Strip& strip, const PlanPoint& point) {
-  const bool isTunnel = point.scenery == Scenery::kTunnel;
-  const Rgb paint = isTunnel ? Lit(kPaint, 1.6 * TunnelLight(strip.distance)) : Hazed(kPaint, strip.distance);
-  const auto line = [&](double at, double half, const Rgb& colour, double opacity) {
-    m_view.Canvas().Row(strip.row, strip.middle + (at - half) * strip.scale,
-                        strip.middle + (at + half) * strip.scale, colour, opacity);
-  };
-  switch (point.scenery) {
+  switch (m_plan.At(row.meters).scenery) {
     case Scenery::kHills:
     case Scenery::kTunnel:
-      for (const double edge : {-3.45, 3.45}) line(edge, 0.08, paint, 0.95);
-      line(0, 0.08, paint, 0.95 * MarkShare(strip.fromMeters, strip.toMeters, 9, 4));
-      break;
+      return sides(FieldAt(row.meters, 1), FieldAt(row.meters, 2));
     case Scenery::kTown:
-      line(0, 0.08, paint, 0.95 * MarkShare(strip.fromMeters, strip.toMeters, 6, 3));
-      break;
-    case Scenery::kShore: {
-      // Slabs across the way, and light on the water.
-      const double joint = MarkShare(strip.fromMeters, strip.toMeters, 2, 0.1);
-      line(0, 1.85, Hazed({160, 152, 140}, strip.distance), joint);
-      for (std::int64_t i = 0; i < 14; ++i) {
-        const auto wave = static_cast<std::int64_t>(std::floor(strip.fromMeters / 1.5)) * 16 + i;
-        const double at = -6 - 70 * Chance(wave, 31) * Chance(wave, 32);
-        line(at, 0.5 + Chance(wave, 33), kSkyLow,
-             0.3 * MarkShare(strip.fromMeters, strip.toMeters, 1.5, 0.3));
-      }
-      break;
-    }
+      return sides(kTownGrass, kTownGrass);
     case Scenery::kPark:
+      return sides(kParkGrass, kParkGrass);
+    case Scenery::kShore:
       break;
+  }
+  sides(kWater, kShoreBands[1].colour);
+  const double distance = m_view.Focal() / row.scale;
+  for (std::int64_t i = 0; i < 12; ++i) {
+    const std::int64_t wave = static_cast<std::int64_t>(std::floor(row.meters * 3)) * 16 + i;
+    if (Chance(wave, 34) > 0.3) continue;
+    const double at = row.middle - (7 + 80 * Chance(wave, 31) * Chance(wave, 32)) * row.scale;
+    m_view.Canvas().Row(row.y, at, at + (0.6 + Chance(wave, 33)) * row.scale, kSkyLow,
+                        0.4 / (1 + distance / 20));
+  }
+}
+
+Rgb RoadGround::Shade(const Rgb& colour, double meters) const {
+  constexpr double kStripe = 8;
+  const bool isStripe = std::fmod(meters, 2 * kStripe) < kStripe;
+  return Hazed(MixRgb(colour, kBlack, isStripe ? 0.02 : 0.055), std::max(meters - m_view.Meters(), 0.0));
+}
+
+void RoadGround::DrawPart(const Stretch& stretch, double left, double right, const Rgb& colour) {
+  const double to = stretch.toMeters + kLap;
+  m_view.Face(m_view.At(stretch.fromMeters, left), m_view.At(to, left), m_view.At(to, right),
+              m_view.At(stretch.fromMeters, right), colour);
+}
+
+void RoadGround::DrawWay(const Stretch& stretch, std::size_t layer) {
+  // From the middle on, so that the change lies within one stretch of the places where sections meet.
+  const Scenery scenery = m_plan.At((stretch.fromMeters + stretch.toMeters) / 2).scenery;
+  const std::span<const Band> bands = BandsOf(scenery);
+  if (layer >= bands.size()) return;
+  const Band& band = bands[layer];
+  const double distance = std::max(stretch.fromMeters - m_view.Meters(), 0.0);
+  const Rgb colour = scenery == Scenery::kTunnel ? Lit(band.colour, TunnelLight(distance))
+                     : band.right > 5            ? Shade(band.colour, stretch.fromMeters)
+                                                 : Hazed(band.colour, distance);
+  DrawPart(stretch, band.left, band.right, colour);
+}
+
+void RoadGround::DrawMarks() {
+  constexpr double kMostPixels = 4;  // to a meter; marks farther away are too small to be seen
+  const Mark mark = MarkOf(m_plan.At(m_view.Meters()).scenery);
+  const double sight = std::min(m_view.SightEnd(), m_view.Meters() + m_view.Focal() / kMostPixels);
+  double at = std::floor((m_view.Meters() - mark.length) / mark.period) * mark.period;
+  for (; at < sight; at += mark.period) {
+    const Scenery scenery = m_plan.At(at).scenery;
+    const double distance = std::max(at - m_view.Meters(), 0.0);
+    const Rgb colour = scenery == Scenery::kTunnel
+                           ? Lit(mark.colour, std::min(1.5 * TunnelLight(distance), 1.0))
+                           : Hazed(mark.colour, distance);
+    DrawPart({at, at + mark.length - kLap}, -mark.halfWidth, mark.halfWidth, colour);
   }
 }
 

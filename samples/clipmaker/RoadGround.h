@@ -1,5 +1,9 @@
-// The ground of the road scene, row by row: the way with its lines, and what lies flat beside it.
+// The ground of the road scene, which is flat: what lies beside the way row by row, and upon it the way with
+// its lines.
 #pragma once
+
+#include <cstddef>
+#include <vector>
 
 #include "samples/clipmaker/RoadView.h"
 
@@ -9,16 +13,25 @@ class RoadGround {
  public:
   RoadGround(const RoutePlan& plan, RoadView& view) : m_plan(plan), m_view(view) {}
 
-  /// From the horizon to the picture's foot, where the way is out of sight.
-  void DrawFar();
-  /// A stretch of the way; those farther away must be there already.
-  void DrawStretch(double fromMeters, double toMeters);
+  /// All below the horizon.
+  void Draw();
 
  private:
-  struct Strip;
+  struct Stretch {
+    double fromMeters;
+    double toMeters;
+  };
+  struct Row;
 
-  void DrawRow(const Strip& strip);
-  void DrawLines(const Strip& strip, const PlanPoint& point);
+  std::vector<Stretch> Stretches() const;  // from the farthest on
+  void DrawFar();
+  void DrawSides(const Stretch& stretch);
+  void DrawSideRow(const Row& row);
+  void DrawWay(const Stretch& stretch, std::size_t layer);
+  void DrawMarks();
+  /// A rectangle of the way, from left to right of its middle.
+  void DrawPart(const Stretch& stretch, double left, double right, const Rgb& colour);
+  Rgb Shade(const Rgb& colour, double meters) const;
 
   const RoutePlan& m_plan;
   RoadView& m_view;

@@ -30,85 +30,90 @@ Rgb RoadProps::Far(const Rgb& colour, double meters) const {
   return Hazed(colour, std::max(meters - m_view.Meters(), 0.0));
 }
 
-void RoadProps::DrawStretch(double fromMeters, double toMeters) {
+void RoadProps::AddStretch(double fromMeters, double toMeters, RoadThings& things) {
+  m_things = &things;
   auto plot = static_cast<std::int64_t>(std::ceil(toMeters / kPlotMeters)) - 1;
-  for (; static_cast<double>(plot) * kPlotMeters >= fromMeters; --plot) DrawPlot(plot);
+  for (; static_cast<double>(plot) * kPlotMeters >= fromMeters; --plot) AddPlot(plot);
   for (const RouteStop& stop : m_route.Stops()) {
-    if (stop.meters >= fromMeters && stop.meters < toMeters) Lights(stop);
+    if (stop.meters >= fromMeters && stop.meters < toMeters) Add(stop.meters, 0, [=, this] { Lights(stop); });
   }
 }
 
-void RoadProps::DrawPlot(std::int64_t plot) {
+void RoadProps::AddPlot(std::int64_t plot) {
   const PlanPoint point = m_route.Plan().At(static_cast<double>(plot) * kPlotMeters);
   switch (point.scenery) {
     case Scenery::kHills:
-      DrawHills(plot, point);
+      AddHills(plot, point);
       break;
     case Scenery::kTown:
-      DrawTown(plot);
+      AddTown(plot);
       break;
     case Scenery::kPark:
-      DrawPark(plot);
+      AddPark(plot);
       break;
     case Scenery::kShore:
-      DrawShore(plot);
+      AddShore(plot);
       break;
     case Scenery::kTunnel:
       break;
   }
 }
 
-void RoadProps::DrawTrees(std::int64_t plot, double nearest, double farthest, double share,
-                          double leftShare) {
+void RoadProps::AddTrees(std::int64_t plot, double nearest, double farthest, double share, double leftShare) {
   const double meters = static_cast<double>(plot) * kPlotMeters;
-  // The outer ones first, which the inner ones may hide.
-  for (const double row : {0.66, 0.33, 0.0}) {
+  for (const double row : {0.0, 0.33, 0.66}) {
     for (const double side : {-1.0, 1.0}) {
       const std::uint32_t what = static_cast<std::uint32_t>(row * 100) + (side > 0 ? 7 : 3);
       if (Chance(plot, what) > share * (side < 0 ? leftShare : 1)) continue;
       const double away = (row + 0.33 * Chance(plot, what + 300)) * (farthest - nearest) + nearest;
       const double height = 4.5 + 5 * Chance(plot, what + 400);
       const auto kind = static_cast<std::uint32_t>(Chance(plot, what + 500) * 6);
-      Tree(meters + 3 * Chance(plot, what + 600), side * away, height, kind);
+      const double at = meters + 3 * Chance(plot, what + 600);
+      Add(at, side * away, [=, this] { Tree(at, side * away, height, kind); });
     }
   }
 }
 
-void RoadProps::DrawHills(std::int64_t plot, const PlanPoint& point) {
+void RoadProps::AddHills(std::int64_t plot, const PlanPoint& point) {
   const double meters = static_cast<double>(plot) * kPlotMeters;
-  DrawTrees(plot, 8.5, 50, 0.34, 1);
+  AddTrees(plot, 8.5, 50, 0.34, 1);
   const double bend = point.degreesPerMeter;
-  if (std::abs(bend) > 0.45 && plot % 4 == 0) Chevron(meters, bend > 0 ? -5.6 : 5.6, bend > 0);
+  if (std::abs(bend) > 0.45 && plot % 4 == 0) {
+    const double outside = bend > 0 ? -5.6 : 5.6;
+    Add(meters, outside, [=, this] { Chevron(meters, outside, bend > 0); });
+  }
   if (plot % 6 != 0) return;
-  for (const double side : {-4.7, 4.7}) Post(meters, side);
+  for (const double side : {-4.7, 4.7}) Add(meters, side, [=, this] { Post(meters, side); });
 }
 
-void RoadProps::DrawTown(std::int64_t plot) {
+void RoadProps::AddTown(std::int64_t plot) {
   const double meters = static_cast<double>(plot) * kPlotMeters;
   for (const double side : {-1.0, 1.0}) {
     const std::int64_t place = plot + (side > 0 ? 2 : 0);
-    if (place % 5 == 0 && Chance(plot, 11) > 0.1) House(plot, side);
-    if (place % 5 == 4 && Chance(plot, 12) > 0.3) Tree(meters + 2, side * 7.6, 4.5 + Chance(plot, 13), 1);
-    if (place % 8 == 3) Lamp(meters, side * 5.0, 6.5);
+    if (place % 5 == 0 && Chance(plot, 11) > 0.1) Add(meters, side * 10, [=, this] { House(plot, side); });
+    if (place % 5 == 4 && Chance(plot, 12) > 0.3)
+      Add(meters + 2, side * 7.6, [=, this] { Tree(meters + 2, side * 7.6, 4.5 + Chance(plot, 13), 1); });
+    if (place % 8 == 3) Add(meters, side * 5, [=, this] { Lamp(meters, side * 5, 6.5); });
   }
 }
 
-void RoadProps::DrawPark(std::int64_t plot) {
+void RoadProps::AddPark(std::int64_t plot) {
   const double meters = static_cast<double>(plot) * kPlotMeters;
-  DrawTrees(plot, 4.2, 34, 0.32, 1);
-  if (plot % 7 == 0) Lamp(meters, 2.6, 3.4);
-  if (plot % 9 == 4) Bench(meters, -3.0);
+  AddTrees(plot, 4.2, 34, 0.4, 1);
+  if (plot % 7 == 0) Add(meters, 2.6, [=, this] { Lamp(meters, 2.6, 3.4); });
+  if (plot % 9 == 4) Add(meters, -3, [=, this] { Bench(meters, -3); });
 }
 
-void RoadProps::DrawShore(std::int64_t plot) {
+void RoadProps::AddShore(std::int64_t plot) {
   const double meters = static_cast<double>(plot) * kPlotMeters;
   if (Chance(plot, 21) > 0.55) {
-    Boat(meters, -18 - 90 * Chance(plot, 22), Pick(kSails, Chance(plot, 23)));
+    const double offset = -18 - 90 * Chance(plot, 22);
+    Add(meters, offset, [=, this] { Boat(meters, offset, Pick(kSails, Chance(plot, 23))); });
   }
-  DrawTrees(plot, 4.5, 30, 0.4, 0);
-  if (plot % 5 == 0) Lamp(meters, 2.8, 3.4);
-  if (plot % 6 == 3) Bench(meters, 3.1);
-  Railing(meters);
+  AddTrees(plot, 4.5, 30, 0.4, 0);
+  if (plot % 5 == 0) Add(meters, 2.8, [=, this] { Lamp(meters, 2.8, 3.4); });
+  if (plot % 6 == 3) Add(meters, 3.1, [=, this] { Bench(meters, 3.1); });
+  Add(meters + kPlotMeters / 2, -3.8, [=, this] { Railing(meters); });
 }
 
 void RoadProps::Upright(double meters, double offset, double halfWidth, double bottom, double top,

@@ -1,6 +1,7 @@
 // What stands beside the way in the road scene: trees, posts, houses, lamps, lights, boats.
 #pragma once
 
+#include "samples/clipmaker/RoadThings.h"
 #include "samples/clipmaker/RoadView.h"
 #include "samples/route/PlannedRoute.h"
 
@@ -12,16 +13,22 @@ class RoadProps {
   RoadProps(const PlannedRoute& route, double seconds, RoadView& view)
       : m_route(route), m_seconds(seconds), m_view(view) {}
 
-  /// Those of a stretch of the way, the farthest first.
-  void DrawStretch(double fromMeters, double toMeters);
+  /// Those of a stretch of the way.
+  void AddStretch(double fromMeters, double toMeters, RoadThings& things);
 
  private:
-  void DrawPlot(std::int64_t plot);
-  void DrawHills(std::int64_t plot, const PlanPoint& point);
-  void DrawTown(std::int64_t plot);
-  void DrawPark(std::int64_t plot);
-  void DrawShore(std::int64_t plot);
-  void DrawTrees(std::int64_t plot, double nearest, double farthest, double share, double leftShare);
+  void AddPlot(std::int64_t plot);
+  void AddHills(std::int64_t plot, const PlanPoint& point);
+  void AddTown(std::int64_t plot);
+  void AddPark(std::int64_t plot);
+  void AddShore(std::int64_t plot);
+  /// `share` of the places for trees are taken, to the left `leftShare` of those.
+  void AddTrees(std::int64_t plot, double nearest, double farthest, double share, double leftShare);
+  /// `draw` makes the thing at that place of the way.
+  template <class Draw>
+  void Add(double meters, double offset, Draw draw) {
+    m_things->Add(m_view.At(meters, offset).ahead, draw);
+  }
 
   void Tree(double meters, double offset, double height, std::uint32_t kind);
   void Fir(double meters, double offset, double height);
@@ -41,6 +48,7 @@ class RoadProps {
   const PlannedRoute& m_route;
   double m_seconds;
   RoadView& m_view;
+  RoadThings* m_things = nullptr;  // while a stretch is added
 };
 
 }  // namespace vrx::test_support

@@ -49,7 +49,7 @@ void DrawClouds(RoadView& view, double seconds) {
   for (int i = 0; i < kClouds; ++i) {
     const double azimuth = 360.0 * (i + 0.5 * Chance(i, 61)) / kClouds + 0.05 * seconds;
     const double x = ColumnOf(azimuth, view, canvas.Width());
-    const double y = view.Horizon() - view.Focal() * (0.16 + 0.2 * Chance(i, 62));
+    const double y = view.Horizon() - view.Focal() * (0.13 + 0.12 * Chance(i, 62));
     const double size = view.Focal() * (0.045 + 0.04 * Chance(i, 63));
     const auto puff = [&](double right, double up, double radius) {
       canvas.Ellipse({x + right * size, y - up * size}, radius * size * 1.25, radius * size * 0.62, kCloud,
@@ -76,14 +76,14 @@ EyeOptions RoadScene::EyeAt(double meters) const {
       return {.height = 1.65 + 0.03 * std::sin(meters / 1.1 * 2 * std::numbers::pi),
               .offset = 0.3,
               .lookMeters = 3.5,
-              .sightMeters = 220};
+              .sightMeters = 170};
     case RouteKind::kWalk:
       break;
   }
   return {.height = 1.65 + 0.012 * std::sin(meters / 0.75 * 2 * std::numbers::pi),
           .offset = 0.4,
           .lookMeters = 2.5,
-          .sightMeters = 220};
+          .sightMeters = 100};
 }
 
 void RoadScene::Draw(double seconds, RgbImage& image) const {
@@ -120,18 +120,11 @@ void RoadScene::DrawWay(double seconds, RoadView& view) const {
   RoadGround ground(m_route.Plan(), view);
   RoadTunnel tunnel(m_route.Plan().TunnelFrom(view.Meters() - kBehind), view);
   RoadProps props(m_route, seconds, view);
-  ground.DrawFar();
-  // Stretches end at places of the way, longer ones far away, so that nothing flickers while the eye moves.
-  double to = view.SightEnd();
-  while (to > view.Meters() - kBehind) {
-    const double away = to - view.Meters();
-    const double length = away > 120 ? 8 : away > 40 ? 4 : away > 12 ? 2 : 1;
-    const double from = (std::ceil(to / length) - 1) * length;
-    ground.DrawStretch(from, to);
-    tunnel.DrawStretch(from, to);
-    props.DrawStretch(from, to);
-    to = from;
-  }
+  RoadThings things;
+  ground.Draw();
+  tunnel.AddStretch(view.Meters() - kBehind, view.SightEnd(), things);
+  props.AddStretch(view.Meters() - kBehind, view.SightEnd(), things);
+  things.DrawAll();
 }
 
 void RoadScene::DrawBonnet(RoadView& view) const {

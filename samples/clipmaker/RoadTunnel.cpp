@@ -18,7 +18,7 @@ constexpr Rgb kLamp = {255, 226, 160};
 
 }  // namespace
 
-void RoadTunnel::DrawStretch(double fromMeters, double toMeters) {
+void RoadTunnel::AddStretch(double fromMeters, double toMeters, RoadThings& things) {
   const double from = std::max(fromMeters, m_stretch.fromMeters);
   const double to = std::min(toMeters, m_stretch.toMeters);
   if (from >= to) return;
@@ -26,10 +26,13 @@ void RoadTunnel::DrawStretch(double fromMeters, double toMeters) {
   const auto first = static_cast<std::int64_t>(std::floor(from / kPanelMeters));
   for (auto panel = static_cast<std::int64_t>(std::ceil(to / kPanelMeters)) - 1; panel >= first; --panel) {
     const double start = static_cast<double>(panel) * kPanelMeters;
-    DrawWalls(std::max(start, from), std::min(start + kPanelMeters, to));
-    if (start >= from && std::fmod(start, kLampMeters) < 1) DrawLamp(start);
+    const double end = std::min(start + kPanelMeters, to);
+    things.Add(m_view.At(end, 0).ahead, [=, this] { DrawWalls(std::max(start, from), end); });
+    if (start < from || std::fmod(start, kLampMeters) >= 1) continue;
+    things.Add(m_view.At(start, 0).ahead, [=, this] { DrawLamp(start); });
   }
-  if (m_stretch.fromMeters >= fromMeters) DrawPortal();
+  if (m_stretch.fromMeters < fromMeters) return;
+  things.Add(m_view.At(m_stretch.fromMeters, 0).ahead, [this] { DrawPortal(); });
 }
 
 void RoadTunnel::DrawWalls(double fromMeters, double toMeters) {

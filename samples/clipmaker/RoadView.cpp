@@ -10,33 +10,29 @@ namespace {
 constexpr double kRadian = std::numbers::pi / 180;
 constexpr double kHorizonHeight = 0.41;       // of the picture's height, on level ground
 constexpr double kFocalWidth = 0.78;          // of the picture's width
-constexpr double kMostTurned = 78 * kRadian;  // what turns further is out of sight
+constexpr double kMostTurned = 75 * kRadian;  // from the eye, before the way counts as turned away
 
 }  // namespace
 
 RoadView::RoadView(const RoutePlan& plan, double meters, const EyeOptions& eye, FlatCanvas& canvas)
     : m_canvas(canvas),
       m_meters(meters),
+      m_sightMeters(eye.sightMeters),
+      m_turnedAway(meters + eye.sightMeters),
       m_courseDegrees(plan.At(meters + eye.lookMeters).courseDegrees),
-      m_focal(kFocalWidth * canvas.Width()) {
-  const double slope = (plan.At(meters + 8).heightMeters - plan.At(meters - 4).heightMeters) / 12;
-  m_horizon = kHorizonHeight * canvas.Height() + m_focal * slope * 0.8;
-  const PlanPoint here = plan.At(meters);
+      m_focal(kFocalWidth * canvas.Width()),
+      m_horizon(kHorizonHeight * canvas.Height()),
+      m_eyeHeight(eye.height) {
   const auto count = static_cast<int>(kBehind + eye.sightMeters) + 1;
   Spot spot;
-  m_sightEnd = meters + eye.sightMeters;
   for (int i = 0; i < count; ++i) {
     const double at = meters - kBehind + i;
     const PlanPoint point = plan.At(at + 0.5);
     spot.turned = (point.courseDegrees - m_courseDegrees) * kRadian;
-    spot.up = plan.At(at).heightMeters - here.heightMeters - eye.height;
     m_spots.push_back(spot);
     spot.right += std::sin(spot.turned);
     spot.ahead += std::cos(spot.turned);
-    if (at > meters && std::abs(spot.turned) > kMostTurned) {
-      m_sightEnd = at;
-      break;
-    }
+    if (at > meters && std::abs(spot.turned) > kMostTurned) m_turnedAway = std::min(m_turnedAway, at);
   }
   const Spot eyeSpot = m_spots[static_cast<std::size_t>(kBehind)];
   const double right = eyeSpot.right + eye.offset * std::cos(eyeSpot.turned);
@@ -55,7 +51,7 @@ EyePlace RoadView::At(double meters, double offset, double height) const {
   const Spot& b = m_spots[std::min(before + 1, m_spots.size() - 1)];
   const double t = at - std::floor(at);
   const double turned = std::lerp(a.turned, b.turned, t);
-  return {std::lerp(a.right, b.right, t) + offset * std::cos(turned), std::lerp(a.up, b.up, t) + height,
+  return {std::lerp(a.right, b.right, t) + offset * std::cos(turned), height - m_eyeHeight,
           std::lerp(a.ahead, b.ahead, t) - offset * std::sin(turned)};
 }
 

@@ -1,5 +1,5 @@
 // What somebody on a planned way has before his eyes: puts places beside the way onto the picture, with its
-// bends and slopes ahead.
+// bends ahead, over level ground.
 #pragma once
 
 #include <span>
@@ -30,13 +30,15 @@ class RoadView {
   RoadView(const RoutePlan& plan, double meters, const EyeOptions& eye, FlatCanvas& canvas);
 
   double Meters() const { return m_meters; }
-  /// Where the way turns out of sight, or ends in the haze; in meters of the way.
-  double SightEnd() const { return m_sightEnd; }
+  /// Meters of the way where its last part ends that is drawn.
+  double SightEnd() const { return m_meters + m_sightMeters; }
+  /// From where on the way no longer leads away from the eye; its ground then cannot be drawn row by row.
+  double TurnedAway() const { return m_turnedAway; }
   double CourseDegrees() const { return m_courseDegrees; }
   double Focal() const { return m_focal; }  // pixels of something as wide as it is far
   double Horizon() const { return m_horizon; }
 
-  /// `offset` is to the right of the way's middle, `height` above the ground there; `meters` is of the way,
+  /// `offset` is to the right of the way's middle, `height` above the ground; `meters` is of the way,
   /// and is cut to what the view holds, from a little behind the eye.
   EyePlace At(double meters, double offset, double height = 0) const;
   /// For places ahead of the eye only.
@@ -61,16 +63,17 @@ class RoadView {
   struct Spot {
     double right = 0;
     double ahead = 0;
-    double up = 0;
     double turned = 0;  // from the eye's direction, radians to the right
   };
 
   FlatCanvas& m_canvas;
   double m_meters;
-  double m_sightEnd = 0;
+  double m_sightMeters;
+  double m_turnedAway;
   double m_courseDegrees;
   double m_focal;
   double m_horizon;
+  double m_eyeHeight;
   std::vector<Spot> m_spots;
   std::vector<CanvasPoint> m_outline;
 };

@@ -14,35 +14,29 @@ using enum Scenery;
 
 // Bends in the hills, a tunnel after half a minute, a village, and more of it with lights.
 constexpr std::array kDriveSections = {
-    RouteSection{kHills, 60, 0, 18},        RouteSection{kHills, 90, 58, 18, 2},
-    RouteSection{kHills, 30, 0, 18, 1},     RouteSection{kHills, 110, -95, 17, 3},
-    RouteSection{kHills, 45, 0, 18},        RouteSection{kHills, 95, 75, 18, -3},
-    RouteSection{kHills, 110, -25, 20, -2}, RouteSection{kHills, 70, 0, 20},
-    RouteSection{kTunnel, 100, 0, 20},      RouteSection{kTunnel, 110, 28, 20},
-    RouteSection{kHills, 90, 0, 19},        RouteSection{kHills, 100, -62, 18, 2},
-    RouteSection{kHills, 80, 40, 16, -1},   RouteSection{kTown, 110, 0, 13},
-    RouteSection{kTown, 90, 35, 12},        RouteSection{kTown, 220, -20, 13},
-    RouteSection{kTown, 60, 80, 11},        RouteSection{kTown, 260, -15, 13},
-    RouteSection{kTown, 50, -85, 11},       RouteSection{kTown, 190, 10, 13},
-    RouteSection{kTown, 105, 0, 13, 0, 7},  RouteSection{kTown, 70, 0, 13},
-    RouteSection{kTown, 45, 75, 11},        RouteSection{kTown, 160, 0, 13},
-    RouteSection{kTown, 140, -60, 13, -2},
+    RouteSection{kHills, 60, 0, 18},    RouteSection{kHills, 90, 58, 18}, RouteSection{kHills, 30, 0, 18},
+    RouteSection{kHills, 110, -95, 17}, RouteSection{kHills, 45, 0, 18},  RouteSection{kHills, 95, 75, 18},
+    RouteSection{kHills, 110, -25, 20}, RouteSection{kHills, 70, 0, 20},  RouteSection{kTunnel, 100, 0, 20},
+    RouteSection{kTunnel, 110, 28, 20}, RouteSection{kHills, 90, 0, 19},  RouteSection{kHills, 100, -62, 18},
+    RouteSection{kHills, 80, 40, 16},   RouteSection{kTown, 110, 0, 13},  RouteSection{kTown, 90, 35, 12},
+    RouteSection{kTown, 220, -20, 13},  RouteSection{kTown, 60, 80, 11},  RouteSection{kTown, 260, -15, 13},
+    RouteSection{kTown, 50, -85, 11},   RouteSection{kTown, 190, 10, 13}, RouteSection{kTown, 105, 0, 13, 7},
+    RouteSection{kTown, 70, 0, 13},     RouteSection{kTown, 45, 75, 11},  RouteSection{kTown, 160, 0, 13},
+    RouteSection{kTown, 140, -60, 13},
 };
 
 // Once around a lawn is a round; it ends where it began, in the same direction.
 constexpr std::array kRunSections = {
-    RouteSection{kPark, 26, 0, 3.4},     RouteSection{kPark, 24, 95, 3.2, 0.4},
-    RouteSection{kPark, 16, -30, 3.8},   RouteSection{kPark, 30, 110, 3.1, -0.4},
-    RouteSection{kPark, 11.108, 0, 3.5}, RouteSection{kPark, 16, -25, 4.2},
-    RouteSection{kPark, 22, 115, 3.2},   RouteSection{kPark, 34.014, 0, 4.6},
-    RouteSection{kPark, 24, 95, 3.3},
+    RouteSection{kPark, 26, 0, 3.4},   RouteSection{kPark, 24, 95, 3.2},    RouteSection{kPark, 16, -30, 3.8},
+    RouteSection{kPark, 30, 110, 3.1}, RouteSection{kPark, 11.108, 0, 3.5}, RouteSection{kPark, 16, -25, 4.2},
+    RouteSection{kPark, 22, 115, 3.2}, RouteSection{kPark, 34.014, 0, 4.6}, RouteSection{kPark, 24, 95, 3.3},
 };
 
 constexpr std::array kWalkSections = {
     RouteSection{kShore, 12, 0, 1.4},    RouteSection{kShore, 10, 55, 1.3},
-    RouteSection{kShore, 9, -70, 1.3},   RouteSection{kShore, 7, 0, 1.5, 0, 5},
+    RouteSection{kShore, 9, -70, 1.3},   RouteSection{kShore, 7, 0, 1.5, 5},
     RouteSection{kShore, 11, 80, 1.35},  RouteSection{kShore, 9, 0, 1.6},
-    RouteSection{kShore, 12, -60, 1.25}, RouteSection{kShore, 10, 75, 1.4, 0, 7},
+    RouteSection{kShore, 12, -60, 1.25}, RouteSection{kShore, 10, 75, 1.4, 7},
     RouteSection{kShore, 10, 50, 1.4},   RouteSection{kShore, 12, -80, 1.5},
     RouteSection{kShore, 14, 40, 1.5},
 };
@@ -74,7 +68,6 @@ RoutePlan::RoutePlan(RouteKind kind) : m_sections(SectionsOf(kind)) {
     m_meters.push_back(meters);
     meters += section.meters;
     m_round.courseDegrees += section.turnDegrees;
-    m_round.heightMeters += section.riseMeters;
     if (section.waitSeconds > 0) m_stops.push_back({meters, section.waitSeconds});
   }
   m_meters.push_back(meters);
@@ -87,13 +80,12 @@ PlanPoint RoutePlan::At(double meters) const {
   const auto after = std::upper_bound(m_meters.begin(), m_meters.end() - 1, inRound);
   const auto index = static_cast<std::size_t>(after - m_meters.begin() - 1);
   const RouteSection& section = m_sections[index];
-  // Bends and slopes grow from nothing and go back to it, so that neither jumps between sections.
+  // Bends grow from nothing and go back to it, so that the way has no kinks.
   const double t = std::min((inRound - m_meters[index]) / section.meters, 1.0);
   const double share = t * t * (3 - 2 * t);
   PlanPoint point = m_starts[index];
   point.courseDegrees += kFirstCourse + section.turnDegrees * share + rounds * m_round.courseDegrees;
   point.degreesPerMeter = section.turnDegrees * 6 * t * (1 - t) / section.meters;
-  point.heightMeters += section.riseMeters * share + rounds * m_round.heightMeters;
   point.metersPerSecond = section.metersPerSecond * Wander(meters, m_sections.front().metersPerSecond);
   point.scenery = section.scenery;
   return point;

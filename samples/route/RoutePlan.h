@@ -1,4 +1,4 @@
-// The ground on which somebody drives, runs or walks, by the meters from the start: bends, hills, what lies
+// The ground on which somebody drives, runs or walks, by the meters from the start: bends, what lies
 // beside the way, and where he stops. Those who make logs and those who draw the view look at the same plan.
 #pragma once
 
@@ -15,14 +15,12 @@ struct RouteSection {
   double meters;
   double turnDegrees;      // to the right, over the whole section
   double metersPerSecond;  // wanted where the bends allow it
-  double riseMeters = 0;
   double waitSeconds = 0;  // at its end
 };
 
 struct PlanPoint {
   double courseDegrees = 0.0;    // clockwise from north, not cut to a circle
   double degreesPerMeter = 0.0;  // positive in bends to the right
-  double heightMeters = 0.0;
   double metersPerSecond = 0.0;  // wanted there
   Scenery scenery = Scenery::kHills;
 };
