@@ -1,0 +1,40 @@
+<?xml version="1.0" encoding="utf-8"?>
+<plist version="1.0">
+<dict>
+  <key>VRXWrapper</key>
+  <dict>
+    <key>VideoTrack</key>
+    <array>
+      <dict>
+        <key>SourceFile</key><string>clips/drive-1.mp4</string>
+        <key>StartTime</key><real>0.0</real>
+        <key>EndTime</key><real>30000.0</real>
+      </dict>
+      <dict>
+        <key>SourceFile</key><string>clips/drive-2.mp4</string>
+        <key>StartTime</key><real>0.0</real>
+        <key>EndTime</key><real>30000.0</real>
+      </dict>
+      <dict>
+        <key>SourceFile</key><string>clips/drive-3.mp4</string>
+        <key>StartTime</key><real>0.0</real>
+        <key>EndTime</key><real>27000.0</real>
+      </dict>
+    </array>
+    <key>OutputSettings</key>
+    <dict>
+      <key>OutputFilePath</key><string>drive.mp4</string>
+      <key>PainterEffect</key><string>painter-drive.vrx</string>
+      <key>VideoOutputSettings</key>
+      <dict>
+        <key>VideoSpecificationType</key><integer>1</integer>
+        <key>Width</key><integer>1280</integer>
+        <key>Height</key><integer>720</integer>
+        <key>TimeValue</key><integer>1</integer>
+        <key>TimeScale</key><integer>25</integer>
+        <key>AverageBitrate</key><integer>6000000</integer>
+      </dict>
+    </dict>
+  </dict>
+</dict>
+</plist>

@@ -1,0 +1,30 @@
+<?xml version="1.0" encoding="utf-8"?>
+<plist version="1.0">
+<dict>
+  <key>VRXWrapper</key>
+  <dict>
+    <key>VideoTrack</key>
+    <array>
+      <dict>
+        <key>SourceFile</key><string>clips/walk.mp4</string>
+        <key>StartTime</key><real>0.0</real>
+        <key>EndTime</key><real>75000.0</real>
+      </dict>
+    </array>
+    <key>OutputSettings</key>
+    <dict>
+      <key>OutputFilePath</key><string>walk.mp4</string>
+      <key>PainterEffect</key><string>painter-walk.vrx</string>
+      <key>VideoOutputSettings</key>
+      <dict>
+        <key>VideoSpecificationType</key><integer>1</integer>
+        <key>Width</key><integer>1280</integer>
+        <key>Height</key><integer>720</integer>
+        <key>TimeValue</key><integer>1</integer>
+        <key>TimeScale</key><integer>25</integer>
+        <key>AverageBitrate</key><integer>6000000</integer>
+      </dict>
+    </dict>
+  </dict>
+</dict>
+</plist>
