@@ -11,7 +11,7 @@ namespace {
 using vrx::test_support::ClipSoundStyle;
 using vrx::test_support::ClipStyle;
 using vrx::test_support::PatternClip;
-using vrx::test_support::RouteKind;
+using vrx::test_support::RouteNames;
 
 constexpr int kLargestRate = 1000000;
 constexpr int kMaxSide = 8192;
@@ -53,8 +53,12 @@ void DescribePicture(CLI::App& app, PatternClip& clip) {
       ->check(CLI::IsMember({0, 90, 180, 270}));
   app.add_option("--sar", PairInto(clip.sarNum, clip.sarDen, ':', true), "Sample aspect ratio")
       ->type_name("A:B");
+  app.add_option("--date", clip.date, "When it was recorded, as 2024-05-01T14:00:00+0200");
   app.add_flag("--full-range", clip.fullRange, "Luma from 0 to 255");
   app.add_flag("--bt601", clip.bt601, "Colour matrix of BT.601 instead of BT.709");
+}
+
+void DescribeContent(CLI::App& app, PatternClip& clip) {
   const std::map<std::string, ClipStyle> styles = {{"pattern", ClipStyle::kPattern},
                                                    {"scene", ClipStyle::kScene},
                                                    {"court", ClipStyle::kCourt},
@@ -62,17 +66,14 @@ void DescribePicture(CLI::App& app, PatternClip& clip) {
   app.add_option("--style", clip.style, "What is drawn")
       ->transform(CLI::CheckedTransformer(styles))
       ->default_str("pattern");
+  app.add_option("--first-number", clip.firstNumber, "Number in the first frame's pattern")
+      ->capture_default_str();
   app.add_option("--seed", clip.seed, "Which landscape the scene shows")->capture_default_str();
-  const std::map<std::string, RouteKind> routes = {
-      {"drive", RouteKind::kDrive}, {"run", RouteKind::kRun}, {"walk", RouteKind::kWalk}};
   app.add_option("--route", clip.route, "Way of the road style, as vrx-make-log has it")
-      ->transform(CLI::CheckedTransformer(routes))
+      ->transform(CLI::CheckedTransformer(RouteNames()))
       ->default_str("drive");
   app.add_option("--from", clip.routeSecond, "Second of the way at which the clip begins")
       ->check(CLI::Range(0, 86400))
-      ->capture_default_str();
-  app.add_option("--date", clip.date, "When it was recorded, as 2024-05-01T14:00:00+0200");
-  app.add_option("--first-number", clip.firstNumber, "Number in the first frame's pattern")
       ->capture_default_str();
 }
 
@@ -106,6 +107,7 @@ int main(int argc, char** argv) {
   arguments.clip.height = 360;
   app.add_option("out", arguments.path, "File to write: .mp4, .mkv, .ts, .mov, .avi, .wav, ...")->required();
   DescribePicture(app, arguments.clip);
+  DescribeContent(app, arguments.clip);
   DescribeSound(app, arguments);
   CLI11_PARSE(app, argc, argv);
   try {

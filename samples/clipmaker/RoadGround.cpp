@@ -23,7 +23,8 @@ using namespace road;
 
 constexpr double kFar = std::numeric_limits<double>::infinity();
 constexpr std::size_t kMostBands = 5;
-constexpr double kLap = 0.25;  // meters by which parts lap, so that nothing shines through between them
+constexpr double kLapShare =
+    0.06;  // of their length by which parts lap, so that nothing shines through between them
 
 /// From left to right of the way's middle, in meters.
 struct Band {
@@ -187,7 +188,7 @@ Rgb RoadGround::Shade(const Rgb& colour, double meters) const {
 }
 
 void RoadGround::DrawPart(const Stretch& stretch, double left, double right, const Rgb& colour) {
-  const double to = stretch.toMeters + kLap;
+  const double to = stretch.toMeters + kLapShare * (stretch.toMeters - stretch.fromMeters);
   m_view.Face(m_view.At(stretch.fromMeters, left), m_view.At(to, left), m_view.At(to, right),
               m_view.At(stretch.fromMeters, right), colour);
 }
@@ -216,7 +217,7 @@ void RoadGround::DrawMarks() {
     const Rgb colour = scenery == Scenery::kTunnel
                            ? Lit(mark.colour, std::min(1.5 * TunnelLight(distance), 1.0))
                            : Hazed(mark.colour, distance);
-    DrawPart({at, at + mark.length - kLap}, -mark.halfWidth, mark.halfWidth, colour);
+    DrawPart({at, at + mark.length}, -mark.halfWidth, mark.halfWidth, colour);
   }
 }
 

@@ -13,6 +13,8 @@ using namespace road;
 
 constexpr double kPlotMeters = 4;  // things stand at the beginnings of plots of that length
 
+constexpr double kStorey = 2.9;  // height of a house's
+
 constexpr std::array<Rgb, 4> kLeaves = {{{62, 126, 58}, {84, 146, 62}, {48, 108, 62}, {112, 158, 66}}};
 constexpr std::array<Rgb, 5> kWalls = {
     {{236, 222, 196}, {214, 186, 158}, {232, 232, 226}, {206, 148, 116}, {188, 200, 204}}};
@@ -189,7 +191,7 @@ void RoadProps::Chevron(double meters, double offset, bool pointsRight) {
 }
 
 void RoadProps::House(std::int64_t plot, double side) {
-  constexpr double kLength = 14, kStorey = 2.9;
+  constexpr double kLength = 14;
   const auto chance = [&](std::uint32_t what) { return Chance(plot, what + (side > 0 ? 50 : 0)); };
   const double from = static_cast<double>(plot) * kPlotMeters;
   const double to = from + kLength;
@@ -200,7 +202,6 @@ void RoadProps::House(std::int64_t plot, double side) {
   const double roof = height + 3.2;
   const Rgb wall = Far(Pick(kWalls, chance(16)), from);
   const Rgb tiles = Far(Pick(kRoofs, chance(17)), from);
-  const Rgb glass = Far({92, 118, 142}, from);
   const auto at = [&](double meters, double offset, double up) { return m_view.At(meters, offset, up); };
   const double ridge = (front + back) / 2;
   m_view.Face(at(from, front, 0), at(to, front, 0), at(to, front, height), at(from, front, height), wall);
@@ -210,6 +211,12 @@ void RoadProps::House(std::int64_t plot, double side) {
   const double eaves = front - side * 0.5;
   m_view.Face(at(from - 0.4, eaves, height - 0.3), at(to, eaves, height - 0.3), at(to, ridge, roof),
               at(from - 0.4, ridge, roof), tiles);
+  Windows(from, to, front, side, storeys);
+}
+
+void RoadProps::Windows(double from, double to, double front, double side, int storeys) {
+  const Rgb glass = Far({92, 118, 142}, from);
+  const auto at = [&](double meters, double offset, double up) { return m_view.At(meters, offset, up); };
   const EyePlace corner = at(to, front, 0);
   if (!RoadView::IsAhead(corner) || m_view.Scale(corner) < 2.5) return;  // windows would be dust
   for (int storey = 0; storey < storeys; ++storey) {

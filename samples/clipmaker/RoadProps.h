@@ -37,6 +37,7 @@ class RoadProps {
   void Post(double meters, double offset);
   void Chevron(double meters, double offset, bool pointsRight);
   void House(std::int64_t plot, double side);
+  void Windows(double from, double to, double front, double side, int storeys);
   void Lamp(double meters, double offset, double height);
   void Bench(double meters, double offset);
   void Boat(double meters, double offset, const Rgb& sail);

@@ -13,7 +13,6 @@ class RoadScene {
   /// Shows the route up to `seconds`, and stands still after that.
   RoadScene(RouteKind kind, int seconds);
 
-  const PlannedRoute& Route() const { return m_route; }
   /// Fills `image`, whatever its size, with the view at that second of the route.
   void Draw(double seconds, RgbImage& image) const;
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <map>
 
 #include "samples/logmaker/ReceiverKinds.h"
 #include "samples/route/DriveRoute.h"
@@ -16,7 +15,7 @@ using vrx::test_support::DriveRoute;
 using vrx::test_support::PlannedRoute;
 using vrx::test_support::ReceiverKind;
 using vrx::test_support::ReceiverKinds;
-using vrx::test_support::RouteKind;
+using vrx::test_support::RouteNames;
 
 constexpr int kMostSeconds = 86'400;
 
@@ -30,13 +29,10 @@ std::string KindsHelp() {
   return text;
 }
 
-/// The routes that clips of the road style show; the drive through town is none of them.
-const std::map<std::string, RouteKind> kFilmedRoutes = {
-    {"drive", RouteKind::kDrive}, {"run", RouteKind::kRun}, {"walk", RouteKind::kWalk}};
-
+/// Clips of the road style show all of them but the drive through town.
 std::string WriteLog(const ReceiverKind& kind, const std::string& route, const DriveOptions& drive) {
-  const auto filmed = kFilmedRoutes.find(route);
-  if (filmed == kFilmedRoutes.end()) return kind.write(DriveRoute(drive));
+  const auto filmed = RouteNames().find(route);
+  if (filmed == RouteNames().end()) return kind.write(DriveRoute(drive));
   return kind.write(PlannedRoute({.kind = filmed->second,
                                   .times = {drive.startUtcMilliseconds, drive.seconds},
                                   .latitude = drive.latitude,

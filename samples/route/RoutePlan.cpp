@@ -61,6 +61,12 @@ std::span<const RouteSection> SectionsOf(RouteKind kind) {
 
 }  // namespace
 
+const std::map<std::string, RouteKind>& RouteNames() {
+  static const std::map<std::string, RouteKind> names = {
+      {"drive", RouteKind::kDrive}, {"run", RouteKind::kRun}, {"walk", RouteKind::kWalk}};
+  return names;
+}
+
 RoutePlan::RoutePlan(RouteKind kind) : m_sections(SectionsOf(kind)) {
   double meters = 0;
   for (const RouteSection& section : m_sections) {

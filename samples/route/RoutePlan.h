@@ -2,12 +2,18 @@
 // beside the way, and where he stops. Those who make logs and those who draw the view look at the same plan.
 #pragma once
 
+#include <map>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace vrx::test_support {
 
 enum class RouteKind { kDrive, kRun, kWalk };
+
+/// The kinds by their names on the command line.
+const std::map<std::string, RouteKind>& RouteNames();
+
 enum class Scenery { kHills, kTown, kTunnel, kPark, kShore };
 
 struct RouteSection {
@@ -28,8 +34,6 @@ struct PlanPoint {
 struct PlanStretch {
   double fromMeters;
   double toMeters;
-
-  bool Holds(double meters) const { return meters >= fromMeters && meters < toMeters; }
 };
 
 struct PlannedStop {
