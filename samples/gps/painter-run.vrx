@@ -49,7 +49,7 @@
           <key>VideoID</key><integer>1</integer>
           <key>StartTime</key><real>0.0</real>
           <key>EndTime</key><real>75.0</real>
-          <key>GPSLogFilePath</key><string>FOLDER/clips/run.mp4</string>
+          <key>GPSLogFilePath</key><string>clips/run.mp4</string>
           <key>OriginalDateTime</key><date>2024:05:01T14:00:00Z</date>
           <key>Duration</key><real>75.0</real>
         </dict>

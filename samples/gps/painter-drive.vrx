@@ -8,12 +8,12 @@
       <key>SaveMovieMode</key><true/>
       <key>VideoWidth</key><integer>1280</integer>
       <key>VideoHeight</key><integer>720</integer>
-      <!-- Instruments at the sides -->
-      <key>VideoLayoutType</key><integer>7</integer>
-      <!-- knots -->
-      <key>GpsUnitFromUser</key><integer>2</integer>
+      <!-- Instruments along the lower edge -->
+      <key>VideoLayoutType</key><integer>1</integer>
+      <!-- km/h -->
+      <key>GpsUnitFromUser</key><integer>0</integer>
       <!-- Which clip shows when: a record each, at normal speed -->
-      <key>SlowInfoData</key><string>1,1.0,0.0,75.0,0.0,0.0|</string>
+      <key>SlowInfoData</key><string>1,1.0,0.0,30.0,0.0,0.0|2,1.0,30.0,60.0,0.0,0.0|3,1.0,60.0,87.0,0.0,0.0|</string>
       <key>StringManager</key>
       <array>
         <string>mph</string>
@@ -35,23 +35,40 @@
     <key>TemplateInfo</key>
     <dict>
       <key>Valid</key><true/>
-      <!-- A walk -->
-      <key>ScenarioType</key><integer>3</integer>
+      <!-- A drive -->
+      <key>ScenarioType</key><integer>1</integer>
       <key>Width</key><integer>1280</integer>
       <key>Height</key><integer>720</integer>
+      <!-- One track and one count of all clips -->
       <key>LinkGPSLog</key><true/>
       <key>DrawTrimmedOutArea</key><true/>
       <key>DrawStartTime</key><real>0.0</real>
-      <key>DrawEndTime</key><real>75.0</real>
+      <key>DrawEndTime</key><real>87.0</real>
       <key>LogDataArray</key>
       <array>
         <dict>
           <key>VideoID</key><integer>1</integer>
           <key>StartTime</key><real>0.0</real>
-          <key>EndTime</key><real>75.0</real>
-          <key>GPSLogFilePath</key><string>FOLDER/clips/walk.mp4</string>
+          <key>EndTime</key><real>30.0</real>
+          <key>GPSLogFilePath</key><string>clips/drive-1.mp4</string>
           <key>OriginalDateTime</key><date>2024:05:01T14:00:00Z</date>
-          <key>Duration</key><real>75.0</real>
+          <key>Duration</key><real>30.0</real>
+        </dict>
+        <dict>
+          <key>VideoID</key><integer>2</integer>
+          <key>StartTime</key><real>0.0</real>
+          <key>EndTime</key><real>30.0</real>
+          <key>GPSLogFilePath</key><string>clips/drive-2.mp4</string>
+          <key>OriginalDateTime</key><date>2024:05:01T14:00:30Z</date>
+          <key>Duration</key><real>30.0</real>
+        </dict>
+        <dict>
+          <key>VideoID</key><integer>3</integer>
+          <key>StartTime</key><real>0.0</real>
+          <key>EndTime</key><real>27.0</real>
+          <key>GPSLogFilePath</key><string>clips/drive-3.mp4</string>
+          <key>OriginalDateTime</key><date>2024:05:01T14:02:28Z</date>
+          <key>Duration</key><real>27.0</real>
         </dict>
       </array>
     </dict>

@@ -50,7 +50,7 @@
           <key>VideoID</key><integer>1</integer>
           <key>StartTime</key><real>2.0</real>
           <key>EndTime</key><real>30.0</real>
-          <key>GPSLogFilePath</key><string>FOLDER/clips/drive-1.mp4</string>
+          <key>GPSLogFilePath</key><string>clips/drive-1.mp4</string>
           <key>OriginalDateTime</key><date>2024:05:01T14:00:00Z</date>
           <key>Duration</key><real>30.0</real>
         </dict>
@@ -58,7 +58,7 @@
           <key>VideoID</key><integer>2</integer>
           <key>StartTime</key><real>0.0</real>
           <key>EndTime</key><real>25.0</real>
-          <key>GPSLogFilePath</key><string>FOLDER/clips/drive-3.mp4</string>
+          <key>GPSLogFilePath</key><string>clips/drive-3.mp4</string>
           <key>OriginalDateTime</key><date>2024:05:01T14:02:28Z</date>
           <key>Duration</key><real>27.0</real>
         </dict>
