@@ -104,6 +104,7 @@ void KVSGPSOverlayPainterPlugIn::SetOutputSize(std::int32_t width, std::int32_t 
 void KVSGPSOverlayPainterPlugIn::SetMode(std::uint32_t mode) {
   const XpSingleLock lock(&m_lock);
   m_timeline.unit = static_cast<std::int32_t>(mode);
+  m_unitTexts.unit = m_timeline.unit;
   ForgetDrawn();
 }
 

@@ -41,7 +41,8 @@ class KVSGPSOverlayPainterPlugIn final : public KVSPainterPlugInBase {
   void Configure(const PainterInfo* info, const PainterInfoBase* record) override;
   void SetOutputSize(std::int32_t width, std::int32_t height) override;
   void SetVideoLayout(std::int32_t layoutType, std::int32_t subVideoSize) override;
-  /// The unit of distances and speeds.
+  /// The unit of distances and speeds. The meter and the number of the speed follow at once, everything else
+  /// with the next Prepare.
   void SetMode(std::uint32_t mode) override;
   PainterStamp GetContentStamp(const PainterTimes& times) override;
   XpRowRange GetDrawnRows() const override { return m_drawnRows; }
