@@ -183,7 +183,12 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
 TEST_F(ProjectCheckTest, OutputThatIsAnInputIsRefusedAlsoThroughLinks) {
   m_folder.Write("sound.wav", "sound");
   m_folder.Write("photo.png", "photo");
-  m_folder.Write("painter.xml", "<plist/>");
+  m_folder.Write("ride.mts", "log");
+  m_folder.Write(
+      "painter.xml",
+      "<plist><dict><key>PainterInfo</key><dict><key>TemplateInfo</key><dict><key>LogDataArray</key>"
+      "<array><dict><key>GPSLogFilePath</key><string>ride.mts</string></dict></array></dict></dict>"
+      "</dict></plist>");
   m_folder.Write("stills.xml", BasebandText(ImageText(1, "photo.png", 0, 9)));
   std::filesystem::create_symlink("a.mp4", m_folder.Path() / "link.mp4");
   std::filesystem::create_hard_link(m_folder.Path() / "photo.png", m_folder.Path() / "hard.png");
@@ -202,6 +207,7 @@ TEST_F(ProjectCheckTest, OutputThatIsAnInputIsRefusedAlsoThroughLinks) {
                         {"hard.png", "is a still picture of VideoTrack clip 2"},
                         {"sound.wav", "is the source of AudioTrack clip 1"},
                         {"painter.xml", "is the painter document"},
+                        {"ride.mts", "is a GPS log"},
                         {"./p.vrx", "is the project document"}}) {
     project.output = c.output;
     EXPECT_THAT(Lines(Check()), Contains(AllOf(HasSubstr("E OutputFilePath"), HasSubstr(c.role))))
