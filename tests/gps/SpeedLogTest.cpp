@@ -11,10 +11,12 @@
 #include "tests/drawing/Sheet.h"
 #include "tests/foundation/ScopedVariable.h"
 #include "tests/gps/PlainSpeedLog.h"
+#include "tests/overlay/MakePicture.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
 
+using vrx::test_support::MakePicture;
 using namespace vrx::gps;
 using vrx::drawing::Point;
 using vrx::drawing::Rect;
@@ -51,16 +53,6 @@ KVUGPSInfoList RandomList(std::size_t seconds, std::mt19937& random) {
   for (std::size_t i = seconds - std::min(after, seconds); i < seconds; ++i)
     list[i] = PointOf(kGPSNoSpeed, GPSPointAfterFix);
   return list;
-}
-
-/// A colour with changing straight alpha.
-PainterPicture Picture(std::int32_t width, std::int32_t height, std::uint32_t seed) {
-  auto* made = new XpPixmap32;
-  PainterPicture picture(made);
-  EXPECT_EQ(made->Allocate(width, height), XpOk);
-  for (std::uint32_t i = 0; i < made->size; ++i)
-    made->data[i] = static_cast<unsigned char>(i * 37 + seed * 71 + 5);
-  return picture;
 }
 
 class SpeedLogTest : public testing::Test {
@@ -241,8 +233,8 @@ TEST_F(SpeedLogTest, ASceneTakesOnlyWhatIsSeenOfALongLog) {
 class SpeedLogFrames : public SpeedLogTest {
  protected:
   SpeedLogFrames() {
-    look = {Picture(2, 134, 1), Picture(2, 10, 2),  Picture(40, 40, 3),
-            Picture(40, 40, 4), Picture(28, 28, 5), 0xFEB3B3B3};
+    look = {MakePicture(2, 134, 1), MakePicture(2, 10, 2),  MakePicture(40, 40, 3),
+            MakePicture(40, 40, 4), MakePicture(28, 28, 5), 0xFEB3B3B3};
     log.SetFontName(u"Face");
   }
   void Start(std::uint32_t viewTime, std::uint32_t position, bool linked,

@@ -11,36 +11,28 @@
 #include "imaging/pixmap/XpPixmapBlock.h"
 #include "overlay/tennis/KVSTennisMetaPainterPlugIn.h"
 #include "tests/drawing/Sheet.h"
+#include "tests/overlay/MakePicture.h"
 #include "tests/overlay/PlainTennis.h"
 
 namespace {
 
+using vrx::test_support::MakePicture;
 using namespace vrx::overlay;
 using vrx::drawing::InkOf;
 using vrx::drawing::Rect;
-
-/// Straight alpha that changes across the picture, in a colour of its own.
-PainterPicture Picture(std::int32_t width, std::int32_t height, std::uint32_t seed) {
-  auto* made = new XpPixmap32;
-  PainterPicture picture(made);
-  EXPECT_EQ(made->Allocate(width, height), XpOk);
-  for (std::uint32_t i = 0; i < made->size; ++i)
-    made->data[i] = static_cast<unsigned char>(i * 37 + seed * 71 + 5);
-  return picture;
-}
 
 std::shared_ptr<TennisMetaResource> MakePictures() {
   auto set = std::make_shared<TennisMetaResource>();
   std::uint32_t seed = 0;
   for (auto* frames : {&set->racketFrames, &set->backFrames, &set->foreFrames}) {
-    for (int i = 0; i < 8; ++i) frames->push_back(Picture(12, 9, ++seed));
+    for (int i = 0; i < 8; ++i) frames->push_back(MakePicture(12, 9, ++seed));
   }
-  for (const TennisStroke& stroke : TennisStrokes()) (*set).*(stroke.pictogram) = Picture(5, 5, ++seed);
-  set->timeLine = Picture(20, 4, ++seed);
-  set->timeTop = Picture(6, 6, ++seed);
-  set->shade = Picture(1, 1, ++seed);
-  set->yellow = Picture(7, 7, ++seed);
-  set->blue = Picture(7, 7, ++seed);
+  for (const TennisStroke& stroke : TennisStrokes()) (*set).*(stroke.pictogram) = MakePicture(5, 5, ++seed);
+  set->timeLine = MakePicture(20, 4, ++seed);
+  set->timeTop = MakePicture(6, 6, ++seed);
+  set->shade = MakePicture(1, 1, ++seed);
+  set->yellow = MakePicture(7, 7, ++seed);
+  set->blue = MakePicture(7, 7, ++seed);
   return set;
 }
 
