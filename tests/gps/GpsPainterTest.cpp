@@ -7,15 +7,13 @@
 
 #include <gmock/gmock.h>
 
-#include "gps/painter/GpsClipTimes.h"
-#include "gps/painter/GpsMeter.h"
+#include "drawing/BoxTextRenderer.h"
 #include "gps/painter/KVSGPSOverlayPainterPlugIn.h"
 #include "overlay/resources/LoadResources.h"
 #include "tests/content/MoffBytes.h"
 #include "tests/drawing/Sheet.h"
 #include "tests/foundation/FolderTest.h"
 #include "tests/gps/GpsLogText.h"
-#include "tests/gps/PlainGpsTexts.h"
 #include "tests/overlay/ReferencePicture.h"
 
 namespace {
@@ -23,109 +21,8 @@ namespace {
 using namespace vrx::gps;
 using testing::AllOf;
 using testing::Contains;
-using testing::ElementsAre;
 using testing::Not;
 using vrx::drawing::PixelAt;
-
-GpsMoment Logged(double knots) {
-  GpsMoment moment;
-  moment.point = {.time = After(0).GetValue(), .speed = knots, .status = 1};
-  moment.hasFix = true;
-  return moment;
-}
-
-TEST(GpsReadoutsTest, SpeedIsShownInTheUnitOrNotAtAll) {
-  const struct {
-    double knots;
-    std::int32_t unit;
-    const char16_t* text;
-  } cases[] = {{10, 0, u"18.5"},  {10, 1, u"11.5"},  {10, 2, u"10.0"}, {0.05, 0, u"0.1"},
-               {0.05, 2, u"0.1"}, {0.04, 2, u"0.0"}, {0, 0, u"0.0"},   {-1, 0, u"--"},
-               {10, -1, u"0.0"},  {10, 3, u"0.0"},   {-1, 9, u"--"},   {std::nan(""), 2, u"--"}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(MakeGpsReadouts(Logged(c.knots), {.unit = c.unit}).speed, XpString(c.text))
-        << c.knots << " in unit " << c.unit;
-  }
-  GpsMoment stale = Logged(12);
-  stale.hasFix = false;
-  EXPECT_EQ(MakeGpsReadouts(stale, {}).speed, XpString(u"--"));
-  EXPECT_TRUE(HasFix({.status = 0, .kind = GPSPointHeld}));
-  EXPECT_TRUE(HasFix({.status = 1, .kind = GPSPointInterpolated}));
-  EXPECT_FALSE(HasFix({.status = 0, .kind = GPSPointLogged}));
-}
-
-TEST(GpsReadoutsTest, TimesAndDistancesOfAMoment) {
-  setenv("LC_ALL", "C", 1);  // of the date
-  const GpsUnitTexts units{.unit = 0, .speed = u"km/h", .distance = u"km"};
-  const auto read = [&](auto change) {
-    GpsMoment moment = Logged(1);
-    change(moment);
-    return MakeGpsReadouts(moment, units);
-  };
-  const struct {
-    std::int64_t ms;
-    const char16_t* text;
-  } elapsed[] = {{0, u"00:00:00"},
-                 {59'999, u"00:00:59"},
-                 {3'600'000, u"01:00:00"},
-                 {360'000'000, u"100:00:00"},
-                 {-5000, u"00:00:00"}};
-  for (const auto& c : elapsed) {
-    EXPECT_EQ(read([&](GpsMoment& m) { m.elapsedMs = c.ms; }).elapsed, XpString(c.text));
-    EXPECT_EQ(read([&](GpsMoment& m) { m.totalSeconds = static_cast<double>(c.ms) / 1000; }).total,
-              XpString(c.text));
-  }
-  const struct {
-    double value;
-    const char16_t* text;
-  } averages[] = {{0, u"0.0 km/h"}, {-0.1, u"-- km/h"}, {12.35, u"12.4 km/h"}, {12.34, u"12.3 km/h"}};
-  for (const auto& c : averages) {
-    EXPECT_EQ(read([&](GpsMoment& m) { m.averageSpeed = c.value; }).average, XpString(c.text));
-  }
-  EXPECT_EQ(read([](GpsMoment& m) { m.point.distance = 0.949; }).distance, XpString(u"0.9 km"));
-  const struct {
-    std::int32_t minutes;
-    const char *date, *clock;
-  } zones[] = {{0, "5/4/2018", "10:00:00 AM"},
-               {330, "5/4/2018", "3:30:00 PM"},
-               {840, "5/5/2018", "12:00:00 AM"},
-               {-660, "5/3/2018", "11:00:00 PM"},
-               {65536 + 60, "5/4/2018", "11:00:00 AM"}};
-  for (const auto& c : zones) {
-    const GpsReadouts readouts = read([&](GpsMoment& m) { m.timeZoneMinutes = c.minutes; });
-    EXPECT_STREQ(readouts.date.ToNarrow().c_str(), c.date) << c.minutes;
-    EXPECT_STREQ(readouts.clock.ToNarrow().c_str(), c.clock) << c.minutes;
-  }
-}
-
-LogDataEntry Lasting(std::int32_t videoId, double duration, double start = 0, double end = 0) {
-  return {.videoId = videoId, .startTime = start, .endTime = end, .duration = duration};
-}
-
-TEST(GpsClipTimesTest, ClipsFollowEachOtherWithAMillisecondBetween) {
-  const std::vector<LogDataEntry> clips = {Lasting(4, 10.4, 1, 3.5), Lasting(2, 5.2, 5, 4),
-                                           Lasting(9, 8, 0, 8)};
-  const auto at = [&](bool whole, std::int64_t second) { return FindClipAt(clips, whole, second); };
-  EXPECT_THAT((std::vector{at(true, 0), at(true, 9), at(true, 10), at(true, 14), at(true, 15), at(true, 22),
-                           at(true, 23)}),
-              ElementsAre(0, 0, 1, 1, 2, 2, 3));
-  // The second clip shows nothing.
-  EXPECT_THAT((std::vector{at(false, 1), at(false, 2), at(false, 9), at(false, 10)}),
-              ElementsAre(0, 2, 2, 3));
-  const struct {
-    std::int32_t videoId;
-    std::int64_t ms;
-    std::size_t index;
-    double movieMs;
-  } places[] = {{4, 0, 0, 0},         {4, 10'400, 0, 10'400}, {4, 99'000, 0, 10'400}, {2, 0, 1, 10'401},
-                {2, 5199, 1, 15'600}, {2, 5200, 1, 15'600},   {9, 1000, 2, 16'602},   {7, 1000, 3, 23'600}};
-  for (const auto& c : places) {
-    const GpsPlace place = FindPlace(clips, true, c.videoId, c.ms);
-    EXPECT_EQ(place.clipIndex, c.index) << c.videoId << " at " << c.ms;
-    EXPECT_NEAR(place.movieMs, c.movieMs, 1e-6) << c.videoId << " at " << c.ms;
-  }
-  EXPECT_NEAR(FindPlace(clips, false, 9, 1000).movieMs, 2502, 1e-6);  // 2.5 s, and one less for the second
-}
 
 PainterPicture Solid(std::uint8_t red, std::uint8_t green, std::uint8_t alpha = 255) {
   auto* made = new XpPixmap32;
@@ -147,57 +44,6 @@ std::shared_ptr<TemplateResource> Pictures(std::uint8_t shade, std::uint8_t fram
     set->meterFrames.push_back(Solid(static_cast<std::uint8_t>(100 + i), shade, 200));
   }
   return set;
-}
-
-TEST(GpsMeterTest, SlowWalksKeepAPartOfTheScale) {
-  const auto pictures = Pictures(0);
-  const auto scenario = MakeTemplateScenario(kScenarioWalkSmall, 1920, 1080, u"");
-  scenario->SetResource(pictures);
-  const struct {
-    double knots, most;
-    std::int32_t unit;
-    std::size_t frame;
-  } cases[] = {{3, 3, 0, 2}, {3, 3, 1, 3},   {3, 3, 2, 4},   {4, 4, 2, 6},  {4.9, 4.9, 2, 6}, {4, 5, 2, 4},
-               {4, 5, 1, 4}, {4, 7.9, 0, 3}, {6, 7.9, 1, 4}, {4, 12, 0, 2}, {1, 2, 3, 3},     {1, 2, -1, 3}};
-  for (const auto& c : cases) {
-    const KVUGPSInfo point{.speed = c.knots, .status = 1};
-    EXPECT_EQ(NeedleAt(point, c.most, c.unit, *scenario), pictures->meterFrames[c.frame])
-        << c.knots << " of " << c.most << " in unit " << c.unit;
-  }
-  const auto frame = [&](std::int32_t kind) {
-    return NeedleAt({.speed = 12, .status = 0, .kind = kind}, 12, 2, *scenario);
-  };
-  EXPECT_EQ(frame(GPSPointLogged), pictures->meterFrames[0]);
-  EXPECT_EQ(frame(GPSPointHeld), pictures->meterFrames[6]);
-  EXPECT_FALSE(NeedleAt({.status = 1}, 1, 0, *MakeTemplateScenario(kScenarioSpeedSmall, 9, 9, u"")));
-}
-
-TEST(GpsTextFieldsTest, TextsStandWhereAPlainDrawingPutsThem) {
-  const GpsLabels labels{u"Speed", u"Elapsed", u"Total", u"Average", u"Distance", u"Track"};
-  GpsReadouts says{u"123.4", u"05/04/18", u"10:00:00", u"00:00:07", u"01:02:03", u"12.3 km/h", u"4.5 km"};
-  for (const std::int32_t scenario : {1, 2, 3, 4}) {
-    for (const std::int32_t layout : {1, 7}) {
-      for (const auto& [width, height] : {std::pair{1920, 1080}, {1280, 720}, {700, 480}, {333, 250}}) {
-        SCOPED_TRACE(testing::Message() << scenario << " in layout " << layout << " at " << width);
-        KorvoTemplate look{MakeTemplateScenario(scenario, width, height, u""),
-                           MakeTemplateStructure(layout, width, height, width, height)};
-        look.scenario->SetSize(width, height);
-        PlainGpsTexts plain(scenario, layout == 7, width, height);
-        vrx::drawing::BoxTextRenderer boxes;
-        vrx::overlay::PictureRenditions renditions;
-        // A long date moves the clock for good.
-        for (const char16_t* date : {u"05/04/18", u"Wednesday, 5 May 2018", u"05/04/18"}) {
-          says.date = date;
-          vrx::drawing::Sheet drawn(width, height), wanted(width, height);
-          vrx::overlay::PainterSurface surface(drawn.pixmap, boxes, renditions);
-          DrawGpsTextFields(look, labels, says, u"km/h", surface);
-          plain.Draw(labels, says, u"km/h", wanted.pixmap);
-          EXPECT_EQ(std::memcmp(drawn.pixmap.data, wanted.pixmap.data, drawn.pixmap.size), 0)
-              << XpString(date);
-        }
-      }
-    }
-  }
 }
 
 /// Boxes, with a list of what was written on the frame.
@@ -224,11 +70,14 @@ struct Frame {
   std::vector<std::string> texts;
   friend bool operator==(const Frame&, const Frame&) = default;
 
-  /// What lies in the columns from `first` on, of `count`.
-  std::vector<std::uint32_t> Columns(std::size_t first, std::size_t count) const {
+  /// Its columns, with the speed, and those of the track above the texts.
+  std::vector<std::uint32_t> Graph() const { return Part(0, 108, TextRecorder::kFrameHeight); }
+  std::vector<std::uint32_t> Track() const { return Part(361, 86, 225); }
+  std::vector<std::uint32_t> Part(std::ptrdiff_t first, std::ptrdiff_t count, std::ptrdiff_t rows) const {
     std::vector<std::uint32_t> part;
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-      if (i % TextRecorder::kFrameWidth - first < count) part.push_back(pixels[i]);
+    for (std::ptrdiff_t y = 0; y < rows; ++y) {
+      const auto row = pixels.begin() + y * TextRecorder::kFrameWidth + first;
+      part.insert(part.end(), row, row + count);
     }
     return part;
   }
@@ -271,7 +120,7 @@ class GpsPainterTest : public FolderTest {
     return Put(name, "file");
   }
   static LogDataEntry Clip(std::int32_t videoId, const XpString& log, int second, double duration) {
-    LogDataEntry clip = Lasting(videoId, duration, 0, duration);
+    LogDataEntry clip{.videoId = videoId, .endTime = duration, .duration = duration};
     clip.gpsLogFilePath = log;
     clip.originalDateTime = After(second);
     return clip;
@@ -369,17 +218,19 @@ TEST_F(GpsPainterTest, TextsAreThoseOfTheMomentAndItsClip) {
                     Contains("00:00:40"), Contains("10:00:05 AM")));
   EXPECT_THAT(Draw(3, 2000).texts, AllOf(Contains("--"), Contains("0.0 km")));
   // The list ends with the clip, the clock runs on.
+  Draw(3, 98'000);
   EXPECT_THAT(Draw(3, 99'000).texts, AllOf(Contains("00:01:39"), Contains("10:00:40 AM")));
   EXPECT_THAT(Draw(5, 1000).texts, AllOf(Contains("00:00:30"), Contains("10:00:51 AM")));
   // On the whole movie a clip lasts whole seconds: the second one is current from 40 to 70.
   for (const auto& [second, total] : {std::pair{39, "00:00:40"}, {40, "00:00:30"}, {69, "00:00:30"}}) {
     EXPECT_THAT(Draw(0, second * 1000, 0, true).texts, Contains(total)) << second;
   }
+  const Frame last = Draw(0, 72'000, 0, true);
   look.linkGpsLog = true;
   Configure();
   EXPECT_THAT(Draw(5, 1000).texts, AllOf(Contains("00:01:10"), Not(Contains("00:00:30"))));
   EXPECT_THAT(Draw(0, 69'000, 0, true).texts, Contains("00:01:10"));
-  EXPECT_THAT(Draw(0, 72'000, 0, true).texts, Contains("00:00:30")) << "after the last clip";
+  EXPECT_EQ(Draw(0, 72'000, 0, true).texts, last.texts);
   look.linkGpsLog = false;
   look.drawTrimmedOutArea = false;
   look.logData[0].startTime = 10;
@@ -441,16 +292,33 @@ TEST_F(GpsPainterTest, HeaderMarkSeparatesTextsAndGraphButNotTheTrack) {
   const Frame linked = draw(true, ""), marked = draw(true, "@Kelogps/d/wgs-84/\n"), single = draw(false, "");
   EXPECT_EQ(marked.texts, single.texts);
   EXPECT_NE(marked.texts, linked.texts);
-  const auto graph = [](const Frame& frame) { return frame.Columns(0, 108); };
-  EXPECT_EQ(graph(marked), graph(single));
-  EXPECT_NE(graph(marked), graph(linked));
-  const auto track = [](const Frame& frame) {  // above the texts
-    std::vector<std::uint32_t> part = frame.Columns(361, 86);
-    part.resize(86 * 225);
-    return part;
-  };
-  EXPECT_EQ(track(marked), track(linked));
-  EXPECT_NE(track(marked), track(single));
+  EXPECT_EQ(marked.Graph(), single.Graph());
+  EXPECT_NE(marked.Graph(), linked.Graph());
+  EXPECT_EQ(marked.Track(), linked.Track());
+  EXPECT_NE(marked.Track(), single.Track());
+}
+
+TEST_F(GpsPainterTest, GraphAndTrackAreThoseOfTheTimeThatCounts) {
+  look.scenarioType = 4;
+  look.logData[0].videoId = 9;
+  look.logData[1].gpsLogFilePath = PutLog("b", Route(50, 57));
+  Configure();
+  EXPECT_EQ(Draw(9, 99'000).Graph(), Draw(9, 40'000).Graph()) << "after the last point of the clip";
+  EXPECT_NE(Draw(9, 40'400).Graph(), Draw(5, 0).Graph()) << "at the seam of two clips";
+  look.linkGpsLog = true;
+  Configure();
+  const auto inMovie = [&](std::int64_t ms) { return Draw(0, ms, 0, true); };
+  EXPECT_EQ(inMovie(3900).Graph(), inMovie(0).Graph()) << "before the first fix";
+  EXPECT_EQ(inMovie(55'000).Graph(), inMovie(71'000).Graph()) << "after the last fix";
+  EXPECT_NE(inMovie(47'000).Graph(), inMovie(46'000).Graph());
+  look.scenarioType = 1;
+  Configure();
+  EXPECT_TRUE(Draw(5, 6000).Has(kPositionMarker));
+  EXPECT_NE(Draw(5, 6000).Track(), Draw(5, 7000).Track());
+  // A position at the very beginning alone makes no track.
+  look.logData = {Clip(3, PutLog("c", Route(0, 0)), 0, 20)};
+  Configure();
+  EXPECT_FALSE(Draw(3, 0).Has(kPositionMarker));
 }
 
 TEST_F(GpsPainterTest, EqualStampsAreEqualFramesAndNoStampChangesInVain) {

@@ -58,7 +58,7 @@ TEST_F(KeptLayerTest, LayerIsCopiedToClearGroundAndDrawnOnOther) {
 
 TEST_F(KeptLayerTest, LayerIsDrawnAgainWhenItOrTheFrameChanges) {
   ExpectFresh(40, 30, {0, 0});
-  place = {20, 1, 30, 4};
+  place = {9, 4, 14, 20};
   layer.Forget();
   ExpectFresh(40, 30, {0, 0});
   ExpectFresh(64, 20, {0, 0});
