@@ -1,8 +1,8 @@
 #include "gps/trackview/TrackLineMap.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
-#include <limits>
 
 namespace vrx::gps {
 namespace {
@@ -11,12 +11,14 @@ using drawing::ColorRef;
 using drawing::Point;
 using drawing::Rect;
 
-constexpr std::size_t kMostParts = 0xFFFFFF;  // they are numbered from 1 on by the colours of a picture
+constexpr std::uint32_t kMostParts = 0xFFFFFF;  // they are numbered from 1 on by the colours of a picture
+constexpr std::uint32_t kOpaque = 0xFF000000;
+static_assert(std::endian::native == std::endian::little, "a pixel is its number below its alpha");
 
-ColorRef ColorOfNumber(std::size_t number) { return static_cast<ColorRef>(number); }
-
-std::uint32_t NumberOfColor(const unsigned char* pixel) {
-  return drawing::MakeColor(pixel[2], pixel[1], pixel[0]);
+/// The colour whose pixel holds the number.
+ColorRef ColorOfNumber(std::size_t number) {
+  return drawing::MakeColor(static_cast<unsigned char>(number >> 16), static_cast<unsigned char>(number >> 8),
+                            static_cast<unsigned char>(number));
 }
 
 Rect BoundsOf(std::span<const Point> line, std::int32_t width) {
@@ -65,10 +67,10 @@ std::optional<TrackLineMap> TrackLineMap::Make(std::span<const Point> line, std:
 }
 
 bool TrackLineMap::NumberPixels(std::span<const Point> line, std::int32_t width) {
-  XpPixmap32 picture;
-  if (picture.Allocate(drawing::Saturated(m_area.Width()), drawing::Saturated(m_area.Height())) != XpOk)
+  m_numbers = std::make_unique<XpPixmap32>();
+  if (m_numbers->Allocate(drawing::Saturated(m_area.Width()), drawing::Saturated(m_area.Height())) != XpOk)
     return false;
-  drawing::Canvas canvas(picture.GetBitmapHandle());
+  drawing::Canvas canvas(m_numbers->GetBitmapHandle());
   const auto draw = [&](std::size_t part) {
     const Point from = line[part], to = line[part + 1];
     canvas.DrawLine({from.x - m_area.left, from.y - m_area.top}, {to.x - m_area.left, to.y - m_area.top},
@@ -76,15 +78,6 @@ bool TrackLineMap::NumberPixels(std::span<const Point> line, std::int32_t width)
   };
   const std::size_t parts = line.size() - 1;
   for (std::size_t i = 0; i < parts; ++i) draw(m_side == Side::Before ? parts - 1 - i : i);
-  m_numbers.reserve(picture.size / 4);
-  const std::uint32_t notDrawn = m_side == Side::Before ? std::numeric_limits<std::uint32_t>::max() : 0;
-  for (std::int32_t y = 0; y < picture.height; ++y) {
-    const unsigned char* row = picture.GetPlane(0)->Row(y);
-    for (std::int32_t x = 0; x < picture.width; ++x) {
-      const std::uint32_t number = NumberOfColor(row + std::ptrdiff_t{x} * 4);
-      m_numbers.push_back(number == 0 ? notDrawn : number);
-    }
-  }
   return true;
 }
 
@@ -92,17 +85,19 @@ void TrackLineMap::Draw(std::size_t split, ColorRef color, XpPixmap32& frame) co
   const XpPlaneBase* plane = frame.GetPlane(0);
   if (plane == nullptr) return;
   const std::uint32_t pixel = PixelOf(color);
-  const auto before = static_cast<std::uint32_t>(std::min(split, kMostParts));
+  const auto before = static_cast<std::uint32_t>(std::min<std::size_t>(split, kMostParts));
   const auto columns = static_cast<std::size_t>(m_area.Width());
-  std::span<const std::uint32_t> numbers = m_numbers;
-  for (std::int32_t y = m_area.top; y < m_area.bottom; ++y, numbers = numbers.subspan(columns)) {
+  for (std::int32_t y = m_area.top; y < m_area.bottom; ++y) {
     auto* row = reinterpret_cast<std::uint32_t*>(plane->Row(y)) + m_area.left;
+    const std::span numbers(
+        reinterpret_cast<const std::uint32_t*>(m_numbers->GetPlane(0)->Row(y - m_area.top)), columns);
     if (m_side == Side::Before) {
+      // A clear pixel comes out as the greatest number, which is never below the split.
       PaintRow(
-          numbers.first(columns), [before](std::uint32_t n) { return n <= before; }, pixel, row);
+          numbers, [before](std::uint32_t n) { return n - kOpaque - 1 < before; }, pixel, row);
     } else {
       PaintRow(
-          numbers.first(columns), [before](std::uint32_t n) { return n > before; }, pixel, row);
+          numbers, [before](std::uint32_t n) { return n > kOpaque + before; }, pixel, row);
     }
   }
 }

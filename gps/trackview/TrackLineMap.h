@@ -4,9 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
-#include <vector>
 
 #include "drawing/Canvas.h"
 #include "imaging/pixmap/XpPixmap.h"
@@ -40,9 +40,9 @@ class TrackLineMap {
 
   drawing::Rect m_area;  // of the frame
   Side m_side;
-  // For each pixel one more than the number of a part that covers it: of the first one before the split, of
-  // the last one after it. A pixel that is not covered has the number that is never drawn.
-  std::vector<std::uint32_t> m_numbers;
+  // The area, in which the colour of a pixel is one more than the number of a part that covers it: of the
+  // first one before the split, of the last one after it. A pixel that is not covered is clear.
+  std::unique_ptr<XpPixmap32> m_numbers;
 };
 
 }  // namespace vrx::gps

@@ -40,14 +40,14 @@ class LineDrawer {
  public:
   LineDrawer(PainterSurface& surface, const drawing::Pen& pen) : m_surface(surface), m_pen(pen) {}
 
-  /// A map is that of the line for the same pen and side; null: the line is drawn part after part.
-  void Ahead(const TrackWalk& walk, const TrackLineMap* map) {
+  /// A map is that of the line for the same pen and side; without one the line is drawn part after part.
+  void Ahead(const TrackWalk& walk, const std::optional<TrackLineMap>& map) {
     const std::span<const Point> ahead = walk.GetAhead();
     if (ahead.empty()) return;
     if (walk.isJoined) Line(*walk.GetPosition(), ahead.front());
     Parts(ahead, map, walk.passed);
   }
-  void Walked(const TrackWalk& walk, const TrackLineMap* map) {
+  void Walked(const TrackWalk& walk, const std::optional<TrackLineMap>& map) {
     const std::span<const Point> passed = walk.GetPassed();
     if (passed.empty()) return;
     Parts(passed, map, walk.passed - 1);
@@ -57,8 +57,8 @@ class LineDrawer {
   void HoldInFrame() { m_least = 0; }
 
  private:
-  void Parts(std::span<const Point> points, const TrackLineMap* map, std::size_t split) {
-    if (map != nullptr) {
+  void Parts(std::span<const Point> points, const std::optional<TrackLineMap>& map, std::size_t split) {
+    if (map) {
       map->Draw(split, m_pen.color, m_surface.GetTarget());
       m_surface.Touch(map->GetArea());
       return;
@@ -151,33 +151,29 @@ void TrackPicture::Draw(const TrackScene& scene, const TrackLook& look, const Re
   if (scene.position) DrawPosition(*scene.position, look, surface);
 }
 
-const TrackPicture::LineMaps* TrackPicture::FindMaps(const TrackWalk& walk) {
-  if (!walk.line || walk.line->size() < kLongLine) return nullptr;
+const TrackPicture::LineMaps& TrackPicture::FindMaps(const TrackWalk& walk) {
+  static const LineMaps none;
+  if (!walk.line || walk.line->size() < kLongLine) return none;
   for (const LineMaps& maps : m_maps) {
-    if (maps.line == walk.line) return &maps;
+    if (maps.line == walk.line) return maps;
   }
-  if (m_maps.size() >= kMostMaps) return nullptr;
+  if (m_maps.size() >= kMostMaps) return none;
   using Side = TrackLineMap::Side;
   const auto make = [&](std::int32_t width, Side side) {
     return TrackLineMap::Make(*walk.line, width, side, m_sizes.frame);
   };
-  auto shadowAhead = make(m_sizes.shadowWidth, Side::After);
-  if (!shadowAhead) return nullptr;
-  auto shadowWalked = make(m_sizes.shadowWidth, Side::Before);
-  auto ahead = make(m_sizes.aheadWidth, Side::After);
-  auto walked = make(m_sizes.walkedWidth, Side::Before);
-  if (!shadowWalked || !ahead || !walked) return nullptr;
-  m_maps.push_back(
-      {walk.line, *std::move(shadowAhead), *std::move(shadowWalked), *std::move(ahead), *std::move(walked)});
-  return &m_maps.back();
+  m_maps.push_back({walk.line, make(m_sizes.shadowWidth, Side::After),
+                    make(m_sizes.shadowWidth, Side::Before), make(m_sizes.aheadWidth, Side::After),
+                    make(m_sizes.walkedWidth, Side::Before)});
+  return m_maps.back();
 }
 
 void TrackPicture::DrawShadows(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
   LineDrawer lines(surface, {look.shadowColor, look.shadowWidth});
   for (const TrackScene::Stretch& stretch : scene.stretches) {
-    const LineMaps* maps = FindMaps(stretch.walk);
-    lines.Ahead(stretch.walk, maps == nullptr ? nullptr : &maps->shadowAhead);
-    lines.Walked(stretch.walk, maps == nullptr ? nullptr : &maps->shadowWalked);
+    const LineMaps& maps = FindMaps(stretch.walk);
+    lines.Ahead(stretch.walk, maps.shadowAhead);
+    lines.Walked(stretch.walk, maps.shadowWalked);
     for (const TrackDot& dot : stretch.dots) DrawDot(dot.shadow, kGrey, surface);
   }
 }
@@ -186,8 +182,8 @@ void TrackPicture::DrawAhead(const TrackScene& scene, const TrackLook& look, Pai
   LineDrawer lines(surface, {look.aheadColor, look.aheadWidth});
   lines.HoldInFrame();
   for (const TrackScene::Stretch& stretch : scene.stretches) {
-    const LineMaps* maps = FindMaps(stretch.walk);
-    lines.Ahead(stretch.walk, maps == nullptr ? nullptr : &maps->ahead);
+    const LineMaps& maps = FindMaps(stretch.walk);
+    lines.Ahead(stretch.walk, maps.ahead);
     for (const TrackDot& dot : stretch.dots) {
       if (!dot.isReached) DrawDot(dot.dot, kWhite, surface);
     }
@@ -197,8 +193,8 @@ void TrackPicture::DrawAhead(const TrackScene& scene, const TrackLook& look, Pai
 void TrackPicture::DrawWalked(const TrackScene& scene, const TrackLook& look, PainterSurface& surface) {
   LineDrawer lines(surface, {look.walkedColor, look.walkedWidth});
   for (const TrackScene::Stretch& stretch : scene.stretches) {
-    const LineMaps* maps = FindMaps(stretch.walk);
-    lines.Walked(stretch.walk, maps == nullptr ? nullptr : &maps->walked);
+    const LineMaps& maps = FindMaps(stretch.walk);
+    lines.Walked(stretch.walk, maps.walked);
     for (const TrackDot& dot : stretch.dots) {
       if (dot.isReached) DrawDot(dot.dot, kOrange, surface);
     }

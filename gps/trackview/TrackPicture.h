@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "drawing/Geometry.h"
@@ -31,16 +32,17 @@ class TrackPicture {
     drawing::Size frame;
     friend bool operator==(const MapSizes&, const MapSizes&) = default;
   };
+  /// Null: a map that cannot be made, which is not tried again.
   struct LineMaps {
     std::shared_ptr<const TrackLine> line;
-    TrackLineMap shadowAhead;
-    TrackLineMap shadowWalked;
-    TrackLineMap ahead;
-    TrackLineMap walked;
+    std::optional<TrackLineMap> shadowAhead;
+    std::optional<TrackLineMap> shadowWalked;
+    std::optional<TrackLineMap> ahead;
+    std::optional<TrackLineMap> walked;
   };
 
-  /// Null for a line that is to be drawn without maps.
-  const LineMaps* FindMaps(const TrackWalk& walk);
+  /// Without maps for a line that is to be drawn part after part.
+  const LineMaps& FindMaps(const TrackWalk& walk);
   void DrawShadows(const TrackScene& scene, const TrackLook& look, overlay::PainterSurface& surface);
   void DrawAhead(const TrackScene& scene, const TrackLook& look, overlay::PainterSurface& surface);
   void DrawWalked(const TrackScene& scene, const TrackLook& look, overlay::PainterSurface& surface);
