@@ -149,6 +149,7 @@ TEST_F(SpeedLogTest, RecordsWithoutSpeedsAndLogsWithoutHeightLieOnTheBaseLine) {
   EXPECT_EQ(unknown.maxSpeed, -1.0);
   EXPECT_EQ(unknown.points, (Points{{0, 0, false}}));
   EXPECT_TRUE(SceneAt(0).curve.empty());
+  EXPECT_FALSE(SceneAt(0).start || SceneAt(0).goal);
   EXPECT_EQ(record({}).points, Points());
   for (const std::int32_t height : {55, 45, 10, 1}) {
     log.SetSpeedLogSize(kWidth, height);
@@ -197,6 +198,7 @@ TEST_F(SpeedLogTest, TheStripStandsUntilTheCursorIsReachedAndScrollsThen) {
             std::tuple(422, 175, 130, 134, 140, 120, 210));
   EXPECT_EQ(std::tuple(scene.tickOffset, scene.firstSecond, scene.start), std::tuple(211, 2, Point{211, 10}));
   EXPECT_EQ(scene.strokeEnds.size(), 1u);
+  EXPECT_TRUE(SceneAt(2000).isInRange);
 
   scene = SceneAt(12000);
   EXPECT_TRUE(scene.isInRange);

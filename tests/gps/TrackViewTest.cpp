@@ -157,6 +157,30 @@ TEST(TrackWalkTest, LineIsSplitWhereTheTimeIs) {
   EXPECT_FALSE(IsPositionKnown(TrackSegment(), 0));
 }
 
+TEST(TrackLineMapTest, SplitsALineOfManyHoursAtAnyPart) {
+  constexpr vrx::drawing::Size kFrame{160, 20};
+  constexpr vrx::drawing::Pen kPen{0xABCDEF, 3};
+  std::vector<Point> line;
+  for (std::int32_t i = 0; i < 70000; ++i) line.push_back({8 + i / 500, 6 + i % 2 * 4});
+  using Side = TrackLineMap::Side;
+  for (const Side side : {Side::Before, Side::After}) {
+    const auto map = TrackLineMap::Make(line, kPen.width, side, kFrame);
+    ASSERT_TRUE(map);
+    for (const std::size_t split : {0, 1, 260, 65535, 65536, 69500, 69999}) {
+      XpPixmap32 drawn, plain;
+      for (XpPixmap32* frame : {&drawn, &plain})
+        ASSERT_EQ(frame->Allocate(kFrame.width, kFrame.height), XpOk);
+      map->Draw(split, kPen.color, drawn);
+      const std::span all(line);
+      const auto parts = side == Side::Before ? all.first(split + 1) : all.subspan(split);
+      vrx::drawing::Canvas(plain.GetBitmapHandle()).DrawPolyline(parts, kPen);
+      EXPECT_EQ(std::memcmp(drawn.data, plain.data, plain.size), 0) << split;
+    }
+  }
+  EXPECT_FALSE(TrackLineMap::Make(line, kPen.width, Side::After, {148, 20}));  // leaves the frame
+  EXPECT_FALSE(TrackLineMap::Make(std::span(line).first(1), kPen.width, Side::After, kFrame));
+}
+
 TEST(TrackDotsTest, DotsFillUpWithTime) {
   TrackDisplayPoint from, to;
   from.x = 10;
