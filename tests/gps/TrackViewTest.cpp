@@ -166,7 +166,7 @@ TEST(TrackLineMapTest, SplitsALineOfManyHoursAtAnyPart) {
   for (const Side side : {Side::Before, Side::After}) {
     const auto map = TrackLineMap::Make(line, kPen.width, side, kFrame);
     ASSERT_TRUE(map);
-    for (const std::size_t split : {0, 1, 260, 65535, 65536, 69500, 69999}) {
+    for (const std::size_t split : {0u, 1u, 260u, 65535u, 65536u, 69500u, 69999u}) {
       XpPixmap32 drawn, plain;
       for (XpPixmap32* frame : {&drawn, &plain})
         ASSERT_EQ(frame->Allocate(kFrame.width, kFrame.height), XpOk);
