@@ -120,7 +120,7 @@ KVUGPSInfoList AnyPoints(FuzzedDataProvider& bytes) {
 
 Rect AnyRect(FuzzedDataProvider& bytes) {
   if (bytes.ConsumeIntegralInRange(0, 9) != 0) return {4, 8, 150, 100};
-  const auto edge = [&bytes] { return bytes.ConsumeIntegral<std::int16_t>() * 4; };
+  const auto edge = [&bytes] { return bytes.ConsumeIntegralInRange(-1500, 1500); };
   return {edge(), edge(), edge(), edge()};
 }
 
