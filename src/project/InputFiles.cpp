@@ -1,5 +1,6 @@
 #include "src/project/InputFiles.h"
 
+#include "content/moff/MoffSource.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpFormat.h"
 #include "overlay/document/PainterKeys.h"
@@ -27,8 +28,10 @@ void AddLogs(const XpString& painterPath, std::vector<InputFile>& inputs) {
   document.Load(XpPath(painterPath));  // what is wrong with it does not matter here
   for (const LogDataEntry& clip : document.GetPainterInfo().templateInfo.logData) {
     if (clip.gpsLogFilePath.IsEmpty()) continue;
-    inputs.push_back(
-        {.path = ResolvePath(painterPath, clip.gpsLogFilePath), .key = overlay::kGPSLogFilePath.name});
+    const XpString path = ResolvePath(painterPath, clip.gpsLogFilePath);
+    for (const XpString& file : {path, moff::MoffPathFor(path)}) {
+      inputs.push_back({.path = file, .key = overlay::kGPSLogFilePath.name});
+    }
   }
 }
 

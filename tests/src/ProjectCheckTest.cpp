@@ -183,7 +183,8 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
 TEST_F(ProjectCheckTest, OutputThatIsAnInputIsRefusedAlsoThroughLinks) {
   m_folder.Write("sound.wav", "sound");
   m_folder.Write("photo.png", "photo");
-  m_folder.Write("ride.mts", "log");
+  m_folder.Write("ride.mts", "movie");
+  m_folder.Write("ride.moff", "log");
   m_folder.Write(
       "painter.xml",
       "<plist><dict><key>PainterInfo</key><dict><key>TemplateInfo</key><dict><key>LogDataArray</key>"
@@ -208,6 +209,7 @@ TEST_F(ProjectCheckTest, OutputThatIsAnInputIsRefusedAlsoThroughLinks) {
                         {"sound.wav", "is the source of AudioTrack clip 1"},
                         {"painter.xml", "is the painter document"},
                         {"ride.mts", "is a GPS log"},
+                        {"ride.moff", "is a GPS log"},
                         {"./p.vrx", "is the project document"}}) {
     project.output = c.output;
     EXPECT_THAT(Lines(Check()), Contains(AllOf(HasSubstr("E OutputFilePath"), HasSubstr(c.role))))
