@@ -45,12 +45,15 @@ const OverlaySpan* OverlayStage::SpanOf(std::int64_t number) {
   return m_span < m_spans.size() && m_spans[m_span].first <= number ? &m_spans[m_span] : nullptr;
 }
 
-/// Converts the frame again to see what was changed, two rows at a time, which fit into the first-level
-/// cache. That costs less than keeping a copy of the whole picture.
+/// Converts rows of the frame again to see what was changed in them, two at a time, which fit into the
+/// first-level cache. That costs less than keeping a copy of the whole picture.
 void OverlayStage::TakeOver(FramePtr& frame) {
   const BgrRows before{m_pair.data(), m_width};
   bool writable = false;
-  for (int top = 0; top < m_height; top += kPair) {
+  std::int32_t first = 0, end = 0;
+  m_callback->GetChangedRows(first, end);
+  end = std::min(end, m_height);
+  for (int top = std::max(first, 0) / kPair * kPair; top < end; top += kPair) {
     const int rows = std::min(kPair, m_height - top);
     PlanarToBgr(PlanarPicture::Of(*frame).Part(0, top, m_width, rows), m_matrix, before);
     const BgrRows after = DrawnRows(top);

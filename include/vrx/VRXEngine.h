@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 #include "vrx/VRXOutputSetting.h"
 #include "vrx/VRXTimeline.h"
@@ -59,6 +60,12 @@ class IVRXIntermediateRawOutputCallback {
   /// work.
   virtual bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                             std::int32_t format) = 0;
+  /// Rows of the frame, counted from its top: outside of `first` to `end` - 1 the last ProcessFrame changed
+  /// nothing. The engine looks for changes inside only; by itself a callback may have changed every row.
+  virtual void GetChangedRows(std::int32_t& first, std::int32_t& end) const {
+    first = 0;
+    end = std::numeric_limits<std::int32_t>::max();
+  }
 };
 
 /// The functions of the engine module, found by these names.

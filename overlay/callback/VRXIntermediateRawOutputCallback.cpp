@@ -39,6 +39,7 @@ void VRXIntermediateRawOutputCallback::SkipFrames(std::uint64_t first, std::uint
 
 bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size,
                                                     std::int32_t stage, std::int32_t format) {
+  m_isBlended = false;
   if (stage != kStage || format != kFormat || m_context.info == nullptr) return false;
   PainterTimes times = Advance(frame);
   if (times.gpsMs < 0 && times.tennisMs < 0 && times.captionMs < 0) return true;
@@ -47,7 +48,13 @@ bool VRXIntermediateRawOutputCallback::ProcessFrame(std::uint64_t frame, void* b
   }
   if (!Paint(times)) return false;
   vrx::overlay::BlendOverlay(*m_overlay, m_drawn, buffer, size);
+  m_isBlended = true;
   return true;
+}
+
+void VRXIntermediateRawOutputCallback::GetChangedRows(std::int32_t& first, std::int32_t& end) const {
+  first = m_isBlended ? m_drawn.GetFirstRow() : 0;
+  end = m_isBlended ? m_drawn.GetLastRow() : 0;
 }
 
 bool VRXIntermediateRawOutputCallback::Paint(const PainterTimes& times) {

@@ -43,6 +43,7 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   /// of the frame before are blended from the picture that is there.
   bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                     std::int32_t format) override;
+  void GetChangedRows(std::int32_t& first, std::int32_t& end) const override;
 
   /// The picture that was laid over the last frame: the movie's size, straight alpha. Null before the first.
   const XpPixmap32* GetOverlay() const { return m_overlay.Get(); }
@@ -61,6 +62,7 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   std::vector<PainterStamp> m_shown;  // content of m_overlay; only right while m_isShown
   std::vector<PainterStamp> m_wanted;
   bool m_isShown = false;
+  bool m_isBlended = false;  // the last frame was changed, where m_drawn says
   VRXGPSTimeGenerate m_gpsTime;
   VRXTennisMetaTimeGenerate m_tennisTime;
   VRXCaptionTimeGenerate m_captionTime;

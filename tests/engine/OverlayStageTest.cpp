@@ -6,6 +6,8 @@
 
 #include <cstring>
 #include <functional>
+#include <optional>
+#include <utility>
 
 #include "engine/FramePool.h"
 
@@ -24,8 +26,14 @@ class Painter : public IVRXIntermediateRawOutputCallback {
     return result;
   }
   std::vector<std::array<int, 3>> calls;
+  void GetChangedRows(std::int32_t& first, std::int32_t& end) const override {
+    if (!rows) return IVRXIntermediateRawOutputCallback::GetChangedRows(first, end);
+    first = rows->first;
+    end = rows->second;
+  }
   std::function<void(std::uint8_t*)> paint;
   bool result = true;
+  std::optional<std::pair<int, int>> rows;  // that it says it changed; not set: all
 };
 
 FramePtr Gradient(FramePool& pool) {
@@ -52,6 +60,25 @@ TEST(OverlayStageTest, CallsOnceForEachFrameOfTheSpans) {
   }
   EXPECT_THAT(painter.calls, testing::ElementsAre(std::array{2, 2, 5}, std::array{3, 2, 5},
                                                   std::array{4, 7, 8}, std::array{9, 1, 1}));
+}
+
+TEST(OverlayStageTest, LooksForChangesWhereTheCallbackMadeThem) {
+  Painter painter;
+  painter.paint = [](std::uint8_t* bytes) { std::memset(bytes, 255, kWidth * kHeight * 4); };
+  for (const auto& [first, end] :
+       {std::pair{0, 0}, {20, 31}, {21, 22}, {-5, 3}, {60, 1000}, {69, 70}, {9, 4}}) {
+    painter.rows = {first, end};
+    OverlayStage stage(&painter, {{0, 0, 2, 5}}, kWidth, kHeight);
+    FramePool pool;
+    FramePtr frame = Gradient(pool);
+    stage.Apply(0, frame);
+    for (int y = 0; y < kHeight; ++y) {
+      // Rows go in pairs, which share their chroma.
+      const bool isLookedAt =
+          y >= std::max(first, 0) / 2 * 2 && first < end && y < (std::min(end, kHeight) + 1) / 2 * 2;
+      ASSERT_EQ(Luma(*frame, 50, y) == 235, isLookedAt) << y << " of " << first << " to " << end;
+    }
+  }
 }
 
 TEST(OverlayStageTest, TakesExactlyTheDrawnPixelsUnlessTheCallbackFails) {

@@ -206,6 +206,24 @@ class CallbackTest : public FakePaintersTest {
     return bytes;
   }
 
+  /// The rows that the callback names begin and end with the changed ones. The frame has its bottom row
+  /// first.
+  static void ExpectChangedRows(const VRXIntermediateRawOutputCallback& callback, const Bytes& bytes) {
+    std::int32_t first = kHeight, end = 0, namedFirst = -1, namedEnd = -1;
+    for (std::int32_t row = 0; row < kHeight; ++row) {
+      const auto begin = bytes.begin() + (kHeight - 1 - row) * kWidth * 4;
+      if (std::all_of(begin, begin + kWidth * 4, [](unsigned char byte) { return byte == 50; })) continue;
+      first = std::min(first, row);
+      end = row + 1;
+    }
+    callback.GetChangedRows(namedFirst, namedEnd);
+    if (end == 0) {
+      EXPECT_GE(namedFirst, namedEnd);
+    } else {
+      EXPECT_EQ(std::pair(namedFirst, namedEnd), std::pair(first, end));
+    }
+  }
+
   PainterInfo info;
 };
 
@@ -219,6 +237,7 @@ TEST_F(CallbackTest, KeptOverlaysEqualFreshOnesBitForBit) {
       Bytes bytes(kFrameBytes, 50);
       ASSERT_TRUE(callback.ProcessFrame(frame, bytes.data(), kFrameBytes, 2, 5));
       ASSERT_EQ(bytes, PlainFrame(frame)) << frame;
+      ExpectChangedRows(callback, bytes);
     }
     EXPECT_EQ(journal.size(), knowsContent ? 10u : 95u);
   }
@@ -284,6 +303,7 @@ TEST_F(CallbackTest, ChangedPaintersAreDrawnAgain) {
   bytes.assign(kFrameBytes, 50);
   EXPECT_TRUE(callback.ProcessFrame(11, bytes.data(), kFrameBytes, 2, 5));
   EXPECT_EQ(bytes, Bytes(kFrameBytes, 50));
+  ExpectChangedRows(callback, bytes);
 }
 
 TEST_F(CallbackTest, RefusesForeignFormatsAndUnusableSizes) {
