@@ -18,7 +18,7 @@ class PainterSurface {
   XpPixmap32& GetTarget() { return m_target; }
   drawing::TextRenderer& GetText() { return m_text; }
   PictureRenditions& GetRenditions() { return m_renditions; }
-  /// For shapes; what they cover has to be told to Touch.
+  /// For shapes; report what they cover with Touch.
   drawing::Canvas& GetCanvas() { return m_canvas; }
 
   /// Lays a whole picture into the rectangle by its straight alpha, also when no movie is saved: the

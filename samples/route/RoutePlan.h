@@ -41,7 +41,7 @@ struct PlannedStop {
   double waitSeconds;
 };
 
-/// After its last section the plan begins anew, in the direction that it has then.
+/// After its last section the plan begins again, in the direction that it has then.
 class RoutePlan {
  public:
   explicit RoutePlan(RouteKind kind);

@@ -138,7 +138,7 @@ class GpsPainterTest : public FolderTest {
     std::memcpy(frame.pixels.data(), holder->data, holder->size);
     return frame;
   }
-  Frame DrawAnew(std::int32_t videoId, std::int64_t ms, unsigned char ground = 0) {
+  Frame DrawAgain(std::int32_t videoId, std::int64_t ms, unsigned char ground = 0) {
     painter.emplace(recorder);
     Configure();
     return Draw(videoId, ms, ground);
@@ -294,7 +294,7 @@ TEST_F(GpsPainterTest, HeaderMarkSeparatesTextsAndGraphButNotTheTrack) {
   const auto draw = [&](bool isLinked, const char* mark) {
     PutLog("a", mark + Route(4, 38));
     look.linkGpsLog = isLinked;
-    const Frame frame = DrawAnew(5, 9000);
+    const Frame frame = DrawAgain(5, 9000);
     EXPECT_EQ(painter->AnyLogHasHeaderMark(), *mark != '\0');
     return frame;
   };
@@ -374,12 +374,12 @@ TEST_F(GpsPainterTest, FramesOnAnyGroundAndInAnyOrderAreThoseOfANewPainter) {
         const std::int32_t videoId = random() % 3 == 0 ? 5 : 3;
         const auto ms = static_cast<std::int64_t>(random() % 42'000);
         const unsigned char ground = random() % 3 == 0 ? 0x60 : 0;
-        const Frame anew = DrawAnew(videoId, ms, ground);
+        const Frame again = DrawAgain(videoId, ms, ground);
         PixmapHolder holder(new XpPixmap32);
         ASSERT_EQ(holder->Allocate(kWidth, kHeight), XpOk);
         std::memset(holder->data, ground, holder->size);
         ASSERT_TRUE(used.DrawForVideo(videoId, ms, 0, 0, holder));
-        ASSERT_EQ(std::memcmp(holder->data, anew.pixels.data(), holder->size), 0) << videoId << " at " << ms;
+        ASSERT_EQ(std::memcmp(holder->data, again.pixels.data(), holder->size), 0) << videoId << " at " << ms;
         const XpRowRange rows = used.GetDrawnRows();
         for (std::int32_t y = 0; y < kHeight; ++y) {
           if (y >= rows.first && y < rows.last) continue;
