@@ -10,6 +10,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "drawing/BoxTextRenderer.h"
+#include "fuzz/FuzzPicture.h"
 #include "gps/painter/KVSGPSOverlayPainterPlugIn.h"
 #include "tests/content/MoffBytes.h"
 #include "tests/support/TempFolder.h"
@@ -17,24 +18,17 @@
 namespace {
 
 using vrx::drawing::Rect;
+using vrx::fuzz::MakePicture;
 
 constexpr std::int32_t kWidth = 192, kHeight = 108;
 constexpr std::size_t kMostPoints = 400;
 
-PainterPicture Picture(std::int32_t side) {
-  auto* made = new XpPixmap32;
-  PainterPicture picture(made);
-  made->Allocate(side, side);
-  for (std::uint32_t i = 0; i < made->size; ++i) made->data[i] = static_cast<unsigned char>(i * 37);
-  return picture;
-}
-
 std::shared_ptr<TemplateResource> MakePictures() {
   auto set = std::make_shared<TemplateResource>();
-  set->meterBase = set->meterBaseVertical = Picture(20);
-  set->gpsIcon = set->gpsNoPositionIcon = set->speedLogScale1 = set->speedLogScale2 = Picture(4);
-  set->startMarker = set->goalMarker = set->startText = set->goalText = set->positionMarker = Picture(9);
-  set->meterFrames.assign(7, Picture(12));
+  set->meterBase = set->meterBaseVertical = MakePicture(20);
+  set->gpsIcon = set->gpsNoPositionIcon = set->speedLogScale1 = set->speedLogScale2 = MakePicture(4);
+  set->startMarker = set->goalMarker = set->startText = set->goalText = set->positionMarker = MakePicture(9);
+  set->meterFrames.assign(7, MakePicture(12));
   return set;
 }
 

@@ -5,27 +5,22 @@
 #include <string_view>
 
 #include "drawing/BoxTextRenderer.h"
+#include "fuzz/FuzzPicture.h"
 #include "overlay/tennis/KVSTennisMetaPainterPlugIn.h"
 #include "overlay/tennis/ShotTable.h"
 #include "src/check/TennisCheck.h"
 
 namespace {
 
+using vrx::fuzz::MakePicture;
 constexpr std::int32_t kWidth = 160, kHeight = 90;
-
-PainterPicture Picture(std::int32_t side) {
-  auto* made = new XpPixmap32;
-  PainterPicture picture(made);
-  made->Allocate(side, side);
-  for (std::uint32_t i = 0; i < made->size; ++i) made->data[i] = static_cast<unsigned char>(i * 37);
-  return picture;
-}
 
 std::shared_ptr<TennisMetaResource> MakePictures() {
   auto set = std::make_shared<TennisMetaResource>();
-  for (auto* frames : {&set->racketFrames, &set->backFrames, &set->foreFrames}) frames->assign(8, Picture(9));
-  for (const auto& stroke : vrx::overlay::TennisStrokes()) (*set).*(stroke.pictogram) = Picture(3);
-  set->shade = set->timeLine = set->timeTop = set->yellow = set->blue = Picture(2);
+  for (auto* frames : {&set->racketFrames, &set->backFrames, &set->foreFrames})
+    frames->assign(8, MakePicture(9));
+  for (const auto& stroke : vrx::overlay::TennisStrokes()) (*set).*(stroke.pictogram) = MakePicture(3);
+  set->shade = set->timeLine = set->timeTop = set->yellow = set->blue = MakePicture(2);
   return set;
 }
 

@@ -3,12 +3,9 @@
 #include <algorithm>
 
 #include "foundation/number/Saturate.h"
+#include "gps/track/GpsTimeline.h"
 
 namespace vrx::gps {
-
-double ClipSeconds(const LogDataEntry& clip, bool wholeClip) {
-  return wholeClip ? clip.duration : clip.endTime - clip.startTime;
-}
 
 GpsPlace FindPlace(const std::vector<LogDataEntry>& clips, bool wholeClips, std::int32_t videoId,
                    std::int64_t clipMs) {

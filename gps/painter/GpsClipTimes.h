@@ -14,9 +14,6 @@ struct GpsPlace {
   double movieMs = 0.0;       // with one millisecond for each clip before
 };
 
-/// The seconds of a clip that the overlay counts: all of it, or the part that is shown.
-double ClipSeconds(const LogDataEntry& clip, bool wholeClip);
-
 /// `clipMs` is the time in the first clip of this number.
 GpsPlace FindPlace(const std::vector<LogDataEntry>& clips, bool wholeClips, std::int32_t videoId,
                    std::int64_t clipMs);

@@ -22,13 +22,11 @@ constexpr std::int64_t kSymbolWidth = 83;
 constexpr std::int64_t kSymbolHeight = 48;
 constexpr std::int64_t kStackedRight = -37;
 constexpr std::int64_t kStackedBottom = 60;
-constexpr std::int64_t kTemplateWidth = 1920;
-constexpr std::int64_t kTemplateHeight = 1080;
 
 Rect SymbolRect(const KorvoTemplateStructure& structure) {
   const Rect map = structure.GetMapRect();
-  const auto x = [&](std::int64_t value) { return structure.GetFrameWidth() * value / kTemplateWidth; };
-  const auto y = [&](std::int64_t value) { return structure.GetFrameHeight() * value / kTemplateHeight; };
+  const auto x = [&](std::int64_t value) { return std::int64_t{structure.ScaleX(value)}; };
+  const auto y = [&](std::int64_t value) { return std::int64_t{structure.ScaleY(value)}; };
   if (structure.IsTopBottom()) {
     return {Saturated(map.right + x(kStackedSymbol.left)), Saturated(map.top + y(kStackedSymbol.top)),
             Saturated(map.right + x(kStackedRight)), Saturated(map.top + y(kStackedBottom))};

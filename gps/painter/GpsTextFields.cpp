@@ -12,8 +12,6 @@ using overlay::TextAt;
 
 constexpr std::uint32_t kPlain = drawing::DT_NOPREFIX;
 constexpr ColorRef kShadowColor = drawing::MakeColor(8, 8, 8);
-constexpr std::int64_t kTemplateWidth = 1920;
-constexpr std::int64_t kTemplateHeight = 1080;
 
 /// Of a frame of 1920 by 1080.
 constexpr std::int64_t kSpeedGap = 10;
@@ -36,7 +34,7 @@ class TextFields {
     const Rect valueRect = m_scenario.GetSpeedValueRect(), unitRect = m_scenario.GetSpeedUnitRect();
     const Size valueSize = Measure(value, m_scenario.GetSpeedValueFont(), valueRect);
     const Size unitSize = Measure(unit, m_scenario.GetSpeedUnitFont(), unitRect);
-    const std::int64_t gap = FromWidth(kSpeedGap);
+    const std::int64_t gap = m_structure.ScaleX(kSpeedGap);
     const std::int64_t unitBottom = std::int64_t{unitRect.top} + unitSize.height;
     const std::int64_t bottom = unitBottom + (std::int64_t{valueSize.height} - unitSize.height) / 6;
     Draw(value, m_scenario.GetSpeedValueFont(), color,
@@ -58,7 +56,7 @@ class TextFields {
 
   /// The label in the upper left corner, the value in the lower right.
   void DrawRow(const Rect& rect, const XpString& label, const XpString& value) {
-    const std::int64_t margin = FromWidth(kMargin), inset = FromWidth(kInset);
+    const std::int64_t margin = m_structure.ScaleX(kMargin), inset = m_structure.ScaleX(kInset);
     const Size labelSize = Measure(label, m_scenario.GetRowLabelFont(), rect);
     DrawShadowed(label, m_scenario.GetRowLabelFont(), m_scenario.GetRowLabelColor(),
                  Box(rect.left + margin, rect.top + margin, rect.right - margin,
@@ -72,8 +70,8 @@ class TextFields {
   void DrawTitle(const XpString& title) {
     const Rect map = m_structure.GetMapRect();
     const Size size = Measure(title, m_scenario.GetTitleFont(), map);
-    const std::int64_t left = map.left + FromWidth(kTitleLeft);
-    const std::int64_t bottom = m_structure.GetFrameHeight() * kTitleBottom / kTemplateHeight;
+    const std::int64_t left = map.left + m_structure.ScaleX(kTitleLeft);
+    const std::int64_t bottom = m_structure.ScaleY(kTitleBottom);
     Draw(title, m_scenario.GetTitleFont(), m_scenario.GetTitleColor(),
          Box(left, bottom - size.height, left + size.width, bottom));
   }
@@ -81,10 +79,6 @@ class TextFields {
  private:
   static Rect Box(std::int64_t left, std::int64_t top, std::int64_t right, std::int64_t bottom) {
     return {Saturated(left), Saturated(top), Saturated(right), Saturated(bottom)};
-  }
-
-  std::int64_t FromWidth(std::int64_t length) const {
-    return m_structure.GetFrameWidth() * length / kTemplateWidth;
   }
 
   Size Measure(const XpString& text, const Font& font, const Rect& rect) {
@@ -105,7 +99,7 @@ class TextFields {
 
   /// Returns the width of the text.
   std::int32_t DrawValue(const XpString& value, const Rect& rect) {
-    const std::int64_t margin = FromWidth(kMargin), inset = FromWidth(kInset);
+    const std::int64_t margin = m_structure.ScaleX(kMargin), inset = m_structure.ScaleX(kInset);
     const Size size = Measure(value, m_scenario.GetRowValueFont(), rect);
     DrawShadowed(value, m_scenario.GetRowValueFont(), m_scenario.GetRowValueColor(),
                  Box(rect.left - margin - inset, rect.top, rect.left + size.width - margin,

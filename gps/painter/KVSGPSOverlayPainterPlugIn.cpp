@@ -22,8 +22,6 @@ constexpr std::int32_t kUnitTexts[] = {2, 0, 4};  // by the unit
 /// Margins of the track in the map, in a frame of 1920 by 1080.
 constexpr std::int64_t kTrackRight = -126;
 constexpr Rect kStackedTrack{30, 70, -30, -30};
-constexpr std::int64_t kTemplateWidth = 1920;
-constexpr std::int64_t kTemplateHeight = 1080;
 
 }  // namespace
 
@@ -344,8 +342,8 @@ bool KVSGPSOverlayPainterPlugIn::DrawForVideo(std::int32_t videoId, std::int64_t
 Rect KVSGPSOverlayPainterPlugIn::TrackRect() const {
   const KorvoTemplateStructure& structure = *m_template.structure;
   const Rect map = structure.GetMapRect();
-  const auto x = [&](std::int64_t value) { return structure.GetFrameWidth() * value / kTemplateWidth; };
-  const auto y = [&](std::int64_t value) { return structure.GetFrameHeight() * value / kTemplateHeight; };
+  const auto x = [&](std::int64_t value) { return std::int64_t{structure.ScaleX(value)}; };
+  const auto y = [&](std::int64_t value) { return std::int64_t{structure.ScaleY(value)}; };
   if (!structure.IsTopBottom()) return {map.left, map.top, Saturated(map.right + x(kTrackRight)), map.bottom};
   return {Saturated(map.left + x(kStackedTrack.left)), Saturated(map.top + y(kStackedTrack.top)),
           Saturated(map.right + x(kStackedTrack.right)), Saturated(map.bottom + y(kStackedTrack.bottom))};

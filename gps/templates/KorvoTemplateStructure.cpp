@@ -59,10 +59,16 @@ void KorvoTemplateStructure::SetSize(std::int32_t width, std::int32_t height) {
   m_frameHeight = height;
 }
 
+std::int32_t KorvoTemplateStructure::ScaleX(std::int64_t length) const {
+  return Saturated(length * m_frameWidth / kTemplateWidth);
+}
+
+std::int32_t KorvoTemplateStructure::ScaleY(std::int64_t length) const {
+  return Saturated(length * m_frameHeight / kTemplateHeight);
+}
+
 vrx::drawing::Rect KorvoTemplateStructure::ScaleRect(const Rect& rect) const {
-  const auto x = [&](std::int64_t value) { return Saturated(value * m_frameWidth / kTemplateWidth); };
-  const auto y = [&](std::int64_t value) { return Saturated(value * m_frameHeight / kTemplateHeight); };
-  return {x(rect.left), y(rect.top), x(rect.right), y(rect.bottom)};
+  return {ScaleX(rect.left), ScaleY(rect.top), ScaleX(rect.right), ScaleY(rect.bottom)};
 }
 
 void KorvoTemplateStructure::Grow(Rect& rect, std::int32_t left, std::int32_t right, std::int32_t top,

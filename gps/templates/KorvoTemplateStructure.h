@@ -41,6 +41,10 @@ class KorvoTemplateStructure {
   std::int32_t GetVideoHeight() const { return m_videoHeight; }
   bool IsTopBottom() const { return m_values.isTopBottom; }
 
+  /// Output pixels of a length in a frame of 1920 by 1080, truncated.
+  std::int32_t ScaleX(std::int64_t length) const;
+  std::int32_t ScaleY(std::int64_t length) const;
+
   /// Output pixels.
   Rect GetTopRect() const { return ScaleRect(m_values.topRect); }
   Rect GetBaseRect() const { return ScaleRect(m_values.baseRect); }

@@ -16,10 +16,6 @@ namespace {
 /// A number of seconds in a document, without its fraction.
 std::int64_t WholePart(double seconds) { return Saturate<std::int64_t>(seconds); }
 
-double ShownSeconds(const LogDataEntry& clip, bool wholeClip) {
-  return wholeClip ? clip.duration : clip.endTime - clip.startTime;
-}
-
 /// The points from `firstUtc` to one second after `lastUtc`. None of them is held or interpolated before the
 /// first logged one, since what they were made of is not shown.
 KVUGPSInfoList CopyShown(const KVUGPSInfoList& list, const XpDateTime& firstUtc, const XpDateTime& lastUtc) {
@@ -69,6 +65,10 @@ void AppendToTimeline(const ClipTrack& clip, GpsTimeline& timeline) {
 
 }  // namespace
 
+double ClipSeconds(const LogDataEntry& clip, bool wholeClip) {
+  return wholeClip ? clip.duration : clip.endTime - clip.startTime;
+}
+
 const ClipTrack* GpsTimeline::FindClip(std::int32_t videoId) const {
   const auto found = std::find_if(clips.rbegin(), clips.rend(),
                                   [videoId](const ClipTrack& clip) { return clip.videoId == videoId; });
@@ -110,7 +110,7 @@ void AddClipToTimeline(const LogDataEntry& clip, double& accumulatedSeconds, Gps
   if (!timeline.drawTrimmedOutArea) firstLocal = Moved(firstLocal, WholePart(clip.startTime));
   const XpDateTime firstUtc =
       Moved(UtcFromLocal(firstLocal, log.summary.timeZoneMinutes), log.summary.timeShiftSeconds);
-  const double length = ShownSeconds(clip, timeline.drawTrimmedOutArea);
+  const double length = ClipSeconds(clip, timeline.drawTrimmedOutArea);
   const XpDateTime lastUtc = Moved(firstUtc, WholePart(length));
   AccumulateDistanceFrom(log.points, timeline.unit, firstUtc);
   track.summary.distance = DistanceInRange(log.points, timeline.unit, firstUtc, lastUtc);

@@ -15,6 +15,9 @@
 
 namespace vrx::gps {
 
+/// The seconds of a clip that its overlay counts: all of it, or the part that is shown.
+double ClipSeconds(const LogDataEntry& clip, bool wholeClip);
+
 /// A log's track over the whole recording, in UTC.
 struct LogTrack {
   KVUGPSInfoList points;

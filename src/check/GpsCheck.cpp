@@ -6,7 +6,6 @@
 #include "foundation/number/Saturate.h"
 #include "foundation/text/XpFormat.h"
 #include "gps/log/ReadGPSLog.h"
-#include "gps/painter/GpsClipTimes.h"
 #include "gps/templates/KorvoTemplateStructure.h"
 #include "gps/track/GpsTimeline.h"
 #include "overlay/document/PainterKeys.h"
