@@ -259,9 +259,9 @@ void KVSGPSOverlayPainterPlugIn::ShowTexts(std::size_t clipIndex, std::int32_t v
 }
 
 const GpsReadouts& KVSGPSOverlayPainterPlugIn::ReadoutsFor(const Shown& shown) {
+  // The list and the second decide the clip, and with it everything else.
   const bool isCurrent = m_readoutsOf.list == shown.list && m_readoutsOf.second == shown.second &&
-                         m_readoutsOf.elapsedMs / 1000 == shown.elapsedMs / 1000 &&
-                         m_readoutsOf.entry == shown.entry && m_readoutsOf.zone == shown.zone;
+                         m_readoutsOf.elapsedMs / 1000 == shown.elapsedMs / 1000;
   if (isCurrent) return m_readouts;
   const KVUGPSInfo& point = (*shown.list)[shown.second];
   m_readouts = MakeGpsReadouts({.point = point,

@@ -106,7 +106,7 @@ class GpsChecker {
     std::string log;
     if (clip.gpsLogFilePath.IsEmpty()) {
       WarnOfClip(clip, u"GPSLogFilePath is empty: no position is shown");
-    } else if (LoadGPSLogText(clip.gpsLogFilePath, log) != XpOk) {
+    } else if (row.fixes == 0 && LoadGPSLogText(clip.gpsLogFilePath, log) != XpOk) {
       WarnOfClip(clip, u"no log can be read for " + clip.gpsLogFilePath + u": no position is shown");
     } else if (!(row.clipSeconds > 0)) {
       WarnOfClip(clip, m_timeline.drawTrimmedOutArea ? u"has no Duration: nothing of its log is shown"
