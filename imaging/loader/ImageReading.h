@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "imaging/loader/ImageSource.h"
+#include "imaging/source/ImageSource.h"
 #include "imaging/loader/StillImage.h"
 
 namespace vrx::imaging {

@@ -1,4 +1,4 @@
-#include "imaging/loader/ImageSource.h"
+#include "imaging/source/ImageSource.h"
 
 #include <algorithm>
 #include <cstring>
