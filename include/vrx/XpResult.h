@@ -61,4 +61,12 @@ enum : XpResult {
   XpErrUnknownElementType = 0x8507,
   XpErrKeyExists = 0x8508,
   XpErrValueDoesNotFit = 0x8509,
+
+  XpErrImageNothingToDo = 0x8600,  // nothing to work on, or the result would not fit its place
+  XpErrImageNoData = 0x8601,       // the data asked for, such as a tag, is not in the picture
+  XpErrImageInvalid = 0x8602,      // not a valid picture of its format
+  XpErrImageStereoSegment = 0x8603,
+  XpErrImageArgument = 0x8604,
+  XpErrImageNotProvided = 0x8605,  // the format does not offer this operation
+  XpErrImageCancelled = 0x8607,
 };

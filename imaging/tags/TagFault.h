@@ -1,0 +1,15 @@
+// One thing that was wrong in stored tags, for the report of whoever reads them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vrx::imaging {
+
+struct TagFault {
+  std::string ifd;        // "0", "1" and so on, "exif", "gps", "interop", "maker", or "sub" for any other
+  std::uint16_t tag = 0;  // 0 when the IFD as a whole is meant
+  std::string words;
+};
+
+}  // namespace vrx::imaging
