@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 
 #include "foundation/file/XpAbstractFile.h"
 #include "foundation/time/XpDateTime.h"

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "foundation/file/XpAbstractFile.h"
+#include "imaging/tags/StreamWindow.h"
 #include "imaging/tags/TagFault.h"
 #include "imaging/tags/XpTiffTagManager.h"
 
@@ -40,6 +41,6 @@ struct TiffHeader {
   std::int64_t ifd = 0;
 };
 /// Reads the eight bytes at `base`. False unless they are a header whose first IFD lies within the stream.
-bool ReadTiffHeader(XpAbstractFile& stream, std::int64_t base, TiffHeader& header);
+bool ReadTiffHeader(StreamWindow& window, std::int64_t base, TiffHeader& header);
 
 }  // namespace vrx::imaging
