@@ -1,6 +1,6 @@
 #include "imaging/resample/XpPixmapResample.h"
 
-#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <vector>
@@ -100,19 +100,20 @@ XpResult ResampleBeside(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::
 
 /// Here of the source.
 XpResult ResampleFromCopy(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::int32_t newHeight) {
-  XpPixmap24NoHandle source;
-  if (const XpResult failed = source.Allocate(pixmap.width, pixmap.height)) return failed;
-  CopyPixmapBlock(source, pixmap);
+  const std::unique_ptr<XpPixmapBase> source = pixmap.Clone();
+  if (source->data == nullptr) return XpErrOutOfMemory;
   XpResult result = pixmap.Allocate(newWidth, newHeight);
   if (result == XpOk) {
     try {
-      Resample(source, pixmap);
+      Resample(*source, pixmap);
       return XpOk;
     } catch (const std::bad_alloc&) {
       result = XpErrOutOfMemory;
     }
   }
-  if (pixmap.Allocate(source.width, source.height) == XpOk) CopyPixmapBlock(pixmap, source);
+  if (pixmap.Allocate(source->width, source->height) == XpOk) {
+    std::memcpy(pixmap.data, source->data, source->size);
+  }
   return result;
 }
 
