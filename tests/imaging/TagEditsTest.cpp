@@ -212,7 +212,7 @@ TEST(TagEdits, RatingAndPreviewAreWrittenInTheMakerNote) {
                         {"", false, true},
                         {"", true, false},
                         {"OTHER NOTE..", true, false},
-                        {"OTHER NOTE..", false, false}}) {
+                        {"OTHER NOTE", false, false}}) {
     for (const bool bigEndian : {false, true}) {
       const TagBytes b{bigEndian};
       Picture p{.bigEndian = bigEndian, .signature = c.signature};
@@ -264,7 +264,7 @@ TEST(TagEdits, GpsEntriesAreCutOutOfIfd0) {
 
 TEST(TagEdits, EntriesAreFoundByTypeCountAndRange) {
   const TagBytes b;
-  const std::string bytes = b.Header() + b.Ifd({b.Entry(1, 4, 2, 60), b.Entry(1, 7, 3, 20),
+  const std::string bytes = b.Header() + b.Ifd({b.Entry(1, 4, 2, 62), b.Entry(1, 7, 3, 20),
                                                 b.Entry(2, 4, 1, 38), b.Entry(2, 4, 1, 70)});
   struct Case {
     EntryQuery query;
@@ -273,8 +273,8 @@ TEST(TagEdits, EntriesAreFoundByTypeCountAndRange) {
   };
   for (const Case& c :
        {Case{{.tag = 1, .type = 7, .leastCount = 3, .greatestCount = 3}, 20, 1},
-        {{.tag = 1, .type = 3, .secondType = 4, .leastCount = 0, .greatestCount = 2}, 60, 99},
-        {{.tag = 1, .type = 4, .leastCount = 2, .greatestCount = 9, .noRangeCheck = true}, 60, 0},
+        {{.tag = 1, .type = 3, .secondType = 4, .leastCount = 0, .greatestCount = 2}, 62, 99},
+        {{.tag = 1, .type = 4, .leastCount = 2, .greatestCount = 9, .noRangeCheck = true}, 62, 0},
         {{.tag = 1, .type = 7, .leastCount = 4, .greatestCount = 9}, 0, 99},
         {{.tag = 2, .type = 4}, 38, 2},
         {{.tag = 3, .type = 4}, 0, 99}}) {
