@@ -62,17 +62,15 @@ constexpr Matrix kFromWideGamutRgb = {{1936, -845, -68}, {-204, 1296, -68}, {-14
   static const LinearCodes kLinear = MakeLinearCodes();
   static const SrgbCodes kSrgb = MakeSrgbCodes();
   if (pixmap.data == nullptr) return;
-  const LinearCodes& linear = kLinear;
-  const SrgbCodes& srgb = kSrgb;
-  const auto encode = [&srgb](std::int32_t value) {
-    return srgb[static_cast<std::size_t>(std::clamp(value, 0, kMaxLinear))];
+  const auto encode = [](std::int32_t value) {
+    return kSrgb[static_cast<std::size_t>(std::clamp(value, 0, kMaxLinear))];
   };
   const XpPlaneBase& plane = *pixmap.GetPlane(0);
   for (std::int32_t y = 0; y < plane.height; ++y) {
     unsigned char* pixel = plane.Row(y);
     const unsigned char* end = pixel + std::int64_t{plane.width} * 3;
     for (; pixel != end; pixel += vrx::resample::kBytesPerPixel) {
-      const std::int32_t b = linear[pixel[0]], g = linear[pixel[1]], r = linear[pixel[2]];
+      const std::int32_t b = kLinear[pixel[0]], g = kLinear[pixel[1]], r = kLinear[pixel[2]];
       pixel[0] = encode(matrix.blue.Of(r, g, b));
       pixel[1] = encode(matrix.green.Of(r, g, b));
       pixel[2] = encode(matrix.red.Of(r, g, b));

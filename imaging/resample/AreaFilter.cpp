@@ -15,22 +15,22 @@ namespace {
 // each source sample that begins in it whole, adds the part of the sample before that lies over its start,
 // and takes away the part of its last sample that lies over its end.
 
-/// Numbers that hold sums of samples, and weights. 16 bits are enough for all pictures but very long ones.
-template <class Number>
-inline constexpr std::int32_t kMostSummed = 0;
-template <>
-inline constexpr std::int32_t kMostSummed<std::uint16_t> = 0xFFFF / 0xFF;
-template <>
-inline constexpr std::int32_t kMostSummed<std::uint32_t> = kMostSamples;
+/// As many samples as 16 bits can hold the sum of.
+constexpr std::int32_t kMostSummed = 0xFFFF / 0xFF;
 
-using Lanes8 = std::uint8_t __attribute__((vector_size(8)));
+using Bytes16 = std::uint8_t __attribute__((vector_size(16)));
 using Lanes16 = std::uint16_t __attribute__((vector_size(16)));
+using Words64 = std::uint64_t __attribute__((vector_size(16)));
+using Whole128 = unsigned __int128 __attribute__((vector_size(16)));
 
+/// Up to eight bytes as 16-bit numbers. The shuffle is one instruction.
 template <std::size_t Bytes>
 inline Lanes16 LoadWidened(const unsigned char* at) {
-  Lanes8 bytes = {};
-  std::memcpy(&bytes, at, Bytes);
-  return __builtin_convertvector(bytes, Lanes16);
+  std::uint64_t word = 0;
+  std::memcpy(&word, at, Bytes);
+  const auto bytes = reinterpret_cast<Bytes16>(Words64{word, 0});
+  return reinterpret_cast<Lanes16>(
+      __builtin_shufflevector(bytes, Bytes16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
 }
 
 /// The sums of pixels `first` to `last` - 1 of a row of `pixels`, at most kMostSummed of them. The first
@@ -42,7 +42,7 @@ inline void SumPixels(const unsigned char* row, std::int32_t pixels, std::int32_
   Lanes16 sums = {};
   std::int32_t at = first;
   for (; at + 2 <= end; at += 2) sums += LoadWidened<8>(row + std::int64_t{at} * 3);
-  sums += __builtin_shufflevector(sums, Lanes16{}, 3, 4, 5, 8, 8, 8, 8, 8);
+  sums += reinterpret_cast<Lanes16>(reinterpret_cast<Whole128>(sums) >> 48);  // the second pixels
   if (at < end) sums += LoadWidened<4>(row + std::int64_t{at++} * 3);
   if (at < last) sums += LoadWidened<3>(row + std::int64_t{at} * 3);
   std::memcpy(out, &sums, 8);
@@ -51,13 +51,14 @@ inline void SumPixels(const unsigned char* row, std::int32_t pixels, std::int32_
 inline void SumPixels(const unsigned char* row, std::int32_t pixels, std::int32_t first, std::int32_t last,
                       std::uint32_t* out) {
   std::fill_n(out, kBytesPerPixel, 0u);
-  for (std::int32_t at = first; at < last; at += kMostSummed<std::uint16_t>) {
+  for (std::int32_t at = first; at < last; at += kMostSummed) {
     std::uint16_t part[4];
-    SumPixels(row, pixels, at, std::min(last, at + kMostSummed<std::uint16_t>), part);
+    SumPixels(row, pixels, at, std::min(last, at + kMostSummed), part);
     for (std::size_t c = 0; c < kBytesPerPixel; ++c) out[c] += part[c];
   }
 }
 
+/// `Number` holds sums of samples, and weights: 16 bits are enough for all pictures but very long ones.
 template <class Number>
 class AreaFilter final : public LineFilter {
  public:
@@ -167,8 +168,7 @@ void AreaFilter<Number>::BlendRows(std::int32_t target, const unsigned char* con
 
 std::unique_ptr<LineFilter> MakeAreaFilter(std::int32_t source, std::int32_t target) {
   const std::int32_t divisor = std::gcd(source, target);
-  const bool isShort =
-      source / divisor <= 0xFFFF && (source + target - 1) / target <= kMostSummed<std::uint16_t>;
+  const bool isShort = source / divisor <= 0xFFFF && (source + target - 1) / target <= kMostSummed;
   if (isShort) return std::make_unique<AreaFilter<std::uint16_t>>(source, target, divisor);
   return std::make_unique<AreaFilter<std::uint32_t>>(source, target, divisor);
 }

@@ -30,11 +30,12 @@ void MeanOf2x2Blocks(const XpPlaneBase& source, const XpPlaneBase& target) {
     const unsigned char* upper = source.Row(2 * y);
     const unsigned char* lower = source.Row(2 * y + 1);
     const auto strip = [&](std::size_t offset, std::size_t bytes, unsigned char* means) {
-      const unsigned char* a = upper + offset;
-      const unsigned char* b = lower + offset;
+      std::array<std::uint16_t, 2 * kStripBytes> sums;
+      for (std::size_t x = 0; x < bytes + kBytesPerPixel; ++x) {
+        sums[x] = static_cast<std::uint16_t>(upper[offset + x] + lower[offset + x]);
+      }
       for (std::size_t x = 0; x < bytes; ++x) {
-        const auto sum =
-            static_cast<std::uint16_t>(a[x] + a[x + kBytesPerPixel] + b[x] + b[x + kBytesPerPixel]);
+        const auto sum = static_cast<std::uint16_t>(sums[x] + sums[x + kBytesPerPixel]);
         means[x] = static_cast<unsigned char>(sum >> 2);
       }
     };
