@@ -69,4 +69,6 @@ enum : XpResult {
   XpErrImageArgument = 0x8604,
   XpErrImageNotProvided = 0x8605,  // the format does not offer this operation
   XpErrImageCancelled = 0x8607,
+
+  XpErrIccType = 0x8801,  // a tag of an ICC profile is of another type than was asked for
 };
