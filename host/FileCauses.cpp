@@ -25,6 +25,14 @@ const char* ReadWords(XpResult result) {
       return "it is no XML document";
     case XpErrWrongRoot:
       return "it is no property list";
+    case XpErrImageNothingToDo:
+      return "there is nothing in it to work on";
+    case XpErrImageNoData:
+      return "it does not hold what was asked for";
+    case XpErrImageInvalid:
+      return "it is damaged, or no picture of its format";
+    case XpErrImageNotProvided:
+      return "its format does not offer this";
     default:
       return "reading failed";
   }
