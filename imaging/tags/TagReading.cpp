@@ -141,19 +141,23 @@ class TreeReader {
  private:
   bool SkipsTags() const { return m_options.onBadTag == OnBadTag::SkipTag; }
 
+  /// Something that is as it should not be, but costs nothing.
   void Fault(const std::string& ifd, std::uint16_t tag, std::string words) {
     m_manager.faults.push_back({ifd, tag, std::move(words)});
+  }
+  void Loss(const std::string& ifd, std::uint16_t tag, std::string words) {
+    m_manager.faults.push_back({ifd, tag, std::move(words), true});
   }
 
   /// Whether the IFD at `position`, which `name` and `tag` say how to find, is to be read.
   bool MayRead(std::int64_t position, const std::string& name, std::uint16_t tag) {
     if (m_ifdsLeft == 0) {
-      if (!std::exchange(m_toldIfds, true)) Fault(name, tag, "there are too many IFDs; the rest is left out");
+      if (!std::exchange(m_toldIfds, true)) Loss(name, tag, "there are too many IFDs; the rest is left out");
       return false;
     }
     --m_ifdsLeft;
     if (position < m_base + kTiffHeaderSize) {
-      Fault(name, tag, "the offset of an IFD leads into the header");
+      Loss(name, tag, "the offset of an IFD leads into the header");
       return false;
     }
     if (!m_seen.insert(position).second) {
@@ -168,7 +172,7 @@ class TreeReader {
     next = 0;
     std::array<std::uint8_t, kIfdCountSize> head;
     if (!m_window.Read(reading.position, head)) {
-      Fault(reading.name, 0, "the IFD lies outside the file");
+      Loss(reading.name, 0, "the IFD lies outside the file");
       return false;
     }
     const std::uint32_t entries = Get16(head.data(), m_manager.bigEndian);
@@ -190,7 +194,7 @@ class TreeReader {
     m_entriesLeft -= count;
     std::vector<std::uint8_t> block(std::size_t{count} * kEntrySize);
     if (!m_window.Read(first, block)) {
-      Fault(reading.name, 0, "the IFD cannot be read");
+      Loss(reading.name, 0, "the IFD cannot be read");
       return false;
     }
     reading.ifd.values.reserve(count);
@@ -205,13 +209,13 @@ class TreeReader {
       if (!SkipsTags()) return false;
     }
     if (count == entries) return isWhole;
-    Fault(reading.name, 0,
-          count == whole ? "the file ends within the IFD" : "there are too many tags; the rest is left out");
+    Loss(reading.name, 0,
+         count == whole ? "the file ends within the IFD" : "there are too many tags; the rest is left out");
     return false;
   }
 
   Reading Broken(const IfdReading& reading, const Entry& entry, std::string words) {
-    Fault(reading.name, entry.tag, std::move(words));
+    Loss(reading.name, entry.tag, std::move(words));
     return Reading::Broken;
   }
 
@@ -336,7 +340,7 @@ class TreeReader {
         return;
       }
       if (above.depth >= m_options.limits.depth) {
-        Fault(above.name, value.tag, "IFDs lie too deep below one another");
+        Loss(above.name, value.tag, "IFDs lie too deep below one another");
         return;
       }
       if (isNote && above.note.hasSignature) position += kNoteSignatureSize;
@@ -353,7 +357,7 @@ class TreeReader {
       if (isWhole || (isNote && m_options.mode != XpTagModeAllNotes)) {
         value.ifds.push_back(std::move(ifd));
       } else {
-        Fault(above.name, value.tag, "the IFD that the tag leads to is damaged and left out");
+        Loss(above.name, value.tag, "the IFD that the tag leads to is damaged and left out");
       }
     }
   }
