@@ -38,6 +38,9 @@ class XpFile : public XpAbstractFile {
   /// Keeps a position within the new size; one beyond it moves to the new end.
   XpResult SetSize(std::int64_t size) override;
 
+  /// Returns once the content is on the disk. XpErrNotOpen for a closed file.
+  XpResult FlushToDisk();
+
   virtual XpResult OpenPath(const XpString& path, std::uint32_t flags, std::uint32_t share);
   /// Closes the file and takes another path.
   virtual XpResult SetPath(const XpString& path);
@@ -50,9 +53,6 @@ class XpFile : public XpAbstractFile {
   bool IsOpen() const;
   /// Takes over a handle that was opened elsewhere, into a closed object.
   void Adopt(std::int64_t handle, std::uint32_t flags);
-  /// Returns once the content is on the disk. XpErrNotOpen for a closed file.
-  XpResult FlushToDisk();
-
  private:
   XpResult StatEntry(XpDateTime* creation, XpDateTime* write, XpDateTime* access, std::int64_t* size) const;
   XpResult CheckTransfer(const void* buffer, std::uint64_t count) const;

@@ -143,8 +143,9 @@ TEST(TagEdits, OriginalDateAndOffsetAreWrittenInTheExifIfd) {
               isFound ? With(bytes, p, {{"original", kDate}}) : bytes);
     for (const auto& [minutes, text] :
          {std::pair{0, "+00:00\0"s}, {-210, "-03:30\0"s}, {5999, "+99:59\0"s}}) {
-      EXPECT_EQ(After(bytes, XpOk, [&](auto& file) { return PatchOffsetTime(file, kBase, minutes); }),
-                isFound ? With(bytes, p, {{"offset", text}}) : bytes);
+      EXPECT_EQ(
+          After(bytes, XpOk, [ahead = minutes](auto& file) { return PatchOffsetTime(file, kBase, ahead); }),
+          isFound ? With(bytes, p, {{"offset", text}}) : bytes);
     }
     EXPECT_EQ(After(bytes, XpErrImageArgument, [](auto& file) { return PatchOffsetTime(file, kBase, 6000); }),
               bytes);
