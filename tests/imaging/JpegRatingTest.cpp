@@ -1,0 +1,387 @@
+// A new rating is written by a rewrite of the file, after which everything else is as it was.
+#include <gtest/gtest.h>
+
+#include <sys/ptrace.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#include <jpeglib.h>
+
+#include "imaging/codecs/JpegRebuild.h"
+#include "imaging/jpeg/JpegSegments.h"
+#include "imaging/tags/TagNames.h"
+#include "tests/imaging/CameraFile.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+using namespace jpegfiles;
+using imagefiles::Big;
+namespace tags = vrx::imaging;
+
+XpString Wide(const std::string& path) { return XpNarrowString(path.c_str()).ToWide(); }
+
+/// Rates the bytes as a file does; the result, and the new bytes, which are the old ones after a failure.
+struct Rated {
+  XpResult result = XpOk;
+  Bytes bytes;
+};
+Rated Rate(const Bytes& file, std::uint32_t rating = 4) {
+  const TempFolder folder;
+  XpImageIoJpeg codec;
+  const XpResult result = codec.SetRating(Wide(folder.Write("a.jpg", file)), rating);
+  EXPECT_EQ(folder.Count(), 1);
+  EXPECT_EQ(codec.status, result);
+  return {result, folder.Read("a.jpg")};
+}
+
+XpSharedPtr<XpTiffTagManager> TagsOf(const Bytes& file) {
+  Stream stream(file);
+  return XpImageIoJpeg().ReadTags(stream, 0);
+}
+
+Bytes PixelsOf(const Bytes& file) {
+  Stream stream(file);
+  XpImageIoJpeg codec;
+  return Pixels(codec.Read(stream, 0, 1, {}));
+}
+
+Bytes ValueOf(XpTiffTagIFD* ifd, std::uint16_t tag) {
+  const XpTiffTagDataBase* value = ifd == nullptr ? nullptr : ifd->FindTag(tag, false);
+  if (value == nullptr) return {};
+  return {static_cast<const char*>(value->GetData()), static_cast<std::size_t>(value->GetByteSize())};
+}
+
+/// The coded picture, from the first marker that is no application segment.
+Bytes CodedPart(const Bytes& file) {
+  Stream stream(file);
+  tags::CodedPicture picture;
+  EXPECT_EQ(tags::FindCodedPicture(stream, 0, picture), XpOk);
+  return file.substr(static_cast<std::size_t>(picture.start),
+                     static_cast<std::size_t>(picture.end - picture.start));
+}
+
+/// "APP1", and so on, of the segments before the picture.
+std::vector<std::pair<int, Bytes>> Segments(const Bytes& file) {
+  std::vector<std::pair<int, Bytes>> found;
+  for (std::size_t at = 2; (file[at + 1] & 0xF0) == 0xE0;) {
+    const auto length = static_cast<std::size_t>((file[at + 2] & 0xFF) << 8 | (file[at + 3] & 0xFF));
+    found.emplace_back(file[at + 1] & 0x0F, file.substr(at + 4, length - 2));
+    at += 2 + length;
+  }
+  return found;
+}
+
+TEST(JpegRatingTest, RewriteSetsRatingAndDatesAndKeepsTheRest) {
+  const Bytes xmp = App(1, Bytes("http://ns.adobe.com/xap/1.0/\0<x/>", 33));
+  const Bytes icc = App(2, Bytes("ICC_PROFILE\0\1\1", 14) + Profile("mine"));
+  const Bytes file = CameraFile({.segments = {App(0, Bytes("JFIF\0\1\1\0\0\1\0\1\0\0", 14)), xmp,
+                                              App(3, "SPF. to be dropped"), icc, App(14, "Adobe-like")},
+                                 .preview = Bytes(501, 'P')});
+  const auto before = TagsOf(file);
+  const auto [result, rated] = Rate(file, 4);
+  ASSERT_EQ(result, XpOk);
+  EXPECT_EQ(CodedPart(rated), CodedPart(file));
+  EXPECT_EQ(PixelsOf(rated), PixelsOf(file));
+
+  const auto after = TagsOf(rated);
+  ASSERT_NE(after.Get(), nullptr);
+  EXPECT_TRUE(after->faults.empty());
+  EXPECT_EQ(after->GetMakerIfd()->GetLong(0x2002, 0, false), 4u);
+  const Bytes date = ValueOf(after->GetIfd(0), 0x0132);
+  EXPECT_EQ(date.size(), 20u);
+  EXPECT_GT(date, kCameraDate);
+  EXPECT_EQ(ValueOf(after->GetIfd(1), 0x0132), date);
+  EXPECT_EQ(ValueOf(after->GetMakerIfd(), 0x3000), "before" + date + Bytes(60, 'x'));
+  EXPECT_EQ(ValueOf(after->GetExifIfd(), 0x9000), "0221");
+  EXPECT_EQ(ValueOf(after->GetExifIfd(), 0x9003), ValueOf(before->GetExifIfd(), 0x9003));
+  EXPECT_EQ(after->GetIfd(0)->GetShort(0x0112, false), 6);
+  EXPECT_EQ(after->GetMakerSubIfd()->GetTagCount(), 1u);
+  EXPECT_EQ(after->GetIfd(1)->GetShort(0x0103, false), 6);
+
+  Stream stream(rated);
+  XpImageIoJpeg codec;
+  const auto found = codec.ReadThumbnail(stream, 0, {});
+  ASSERT_NE(found, nullptr);
+  EXPECT_EQ(found->width, 12);  // turned upright
+
+  ASSERT_EQ(after->previewSize, 501u);
+  EXPECT_EQ(rated.substr(12 + after->previewOffset), Bytes(501, 'P'));
+  EXPECT_EQ(after->previewOffset % 2, 0u);
+  const auto segments = Segments(rated);
+  ASSERT_EQ(segments.size(), 4u);
+  EXPECT_EQ(segments[0].second.size() % 2, 0u);
+  EXPECT_EQ(segments[1], (std::pair{1, xmp.substr(4)}));
+  EXPECT_EQ(segments[2], (std::pair{2, icc.substr(4)}));
+  EXPECT_EQ(segments[3], (std::pair{14, Bytes("Adobe-like")}));
+  // A second rating adds nothing.
+  EXPECT_EQ(Rate(rated, 2).bytes.size(), rated.size());
+}
+
+/// The coefficients of all components, as the library reads them.
+std::vector<short> Coefficients(const Bytes& file) {
+  jpeg_decompress_struct decoder{};
+  jpeg_error_mgr errors;
+  decoder.err = jpeg_std_error(&errors);
+  jpeg_create_decompress(&decoder);
+  jpeg_mem_src(&decoder, reinterpret_cast<const unsigned char*>(file.data()), file.size());
+  jpeg_read_header(&decoder, TRUE);
+  jvirt_barray_ptr* arrays = jpeg_read_coefficients(&decoder);
+  std::vector<short> all;
+  for (int c = 0; c < decoder.num_components; ++c) {
+    const jpeg_component_info& info = decoder.comp_info[c];
+    for (JDIMENSION y = 0; y < info.height_in_blocks; ++y) {
+      JBLOCKARRAY rows =
+          decoder.mem->access_virt_barray(reinterpret_cast<j_common_ptr>(&decoder), arrays[c], y, 1, FALSE);
+      for (JDIMENSION x = 0; x < info.width_in_blocks; ++x)
+        all.insert(all.end(), rows[0][x], rows[0][x] + DCTSIZE2);
+    }
+  }
+  jpeg_finish_decompress(&decoder);
+  jpeg_destroy_decompress(&decoder);
+  return all;
+}
+
+TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
+  for (const int channels : {1, 3, 4}) {
+    for (const bool isProgressive : {false, true}) {
+      const Bytes plain = imagefiles::Jpeg(imagefiles::Noise(61, 47, channels),
+                                           {.isProgressive = isProgressive, .isAdobeInk = channels == 4});
+      const Bytes inOrder = CameraFile();
+      const std::size_t coded = inOrder.find(CodedPart(inOrder));
+      const Bytes head = inOrder.substr(0, coded);
+      const Bytes body = CodedPart(plain);
+      const Bytes adobe = channels == 4 ? Segments(plain).back().second : Bytes();
+      const Bytes adobeSegment = adobe.empty() ? Bytes() : App(14, adobe);
+      // A segment between the tables makes the second way necessary.
+      const std::size_t frame = body.find(isProgressive ? "\xFF\xC2" : "\xFF\xC0");
+      const Bytes mixed = Bytes(body).insert(frame, App(3, "SPF. among tables"));
+      const Bytes comment = Bytes("\xFF\xFE\0\6abcd", 8);
+      for (const Bytes& file :
+           {head + adobeSegment + comment + body, head + adobeSegment + comment + mixed}) {
+        const auto [result, rated] = Rate(file);
+        ASSERT_EQ(result, XpOk);
+        EXPECT_EQ(Coefficients(rated), Coefficients(file));
+        EXPECT_EQ(TagsOf(rated)->GetMakerIfd()->GetLong(0x2002, 0, false), 4u);
+        EXPECT_NE(rated.find("abcd"), Bytes::npos);
+        EXPECT_EQ(rated.find("among tables"), Bytes::npos);
+        EXPECT_EQ(Segments(rated).front().second.substr(0, 4), "Exif");
+      }
+    }
+  }
+}
+
+/// An index of the given entries: attribute, size, offset.
+Bytes MpIndexSegment(bool isBig, const std::vector<std::array<std::uint32_t, 3>>& entries) {
+  const vrx::test_support::TagBytes order{.bigEndian = isBig};
+  Bytes table;
+  for (const auto& [attribute, size, offset] : entries) {
+    table += order.U32(attribute) + order.U32(size) + order.U32(offset) + order.U32(0);
+  }
+  const auto count = static_cast<std::uint32_t>(entries.size());
+  return App(2, Bytes("MPF\0", 4) + order.Header() +
+                    order.Ifd({order.Entry(0xB001, 4, 1, count), order.Entry(0xB002, 7, count * 16, 38)}) +
+                    table);
+}
+
+std::uint32_t Number(const Bytes& bytes, std::size_t at, bool isBig) {
+  std::uint32_t value = 0;
+  for (std::size_t i = 0; i < 4; ++i) value = value << 8 | (bytes[at + (isBig ? i : 3 - i)] & 0xFF);
+  return value;
+}
+
+TEST(JpegRatingTest, PicturesOfAnIndexMoveAlong) {
+  constexpr std::uint32_t kChild = 0x40000000;
+  const Bytes one(301, 'a'), two(200, 'b');
+  for (const bool isBig : {false, true}) {
+    for (const bool hasPreview : {false, true}) {
+      SCOPED_TRACE(testing::Message() << isBig << hasPreview);
+      const auto build = [&](std::uint32_t first, std::uint32_t second) {
+        return CameraFile(
+            {.segments = {MpIndexSegment(isBig, {{0, 7, 0}, {kChild, 301, first}, {kChild, 200, second}})},
+             .tail = one + Bytes(1, '\xFF') + two});
+      };
+      Bytes file = build(0, 0);
+      const std::size_t header = file.find(Bytes("MPF\0", 4)) + 4;
+      const std::size_t start = file.find(one);
+      file =
+          build(static_cast<std::uint32_t>(start - header), static_cast<std::uint32_t>(start + 302 - header));
+      if (hasPreview) {
+        const std::size_t entry = file.find(Bytes("\x20\x01\x00\x07\x00\x00\x00\x00", 8));
+        file.replace(entry + 4, 8, Big(50, 4) + Big(static_cast<std::uint32_t>(start) + 100 - 12, 4));
+      }
+      const auto [result, rated] = Rate(file);
+      ASSERT_EQ(result, XpOk);
+      const std::size_t newHeader = rated.find(Bytes("MPF\0", 4)) + 4;
+      const std::size_t table = newHeader + 38;
+      const std::size_t pictureEnd = rated.find(CodedPart(file)) + CodedPart(file).size();
+      EXPECT_EQ(Number(rated, table + 4, isBig), pictureEnd);
+      EXPECT_EQ(rated.substr(newHeader + Number(rated, table + 16 + 8, isBig), 301), one);
+      EXPECT_EQ(rated.substr(newHeader + Number(rated, table + 32 + 8, isBig)), two);
+      const auto tags = TagsOf(rated);
+      EXPECT_EQ(tags->previewSize, hasPreview ? 50u : 0u);
+      if (hasPreview) {
+        EXPECT_EQ(12 + tags->previewOffset, rated.find(one) + 100);
+      }
+    }
+  }
+}
+
+TEST(JpegRatingTest, FileThatCannotBeRatedStaysAsItIs) {
+  const auto broken = [](Bytes file, std::size_t length) { return file.substr(0, length); };
+  struct Case {
+    const char* name;
+    Bytes file;
+    XpResult result;
+  };
+  const Bytes whole = CameraFile();
+  for (const Case& c :
+       {Case{"no maker note", CameraFile({.hasNote = false}), XpErrImageNoData},
+        Case{"no tags", CameraPicture(), XpErrImageNoData},
+        Case{"broken tag", CameraFile({.hasBrokenTag = true}), XpErrImageInvalid},
+        Case{"cut picture", broken(whole, whole.size() - 100), XpErrImageInvalid},
+        Case{"unknown data", CameraFile({.tail = "a movie"}), XpErrImageNotProvided},
+        Case{"unknown data after a preview", CameraFile({.preview = "PREVIEW", .tail = "a movie"}),
+             XpErrImageNotProvided},
+        Case{"preview past the end",
+             broken(CameraFile({.preview = Bytes(90, 'P')}), CameraFile().size() + 50), XpErrEndOfFile},
+        Case{"no JPEG", "GIF89a", XpErrImageInvalid}}) {
+    SCOPED_TRACE(c.name);
+    const auto [result, bytes] = Rate(c.file);
+    EXPECT_EQ(result, c.result);
+    EXPECT_EQ(bytes, c.file);
+  }
+  EXPECT_EQ(Rate(CameraFile({.tail = Bytes(9, '\0')})).result, XpOk);  // padding is no data
+  EXPECT_EQ(Rate(CameraFile({.hasRating = false})).result, XpOk);
+}
+
+TEST(JpegRatingTest, TagsMayFillTheirSegmentToTheLastByte) {
+  // The rewrite adds tags to IFD 1, so a file is looked for whose new block has an exact size.
+  const std::size_t small = Segments(Rate(CameraFile({.filling = 1000})).bytes).front().second.size();
+  const auto most = static_cast<std::uint32_t>(1000 + 65532 - small);
+  const auto [result, rated] = Rate(CameraFile({.filling = most}));
+  EXPECT_EQ(result, XpOk);
+  EXPECT_EQ(Segments(rated).front().second.size(), 65532u);
+  EXPECT_EQ(PixelsOf(rated), PixelsOf(CameraFile()));
+  const auto [tooLarge, unchanged] = Rate(CameraFile({.filling = most + 2}));
+  EXPECT_EQ(tooLarge, XpErrImageNothingToDo);
+  EXPECT_EQ(unchanged, CameraFile({.filling = most + 2}));
+}
+
+TEST(JpegRatingTest, FileKeepsModeAndMarksAndLinksAreFollowed) {
+  const TempFolder folder;
+  const std::string path = folder.Write("a.jpg", CameraFile());
+  chmod(path.c_str(), 0640);
+  const bool hasMarks = setxattr(path.c_str(), "user.vrx.test", "mark", 4, 0) == 0;
+  const std::string link = (folder.Path() / "link.jpg").string();
+  ASSERT_EQ(symlink("a.jpg", link.c_str()), 0);
+  XpImageIoJpeg codec;
+  ASSERT_EQ(codec.SetRating(Wide(link), 3), XpOk);
+  struct stat state {};
+  ASSERT_EQ(lstat(link.c_str(), &state), 0);
+  EXPECT_TRUE(S_ISLNK(state.st_mode));
+  ASSERT_EQ(stat(path.c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 07777, 0640u);
+  char mark[8];
+  EXPECT_EQ(getxattr(path.c_str(), "user.vrx.test", mark, sizeof mark), hasMarks ? 4 : -1);
+  EXPECT_EQ(TagsOf(folder.Read("a.jpg"))->GetMakerIfd()->GetLong(0x2002, 0, false), 3u);
+
+  const Bytes before = folder.Read("a.jpg");
+  chmod(path.c_str(), 0440);
+  EXPECT_EQ(codec.SetRating(Wide(path), 5), XpErrAccessDenied);
+  EXPECT_EQ(codec.SetRotation(Wide(path), 1), XpErrAccessDenied);
+  EXPECT_EQ(codec.SetRating(Wide(folder.Path().string()), 5), XpErrFileNotFound);
+  EXPECT_EQ(codec.SetRotation(Wide("/no/such/file.jpg"), 1), XpErrFileNotFound);
+  EXPECT_EQ(folder.Read("a.jpg"), before);
+}
+
+TEST(JpegRatingTest, EditsInPlaceChangeTheirValueAndTheDatesOnly) {
+  const TempFolder folder;
+  const Bytes before = CameraFile({.preview = "PREVIEW", .tail = "a movie"});
+  const std::string path = folder.Write("a.jpg", before);
+  XpImageIoJpeg codec;
+  ASSERT_EQ(codec.SetRotation(Wide(path), 1), XpOk);
+  const Bytes after = folder.Read("a.jpg");
+  ASSERT_EQ(after.size(), before.size());
+  std::set<std::size_t> mayChange;
+  for (std::size_t at = before.find(kCameraDate); at != Bytes::npos; at = before.find(kCameraDate, at + 1)) {
+    for (std::size_t i = 0; i < 20; ++i) mayChange.insert(at + i);
+  }
+  EXPECT_EQ(mayChange.size(), 60u);
+  mayChange.insert(before.find(Bytes("\x01\x12\x00\x03\x00\x00\x00\x01\x00\x06", 10)) + 9);
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    ASSERT_TRUE(after[i] == before[i] || mayChange.contains(i)) << i;
+  }
+  EXPECT_EQ(TagsOf(after)->GetIfd(0)->GetShort(0x0112, false), 1);
+  struct stat state {};
+  stat(path.c_str(), &state);
+  XpDateTime taken;
+  taken.SetDateTime(2001, 2, 3, 4, 5, 6);
+  ASSERT_EQ(codec.SetModifyDate(Wide(path), taken, true), XpOk);
+  stat(path.c_str(), &state);
+  EXPECT_EQ(state.st_mtime, taken.ToTimeT());
+  EXPECT_EQ(ValueOf(TagsOf(folder.Read("a.jpg"))->GetIfd(0), 0x0132), Bytes("2001:02:03 04:05:06\0", 20));
+}
+
+/// Runs SetRating in a process of its own and kills it when it enters its system call number `last` that
+/// could change a file. False when it ended before that.
+bool IsKilledAtCall(const std::string& path, int last) {
+  const pid_t child = fork();
+  if (child == 0) {
+    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+    raise(SIGSTOP);
+    XpImageIoJpeg codec;
+    _exit(codec.SetRating(Wide(path), 4) == XpOk ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  for (int calls = 0;;) {
+    if (ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0) break;
+    waitpid(child, &status, 0);
+    if (!WIFSTOPPED(status)) break;
+    if (WSTOPSIG(status) != SIGTRAP) continue;
+    __ptrace_syscall_info info{};
+    ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info);
+    static const std::set<std::uint64_t> kChanging{SYS_write,  SYS_fsync,     SYS_rename,
+                                                   SYS_fchmod, SYS_utimensat, SYS_fsetxattr};
+    if (info.op != PTRACE_SYSCALL_INFO_ENTRY || !kChanging.contains(info.entry.nr) || ++calls != last)
+      continue;
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    return true;
+  }
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  return false;
+}
+
+TEST(JpegRatingTest, KillAtEveryWriteLeavesAWholeFile) {
+  const Bytes before = CameraFile({.preview = Bytes(300'000, 'P')});
+  const Bytes coded = CodedPart(before);
+  int killed = 0;
+  for (int call = 1;; ++call) {
+    const TempFolder folder;
+    const std::string path = folder.Write("a.jpg", before);
+    const bool isKilled = IsKilledAtCall(path, call);
+    const Bytes after = folder.Read("a.jpg");
+    if (after != before) {
+      const auto tags = TagsOf(after);
+      ASSERT_NE(tags.Get(), nullptr) << call;
+      EXPECT_EQ(tags->GetMakerIfd()->GetLong(0x2002, 0, false), 4u) << call;
+      EXPECT_EQ(CodedPart(after), coded) << call;
+      EXPECT_EQ(after.substr(12 + tags->previewOffset), Bytes(300'000, 'P')) << call;
+    }
+    if (!isKilled) break;
+    ++killed;
+  }
+  EXPECT_GT(killed, 8);
+}
+
+}  // namespace
