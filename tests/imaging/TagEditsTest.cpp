@@ -228,6 +228,21 @@ TEST(TagEdits, RatingAndPreviewAreWrittenInTheMakerNote) {
   }
 }
 
+TEST(TagEdits, ChainThatLeadsToItselfIsFollowedOnce) {
+  const TagBytes b;
+  const std::string entry = b.Entry(kTagOrientation, 3, 1, 1), turned = b.Entry(kTagOrientation, 3, 1, 8);
+  EXPECT_EQ(
+      After(b.Header() + b.Ifd({entry}, 8), XpOk, [](auto& file) { return PatchOrientation(file, 0, 1); }),
+      b.Header() + b.Ifd({turned}, 8));
+}
+
+TEST(TagEdits, DateThatOverlapsTheHeaderIsLeftAlone) {
+  const TagBytes b;
+  const std::string bytes = b.Header() + b.Ifd({b.Entry(kTagDateTime, 2, 20, 7)}) + "tail";
+  EXPECT_EQ(After(bytes, XpErrImageNoData, [](auto& file) { return PatchDateTime(file, 0, Date(), true); }),
+            bytes);
+}
+
 TEST(TagEdits, RatingOf0AtTheStartOfTheFileIsFound) {
   Picture p;
   std::string bytes = Bytes(p).substr(kBase);

@@ -187,6 +187,7 @@ TEST(TagTree, MakerNoteFromVersion2OnHasOffsetsFromItsOwnStart) {
     const std::uint32_t start = 26;  // the note's own, after the header and IFD 0 of one entry
     const std::string expected = b.Header() + b.Ifd({b.Entry(kTagMakerNote, 7, 36, start)}) + versionBlock +
                                  b.Ifd({b.Entry(0x1234, 7, 5, (version < 2 ? start : 0) + 30)}) + "12345\0"s;
+    EXPECT_EQ(Stored(*tree.Clone()), expected);
     EXPECT_EQ(Stored(tree), expected);
   }
 }
@@ -237,7 +238,8 @@ TEST(TagTree, DamageCostsWhatTheOptionSaysAndIsReported) {
       {"value past the end", withNext(b.Entry(4, 2, 9, 48)), "{}", whole, "0/4: the value lies outside"},
       {"value in the header", withNext(b.Entry(4, 2, 9, 7)), "{}", whole,
        "0/4: the offset of the value leads"},
-      {"duplicate", withNext(good), whole, whole, "0/5: the tag is there more than once"},
+      {"duplicate", withNext(b.Entry(5, 2, 1, "a\0\0\0"s)), whole, whole,
+       "0/5: the tag is there more than once"},
       {"short offset time", withNext(b.Entry(0x9010, 2, 4, "+9:0")), whole, whole,
        "0/36880: the offset from UTC"},
       {"empty note", withNext(b.Entry(kTagMakerNote, 7, 0, 0)), whole, whole,
@@ -274,6 +276,27 @@ TEST(TagTree, DamageCostsWhatTheOptionSaysAndIsReported) {
       EXPECT_EQ(manager.faults.empty(), block.fault.empty());
     }
   }
+}
+
+TEST(TagTree, UnreadablePlaceOfADiskCostsOnlyItsOwnValue) {
+  class BadPlace : public XpMemoryFile {
+    XpResult Read(void* buffer, std::uint64_t count, std::uint64_t* read) override {
+      const bool isBad = Tell() <= 60 && Tell() + static_cast<std::int64_t>(count) > 60;
+      return isBad ? XpResult{XpErrFailed} : XpMemoryFile::Read(buffer, count, read);
+    }
+  } file;
+  const TagBytes b;
+  const std::string bytes = b.Header() +
+                            b.Ifd({b.Entry(1, 2, 6, 50), b.Entry(2, 2, 6, 56), b.Entry(3, 2, 6, 62)}) +
+                            "first\0bad..\0last.\0"s;
+  file.Write(bytes.data(), bytes.size(), nullptr);
+  file.Seek(0, XpSeekStart);
+  XpTiffTagManager manager;
+  ASSERT_TRUE(ReadTagTree(file, {.onBadTag = OnBadTag::SkipTag}, manager));
+  ASSERT_EQ(manager.GetIfdCount(), 1u);
+  EXPECT_EQ(manager.GetIfd(0)->GetAscii(1), "first");
+  EXPECT_EQ(manager.GetIfd(0)->GetAscii(3), "last.");
+  EXPECT_EQ(FaultText(manager), "0/2: the value cannot be read\n");
 }
 
 TEST(TagTree, BlockWithoutHeaderIsNotRead) {
