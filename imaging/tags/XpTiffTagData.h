@@ -56,8 +56,7 @@ struct XpTiffTagTypeSRational : XpTiffTagType<XpTiffSignedFraction, XpTiffSRatio
 struct XpTiffTagTypeFloat : XpTiffTagType<float, XpTiffFloat, 4> {};
 struct XpTiffTagTypeDouble : XpTiffTagType<double, XpTiffDouble, 8> {};
 
-/// Elements are in the machine's byte order. `count` describes the array and is changed only together with
-/// it.
+/// Elements are in the machine's byte order. `count` describes the array; both change only together.
 class XpTiffTagDataBase {
  public:
   XpTiffTagDataBase(std::uint16_t tagNumber, std::uint32_t elementCount)
