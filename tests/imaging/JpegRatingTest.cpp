@@ -343,11 +343,12 @@ bool IsKilledAtCall(const std::string& path, int last) {
   }
   int status = 0;
   waitpid(child, &status, 0);
+  ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
   for (int calls = 0;;) {
     if (ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0) break;
     waitpid(child, &status, 0);
     if (!WIFSTOPPED(status)) break;
-    if (WSTOPSIG(status) != SIGTRAP) continue;
+    if (WSTOPSIG(status) != (SIGTRAP | 0x80)) continue;
     __ptrace_syscall_info info{};
     ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info);
     static const std::set<std::uint64_t> kChanging{SYS_write,  SYS_fsync,     SYS_rename,
