@@ -212,7 +212,7 @@ TEST(IccTypesTest, RealNumbersBecomeFixedPoint) {
   for (const auto& [number, value] : {std::pair{1.0, 0x10000},
                                       {0.5, 0x8000},
                                       {-1.5, -0x18000},
-                                      {-0.25, -0x4000},
+                                      {-0.1, -6554},
                                       {1e9, 0x7FFFFFFF},
                                       {0.99999999, 0xFFFF}}) {
     EXPECT_EQ(s15Fixed16Number(number).value, value) << number;
