@@ -5,8 +5,9 @@ include(CMakePackageConfigHelpers)
 install(TARGETS VRXWrapper EXPORT vrx-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS vrx_api EXPORT vrx-targets)
 install(TARGETS vrx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# The library looks for the engine, the MP4 probe and the pictures beside the host's executable.
-install(TARGETS VRXEngine Mp4Sift LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+# The library looks for the engine, the MP4 probe and the pictures beside the host's executable, and the program for
+# its commands beside itself.
+install(TARGETS VRXCommands VRXEngine Mp4Sift LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/KRVOResources DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/vrx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES docs/vrx.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

@@ -27,6 +27,8 @@ if(VRX_WERROR)
 endif()
 add_library(vrx_options INTERFACE)
 target_link_libraries(vrx_options INTERFACE vrx_warnings)
+# A program loads the libraries that it uses, not all that its rooms know of.
+target_link_options(vrx_options INTERFACE -Wl,--as-needed)
 if(VRX_SANITIZE)
   target_compile_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE} -fno-omit-frame-pointer
                                                -fno-sanitize-recover=all)

@@ -3,16 +3,27 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
+#include "host/ProblemText.h"
 #include "host/ReportJson.h"
 #include "src/check/ProjectReport.h"
 
 namespace vrx::host {
 namespace {
+
+struct CheckOptions {
+  std::string project;
+  bool json = false;
+  bool allowMissing = false;  // still pictures that are missing are warnings
+};
 
 check::ProjectReport Inspect(const CheckOptions& options) {
   const XpString project = platform::AbsolutePath(platform::PathFromNative(options.project));
@@ -127,8 +138,6 @@ void PrintText(const check::ProjectReport& report) {
   for (const check::Problem& problem : report.problems) std::printf("  %s\n", ProblemLine(problem).c_str());
 }
 
-}  // namespace
-
 int RunCheck(const CheckOptions& options) {
   check::ProjectReport report = Inspect(options);
   if (options.allowMissing) report.AllowMissingPictures();
@@ -138,6 +147,18 @@ int RunCheck(const CheckOptions& options) {
     PrintText(report);
   }
   return report.HasErrors() ? kFailed : kDone;
+}
+
+}  // namespace
+
+CommandRun AddCheck(CLI::App& command) {
+  const auto options = std::make_shared<CheckOptions>();
+  command.add_option("PROJECT", options->project, "The project document")->required();
+  command.add_flag("--json", options->json, "Print one JSON document");
+  command.add_flag("--allow-missing", options->allowMissing,
+                   "Make warnings of still pictures that are missing");
+  command.footer("Exit status: 0 the project can be rendered, 1 it cannot, 2 wrong use.");
+  return [options] { return RunCheck(*options); };
 }
 
 }  // namespace vrx::host

@@ -3,7 +3,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <functional>
+#include <memory>
 #include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
 #include "foundation/registry/RegistryStore.h"
@@ -13,6 +18,17 @@
 
 namespace vrx::host {
 namespace {
+
+enum class ConfigAction { Get, Set, List, Unset };
+
+struct ConfigOptions {
+  ConfigAction action = ConfigAction::List;
+  std::string key;   // below the product's key, or from "Software" on; either separator
+  std::string name;  // of a value; empty for the whole key
+  std::string value;
+  bool isText = false;  // store digits as a text, not as a number
+  bool machine = false;
+};
 
 using namespace registry;
 
@@ -107,8 +123,6 @@ int Unset(const ConfigOptions& options, Root root, const XpString& path) {
   return status == kDone && !found ? NoSuchSetting(options, path) : status;
 }
 
-}  // namespace
-
 int RunConfig(const ConfigOptions& options) {
   const Root root = options.machine ? Root::LocalMachine : Root::CurrentUser;
   const XpString path = KeyPath(options.key);
@@ -122,6 +136,39 @@ int RunConfig(const ConfigOptions& options) {
     default:
       return List(options, root, path);
   }
+}
+
+CLI::App* AddConfigAction(CLI::App& config, ConfigOptions& options, const char* name, const char* help,
+                          ConfigAction action) {
+  CLI::App* command = config.add_subcommand(name, help);
+  command->callback([&options, action] { options.action = action; });
+  command->add_flag("--machine", options.machine, "The settings of all users");
+  return command;
+}
+
+}  // namespace
+
+CommandRun AddConfig(CLI::App& config) {
+  const auto options = std::make_shared<ConfigOptions>();
+  config.require_subcommand(1);
+  const char* keyHelp = "The key, like Common/Settings, below the product's own or from Software on";
+  CLI::App* get = AddConfigAction(config, *options, "get", "Print a setting", ConfigAction::Get);
+  get->add_option("KEY", options->key, keyHelp)->required();
+  get->add_option("NAME", options->name, "The setting")->required();
+  CLI::App* set = AddConfigAction(config, *options, "set", "Store a setting", ConfigAction::Set);
+  set->add_option("KEY", options->key, keyHelp)->required();
+  set->add_option("NAME", options->name, "The setting")->required();
+  set->add_option("VALUE", options->value, "A number of 32 bits (decimal, or 0x and hexadecimal) or a text")
+      ->required();
+  set->add_flag("--text", options->isText, "Store a number as a text");
+  CLI::App* list = AddConfigAction(config, *options, "list", "Print all settings", ConfigAction::List);
+  list->add_option("KEY", options->key, "Only this key and those below it");
+  CLI::App* unset =
+      AddConfigAction(config, *options, "unset", "Remove a setting or a key", ConfigAction::Unset);
+  unset->add_option("KEY", options->key, keyHelp)->required();
+  unset->add_option("NAME", options->name, "The setting; without it the key and all below it are removed");
+  config.footer("Exit status: 0 done, 1 there is no such setting or it cannot be written, 2 wrong use.");
+  return [options] { return RunConfig(*options); };
 }
 
 }  // namespace vrx::host

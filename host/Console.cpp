@@ -46,18 +46,6 @@ bool IsControl(char32_t code) {
 
 std::string Utf8(const XpString& text) { return textcodec::ToUtf8(text.AsView()); }
 
-std::string_view SeverityName(check::Severity severity) {
-  switch (severity) {
-    case check::Severity::Error:
-      return "error";
-    case check::Severity::Warning:
-      return "warning";
-    case check::Severity::Note:
-      break;
-  }
-  return "note";
-}
-
 std::string Masked(std::string_view text, bool keepsLines) {
   std::string masked;
   masked.reserve(text.size());
@@ -82,31 +70,6 @@ std::string CodeText(std::uint32_t code) {
   return text;
 }
 
-std::string ProblemText(const check::Problem& problem) {
-  if (problem.file.IsEmpty()) return Plain(problem.message);
-  std::string line = Plain(problem.file);
-  if (problem.line != 0) line += ":" + std::to_string(problem.line);
-  if (!problem.track.IsEmpty()) line += ": " + Plain(problem.track);
-  if (problem.clip != 0) line += " clip " + std::to_string(problem.clip);
-  line += problem.key.IsEmpty() ? ":" : ": " + Plain(problem.key);
-  return line + " " + Plain(problem.message);
-}
-
-std::string ProblemLine(const check::Problem& problem) {
-  return std::string(SeverityName(problem.severity)) + ": " + ProblemText(problem);
-}
-
-Json ProblemJson(const check::Problem& problem) {
-  Json entry{{"severity", SeverityName(problem.severity)}};
-  if (!problem.file.IsEmpty()) entry["file"] = Utf8(problem.file);
-  if (problem.line != 0) entry["line"] = problem.line;
-  if (!problem.track.IsEmpty()) entry["track"] = Utf8(problem.track);
-  if (problem.clip != 0) entry["clip"] = problem.clip;
-  if (!problem.key.IsEmpty()) entry["key"] = Utf8(problem.key);
-  entry["message"] = Utf8(problem.message);
-  return entry;
-}
-
 void Say(std::string_view line) { std::fprintf(stderr, "vrx: %s\n", Masked(line).c_str()); }
 
 void PrintJson(const Json& document, int indent) {
@@ -115,6 +78,11 @@ void PrintJson(const Json& document, int indent) {
 
 int Fail(const std::string& cause) {
   Say("error: " + cause);
+  return kFailed;
+}
+
+int FailForResources(const std::exception& error) {
+  Say(std::string("out of resources: ") + error.what());
   return kFailed;
 }
 

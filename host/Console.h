@@ -1,12 +1,13 @@
 // How the command line speaks: the form of its messages, for people and as JSON.
 #pragma once
 
+#include <exception>
 #include <string>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
 
-#include "src/check/ProjectReport.h"
+#include "vrx/XpString.h"
 
 namespace vrx::host {
 
@@ -27,18 +28,13 @@ std::string Plain(const XpString& text);
 /// "0x8111", as codes are written everywhere.
 std::string CodeText(std::uint32_t code);
 
-/// "FILE:12: VideoTrack clip 2: SourceFile /a/b.mp4 does not exist"; masked.
-std::string ProblemText(const check::Problem& problem);
-/// The same after its severity: "error: FILE: ...".
-std::string ProblemLine(const check::Problem& problem);
-/// One with what is known: severity, file, line, track, clip, key and message.
-Json ProblemJson(const check::Problem& problem);
-std::string_view SeverityName(check::Severity severity);
-
 /// Writes "vrx: " and the line, masked, to stderr.
 void Say(std::string_view line);
 /// Says "error: " and the cause. Gives the exit status kFailed.
 int Fail(const std::string& cause);
+
+/// Says that the machine has too little of something. Gives the exit status kFailed.
+int FailForResources(const std::exception& error);
 
 /// Writes the document and a line end to stdout. Bytes of file names that are no UTF-8 are replaced.
 void PrintJson(const Json& document, int indent);

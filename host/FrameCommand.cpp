@@ -2,19 +2,33 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <memory>
+#include <string>
 #include <vector>
+
+#include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
 #include "host/PngFile.h"
+#include "host/ProblemText.h"
 #include "src/job/RenderJob.h"
 #include "src/timeline/FrameClock.h"
 #include "vrx/VRXLimits.h"
 
 namespace vrx::host {
 namespace {
+
+struct FrameOptions {
+  std::string project;
+  std::string picture;       // PNG file to write
+  std::int64_t frame = -1;   // of the movie; below 0: `seconds` counts
+  double seconds = 0.0;      // on the movie's clock
+  bool overlayOnly = false;  // the overlays alone, on a transparent ground
+};
 
 /// The frame that is shown at `seconds`.
 std::int64_t FrameAt(double seconds, const VRXTimeInfo& frameDuration) {
@@ -101,8 +115,6 @@ std::string EngineCause(const XpString& project, EngineModule& engine) {
   return cause;
 }
 
-}  // namespace
-
 int RunFrame(const FrameOptions& options) {
   const XpString project = platform::AbsolutePath(platform::PathFromNative(options.project));
   EngineModule engine;
@@ -139,6 +151,29 @@ int RunFrame(const FrameOptions& options) {
     return Fail(options.picture + " cannot be written: " + cause);
   }
   return kDone;
+}
+
+/// Empty when the text is a time that a movie can have.
+std::string CheckSeconds(const std::string& text) {
+  double seconds = 0.0;
+  const bool isTime = CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) && seconds >= 0.0;
+  return isTime ? "" : text + " is no number of seconds from 0 on";
+}
+
+}  // namespace
+
+CommandRun AddFrame(CLI::App& command) {
+  const auto options = std::make_shared<FrameOptions>();
+  command.add_option("PROJECT", options->project, "The project document")->required();
+  CLI::Option* frame = command.add_option("--frame", options->frame, "Number of the frame, from 0")
+                           ->check(CLI::NonNegativeNumber);
+  command.add_option("--time", options->seconds, "Seconds on the movie's clock, instead of --frame")
+      ->check(CheckSeconds)
+      ->excludes(frame);
+  command.add_option("-o,--output", options->picture, "The PNG file to write")->required();
+  command.add_flag("--overlay-only", options->overlayOnly, "The overlays alone, on a transparent ground");
+  command.footer("Exit status: 0 done, 1 there is no such frame, 2 wrong use.");
+  return [options] { return RunFrame(*options); };
 }
 
 }  // namespace vrx::host

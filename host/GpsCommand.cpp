@@ -1,86 +1,16 @@
+#include <CLI/CLI.hpp>
+
 #include "host/Commands.h"
-
-#include <algorithm>
-#include <cstdio>
-
-#include "foundation/platform/FileSystem.h"
-#include "foundation/platform/Paths.h"
-#include "foundation/text/XpPath.h"
-#include "gps/receiver/UtcTime.h"
-#include "host/Console.h"
-#include "host/GpsFacts.h"
-#include "host/GpsMovie.h"
-#include "host/GpsReport.h"
-#include "host/GpsSource.h"
-#include "host/PngFile.h"
-#include "host/TrackPlot.h"
+#include "host/GpsCommands.h"
 
 namespace vrx::host {
-namespace {
 
-/// Where the movie lies in the log of its sidecar. Nothing when the movie states no date.
-std::optional<receiver::Alignment> FindMovie(const GpsSource& source, const GpsFacts& facts) {
-  if (source.movie.IsEmpty() || facts.track.empty()) return {};
-  receiver::AlignRequest request;
-  request.offsetSeconds = source.shiftSeconds;
-  receiver::Alignment alignment;
-  const receiver::LogSpan span{facts.start * receiver::kMillisecondsPerSecond,
-                               facts.end * receiver::kMillisecondsPerSecond};
-  const bool isKnown = receiver::AlignLog(InspectMovie(source.movie), request, span, alignment) == XpOk;
-  return isKnown ? std::optional(alignment) : std::nullopt;
-}
-
-int WritePlot(const std::string& output, const GpsReport& report) {
-  const XpString path = platform::AbsolutePath(platform::PathFromNative(output));
-  for (const XpString& input : {report.source.path, report.source.movie}) {
-    if (!platform::IsSameFile(path, input)) continue;
-    return Fail(output + " is " + Utf8(input) + " and would be overwritten");
-  }
-  const XpString& named = report.source.movie.IsEmpty() ? report.source.path : report.source.movie;
-  XpString stem;
-  XpString extension;
-  XpPathSplit(named, nullptr, &stem, &extension);
-  TrackPlotLabels labels;
-  labels.title = stem + extension;
-  labels.facts =
-      platform::PathFromNative(report.facts.track.empty() ? "no position" : GpsSummary(report.facts));
-  if (report.movie && report.movie->movieSeconds) {
-    const auto from = static_cast<double>(report.movie->startUtcSeconds - report.facts.start);
-    labels.movie = {from, from + *report.movie->movieSeconds};
-  }
-  const std::vector<std::uint32_t> pixels = PlotTrack(report.facts.track, labels);
-  std::string cause;
-  if (WritePng(path, {kPlotWidth, kPlotHeight, pixels}, false, cause)) return kDone;
-  return Fail(output + " cannot be written: " + cause);
-}
-
-}  // namespace
-
-int RunGpsShow(const GpsShowOptions& options) {
-  const XpString path = platform::AbsolutePath(platform::PathFromNative(options.file));
-  GpsSource source;
-  std::string cause;
-  if (!ReadGpsSource(path, {options.correctWeekRollover}, source, cause)) return Fail(cause);
-  const GpsFacts facts = MakeFacts(source);
-  const GpsReport report{source, facts, FindMovie(source, facts)};
-  for (const std::string& warning : source.warnings) Say("warning: " + Utf8(source.path) + ": " + warning);
-  switch (options.form) {
-    case GpsForm::Text:
-      PrintGpsText(report);
-      break;
-    case GpsForm::Json:
-      PrintGpsJson(report, options.points);
-      break;
-    case GpsForm::Csv:
-      PrintGpsCsv(report);
-      break;
-    case GpsForm::Gpx:
-      PrintGpsGpx(report);
-      break;
-  }
-  const int status = options.plot.empty() ? kDone : WritePlot(options.plot, report);
-  if (status == kDone && facts.track.empty()) return Fail(Utf8(source.path) + " holds no position");
-  return status;
+CommandRun AddGps(CLI::App& gps) {
+  gps.require_subcommand(1);
+  const CommandRun runImport = AddGpsImport(gps);
+  const CommandRun runShow = AddGpsShow(gps);
+  gps.footer("Exit status: 0 done, 1 there is no position or a file cannot be read or written, 2 wrong use.");
+  return [=, &gps] { return gps.got_subcommand("import") ? runImport() : runShow(); };
 }
 
 }  // namespace vrx::host

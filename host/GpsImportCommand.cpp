@@ -1,8 +1,11 @@
-#include "host/Commands.h"
-
 #include <cstddef>
 #include <cstdio>
+#include <memory>
+#include <optional>
 #include <span>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "content/formats/XpFormatChecker.h"
 #include "content/moff/MoffSource.h"
@@ -15,12 +18,23 @@
 #include "gps/receiver/UtcTime.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
+#include "host/GpsCommands.h"
 #include "host/GpsMovie.h"
 #include "host/GpsReport.h"
 #include "host/GpsSource.h"
+#include "host/Moment.h"
 
 namespace vrx::host {
 namespace {
+
+struct GpsImportOptions {
+  std::string movie;
+  std::string log;                 // NMEA 0183 or GPX
+  std::int64_t offsetSeconds = 0;  // added to the movie's place in the log
+  std::optional<int> zoneMinutes;  // of the movie's clock, east of UTC, in place of what the movie states
+  std::string start;               // ISO 8601: where in the log the movie begins; empty: by the movie's date
+  bool correctWeekRollover = false;
+};
 
 XpDateTime LocalTime(std::int64_t utcSeconds, int zoneMinutes) {
   XpDateTime date;
@@ -111,8 +125,6 @@ void PrintRead(const GpsSource& source, const receiver::Alignment& alignment) {
   std::printf("%s\n", receiver::DescribeOverlap(alignment).c_str());
 }
 
-}  // namespace
-
 int RunGpsImport(const GpsImportOptions& options) {
   const XpString movie = platform::AbsolutePath(platform::PathFromNative(options.movie));
   const XpString log = platform::AbsolutePath(platform::PathFromNative(options.log));
@@ -152,6 +164,29 @@ int RunGpsImport(const GpsImportOptions& options) {
     Say("note: the movie states no time zone, so its clock was taken as UTC; --zone MINUTES says otherwise");
   WarnOfMismatch(alignment, options.offsetSeconds);
   return kDone;
+}
+
+}  // namespace
+
+CommandRun AddGpsImport(CLI::App& gps) {
+  const auto options = std::make_shared<GpsImportOptions>();
+  constexpr std::int64_t kMostOffset = 2'000'000'000;
+  constexpr int kMostZone = 14 * 60;
+  CLI::App* command = gps.add_subcommand("import", "Write the log of a receiver into a movie's sidecar");
+  command->add_option("MOVIE", options->movie, "The movie")->required();
+  command->add_option("LOG", options->log, "An NMEA 0183 log or a GPX document")->required();
+  command->add_option("--offset", options->offsetSeconds, "Seconds to add to the movie's place in the log")
+      ->check(CLI::Range(-kMostOffset, kMostOffset));
+  command
+      ->add_option("--zone", options->zoneMinutes,
+                   "Time zone of the movie's clock in minutes east of UTC, in place of what the movie states")
+      ->check(CLI::Range(-kMostZone, kMostZone));
+  command
+      ->add_option("--start", options->start,
+                   "Moment of the log at which the movie begins, as 2024-05-01T10:11:12Z or with +02:00")
+      ->check(CheckMoment);
+  command->add_flag("--fix-week-rollover", options->correctWeekRollover, kRolloverHelp);
+  return [options] { return RunGpsImport(*options); };
 }
 
 }  // namespace vrx::host

@@ -1,18 +1,33 @@
 #include "host/Commands.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
+#include "foundation/log/LogChannel.h"
 #include "foundation/platform/Signals.h"
 #include "host/Console.h"
 
 namespace vrx::host {
 namespace {
+
+constexpr std::int64_t kMostLogLines = 1'000'000'000;
+
+struct LogsOptions {
+  std::uint32_t channel = SfLogOutput;
+  std::int64_t lines = 1000;  // the last ones
+  bool follow = false;        // until interrupted
+  bool path = false;          // print the path of the log instead
+};
 
 constexpr std::int64_t kBlock = 64 << 10;
 constexpr std::int64_t kMostBytes = std::int64_t{64} << 20;  // searched for the last lines
@@ -133,8 +148,6 @@ int Follow(const log::Channel& channel, std::int64_t lines) {
   }
 }
 
-}  // namespace
-
 int RunLogs(const LogsOptions& options) {
   const log::Channel* channel = log::FindChannel(options.channel);
   if (channel == nullptr) return kWrongUse;
@@ -152,6 +165,27 @@ int RunLogs(const LogsOptions& options) {
   view.Open(path, options.lines);
   view.PrintNew();
   return std::ferror(stdout) != 0 ? kFailed : kDone;
+}
+
+}  // namespace
+
+CommandRun AddLogs(CLI::App& command) {
+  const auto options = std::make_shared<LogsOptions>();
+  CLI::Option* follow =
+      command.add_flag("--follow", options->follow, "Show new entries as they arrive, until interrupted");
+  command.add_option("--lines", options->lines, "How many of the last lines; 1000 if not given")
+      ->check(CLI::Range(std::int64_t{1}, kMostLogLines));
+  command.add_flag("--path", options->path, "Print the path of the log instead")->excludes(follow);
+  const std::map<std::string, std::uint32_t> channels{{"importer", SfLogImporter},
+                                                      {"start", SfLogAppStart},
+                                                      {"output", SfLogOutput},
+                                                      {"database", SfLogDatabase}};
+  command.add_option("--channel", options->channel, "Whose log")
+      ->transform(CLI::CheckedTransformer(channels))
+      ->type_name("CHANNEL")
+      ->option_text("CHANNEL  output (renders; the default), importer, start, database");
+  command.footer("Exit status: 0 done, 1 nothing was logged yet, 2 wrong use.");
+  return [options] { return RunLogs(*options); };
 }
 
 }  // namespace vrx::host

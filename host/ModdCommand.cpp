@@ -1,6 +1,10 @@
 #include "host/Commands.h"
 
 #include <cstdio>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "content/formats/XpFormatChecker.h"
 #include "content/modd/SfModdXML.h"
@@ -10,6 +14,11 @@
 
 namespace vrx::host {
 namespace {
+
+struct ModdOptions {
+  std::string file;  // a content or its sidecar
+  bool json = false;
+};
 
 std::string HexText(const XpIniElement& element) {
   const std::byte* data = nullptr;
@@ -115,8 +124,6 @@ std::string CauseOf(XpResult result) {
   return ReadCause(result);
 }
 
-}  // namespace
-
 int RunModd(const ModdOptions& options) {
   const XpString path = platform::AbsolutePath(platform::PathFromNative(options.file));
   const bool isSidecar = XpFormatChecker::GetFormatFromName(path) == formats::kModd;
@@ -140,6 +147,18 @@ int RunModd(const ModdOptions& options) {
     PrintText(modd, zoneResult, zoneMinutes, metadata);
   }
   return kDone;
+}
+
+}  // namespace
+
+CommandRun AddModd(CLI::App& modd) {
+  const auto options = std::make_shared<ModdOptions>();
+  modd.require_subcommand(1);
+  CLI::App* show = modd.add_subcommand("show", "Print the metadata and where it was found");
+  show->add_option("FILE", options->file, "The media file, or its .modd or .rodd file")->required();
+  show->add_flag("--json", options->json, "Print one JSON document");
+  modd.footer("Exit status: 0 done, 1 there is none or it cannot be read, 2 wrong use.");
+  return [options] { return RunModd(*options); };
 }
 
 }  // namespace vrx::host

@@ -1,7 +1,12 @@
 #include "host/Commands.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "content/moff/MoffSource.h"
 #include "content/moff/SfMoffFile.h"
@@ -15,6 +20,17 @@
 
 namespace vrx::host {
 namespace {
+
+enum class MoffAction { List, Extract, Validate };
+
+struct MoffOptions {
+  MoffAction action = MoffAction::List;
+  std::string file;  // a content or its container
+  bool json = false;
+  std::uint32_t group = 0;  // id
+  std::uint32_t entry = 1;  // of the group, from 1
+  std::string output;       // of Extract
+};
 
 XpString MoffPathOf(const MoffOptions& options) {
   return moff::MoffPathFor(platform::AbsolutePath(platform::PathFromNative(options.file)));
@@ -187,8 +203,6 @@ int Validate(const MoffOptions& options) {
   return kDone;
 }
 
-}  // namespace
-
 int RunMoff(const MoffOptions& options) {
   switch (options.action) {
     case MoffAction::Extract:
@@ -198,6 +212,36 @@ int RunMoff(const MoffOptions& options) {
     default:
       return List(options);
   }
+}
+
+CLI::App* AddMoffAction(CLI::App& moff, MoffOptions& options, const char* name, const char* help,
+                        MoffAction action) {
+  CLI::App* command = moff.add_subcommand(name, help);
+  command->callback([&options, action] { options.action = action; });
+  command->add_option("FILE", options.file, "The media file or its container")->required();
+  return command;
+}
+
+}  // namespace
+
+CommandRun AddMoff(CLI::App& moff) {
+  const auto options = std::make_shared<MoffOptions>();
+  moff.require_subcommand(1);
+  CLI::App* list =
+      AddMoffAction(moff, *options, "list", "Print the groups and entries of a container", MoffAction::List);
+  list->add_flag("--json", options->json, "Print one JSON document");
+  CLI::App* extract =
+      AddMoffAction(moff, *options, "extract", "Write the data of an entry to a file", MoffAction::Extract);
+  extract->add_option("--group", options->group, "The group's id")->required();
+  extract
+      ->add_option("--entry", options->entry,
+                   "Number of the entry in the group, from 1; the first if not given")
+      ->check(CLI::PositiveNumber);
+  extract->add_option("-o,--output", options->output, "The file to write")->required();
+  AddMoffAction(moff, *options, "validate", "Print everything that is wrong with a container",
+                MoffAction::Validate);
+  moff.footer("Exit status: 0 done, 1 it cannot be read or written or is damaged, 2 wrong use.");
+  return [options] { return RunMoff(*options); };
 }
 
 }  // namespace vrx::host

@@ -2,6 +2,11 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <map>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
@@ -9,12 +14,21 @@
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
+#include "host/ProblemText.h"
 #include "host/RenderEvents.h"
+#include "host/RenderProgress.h"
 #include "src/baseband/PictureProblems.h"
 #include "src/check/BasebandCheck.h"
 
 namespace vrx::host {
 namespace {
+
+struct RenderOptions {
+  std::string project;
+  ProgressStyle progress = ProgressStyle::Auto;
+  bool quiet = false;
+  bool allowMissing = false;  // still pictures that are missing do not fail the render
+};
 
 using check::Problem;
 using check::ProjectReport;
@@ -242,8 +256,29 @@ class RenderRun {
   bool m_hasOutput = true;  // stdout can still be written to
 };
 
+int RunRender(const RenderOptions& options) { return RenderRun(options).Run(); }
+
 }  // namespace
 
-int RunRender(const RenderOptions& options) { return RenderRun(options).Run(); }
+CommandRun AddRender(CLI::App& command) {
+  const auto options = std::make_shared<RenderOptions>();
+  command.add_option("PROJECT", options->project, "The project document")->required();
+  const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
+                                                    {"bar", ProgressStyle::Bar},
+                                                    {"json", ProgressStyle::JsonLines},
+                                                    {"none", ProgressStyle::None}};
+  command
+      .add_option("--progress", options->progress,
+                  "auto (a bar on a terminal), bar, json (one object a line) or none")
+      ->transform(CLI::CheckedTransformer(styles))
+      ->type_name("STYLE")
+      ->option_text("STYLE");
+  command.add_flag("--quiet", options->quiet, "Print errors only");
+  command.add_flag("--allow-missing", options->allowMissing,
+                   "Succeed although still pictures are missing: their frames are black");
+  command.footer(
+      "Exit status: 0 done, 1 the render failed or a still picture is missing, 2 wrong use, 130 cancelled.");
+  return [options] { return RunRender(*options); };
+}
 
 }  // namespace vrx::host

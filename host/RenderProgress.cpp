@@ -5,6 +5,7 @@
 
 #include "foundation/platform/Terminal.h"
 #include "host/Console.h"
+#include "host/ProblemText.h"
 
 namespace vrx::host {
 namespace {
@@ -143,7 +144,7 @@ std::unique_ptr<RenderProgress> RenderProgress::Make(ProgressStyle style, bool q
     const bool terminal = platform::IsTerminal(platform::Stream::Error);
     style = terminal ? ProgressStyle::Bar : ProgressStyle::None;
   }
-  if (style == ProgressStyle::Json) return std::make_unique<JsonProgress>();
+  if (style == ProgressStyle::JsonLines) return std::make_unique<JsonProgress>();
   if (style == ProgressStyle::Bar && !quiet) return std::make_unique<BarProgress>();
   return std::make_unique<SilentProgress>(quiet);
 }

@@ -11,7 +11,7 @@
 
 namespace vrx::host {
 
-enum class ProgressStyle { Auto, Bar, Json, None };
+enum class ProgressStyle { Auto, Bar, JsonLines, None };
 
 /// What the project asks for.
 struct RenderPlan {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/Console.h"
+#include "host/ProblemText.h"
 
 namespace vrx::host {
 

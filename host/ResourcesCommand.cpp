@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <vector>
+
+#include <CLI/CLI.hpp>
 
 #include "host/Console.h"
 #include "overlay/resources/PictureFile.h"
@@ -11,6 +14,10 @@
 
 namespace vrx::host {
 namespace {
+
+struct ResourcesOptions {
+  bool json = false;
+};
 
 struct FoundPicture {
   overlay::PictureFile file;
@@ -64,8 +71,6 @@ Json PictureJson(const FoundPicture& picture) {
   return object;
 }
 
-}  // namespace
-
 int RunResources(const ResourcesOptions& options) {
   const XpString folder = overlay::FindResourceFolder();
   std::vector<FoundPicture> pictures;
@@ -80,6 +85,15 @@ int RunResources(const ResourcesOptions& options) {
     PrintText(folder, pictures, missing);
   }
   return missing == 0 ? kDone : kFailed;
+}
+
+}  // namespace
+
+CommandRun AddResources(CLI::App& command) {
+  const auto options = std::make_shared<ResourcesOptions>();
+  command.add_flag("--json", options->json, "Print one JSON document");
+  command.footer("Exit status: 0 all pictures can be used, 1 some cannot and draw nothing, 2 wrong use.");
+  return [options] { return RunResources(*options); };
 }
 
 }  // namespace vrx::host

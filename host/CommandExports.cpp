@@ -1,0 +1,39 @@
+#include <exception>
+#include <vector>
+
+#include "host/CommandLine.h"
+#include "host/CommandModule.h"
+#include "host/Commands.h"
+#include "host/Console.h"
+#include "host/LightCommands.h"
+
+namespace {
+
+using namespace vrx::host;
+
+/// In the order of the help.
+std::vector<CommandRow> AllCommands() {
+  std::vector<CommandRow> rows = {
+      {"render", "Render a project document to its movie", AddRender},
+      {"check", "Show a project's timeline and everything wrong with it", AddCheck},
+      {"frame", "Write one frame of the movie as a picture", AddFrame},
+  };
+  rows.insert(rows.end(), LightCommands().begin(), LightCommands().end());
+  rows.insert(rows.end(), {
+                              {"modd", "Show the metadata beside a media file", AddModd},
+                              {"gps", "Bring GPS logs to movies, and show them", AddGps},
+                              {"resources", "Show which pictures of the overlays are there", AddResources},
+                              {"tennis", "Bring the shots of a tennis match to an overlay", AddTennis},
+                              {"help", "Show this help, or the help of a command", AddHelp},
+                          });
+  return rows;
+}
+
+}  // namespace
+
+// No exception may leave the module.
+int RunVrxCommand(int argc, char** argv) try {
+  return RunCommandLine(AllCommands(), argc, argv);
+} catch (const std::exception& error) {
+  return FailForResources(error);
+}
