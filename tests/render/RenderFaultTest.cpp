@@ -154,8 +154,7 @@ TEST_F(RenderFaultTest, KilledRenderLeavesTheOlderMovieAndTheNextOneWorks) {
 }
 
 TEST_F(RenderFaultTest, MissingEngineIsNamed) {
-  const std::string program = Path("vrx");
-  std::filesystem::copy_file(VRX_PROGRAM, program);
+  const std::string program = CopyVrx(folder.Path());
   VrxResult result = RunVrx({.arguments = {"render", WriteProject()}, .program = program});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, HasSubstr("VRXEngine.so cannot be loaded"));
@@ -166,8 +165,7 @@ TEST_F(RenderFaultTest, MissingEngineIsNamed) {
 }
 
 TEST_F(RenderFaultTest, MovieThatIsNotWhatTheProjectAsksForIsAnError) {
-  const std::string program = Path("vrx");
-  std::filesystem::copy_file(VRX_PROGRAM, program);
+  const std::string program = CopyVrx(folder.Path());
   std::filesystem::copy_file(SHORT_ENGINE_PATH, folder.Path() / "VRXEngine.so");
   const VrxResult result = RunVrx({.arguments = {"render", WriteProject()}, .program = program});
   EXPECT_EQ(result.status, 1);

@@ -60,6 +60,20 @@ TEST_F(SettingsAndLogsTest, SettingsAreKeptWithTheirTypeUntilTheyAreRemoved) {
   EXPECT_EQ(Vrx({"config"}).status, 2);
 }
 
+// `moff` is a command of the program itself and `check` one of its module; each has drive letters of its own.
+TEST_F(SettingsAndLogsTest, DriveLettersReachTheProgramAndItsModule) {
+  m_home.Write("clip.mp4.moff", "no container");
+  m_home.Write("p.vrx", "no project");
+  const auto complaints = [] {
+    return Vrx({"moff", "list", "Q:\\clip.mp4"}).errors + Vrx({"check", "Q:\\p.vrx"}).output;
+  };
+  EXPECT_THAT(complaints(),
+              testing::AllOf(HasSubstr("folder does not exist"), HasSubstr("p.vrx: does not exist")));
+  ASSERT_EQ(Vrx({"config", "set", "Drives", "Q", m_home.Path().string()}).status, 0);
+  EXPECT_THAT(complaints(), testing::AllOf(HasSubstr("clip.mp4.moff"), HasSubstr("p.vrx"),
+                                           testing::Not(HasSubstr("does not exist"))));
+}
+
 TEST_F(SettingsAndLogsTest, WithoutALogItsFutureFolderIsNamed) {
   for (const auto& call : {std::vector<std::string>{"logs"}, {"logs", "--path"}}) {
     const VrxResult result = Vrx(call);

@@ -65,3 +65,12 @@ VrxResult RunVrx(const VrxCall& call) {
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   return result;
 }
+
+std::string CopyVrx(const std::filesystem::path& folder, VrxParts parts) {
+  const std::filesystem::path commands = VRX_COMMANDS;
+  if (parts == VrxParts::ProgramAndCommands)
+    std::filesystem::copy_file(commands, folder / commands.filename());
+  const std::filesystem::path program = folder / "vrx";
+  std::filesystem::copy_file(VRX_PROGRAM, program);
+  return program.string();
+}

@@ -1,6 +1,7 @@
 // Runs the command line program as a user would and gives back what it printed.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,3 +26,8 @@ struct VrxCall {
 };
 
 VrxResult RunVrx(const VrxCall& call);
+
+/// Copies the program into the folder, with the module of its commands or without it, but no engine. Gives
+/// the path of the copy.
+enum class VrxParts { ProgramAlone, ProgramAndCommands };
+std::string CopyVrx(const std::filesystem::path& folder, VrxParts parts = VrxParts::ProgramAndCommands);
