@@ -23,6 +23,18 @@ CommandRun AddLogs(CLI::App& command);
 /// Shows and checks the container of binary data beside a content, and takes data out of it.
 CommandRun AddMoff(CLI::App& moff);
 
+/// What the tags of pictures say.
+CommandRun AddTags(CLI::App& command);
+
+/// Format, sizes, profile and segments of pictures.
+CommandRun AddInfo(CLI::App& command);
+
+/// Small pictures of pictures.
+CommandRun AddThumb(CLI::App& command);
+
+/// Changes tags of pictures in their files.
+CommandRun AddEdit(CLI::App& command);
+
 /// The metadata beside a content.
 CommandRun AddModd(CLI::App& modd);
 
