@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <numeric>
 #include <vector>
 
@@ -11,9 +12,9 @@ namespace vrx::resample {
 
 namespace {
 
-// Source lines and target lines are cut into units of which both have whole numbers. A target sample takes
-// each source sample that begins in it whole, adds the part of the sample before that lies over its start,
-// and takes away the part of its last sample that lies over its end.
+// Source lines and target lines are cut into units, of which every sample of either has a whole number. A
+// target sample takes each source sample that begins in it whole, adds the part of the sample before that
+// lies over its start, and takes away the part of its last sample that lies over its end.
 
 /// As many samples as 16 bits can hold the sum of.
 constexpr std::int32_t kMostSummed = 0xFFFF / 0xFF;
@@ -113,20 +114,20 @@ void AreaFilter<Number>::FilterRow(const unsigned char* in, unsigned char* out) 
   std::array<unsigned char, kStripBytes + 2 * kBytesPerPixel> before{};
   for (std::int32_t strip = 0; strip < m_target; strip += static_cast<std::int32_t>(kStripPixels)) {
     const std::int32_t end = std::min(m_target, strip + static_cast<std::int32_t>(kStripPixels));
-    unsigned char* to = before.data();
+    unsigned char* last = before.data();
     Number* sum = sums.data();
-    for (std::int32_t i = strip; i < end; ++i, to += kBytesPerPixel, sum += kBytesPerPixel) {
-      CopyPixelAndNext(to, in + std::int64_t{std::max(Start(i) - 1, 0)} * 3);
+    for (std::int32_t i = strip; i < end; ++i, last += kBytesPerPixel, sum += kBytesPerPixel) {
+      CopyPixelAndNext(last, in + std::int64_t{std::max(Start(i) - 1, 0)} * 3);
       SumPixels(in, m_source, Start(i), Start(i + 1), sum);
     }
-    CopyPixel(to, in + std::int64_t{Start(end) - 1} * 3);
+    CopyPixel(last, in + std::int64_t{Start(end) - 1} * 3);
     const Number* over = Over(strip);
     const std::size_t bytes = static_cast<std::size_t>(end - strip) * kBytesPerPixel;
-    unsigned char* strippedOut = out + std::int64_t{strip} * 3;
+    unsigned char* to = out + std::int64_t{strip} * 3;
     for (std::size_t x = 0; x < bytes; ++x) {
       const std::uint32_t weighted = std::uint32_t{sums[x]} * m_weight + std::uint32_t{over[x]} * before[x] -
                                      std::uint32_t{over[x + kBytesPerPixel]} * before[x + kBytesPerPixel];
-      strippedOut[x] = Mean(weighted);
+      to[x] = Mean(weighted);
     }
   }
 }
