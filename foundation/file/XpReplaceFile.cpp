@@ -58,8 +58,9 @@ XpResult XpReplaceFile(const XpString& path, std::span<const std::byte> content)
   });
 }
 
-XpResult XpReplaceFile(const XpString& path, const Write& write) {
+XpResult XpReplaceFile(const XpString& path, const Write& write, XpReplaceWay way) {
   platform::FileReplacement replacement;
   if (const auto error = replacement.Begin(path)) return BeginResult(error);
-  return replacement.IsInPlace() ? WriteInPlace(replacement, write) : WriteBeside(replacement, write);
+  if (!replacement.IsInPlace()) return WriteBeside(replacement, write);
+  return way == XpReplaceWay::RenameOnly ? XpResult{XpErrAccessDenied} : WriteInPlace(replacement, write);
 }

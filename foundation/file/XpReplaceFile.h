@@ -22,6 +22,11 @@
 /// for writing and of XpFile::Write.
 XpResult XpReplaceFile(const XpString& path, std::span<const std::byte> content);
 
+/// Whether the old file may be overwritten where no new file can be made beside it.
+enum class XpReplaceWay { RenameOrOverwrite, RenameOnly };
+
 /// The same with `write`, which is called once the file for the new content is open. It may read and seek in
-/// what it wrote, must leave the file open, and its failure is the result.
-XpResult XpReplaceFile(const XpString& path, const std::function<XpResult(XpAbstractFile&)>& write);
+/// what it wrote, must leave the file open, and its failure is the result. Where overwriting would be the
+/// only way but is not allowed, XpErrAccessDenied.
+XpResult XpReplaceFile(const XpString& path, const std::function<XpResult(XpAbstractFile&)>& write,
+                       XpReplaceWay way = XpReplaceWay::RenameOrOverwrite);

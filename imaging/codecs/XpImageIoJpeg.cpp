@@ -304,9 +304,11 @@ XpResult XpImageIoJpeg::SetRating(XpString path, std::uint32_t rating) {
   const XpSharedPtr<XpTiffTagManager> tags = XpImageIo::ReadTags(source, 0);
   if (tags.Get() == nullptr) return Fail(XpErrImageNoData);
   const JpegRebuild rebuild{source, base, *tags, rating, XpDateTime::GetCurrentTime()};
-  return Fail(XpReplaceFile(path, [&](XpAbstractFile& target) {
+  const auto write = [&](XpAbstractFile& target) -> XpResult {
     if (const XpResult result = RebuildJpeg(rebuild, target)) return result;
     if (const XpResult result = SeekToExif(target, 0)) return result;
     return TouchDates(target, XpOk, target.Tell(), rebuild.now);
-  }));
+  };
+  // A picture exists once only, so it is never without a whole version of it.
+  return Fail(XpReplaceFile(path, write, XpReplaceWay::RenameOnly));
 }

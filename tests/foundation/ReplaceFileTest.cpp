@@ -172,6 +172,9 @@ TEST_F(ReplaceFileTest, AWritableFileInAClosedFolderIsWrittenInPlace) {
     EXPECT_EQ(XpReplaceFile(Path("closed/document"), [](XpAbstractFile&) { return XpErrFailed; }),
               XpErrFailed);
     EXPECT_EQ(XpReplaceFile(Path("closed/fresh"), Bytes("x")), XpErrAccessDenied);
+    EXPECT_EQ(XpReplaceFile(
+                  Path("closed/document"), [](XpAbstractFile&) { return XpOk; }, XpReplaceWay::RenameOnly),
+              XpErrAccessDenied);
   }
   EXPECT_EQ(Get("closed/document"), "new");
   EXPECT_EQ(Status("closed/document").st_ino, before);
