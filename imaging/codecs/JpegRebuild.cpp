@@ -64,6 +64,7 @@ class Rebuilder {
   XpResult Append(const Trailer& trailer, std::int64_t& position);
   XpResult MovePreview();
   XpResult PatchPreview(std::int64_t position);
+  const MpEntry* MovedChild(std::size_t number) const;
   XpResult MoveChildren();
   XpResult MoveChild(const MpEntry& entry, bool mayHoldPreview);
   XpResult PatchIndex(const MpEntry& entry, std::int64_t field, std::int64_t value);
@@ -125,13 +126,13 @@ XpResult Rebuilder::CopyPicture() {
   return copied == XpErrInvalidFile ? jpeg.Failure() : copied;
 }
 
-/// Nothing that follows the picture may get lost, unless it is padding.
+/// Nothing that follows the picture may get lost, unless it is padding. With an index its children are what
+/// moves along, and a preview only as a part of the first one.
 XpResult Rebuilder::CheckTrailers() {
   std::vector<Trailer> known;
-  if (HasPreview()) known.push_back(Preview());
+  if (HasPreview() && !m_index) known.push_back(Preview());
   for (std::size_t i = 0; m_index && i < kMovedChildren; ++i) {
-    const MpEntry* child = m_index->Child(i);
-    if (child != nullptr) known.push_back({m_oldMpHeader + child->offset, child->size});
+    if (const MpEntry* child = MovedChild(i)) known.push_back({m_oldMpHeader + child->offset, child->size});
   }
   std::ranges::sort(known, {}, &Trailer::start);
   known.push_back({m_rebuild.source.GetSize(), 0});
@@ -188,13 +189,19 @@ XpResult Rebuilder::PatchIndex(const MpEntry& entry, std::int64_t field, std::in
                               m_index->isBigEndian ? XpBigEndian : XpLittleEndian);
 }
 
+/// Null when there is no such child, or none that has a place of its own.
+const MpEntry* Rebuilder::MovedChild(std::size_t number) const {
+  const MpEntry* child = m_index->Child(number);
+  return child == nullptr || child->offset == 0 || child->size == 0 ? nullptr : child;
+}
+
 XpResult Rebuilder::MoveChildren() {
   if (const MpEntry* primary = m_index->Primary()) {
     if (const XpResult result = PatchIndex(*primary, kMpSizeAt, m_target.GetSize())) return result;
   }
   for (std::size_t i = 0; i < kMovedChildren; ++i) {
-    const MpEntry* child = m_index->Child(i);
-    if (child == nullptr || child->offset == 0 || child->size == 0) continue;
+    const MpEntry* child = MovedChild(i);
+    if (child == nullptr) continue;
     if (const XpResult result = MoveChild(*child, i == 0)) return result;
   }
   return XpOk;

@@ -251,6 +251,13 @@ TEST(JpegRatingTest, FileThatCannotBeRatedStaysAsItIs) {
         Case{"unknown data", CameraFile({.tail = "a movie"}), XpErrImageNotProvided},
         Case{"unknown data after a preview", CameraFile({.preview = "PREVIEW", .tail = "a movie"}),
              XpErrImageNotProvided},
+        Case{"preview that no picture of the index holds",
+             CameraFile({.segments = {MpIndexSegment(true, {{0, 7, 0}})}, .preview = "PREVIEW"}),
+             XpErrImageNotProvided},
+        Case{"unknown data and a picture of the index without a place",
+             CameraFile({.segments = {MpIndexSegment(true, {{0, 7, 0}, {0x40000000, 1u << 20, 0}})},
+             .tail = "a movie"}),
+             XpErrImageNotProvided},
         Case{"preview past the end",
              broken(CameraFile({.preview = Bytes(90, 'P')}), CameraFile().size() + 50), XpErrEndOfFile},
         Case{"no JPEG", "GIF89a", XpErrImageInvalid}}) {
