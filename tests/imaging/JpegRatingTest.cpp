@@ -172,6 +172,7 @@ TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
         EXPECT_EQ(Coefficients(rated), Coefficients(file));
         EXPECT_EQ(TagsOf(rated)->GetMakerIfd()->GetLong(0x2002, 0, false), 4u);
         EXPECT_NE(rated.find("abcd"), Bytes::npos);
+        EXPECT_EQ(rated.rfind("abcd"), rated.find("abcd"));
         EXPECT_EQ(rated.find("among tables"), Bytes::npos);
         EXPECT_EQ(Segments(rated).front().second.substr(0, 4), "Exif");
       }
@@ -201,22 +202,26 @@ std::uint32_t Number(const Bytes& bytes, std::size_t at, bool isBig) {
 TEST(JpegRatingTest, PicturesOfAnIndexMoveAlong) {
   constexpr std::uint32_t kChild = 0x40000000;
   const Bytes one(301, 'a'), two(200, 'b');
+  enum class Preview { None, InTheFirst, BeforeThem };
   for (const bool isBig : {false, true}) {
-    for (const bool hasPreview : {false, true}) {
-      SCOPED_TRACE(testing::Message() << isBig << hasPreview);
-      const auto build = [&](std::uint32_t first, std::uint32_t second) {
+    for (const Preview preview : {Preview::None, Preview::InTheFirst, Preview::BeforeThem}) {
+      SCOPED_TRACE(testing::Message() << isBig << static_cast<int>(preview));
+      const bool isTurnedRound = preview == Preview::BeforeThem;  // the second picture lies before the first
+      const auto build = [&](std::size_t first, std::size_t second) {
         return CameraFile(
-            {.segments = {MpIndexSegment(isBig, {{0, 7, 0}, {kChild, 301, first}, {kChild, 200, second}})},
-             .tail = one + Bytes(1, '\xFF') + two});
+            {.segments = {MpIndexSegment(isBig, {{0, 7, 0},
+                                                 {kChild, 301, static_cast<std::uint32_t>(first)},
+                                                 {kChild, 200, static_cast<std::uint32_t>(second)}})},
+             .tail = isTurnedRound ? two + one : one + Bytes(1, '\xFF') + two});
       };
       Bytes file = build(0, 0);
       const std::size_t header = file.find(Bytes("MPF\0", 4)) + 4;
       const std::size_t start = file.find(one);
-      file =
-          build(static_cast<std::uint32_t>(start - header), static_cast<std::uint32_t>(start + 302 - header));
-      if (hasPreview) {
+      file = build(start - header, file.find(two) - header);
+      if (preview != Preview::None) {
         const std::size_t entry = file.find(Bytes("\x20\x01\x00\x07\x00\x00\x00\x00", 8));
-        file.replace(entry + 4, 8, Big(50, 4) + Big(static_cast<std::uint32_t>(start) + 100 - 12, 4));
+        const std::size_t place = preview == Preview::InTheFirst ? start + 100 : 100;
+        file.replace(entry + 4, 8, Big(50, 4) + Big(static_cast<std::uint32_t>(place) - 12, 4));
       }
       const auto [result, rated] = Rate(file);
       ASSERT_EQ(result, XpOk);
@@ -224,11 +229,13 @@ TEST(JpegRatingTest, PicturesOfAnIndexMoveAlong) {
       const std::size_t table = newHeader + 38;
       const std::size_t pictureEnd = rated.find(CodedPart(file)) + CodedPart(file).size();
       EXPECT_EQ(Number(rated, table + 4, isBig), pictureEnd);
+      const std::size_t second = newHeader + Number(rated, table + 32 + 8, isBig);
       EXPECT_EQ(rated.substr(newHeader + Number(rated, table + 16 + 8, isBig), 301), one);
-      EXPECT_EQ(rated.substr(newHeader + Number(rated, table + 32 + 8, isBig)), two);
+      EXPECT_EQ(rated.substr(second), two);
+      EXPECT_EQ(second % 2, 0u);
       const auto tags = TagsOf(rated);
-      EXPECT_EQ(tags->previewSize, hasPreview ? 50u : 0u);
-      if (hasPreview) {
+      EXPECT_EQ(tags->previewSize, preview == Preview::InTheFirst ? 50u : 0u);
+      if (preview == Preview::InTheFirst) {
         EXPECT_EQ(12 + tags->previewOffset, rated.find(one) + 100);
       }
     }

@@ -30,6 +30,7 @@ struct Picture {
   std::uint32_t exifPointer = 13;  // its type
   std::string signature = "KELO DSC \0\0\0"s;
   std::uint32_t offsetCount = 7;
+  std::uint32_t noteCount = 140;
   bool second = true;
   bool gps = true;
   std::vector<std::pair<std::string, std::size_t>> places = {};  // of the texts and fields below, in the file
@@ -56,17 +57,18 @@ std::string Bytes(Picture& p) {
                                  b.Entry(kTagDateTime, 2, p.dateCount, date0),
                                  b.Entry(kTagExifIfd, p.exifPointer, 1, exif)};
   if (p.gps) first.push_back(b.Entry(kTagGpsIfd, 4, 1, ifd1));
-  std::string bytes =
-      "\xFF\xD8\xFF\xE1..Exif\0\0"s + b.Header() + b.Ifd(first, p.second ? ifd1 : 0) + p.date +
-      b.Ifd({b.Entry(kTagOrientation, 3, 1, b.U16(p.orientation) + "\0\0"s),
-             b.Entry(kTagDateTime, 2, 20, date1)}) +
-      p.date +
-      b.Ifd({b.Entry(kTagDateTimeOriginal, 2, 20, original),
-             b.Entry(kTagOffsetTime, 2, p.offsetCount, offset), b.Entry(kTagMakerNote, 7, 140, note)}) +
-      "2001:01:01 01:01:01\0"s + "+00:00\0 "s + p.signature +
-      b.Ifd({b.Entry(kTagMakerPreview, 7, 9, 0x11223344), b.Entry(kTagMakerRating, 4, 1, 3),
-             b.Entry(kTagMakerDates, 7, 72, own ? dates - note : dates)}) +
-      "prefix" + p.noteDate + std::string(46, 'x') + "the picture";
+  std::string bytes = "\xFF\xD8\xFF\xE1..Exif\0\0"s + b.Header() + b.Ifd(first, p.second ? ifd1 : 0) +
+                      p.date +
+                      b.Ifd({b.Entry(kTagOrientation, 3, 1, b.U16(p.orientation) + "\0\0"s),
+                             b.Entry(kTagDateTime, 2, 20, date1)}) +
+                      p.date +
+                      b.Ifd({b.Entry(kTagDateTimeOriginal, 2, 20, original),
+                             b.Entry(kTagOffsetTime, 2, p.offsetCount, offset),
+                             b.Entry(kTagMakerNote, 7, p.noteCount, note)}) +
+                      "2001:01:01 01:01:01\0"s + "+00:00\0 "s + p.signature +
+                      b.Ifd({b.Entry(kTagMakerPreview, 7, 9, 0x11223344), b.Entry(kTagMakerRating, 4, 1, 3),
+                             b.Entry(kTagMakerDates, 7, 72, own ? dates - note : dates)}) +
+                      "prefix" + p.noteDate + std::string(46, 'x') + "the picture";
   p.places = {{"orientation0", kBase + ifd0 + 10},
               {"orientation1", kBase + ifd1 + 10},
               {"date0", kBase + date0},
@@ -201,13 +203,25 @@ TEST(TagEdits, TurnsAddToTheOrientation) {
   }
 }
 
+TEST(TagEdits, PictureWithoutOrientationInIfd0IsNotTurned) {
+  Picture p;
+  std::string bytes = Bytes(p);
+  bytes[p.Place("orientation0") - 8] = 'x';
+  EXPECT_EQ(After(bytes, XpErrImageNoData, [](auto& file) { return PatchOrientation(file, kBase, 1); }),
+            bytes);
+}
+
 TEST(TagEdits, RatingAndPreviewAreWrittenInTheMakerNote) {
   struct Case {
     std::string signature;
     bool required;
     bool isFound;
+    std::uint32_t noteCount = 140;
   };
-  for (const Case& c : {Case{"KELO DSC \0\0\0"s, true, true},
+  for (const Case& c : {Case{"KELO DSC \0\0\0"s, true, true, 5},
+                        {"KELO DSC \0\0\0"s, true, true, 65536},
+                        {"KELO DSC \0\0\0"s, true, false, 4},
+                        {"KELO DSC \0\0\0"s, true, false, 65537},
                         {"KELO DSC \0\2\0"s, false, true},
                         {"KExxxxxxxxxx", true, true},
                         {"", false, true},
@@ -216,12 +230,12 @@ TEST(TagEdits, RatingAndPreviewAreWrittenInTheMakerNote) {
                         {"OTHER NOTE", false, false}}) {
     for (const bool bigEndian : {false, true}) {
       const TagBytes b{bigEndian};
-      Picture p{.bigEndian = bigEndian, .signature = c.signature};
+      Picture p{.bigEndian = bigEndian, .signature = c.signature, .noteCount = c.noteCount};
       const std::string bytes = Bytes(p);
       EXPECT_EQ(After(bytes, c.isFound ? XpOk : XpErrImageNoData,
                       [&](auto& file) { return PatchRating(file, kBase, 0x01020305, c.required); }),
                 c.isFound ? With(bytes, p, {{"rating", b.U32(0x01020305)}}) : bytes);
-      const bool isSigned = c.signature.starts_with("KE");
+      const bool isSigned = c.isFound && c.signature.starts_with("KE");
       EXPECT_EQ(After(bytes, XpOk, [](auto& file) { return PatchPreviewRef(file, 0x0A0B0C0D, 777); }),
                 isSigned ? With(bytes, p, {{"preview", b.U32(777) + b.U32(0x0A0B0C0D)}}) : bytes);
     }
@@ -230,10 +244,12 @@ TEST(TagEdits, RatingAndPreviewAreWrittenInTheMakerNote) {
 
 TEST(TagEdits, ChainThatLeadsToItselfIsFollowedOnce) {
   const TagBytes b;
-  const std::string entry = b.Entry(kTagOrientation, 3, 1, 1), turned = b.Entry(kTagOrientation, 3, 1, 8);
-  EXPECT_EQ(
-      After(b.Header() + b.Ifd({entry}, 8), XpOk, [](auto& file) { return PatchOrientation(file, 0, 1); }),
-      b.Header() + b.Ifd({turned}, 8));
+  const auto chain = [&](std::uint32_t orientation) {
+    std::vector<std::string> entries(1000, b.Entry(1, 3, 1, 0));  // more than is read at once
+    entries[0] = b.Entry(kTagOrientation, 3, 1, orientation);
+    return b.Header() + b.Ifd(entries, 8);
+  };
+  EXPECT_EQ(After(chain(1), XpOk, [](auto& file) { return PatchOrientation(file, 0, 1); }), chain(8));
 }
 
 TEST(TagEdits, DateThatOverlapsTheHeaderIsLeftAlone) {

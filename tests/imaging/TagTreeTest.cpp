@@ -99,9 +99,10 @@ void AddRandomIfds(XpTiffTagIFD& ifd, std::uint16_t tag, std::size_t count, int 
     AddRandomValues(child, random);
     child.isMakerNote = tag == kTagMakerNote;
     child.isCamSignature = child.isMakerNote && random() % 2 == 0;
-    if (depth > 0)
-      AddRandomIfds(child, child.isMakerNote ? kTagMakerSubIfd : kTagSubIfds, random() % 4, depth - 1,
-                    random);
+    const auto below = child.isMakerNote    ? kTagMakerSubIfd
+                       : tag == kTagExifIfd ? kTagInteropIfd
+                                            : kTagSubIfds;
+    if (depth > 0) AddRandomIfds(child, below, random() % 4, depth - 1, random);
     if (depth > 0 && tag == kTagExifIfd) AddRandomIfds(child, kTagMakerNote, 1, 1, random);
   }
   ifd.AddTag(std::move(value));
@@ -263,13 +264,17 @@ TEST(TagTree, DamageCostsWhatTheOptionSaysAndIsReported) {
        "{34665:32772 }", "{34665:32772{" + five + "} }", "exif/6: the type 99 is unknown"},
       {"count of 0", withNext(b.Entry(4, 2, 0, 0xFFFFFFFF)), "{4:2x0= " + five + "}" + next,
        "{4:2x0= " + five + "}" + next, ""},
+      {"offset time without a colon", head + b.Ifd({b.Entry(0x9010, 2, 7, 26)}) + "+09-00\0"s, "{}", "{}",
+       "0/36880: the offset from UTC"},
+      {"no IFD below", withNext(b.Entry(kTagExifIfd, 4, 1, 0)), "{34665:32772 " + five + "}" + next,
+       "{34665:32772 " + five + "}" + next, ""},
       {"good offset time", head + b.Ifd({b.Entry(0x9010, 2, 7, 26)}) + "+09:00\0"s,
        "{36880:2x7=2b30393a303000 }", "{36880:2x7=2b30393a303000 }", ""},
   };
+  XpTiffTagManager manager;
   for (const DamagedBlock& block : blocks) {
     SCOPED_TRACE(block.name);
     for (const OnBadTag onBadTag : {OnBadTag::EndIfd, OnBadTag::SkipTag}) {
-      XpTiffTagManager manager;
       ASSERT_TRUE(Read(block.bytes, manager, {.onBadTag = onBadTag}));
       EXPECT_EQ(Described(manager), onBadTag == OnBadTag::EndIfd ? block.endIfd : block.skipTag);
       EXPECT_THAT(FaultText(manager), HasSubstr(block.fault));
@@ -360,6 +365,7 @@ TEST(TagTree, MakerNoteIsReadAsTheModeSays) {
 
 TEST(TagTree, PreviewOfTheMakerNoteIsNotedAndOnlyASmallOneRead) {
   const TagBytes b{true};
+  XpTiffTagManager manager;
   for (const auto& [count, offset, kept] :
        {std::tuple{6u, 86u, 6u}, {6u, 87u, 0u}, {0x500000u, 86u, 0u}, {70000u, 86u, 0u}}) {
     const std::string maker =
@@ -367,7 +373,6 @@ TEST(TagTree, PreviewOfTheMakerNoteIsNotedAndOnlyASmallOneRead) {
     std::string bytes = b.Header() + b.Ifd({b.Entry(kTagExifIfd, 4, 1, 26)}) +
                         b.Ifd({b.Entry(kTagMakerNote, 7, 42, 44)}) + "KELO DSC \0\0\0"s + maker + "123456";
     if (count == 70000) bytes.resize(100000);
-    XpTiffTagManager manager;
     ASSERT_TRUE(Read(bytes, manager));
     EXPECT_EQ(manager.previewOffset, offset);
     EXPECT_EQ(manager.previewSize, count);
@@ -376,6 +381,8 @@ TEST(TagTree, PreviewOfTheMakerNoteIsNotedAndOnlyASmallOneRead) {
     EXPECT_EQ(manager.GetMakerIfd()->GetLong(kTagMakerRating, 0, false), 4u);
     EXPECT_EQ(FaultText(manager), "");
   }
+  ASSERT_TRUE(Read(b.Header() + b.Ifd({}), manager));
+  EXPECT_EQ(manager.previewSize, 0u);  // nothing of the tree before
 }
 
 TEST(TagTree, LimitsHoldAndAreReported) {
@@ -463,10 +470,12 @@ TEST(TagValues, IfdIsSearchedAndChangedByNumber) {
   auto exif = std::make_unique<XpTiffTagDataIFD>(kTagExifIfd, 0u);
   exif->ifds.push_back(std::make_unique<XpTiffTagIFD>());
   XpTiffTagIFD& below = *exif->ifds[0];
-  auto note = std::make_unique<XpTiffTagDataIFD>(kTagMakerNote, 0u);
-  note->ifds.push_back(std::make_unique<XpTiffTagIFD>());
-  note->ifds[0]->SetByte(0x0077, 1);
-  below.AddTag(std::move(note));
+  for (const std::uint16_t tag : {kTagMakerNote, kTagMakerSubIfd}) {
+    auto note = std::make_unique<XpTiffTagDataIFD>(tag, 0u);
+    note->ifds.push_back(std::make_unique<XpTiffTagIFD>());
+    note->ifds[0]->SetByte(0x0077, 1);
+    below.AddTag(std::move(note));
+  }
   below.SetShort(kTagOrientation, 8);
   EXPECT_EQ(ifd.AddTag(std::move(exif)), 0);
   EXPECT_EQ(ifd.GetShort(kTagOrientation, false), 0);
@@ -500,9 +509,11 @@ TEST(TagValues, IfdIsSearchedAndChangedByNumber) {
 TEST(TagValues, ExifVersionIsRaisedAndThatOfGpsFollows) {
   struct Case {
     std::string stored, raised, gps;
+    std::uint32_t gpsCount = 4;
   };
   for (const Case& c : {Case{"", "0231", "\2\3\0\0"s},
                         {"0210", "0221", "\2\2\0\0"s},
+                        {"0210", "0221", "abc\0"s, 3},
                         {"0221", "0221", "\2\2\0\0"s},
                         {"0230", "0230", "abcd"},
                         {"02", "0221", "\2\2\0\0"s},
@@ -520,7 +531,7 @@ TEST(TagValues, ExifVersionIsRaisedAndThatOfGpsFollows) {
       tree.GetExifIfd()->SetUndefined(kTagExifVersion, c.stored.data(),
                                       static_cast<std::uint32_t>(c.stored.size()));
     }
-    tree.GetGpsIfd()->SetUndefined(kTagGpsVersionId, "abcd", 4);
+    tree.GetGpsIfd()->SetUndefined(kTagGpsVersionId, "abcd", c.gpsCount);
     RaiseExifVersion(tree);
     EXPECT_EQ(tree.GetExifIfd()->FindTag(kTagExifVersion, false)->ToString(0), c.raised.c_str());
     EXPECT_EQ(std::memcmp(tree.GetGpsIfd()->FindTag(kTagGpsVersionId, false)->GetData(), c.gps.data(), 4), 0)
