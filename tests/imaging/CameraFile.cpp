@@ -1,5 +1,7 @@
 #include "tests/imaging/CameraFile.h"
 
+#include <array>
+
 #include "imaging/tags/XpTiffTagManager.h"
 
 namespace jpegfiles {
@@ -11,11 +13,13 @@ std::unique_ptr<XpTiffTagIFD> MakerNote(const CameraForm& form) {
   note->isMakerNote = true;
   note->SetUndefined(0x2001, nullptr, 0);
   if (form.hasRating) note->SetLong(0x2002, 1);
-  Bytes dates = "before" + Bytes(kCameraDate) + '\0' + Bytes(60, 'x');
+  Bytes dates = "before" + form.noteDate + '\0' + Bytes(60, 'x');
   note->SetUndefined(0x3000, dates.data(), static_cast<std::uint32_t>(dates.size()));
   auto sub = std::make_unique<XpTiffTagIFD>();
   sub->SetLong(0x0001, 5);
-  sub->SetLong(0x0080, 6);
+  for (const auto dropped : std::to_array<std::uint16_t>({0x0002, 0x0080, 0x0088, 0x0089})) {
+    sub->SetLong(dropped, 6);
+  }
   auto leads = std::make_unique<XpTiffTagDataIFD>(std::uint16_t{0xB028}, 1u);
   leads->ifds.push_back(std::move(sub));
   note->AddTag(std::move(leads));
@@ -53,12 +57,16 @@ Bytes CameraFile(const CameraForm& form) {
   if (form.filling > 0) exif->SetUndefined(0x9286, nullptr, form.filling);
   if (form.hasNote) AddBelow(*exif, 0x927C, MakerNote(form));
   AddBelow(first, 0x8769, std::move(exif));
+  auto gps = std::make_unique<XpTiffTagIFD>();
+  gps->SetAscii(0x0001, "N");
+  AddBelow(first, 0x8825, std::move(gps));
   const Bytes thumbnail = CameraThumbnail();
   if (form.hasThumbnail) {
     XpTiffTagIFD& second = add();
     second.SetAscii(0x0132, kCameraDate);
     second.SetLong(0x0201, 0);
     second.SetLong(0x0202, static_cast<std::uint32_t>(thumbnail.size()));
+    add();  // a further IFD
   }
   XpMemoryFile trial;
   const auto size = static_cast<std::uint32_t>(tags.Store(trial));

@@ -6,18 +6,19 @@
 
 namespace jpegfiles {
 
+inline constexpr char kCameraDate[] = "2020:01:02 03:04:05";
+
 struct CameraForm {
   bool hasNote = true;
   bool hasRating = true;
   bool hasThumbnail = true;
-  bool hasBrokenTag = false;         // a value after the end of the file
+  bool hasBrokenTag = false;  // a value after the end of the file
+  Bytes noteDate = kCameraDate;
   std::uint32_t filling = 0;         // bytes of a tag that makes the Exif block larger
   std::vector<Bytes> segments = {};  // after Exif
   Bytes preview = {};                // after the picture
   Bytes tail = {};                   // after everything
 };
-
-inline constexpr char kCameraDate[] = "2020:01:02 03:04:05";
 
 Bytes CameraThumbnail();
 Bytes CameraPicture();  // the coded picture alone

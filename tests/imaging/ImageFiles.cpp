@@ -73,6 +73,10 @@ Bytes Jpeg(const Samples& samples, const JpegForm& form) {
   if (samples.channels == 4 && !form.isAdobeInk) encoder.write_Adobe_marker = FALSE;
   encoder.comp_info[0].h_samp_factor = encoder.comp_info[0].v_samp_factor = 1;
   if (samples.channels == 4) encoder.comp_info[3].h_samp_factor = encoder.comp_info[3].v_samp_factor = 1;
+  if (form.isFromCamera) {
+    encoder.comp_info[0].h_samp_factor = encoder.comp_info[0].v_samp_factor = 2;
+    encoder.restart_interval = 1;
+  }
   if (form.isProgressive) jpeg_simple_progression(&encoder);
   jpeg_start_compress(&encoder, TRUE);
   for (int y = 0; y < samples.height; ++y) {

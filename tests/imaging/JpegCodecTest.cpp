@@ -51,7 +51,9 @@ TEST(JpegCodecTest, PixelsAtEveryScaleAreThoseOfTheLibrary) {
   for (const auto& [width, height] : {std::pair{1, 1}, {1, 7}, {301, 5}, {64, 48}, {333, 270}}) {
     for (const int channels : {1, 3}) {
       for (const bool isProgressive : {false, true}) {
-        const Bytes file = imagefiles::Jpeg(Noise(width, height, channels), {.isProgressive = isProgressive});
+        const Bytes file =
+            imagefiles::Jpeg(Noise(width, height, channels),
+                             {.isProgressive = isProgressive, .isFromCamera = channels == 3 && width > 64});
         for (const std::int32_t scale : {1, 2, 4, 8}) {
           SCOPED_TRACE(testing::Message() << width << "x" << height << " of " << channels << " at " << scale);
           const Bytes outer = "12345" + file;  // a picture within a container
@@ -77,14 +79,14 @@ TEST(JpegCodecTest, OrientationTurnsThePictureAndItsSizeOnDemand) {
     bool isSideways;  // by the size
   };
   const Bytes plain = imagefiles::Jpeg(Smooth(40, 24, 3));
+  XpImageIoJpeg codec;
   for (const Case& c :
        {Case{0, 0, nullptr, false}, Case{1, 0, nullptr, false}, Case{2, 0, nullptr, false},
         Case{3, 2, RotatePixmap180, false}, Case{5, 0, nullptr, true}, Case{6, 3, RotatePixmap90CW, true},
-        Case{7, 0, nullptr, true}, Case{8, 1, RotatePixmap90CCW, true}, Case{9, 0, nullptr, false}}) {
+        Case{7, 0, nullptr, true}, Case{9, 0, nullptr, false}, Case{8, 1, RotatePixmap90CCW, true}}) {
     SCOPED_TRACE(c.orientation);
     const Bytes file = WithSegments(plain, {Exif(Orientation(c.orientation))});
     Stream stream(file);
-    XpImageIoJpeg codec;
     std::int32_t rotation = -1;
     const auto stored = codec.Read(stream, 0, 1, {.outRotation = &rotation});
     EXPECT_EQ(rotation, c.rotation);
@@ -97,6 +99,9 @@ TEST(JpegCodecTest, OrientationTurnsThePictureAndItsSizeOnDemand) {
     EXPECT_EQ(size, c.isSideways ? (XpImageSize{24, 40}) : (XpImageSize{40, 24}));
     EXPECT_EQ(storedSize, (XpImageSize{40, 24}));
   }
+  // Nothing is left of the last picture.
+  Stream bare(plain);
+  EXPECT_EQ(SizeOf(codec.Read(bare, 0, 1, {.applyOrientation = true})), (XpImageSize{40, 24}));
 }
 
 TEST(JpegCodecTest, FittedPictureKeepsItsAspectWithinTheTarget) {
@@ -104,7 +109,8 @@ TEST(JpegCodecTest, FittedPictureKeepsItsAspectWithinTheTarget) {
   EXPECT_EQ(FitImageSize({400, 600}, {160, 120}), (XpImageSize{80, 120}));
   EXPECT_EQ(FitImageSize({65500, 1}, {160, 120}), (XpImageSize{160, 0}));
   EXPECT_EQ(FitImageSize({0, 0}, {160, 120}), XpImageSize());
-  const Bytes file = WithSegments(imagefiles::Jpeg(Smooth(640, 300, 3)), {Exif(Orientation(6))});
+  const Bytes plain = imagefiles::Jpeg(Smooth(640, 300, 3));
+  const Bytes file = WithSegments(plain, {Exif(Orientation(6))});
   Stream stream(file);
   XpImageIoJpeg codec;
   // Shrunk by the decoder alone, shrunk further, larger than the picture, upright.
@@ -114,6 +120,7 @@ TEST(JpegCodecTest, FittedPictureKeepsItsAspectWithinTheTarget) {
                                                  {{100, 100}, true, {46, 100}}}) {
     EXPECT_EQ(SizeOf(codec.ReadFitted(stream, 0, target, {.applyOrientation = turned})), expected);
   }
+  EXPECT_EQ(Pixels(codec.ReadFitted(stream, 0, {80, 60}, {})), LibraryPixels(plain, 8));
   const Bytes line = imagefiles::Jpeg(Smooth(400, 1, 3));
   Stream thin(line);
   EXPECT_EQ(codec.ReadFitted(thin, 0, {30, 30}, {}), nullptr);
@@ -170,6 +177,7 @@ TEST(JpegCodecTest, ThumbnailComesFromResourcesOrTagsUprightAndWithoutBars) {
   const Bytes inTags = imagefiles::Jpeg(Smooth(160, 120, 3));
   const Bytes inResources = imagefiles::Jpeg(Smooth(16, 8, 3));
   const Bytes wide = imagefiles::Jpeg(Smooth(300, 200, 3));
+  const Bytes tall = imagefiles::Jpeg(Smooth(200, 300, 3));
   const Bytes upright = imagefiles::Jpeg(Smooth(400, 300, 3));
   struct Case {
     const Bytes& picture;
@@ -177,8 +185,7 @@ TEST(JpegCodecTest, ThumbnailComesFromResourcesOrTagsUprightAndWithoutBars) {
     XpImageSize size;
   };
   for (const Case& c :
-       {Case{wide, {Exif(TiffWithThumbnail(inTags, 1))}, {160, 106}},
-        Case{upright, {Exif(TiffWithThumbnail(inTags, 1))}, {160, 120}},
+       {Case{upright, {Exif(TiffWithThumbnail(inTags, 1))}, {160, 120}},
         Case{wide, {Exif(TiffWithThumbnail(inTags, 6))}, {106, 160}},
         Case{wide, {Exif(TiffWithThumbnail(inTags, 1)), Resources(inResources)}, {16, 8}},
         Case{wide, {Exif(TiffWithThumbnail(inTags, 1)), Resources(inResources, 0)}, {160, 106}},
@@ -189,6 +196,15 @@ TEST(JpegCodecTest, ThumbnailComesFromResourcesOrTagsUprightAndWithoutBars) {
     XpImageIoJpeg codec;
     EXPECT_EQ(SizeOf(codec.ReadThumbnail(stream, 0, {})), c.size);
     EXPECT_EQ(codec.status, XpOk);
+  }
+  const Bytes whole = LibraryPixels(inTags, 1);
+  for (const auto& [picture, left, top] : {std::tuple{wide, 0u, 7u}, {tall, 40u, 0u}}) {
+    const Bytes file = WithSegments(picture, {Exif(TiffWithThumbnail(inTags, 1))});
+    Stream stream(file);
+    const std::size_t width = 160 - 2 * left, height = 120 - 2 * top;
+    Bytes middle;
+    for (std::size_t y = top; y < top + height; ++y) middle += whole.substr((y * 160 + left) * 3, width * 3);
+    EXPECT_EQ(Pixels(XpImageIoJpeg().ReadThumbnail(stream, 0, {})), middle);
   }
   const Bytes broken = WithSegments(wide, {Resources(inResources.substr(0, 30))});
   Stream stream(broken);
@@ -222,7 +238,8 @@ TEST(JpegCodecTest, MarkedAdobeRgbIsBroughtToSrgb) {
   for (const Case& c :
        {Case{0xFFFF, {}, true}, Case{0xFFFF, icc("ADOBE RGB 1998 (Kelo Corporation)"), true},
         Case{0xFFFF, icc("sRGB"), false}, Case{1, icc("Adobe RGB 1998 (Kelo Corporation)"), false}}) {
-    const Bytes file = WithSegments(plain, {Exif(Orientation(1, c.colourSpace)), c.profile});
+    const Bytes file =
+        WithSegments(plain, {Exif(Orientation(1, c.colourSpace)), c.profile, Resources(plain)});
     Stream stream(file);
     XpImageIoJpeg codec;
     const auto stored = codec.Read(stream, 0, 1, {});
@@ -230,6 +247,7 @@ TEST(JpegCodecTest, MarkedAdobeRgbIsBroughtToSrgb) {
     EXPECT_NE(Pixels(stored), Bytes());
     if (c.isConverted) ConvertAdobeRgbToSrgb(*stored);
     EXPECT_EQ(Pixels(shown), Pixels(stored));
+    EXPECT_EQ(Pixels(codec.ReadThumbnail(stream, 0, {})), Pixels(stored));
     const auto profile = codec.ReadIccProfile(stream, 0);
     EXPECT_EQ(profile != nullptr, !c.profile.empty());
     EXPECT_EQ(codec.status, c.profile.empty() ? XpErrImageNoData : XpOk);
@@ -240,13 +258,16 @@ TEST(JpegCodecTest, TagsBringProfileAndXmpAlong) {
   const Bytes name("http://ns.adobe.com/xap/1.0/\0", 29);
   const Bytes file =
       WithSegments(imagefiles::Jpeg(Smooth(8, 8, 3)),
-                   {Exif(Orientation(3)), App(1, name + "<x/>"), App(1, "Exif-like, but not it"),
-                    App(2, Bytes("ICC_PROFILE\0\1\1", 14) + "icc!"), App(1, name + "<y/>")});
+                   {App(1, name + "<x/>"), App(1, Bytes("Exif\1\0", 6) + Orientation(3, 0xFFFF)),
+                    App(1, "Exif-like, but not it"), App(2, Bytes("ICC_PROFILE\0\1\1", 14) + "icc!"),
+                    App(1, name + "<y/>")});
   Stream stream(file);
   XpImageIoJpeg codec;
   const auto tags = codec.ReadTags(stream, 0);
   ASSERT_NE(tags.Get(), nullptr);
   EXPECT_EQ(tags->GetIfd(0)->GetShort(0x0112, false), 3);
+  EXPECT_NE(codec.Read(stream, 0, 1, {}), nullptr);
+  EXPECT_FALSE(codec.isAdobeRgb);  // by a profile that cannot be read
   EXPECT_EQ(tags->GetIfd(0)->FindTag(0x8773, false)->ToString(0), "icc!");
   EXPECT_EQ(
       Bytes(static_cast<const char*>(tags->xmp.GetData()), static_cast<std::size_t>(tags->xmp.GetSize())),

@@ -84,7 +84,7 @@ TEST(JpegRatingTest, RewriteSetsRatingAndDatesAndKeepsTheRest) {
   const Bytes xmp = App(1, Bytes("http://ns.adobe.com/xap/1.0/\0<x/>", 33));
   const Bytes icc = App(2, Bytes("ICC_PROFILE\0\1\1", 14) + Profile("mine"));
   const Bytes file = CameraFile({.segments = {App(0, Bytes("JFIF\0\1\1\0\0\1\0\1\0\0", 14)), xmp,
-                                              App(3, "SPF. to be dropped"), icc, App(14, "Adobe-like")},
+                                              App(3, "SPF. to be dropped"), icc, App(15, "of some maker")},
                                  .preview = Bytes(501, 'P')});
   const auto before = TagsOf(file);
   const auto [result, rated] = Rate(file, 4);
@@ -105,7 +105,9 @@ TEST(JpegRatingTest, RewriteSetsRatingAndDatesAndKeepsTheRest) {
   EXPECT_EQ(ValueOf(after->GetExifIfd(), 0x9003), ValueOf(before->GetExifIfd(), 0x9003));
   EXPECT_EQ(after->GetIfd(0)->GetShort(0x0112, false), 6);
   EXPECT_EQ(after->GetMakerSubIfd()->GetTagCount(), 1u);
+  EXPECT_EQ(after->GetIfdCount(), 2u);
   EXPECT_EQ(after->GetIfd(1)->GetShort(0x0103, false), 6);
+  EXPECT_EQ(after->GetIfd(1)->FindTag(0x011A, false)->ToString(0), "72/1");
 
   Stream stream(rated);
   XpImageIoJpeg codec;
@@ -121,9 +123,17 @@ TEST(JpegRatingTest, RewriteSetsRatingAndDatesAndKeepsTheRest) {
   EXPECT_EQ(segments[0].second.size() % 2, 0u);
   EXPECT_EQ(segments[1], (std::pair{1, xmp.substr(4)}));
   EXPECT_EQ(segments[2], (std::pair{2, icc.substr(4)}));
-  EXPECT_EQ(segments[3], (std::pair{14, Bytes("Adobe-like")}));
+  EXPECT_EQ(segments[3], (std::pair{15, Bytes("of some maker")}));
   // A second rating adds nothing.
   EXPECT_EQ(Rate(rated, 2).bytes.size(), rated.size());
+
+  const Bytes another = "2020:01:02 03:04:06";
+  EXPECT_EQ(
+      ValueOf(TagsOf(Rate(CameraFile({.noteDate = another})).bytes)->GetMakerIfd(), 0x3000).substr(6, 19),
+      another);
+  Bytes empty = CameraFile();
+  empty.replace(empty.find(Bytes("\x02\x01\0\4\0\0\0\1", 8)) + 8, 4, Bytes(4, '\0'));
+  EXPECT_EQ(TagsOf(Rate(empty).bytes)->GetIfdCount(), 1u);
 }
 
 /// The coefficients of all components, as the library reads them.
@@ -153,8 +163,9 @@ std::vector<short> Coefficients(const Bytes& file) {
 TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
   for (const int channels : {1, 3, 4}) {
     for (const bool isProgressive : {false, true}) {
-      const Bytes plain = imagefiles::Jpeg(imagefiles::Noise(61, 47, channels),
-                                           {.isProgressive = isProgressive, .isAdobeInk = channels == 4});
+      const Bytes plain = imagefiles::Jpeg(
+          imagefiles::Noise(61, 47, channels),
+          {.isProgressive = isProgressive, .isFromCamera = channels == 3, .isAdobeInk = channels == 4});
       const Bytes inOrder = CameraFile();
       const std::size_t coded = inOrder.find(CodedPart(inOrder));
       const Bytes head = inOrder.substr(0, coded);
@@ -164,7 +175,7 @@ TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
       // A segment between the tables makes the second way necessary.
       const std::size_t frame = body.find(isProgressive ? "\xFF\xC2" : "\xFF\xC0");
       const Bytes mixed = Bytes(body).insert(frame, App(3, "SPF. among tables"));
-      const Bytes comment = Bytes("\xFF\xFE\0\6abcd", 8);
+      const Bytes comment = Bytes("\xFF\xFF\xFE\0\6abcd", 9);
       for (const Bytes& file :
            {head + adobeSegment + comment + body, head + adobeSegment + comment + mixed}) {
         const auto [result, rated] = Rate(file);
@@ -175,6 +186,7 @@ TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
         EXPECT_EQ(rated.rfind("abcd"), rated.find("abcd"));
         EXPECT_EQ(rated.find("among tables"), Bytes::npos);
         EXPECT_EQ(Segments(rated).front().second.substr(0, 4), "Exif");
+        EXPECT_EQ(rated.substr(rated.size() - 2), "\xFF\xD9");
       }
     }
   }
@@ -314,6 +326,9 @@ TEST(JpegRatingTest, FileKeepsModeAndMarksAndLinksAreFollowed) {
   EXPECT_EQ(codec.SetRotation(Wide(path), 1), XpErrAccessDenied);
   EXPECT_EQ(codec.SetRating(Wide(folder.Path().string()), 5), XpErrFileNotFound);
   EXPECT_EQ(codec.SetRotation(Wide("/no/such/file.jpg"), 1), XpErrFileNotFound);
+  const std::string pipe = (folder.Path() / "pipe").string();
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(codec.SetRotation(Wide(pipe), 1), XpErrNotAFile);
   EXPECT_EQ(folder.Read("a.jpg"), before);
 }
 
@@ -342,7 +357,18 @@ TEST(JpegRatingTest, EditsInPlaceChangeTheirValueAndTheDatesOnly) {
   ASSERT_EQ(codec.SetModifyDate(Wide(path), taken, true), XpOk);
   stat(path.c_str(), &state);
   EXPECT_EQ(state.st_mtime, taken.ToTimeT());
-  EXPECT_EQ(ValueOf(TagsOf(folder.Read("a.jpg"))->GetIfd(0), 0x0132), Bytes("2001:02:03 04:05:06\0", 20));
+  const Bytes dated = Bytes("2001:02:03 04:05:06\0", 20);
+  EXPECT_EQ(ValueOf(TagsOf(folder.Read("a.jpg"))->GetIfd(0), 0x0132), dated);
+  ASSERT_EQ(codec.SetOriginalDate(Wide(path), taken), XpOk);
+  auto tags = TagsOf(folder.Read("a.jpg"));
+  EXPECT_EQ(ValueOf(tags->GetExifIfd(), 0x9003), dated);
+  EXPECT_GT(ValueOf(tags->GetIfd(0), 0x0132), dated);
+  EXPECT_NE(tags->GetGpsIfd(), nullptr);
+  folder.Write("a.jpg", before);
+  ASSERT_EQ(codec.StripGps(Wide(path)), XpOk);
+  tags = TagsOf(folder.Read("a.jpg"));
+  EXPECT_EQ(tags->GetGpsIfd(), nullptr);
+  EXPECT_GT(ValueOf(tags->GetIfd(0), 0x0132), kCameraDate);
 }
 
 /// Runs SetRating in a process of its own and kills it when it enters its system call number `last` that
