@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -45,4 +46,15 @@ void XpBitmapAllocator::Release() noexcept {
   std::free(m_bits);
   m_bits = nullptr;
   m_handle = nullptr;
+}
+
+void XpBitmapAllocator::Swap(XpBitmapAllocator& other) noexcept {
+  std::swap(m_info, other.m_info);
+  std::swap(m_bits, other.m_bits);
+  std::swap(m_lastError, other.m_lastError);
+  std::swap(m_bitmap, other.m_bitmap);
+  // A handle leads to the record in its own allocator.
+  const bool hadHandle = m_handle != nullptr;
+  m_handle = other.m_handle == nullptr ? nullptr : &m_bitmap;
+  other.m_handle = hadHandle ? &other.m_bitmap : nullptr;
 }

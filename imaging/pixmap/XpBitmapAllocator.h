@@ -17,6 +17,9 @@ class XpBitmapAllocator {
   /// gives the cause, when the allocator makes bitmaps with a handle.
   unsigned char* Allocate(std::int32_t width, std::int32_t height);
   void Release() noexcept;
+  /// Exchanges the memory and its description with an allocator of the same kind. Handles go with the memory
+  /// that they describe, but are other ones.
+  void Swap(XpBitmapAllocator& other) noexcept;
 
   /// Null for an allocator of plain memory, and while there is no memory.
   XpBitmapHandle GetHandle() const noexcept { return m_handle; }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "imaging/pixmap/XpBitmapAllocator.h"
 #include "imaging/pixmap/XpPlane.h"
@@ -81,6 +82,16 @@ class XpPixmap final : public XpPixmapBase {
     size = 0;
     for (auto& plane : m_planes) plane.reset();
     width = height = 0;
+  }
+
+  /// Exchanges the pixels with all that describes them. Pixels and planes stay where they are in memory.
+  void Swap(XpPixmap& other) noexcept {
+    m_allocator.Swap(other.m_allocator);
+    m_planes.swap(other.m_planes);
+    std::swap(data, other.data);
+    std::swap(size, other.size);
+    std::swap(width, other.width);
+    std::swap(height, other.height);
   }
 
   std::unique_ptr<XpPixmapBase> Clone() const override {

@@ -1,6 +1,5 @@
 #include "imaging/resample/XpPixmapResample.h"
 
-#include <cstring>
 #include <memory>
 #include <new>
 #include <vector>
@@ -88,35 +87,6 @@ void Resample(const XpPixmapBase& from, const XpPixmapBase& to) {
   }
 }
 
-/// A copy of the smaller picture is cheaper: here of the result.
-XpResult ResampleBeside(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::int32_t newHeight) {
-  XpPixmap24NoHandle result;
-  if (const XpResult failed = result.Allocate(newWidth, newHeight)) return failed;
-  Resample(pixmap, result);
-  if (const XpResult failed = pixmap.Allocate(newWidth, newHeight)) return failed;
-  CopyPixmapBlock(pixmap, result);
-  return XpOk;
-}
-
-/// Here of the source.
-XpResult ResampleFromCopy(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::int32_t newHeight) {
-  const std::unique_ptr<XpPixmapBase> source = pixmap.Clone();
-  if (source->data == nullptr) return XpErrOutOfMemory;
-  XpResult result = pixmap.Allocate(newWidth, newHeight);
-  if (result == XpOk) {
-    try {
-      Resample(*source, pixmap);
-      return XpOk;
-    } catch (const std::bad_alloc&) {
-      result = XpErrOutOfMemory;
-    }
-  }
-  if (pixmap.Allocate(source->width, source->height) == XpOk) {
-    std::memcpy(pixmap.data, source->data, source->size);
-  }
-  return result;
-}
-
 bool IsSide(std::int32_t pixels) { return pixels >= 1 && pixels <= vrx::resample::kMostSamples; }
 
 }  // namespace
@@ -126,13 +96,15 @@ XpResult ResamplePixmap(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::
     return XpErrFailed;
   }
   if (newWidth == pixmap.width && newHeight == pixmap.height) return XpOk;
-  const bool shrinks = std::int64_t{newWidth} * newHeight <= std::int64_t{pixmap.width} * pixmap.height;
+  XpPixmap24NoHandle result;
   try {
-    return shrinks ? ResampleBeside(pixmap, newWidth, newHeight)
-                   : ResampleFromCopy(pixmap, newWidth, newHeight);
+    if (const XpResult failed = result.Allocate(newWidth, newHeight)) return failed;
+    Resample(pixmap, result);
   } catch (const std::bad_alloc&) {
     return XpErrOutOfMemory;
   }
+  pixmap.Swap(result);
+  return XpOk;
 }
 
 XpResult ResizePixmap(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::int32_t newHeight) {
@@ -150,7 +122,6 @@ XpResult CropPixmap(XpPixmap24NoHandle& pixmap, std::int32_t left, std::int32_t 
   XpPixmap24NoHandle block;
   if (const XpResult failed = block.Allocate(width, height)) return failed;
   CopyPixmapBlock(block, 0, 0, pixmap, left, top, width, height);
-  if (const XpResult failed = pixmap.Allocate(width, height)) return failed;
-  CopyPixmapBlock(pixmap, block);
+  pixmap.Swap(block);
   return XpOk;
 }

@@ -10,8 +10,8 @@
 /// Replaces the pixels by the picture scaled to the new size: means of blocks at half and a third of the
 /// size, else the width first and then the height, each by exact areas where it shrinks and by cubic
 /// interpolation where it grows. The result is the same on every machine. XpErrFailed, and nothing changes,
-/// for an empty pixmap and for sides outside 1 to 16,777,216 pixels, before or after. XpErrOutOfMemory
-/// without memory; the pixmap is then unchanged, or empty if not even its old size can be had again.
+/// for an empty pixmap and for sides outside 1 to 16,777,216 pixels, before or after. XpErrOutOfMemory, and
+/// nothing changes, without memory for both pictures.
 XpResult ResamplePixmap(XpPixmap24NoHandle& pixmap, std::int32_t newWidth, std::int32_t newHeight);
 
 /// ResamplePixmap where the size is not right already; XpOk for an empty pixmap that shall be 0 by 0.

@@ -66,6 +66,37 @@ TEST(PixmapTest, CanBeAllocatedAgainClonedAndReleasedTwice) {
   EXPECT_TRUE(SamePicture(before, *clone));
 }
 
+TEST(PixmapTest, SwapExchangesPixelsPlanesAndHandles) {
+  std::mt19937 random(1);
+  XpPixmap32 wide, tall, empty;
+  ASSERT_EQ(wide.Allocate(9, 2), XpOk);
+  ASSERT_EQ(tall.Allocate(3, 7), XpOk);
+  FillRandom(wide, random);
+  FillRandom(tall, random);
+  const Bytes wideBytes = BytesOf(wide), tallBytes = BytesOf(tall);
+  const unsigned char* wideData = wide.data;
+  wide.Swap(tall);
+  EXPECT_TRUE(SamePicture(tallBytes, wide));
+  EXPECT_TRUE(SamePicture(wideBytes, tall));
+  wide.Swap(empty);
+  EXPECT_EQ(wide.data, nullptr);
+  EXPECT_EQ(wide.GetPlane(0), nullptr);
+  EXPECT_EQ(wide.GetBitmapHandle(), nullptr);
+  EXPECT_TRUE(SamePicture(tallBytes, empty));
+  EXPECT_EQ(tall.data, wideData);  // nothing is copied
+  for (const XpPixmap32* pixmap : {&tall, &empty}) {
+    ASSERT_NE(pixmap->GetBitmapHandle(), nullptr);
+    EXPECT_EQ(pixmap->GetBitmapHandle()->bits, pixmap->data);
+    EXPECT_EQ(pixmap->GetBitmapHandle()->width, pixmap->width);
+    EXPECT_EQ(pixmap->GetBitmapInfo()->biWidth, pixmap->width);
+  }
+  // A handle must not lead to the record of the other pixmap, which may be gone.
+  const XpBitmapHandle before = tall.GetBitmapHandle();
+  empty.Release();
+  EXPECT_EQ(tall.GetBitmapHandle(), before);
+  EXPECT_EQ(before->height, 2);
+}
+
 TEST(PixmapBlockTest, CopiesAndStretchesLikeThePlainLoopWhereverTheBlockLies) {
   std::mt19937 random(2);
   for (int round = 0; round < 1500; ++round) {
