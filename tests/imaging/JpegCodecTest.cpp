@@ -100,8 +100,11 @@ TEST(JpegCodecTest, OrientationTurnsThePictureAndItsSizeOnDemand) {
     EXPECT_EQ(storedSize, (XpImageSize{40, 24}));
   }
   // Nothing is left of the last picture.
-  Stream bare(plain);
+  const Bytes withThumbnail = WithSegments(plain, {Resources(plain)});
+  Stream bare(withThumbnail);
   EXPECT_EQ(SizeOf(codec.Read(bare, 0, 1, {.applyOrientation = true})), (XpImageSize{40, 24}));
+  codec.orientation = 8;
+  EXPECT_EQ(SizeOf(codec.ReadThumbnail(bare, 0, {})), (XpImageSize{40, 24}));
 }
 
 TEST(JpegCodecTest, FittedPictureKeepsItsAspectWithinTheTarget) {

@@ -246,7 +246,7 @@ TEST(TagEdits, ChainThatLeadsToItselfIsFollowedOnce) {
   const TagBytes b;
   const auto chain = [&](std::uint32_t orientation) {
     std::vector<std::string> entries(1000, b.Entry(1, 3, 1, 0));  // more than is read at once
-    entries[0] = b.Entry(kTagOrientation, 3, 1, orientation);
+    entries.back() = b.Entry(kTagOrientation, 3, 1, orientation);
     return b.Header() + b.Ifd(entries, 8);
   };
   EXPECT_EQ(After(chain(1), XpOk, [](auto& file) { return PatchOrientation(file, 0, 1); }), chain(8));
