@@ -34,8 +34,8 @@ Samples Smooth(int width, int height, int channels);
 
 struct JpegForm {
   bool isProgressive = false;
-  bool isFromCamera = false;  // three channels, colour at half the size, and restart markers
   bool isAdobeInk = false;    // with four channels: the Adobe marker and YCCK
+  bool isFromCamera = false;  // three channels, colour at half the size, and restart markers
 };
 Bytes Jpeg(const Samples& samples, const JpegForm& form = {});
 

@@ -112,7 +112,7 @@ TEST(JpegCodecTest, FittedPictureKeepsItsAspectWithinTheTarget) {
   EXPECT_EQ(FitImageSize({400, 600}, {160, 120}), (XpImageSize{80, 120}));
   EXPECT_EQ(FitImageSize({65500, 1}, {160, 120}), (XpImageSize{160, 0}));
   EXPECT_EQ(FitImageSize({0, 0}, {160, 120}), XpImageSize());
-  const Bytes plain = imagefiles::Jpeg(Smooth(640, 300, 3));
+  const Bytes plain = imagefiles::Jpeg(Noise(640, 300, 3));
   const Bytes file = WithSegments(plain, {Exif(Orientation(6))});
   Stream stream(file);
   XpImageIoJpeg codec;

@@ -183,7 +183,7 @@ TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
     for (const bool isProgressive : {false, true}) {
       const Bytes plain = imagefiles::Jpeg(
           imagefiles::Noise(61, 47, channels),
-          {.isProgressive = isProgressive, .isFromCamera = channels == 3, .isAdobeInk = channels == 4});
+          {.isProgressive = isProgressive, .isAdobeInk = channels == 4, .isFromCamera = channels == 3});
       const Bytes inOrder = CameraFile();
       const std::size_t coded = inOrder.find(CodedPart(inOrder));
       const Bytes head = inOrder.substr(0, coded);
@@ -373,9 +373,11 @@ TEST(JpegRatingTest, EditsInPlaceChangeTheirValueAndTheDatesOnly) {
   }
   EXPECT_EQ(TagsOf(after)->GetIfd(0)->GetShort(0x0112, false), 1);
   struct stat state {};
-  stat(path.c_str(), &state);
   XpDateTime taken;
   taken.SetDateTime(2001, 2, 3, 4, 5, 6);
+  ASSERT_EQ(codec.SetModifyDate(Wide(path), taken, false), XpOk);
+  stat(path.c_str(), &state);
+  EXPECT_NE(state.st_mtime, taken.ToTimeT());
   ASSERT_EQ(codec.SetModifyDate(Wide(path), taken, true), XpOk);
   stat(path.c_str(), &state);
   EXPECT_EQ(state.st_mtime, taken.ToTimeT());
