@@ -141,7 +141,7 @@ void WriteAndFlush(benchmark::State& state) {
     XpFile file(path);
     Check(state, file.Open(XpOpenReadWrite, XpShareRead) == XpOk);
     Check(state, file.Seek(kPosition, XpSeekStart) == XpOk && file.Write(bytes, 20, nullptr) == XpOk);
-    Check(state, file.FlushContentToDisk() == XpOk);
+    Check(state, file.FlushToDisk() == XpOk);
   }
 }
 BENCHMARK(WriteAndFlush)->Unit(benchmark::kMicrosecond)->UseRealTime();

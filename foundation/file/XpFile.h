@@ -53,6 +53,7 @@ class XpFile : public XpAbstractFile {
   bool IsOpen() const;
   /// Takes over a handle that was opened elsewhere, into a closed object.
   void Adopt(std::int64_t handle, std::uint32_t flags);
+
  private:
   XpResult StatEntry(XpDateTime* creation, XpDateTime* write, XpDateTime* access, std::int64_t* size) const;
   XpResult CheckTransfer(const void* buffer, std::uint64_t count) const;
