@@ -30,15 +30,15 @@ struct EditOptions {
   }
 };
 
-/// Local time, as the tags have it. Seconds may be missing.
+/// Local time, in the form of ISO 8601 or as the tags have it, 2024:05:01 10:11:12. Seconds may be missing.
 bool ReadDate(const std::string& text, XpDateTime& date) {
   int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, end = 0;
-  char separator = 0;
-  const int read = std::sscanf(text.c_str(), "%4d-%2d-%2d%c%2d:%2d%n:%2d%n", &year, &month, &day, &separator,
-                               &hour, &minute, &end, &second, &end);
-  const bool isWhole = read >= 6 && static_cast<std::size_t>(end) == text.size();
-  return isWhole && (separator == 'T' || separator == ' ') &&
-         date.SetDateTime(year, month, day, hour, minute, second);
+  char first = 0, next = 0, separator = 0;
+  const int read = std::sscanf(text.c_str(), "%4d%c%2d%c%2d%c%2d:%2d%n:%2d%n", &year, &first, &month, &next,
+                               &day, &separator, &hour, &minute, &end, &second, &end);
+  const bool isWhole = read >= 8 && static_cast<std::size_t>(end) == text.size();
+  return isWhole && first == next && (first == '-' || first == ':') &&
+         (separator == 'T' || separator == ' ') && date.SetDateTime(year, month, day, hour, minute, second);
 }
 
 /// Edits in the order in which they are carried out: the date of the last change comes last, since each of

@@ -9,7 +9,6 @@ namespace vrx::imaging {
 namespace {
 
 constexpr std::int64_t kHeadBytes = 8;
-constexpr std::int64_t kCountBytes = 4;
 
 /// The bytes of a tag after its head.
 std::int64_t BodyBytes(std::uint32_t size) { return std::max<std::int64_t>(size - kHeadBytes, 0); }
@@ -88,11 +87,11 @@ XpResult textType::Read(XpAbstractFile& stream, std::uint32_t size) {
   return ReadText(stream, BodyBytes(size), text);
 }
 
-XpResult textDescriptionType::Read(XpAbstractFile& stream, std::uint32_t size) {
+/// The count decides, not the size that the tag table states.
+XpResult textDescriptionType::Read(XpAbstractFile& stream, std::uint32_t) {
   std::uint32_t count = 0;
   if (const XpResult result = ReadHead(stream, IccSignature("desc"))) return result;
   if (const XpResult result = stream.ReadUInt32(&count, XpKeepByteOrder)) return result;
-  if (count > std::max<std::int64_t>(BodyBytes(size) - kCountBytes, 0)) return XpErrEndOfFile;
   return ReadText(stream, count, text);
 }
 

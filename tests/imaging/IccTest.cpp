@@ -100,6 +100,7 @@ TEST(IccProfileTest, WhatTheTagsSayDecidesTheResult) {
   const struct {
     std::string what, bytes;
     XpResult expected;
+    std::string text = "";
   } cases[] = {
       {"no tags", Profile({}), XpOk},
       {"no description", Profile({{"cprt", "text"}}), XpOk},
@@ -107,19 +108,19 @@ TEST(IccProfileTest, WhatTheTagsSayDecidesTheResult) {
       {"version 4", Profile({{"desc", "mluc" + Words({0, 1, 12})}}), XpErrIccType},
       {"second one of version 4", Profile({{"desc", Description("A")}, {"desc", "mluc1234"}}), XpErrIccType},
       {"count beyond the stream", Profile({{"desc", lying}}), XpErrEndOfFile},
-      {"count beyond the tag", beyondTag, XpErrEndOfFile},
-      {"tag size below its head", Profile({{"desc", ""}}) + Description("A"), XpErrEndOfFile},
+      {"count beyond the tag", beyondTag, XpOk, "Name"},
+      {"tag size below its head", Profile({{"desc", ""}}) + Description("A"), XpOk, "A"},
       {"offset beyond the stream", farOffset, XpErrEndOfFile},
       {"another tag is not looked at", skipped, XpOk},
       {"more tags than bytes", Header() + Number(0xFFFFFFFFu) + std::string(24, 'x'), XpErrEndOfFile},
       {"the same text again and again", repeated + Description(std::string(500, 'x')), XpErrEndOfFile},
   };
-  for (const auto& [what, bytes, expected] : cases) {
+  for (const auto& [what, bytes, expected, text] : cases) {
     SCOPED_TRACE(what);
     icc_profile profile;
     EXPECT_EQ(Read(bytes, profile), expected);
     if (expected == XpOk) {
-      EXPECT_EQ(Text(profile.FindTag("desc")), "");
+      EXPECT_EQ(Text(profile.FindTag("desc")), text);
     }
   }
 }

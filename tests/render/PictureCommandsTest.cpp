@@ -124,7 +124,7 @@ TEST_F(PictureCommandsTest, EditChangesWhatIsNamedAndSaysWhyNot) {
   m_folder.Write("plain.jpg", WithSegments(CameraPicture(), {Exif(Orientation(1))}));
   const VrxResult all = Run("edit", {"a.jpg"},
                             {"--rotate", "1", "--rating", "3", "--date", "2024-05-06T10:11:12",
-                             "--original-date", "2023-01-02 03:04"});
+                             "--original-date", "2023:01:02 03:04"});
   EXPECT_EQ(all.status, 0) << all.errors;
   EXPECT_EQ(Tag("a.jpg", "0", 0x0112)["value"], 1);
   EXPECT_EQ(Tag("a.jpg", "0", 0x0132)["value"], "2024:05:06 10:11:12");
