@@ -2,13 +2,10 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <memory>
-#include <random>
 
 #include "content/moff/MoffSource.h"
 #include "content/moff/MoffTags.h"
@@ -232,30 +229,6 @@ TEST(MoffReadTest, ACutContainerIsNeverReadWhole) {
   }
 }
 
-TEST(MoffReadTest, RandomContainersAreWrittenAsTheyWereRead) {
-  std::mt19937 random(20180102);
-  const auto number = [&] { return static_cast<std::uint32_t>(random()); };
-  const auto below = [&](std::uint32_t end) { return number() % end; };
-  for (int round = 0; round < 200; ++round) {
-    std::vector<MoffGroup> groups(below(5));
-    for (MoffGroup& group : groups) {
-      group.id = below(9);
-      for (std::uint32_t& value : group.values) value = number();
-      group.entries.resize(below(4));
-      for (MoffEntry& entry : group.entries) {
-        entry.kind = std::array{"JPEG", "STPD", "BINA"}[below(3)];
-        entry.data.resize(below(300));
-        for (char& c : entry.data) c = static_cast<char>(random());
-      }
-    }
-    const std::string bytes = MoffBytes({.size = static_cast<std::int64_t>(random()) << 16}, groups);
-    Tree tree;
-    ASSERT_EQ(tree.ReadTables(bytes), XpOk);
-    ASSERT_EQ(tree.ReadBodies(), XpOk);
-    ASSERT_EQ(tree.Written(), bytes) << "round " << round;
-  }
-}
-
 TEST(MoffReadTest, WhatNewerVersionsKeepInUnknownFieldsIsKept) {
   std::string bytes = MoffBytes({}, {{7, {{"BINA", "log"}}}});
   for (const std::size_t unknown :
@@ -474,27 +447,6 @@ TEST_F(MoffCommitTest, AFullDiskAtAnyWriteLeavesTheOldContainer) {
   }
   EXPECT_EQ(Commit(), XpOk);
   EXPECT_EQ(Get("clip.mts.moff"), New());
-}
-
-TEST_F(MoffCommitTest, AKillAtAnyWriteLeavesTheOldContainer) {
-  const std::size_t size = New().size();
-  for (std::size_t room = 0; room < size; room += 97) {
-    const pid_t child = fork();
-    if (child == 0) {
-      // Writing past the limit then ends the process at once.
-      const rlimit noCore{0, 0};
-      const rlimit small{room, room};
-      std::signal(SIGXFSZ, SIG_DFL);
-      setrlimit(RLIMIT_CORE, &noCore);
-      setrlimit(RLIMIT_FSIZE, &small);
-      Commit();
-      _exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status)) << room;
-    ASSERT_EQ(Get("clip.mts.moff"), m_old) << room;
-  }
 }
 
 TEST_F(MoffCommitTest, AWriteProtectedContainerIsReplacedOrStaysProtected) {

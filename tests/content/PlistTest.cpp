@@ -196,16 +196,6 @@ TEST(PlistWriteTest, TheDocumentIsWrittenInItsExactForm) {
             "</dict></plist>");
 }
 
-TEST(PlistWriteTest, InvalidDatesStayInvalidInTheFile) {
-  for (const char* text : {"", "2018:13:01T00:00:00Z", "99:1:1", "2018:02:30T00:00:00Z"}) {
-    XpIniDict dict;
-    XpIniDict again;
-    ASSERT_EQ(Read(InPlist("<key>d</key><date>" + std::string(text) + "</date>"), dict), XpOk);
-    ASSERT_EQ(Read(Written(dict), again), XpOk);
-    EXPECT_FALSE(Value<XpDateTime>(again, u"d", &XpIniElement::GetDate).IsValid()) << text;
-  }
-}
-
 TEST(PlistWriteTest, ATreeTooDeepForTheReaderIsNotWritten) {
   XpIniDict dict;
   XpString key = u"a";
