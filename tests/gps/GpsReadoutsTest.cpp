@@ -6,13 +6,15 @@
 
 #include <gmock/gmock.h>
 
+#include "drawing/BoxTextRenderer.h"
 #include "gps/painter/GpsClipTimes.h"
 #include "gps/painter/GpsMeter.h"
+#include "gps/painter/GpsTextFields.h"
 #include "imaging/pixmap/XpPixmapBlock.h"
 #include "tests/drawing/Sheet.h"
 #include "tests/foundation/FolderTest.h"
 #include "tests/gps/GpsLogText.h"
-#include "tests/gps/PlainGpsTexts.h"
+#include "tests/overlay/ReferencePicture.h"
 
 namespace {
 
@@ -143,32 +145,36 @@ TEST(GpsMeterTest, SlowWalksKeepAPartOfTheScale) {
   EXPECT_FALSE(NeedleAt({.status = 1}, 1, 0, *MakeTemplateScenario(kScenarioSpeedSmall, 9, 9, u"")));
 }
 
-TEST(GpsTextFieldsTest, TextsStandWhereAPlainDrawingPutsThem) {
+TEST(GpsTextFieldsTest, TextsStandWhereTheyDid) {
   const GpsLabels labels{u"Speed", u"Elapsed", u"Total", u"Average", u"Distance", u"Track"};
   GpsReadouts says{u"123.4", u"05/04/18", u"10:00:00", u"00:00:07", u"01:02:03", u"12.3 km/h", u"4.5 km"};
-  for (const std::int32_t scenario : {1, 2, 3, 4}) {
-    for (const std::int32_t layout : {1, 7}) {
-      for (const auto& [width, height] : {std::pair{1920, 1080}, {1280, 720}, {700, 480}, {333, 250}}) {
-        SCOPED_TRACE(testing::Message() << scenario << " in layout " << layout << " at " << width);
-        KorvoTemplate look{MakeTemplateScenario(scenario, width, height, u""),
-                           MakeTemplateStructure(layout, width, height, width, height)};
-        look.scenario->SetSize(width, height);
-        PlainGpsTexts plain(scenario, layout == 7, width, height);
-        vrx::drawing::BoxTextRenderer boxes;
-        vrx::overlay::PictureRenditions renditions;
-        // A long date moves the clock for good.
-        for (const char16_t* date : {u"05/04/18", u"Wednesday, 5 May 2018", u"05/04/18"}) {
-          says.date = date;
-          vrx::drawing::Sheet drawn(width, height), wanted(width, height);
-          vrx::overlay::PainterSurface surface(drawn.pixmap, boxes, renditions);
-          DrawGpsTextFields(look, labels, says, u"km/h", surface);
-          plain.Draw(labels, says, u"km/h", wanted.pixmap);
-          EXPECT_EQ(std::memcmp(drawn.pixmap.data, wanted.pixmap.data, drawn.pixmap.size), 0)
-              << XpString(date);
+  constexpr std::int32_t kWidth = 480, kHeight = 240;  // not in the shape of the layouts
+  vrx::drawing::Sheet sheet(4 * kWidth, 6 * kHeight);
+  vrx::drawing::BoxTextRenderer boxes;
+  vrx::overlay::PictureRenditions renditions;
+  std::int32_t row = 0;
+  for (const std::int32_t layout : {1, 7}) {
+    for (const std::int32_t scenario : {1, 2, 3, 4}) {
+      KorvoTemplate look{MakeTemplateScenario(scenario, kWidth, kHeight, u""),
+                         MakeTemplateStructure(layout, kWidth, kHeight, kWidth, kHeight)};
+      // A long date moves the clock for good.
+      std::int32_t drawn = 0;
+      for (const char16_t* date : {u"05/04/18", u"Wednesday, 5 May 2018", u"05/04/18"}) {
+        says.date = date;
+        vrx::drawing::Sheet frame(kWidth, kHeight);
+        vrx::overlay::PainterSurface surface(frame.pixmap, boxes, renditions);
+        DrawGpsTextFields(look, labels, says, u"km/h", surface);
+        for (std::int32_t y = 0; y < kHeight; ++y) {
+          std::memcpy(sheet.pixmap.GetPlane(0)->Row((row + drawn) * kHeight + y) +
+                          std::ptrdiff_t{scenario - 1} * kWidth * 4,
+                      frame.pixmap.GetPlane(0)->Row(y), std::size_t{kWidth} * 4);
         }
+        ++drawn;
       }
     }
+    row += 3;
   }
+  vrx::test_support::ExpectReference(sheet.pixmap, "gps-texts");
 }
 
 }  // namespace

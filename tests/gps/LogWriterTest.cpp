@@ -8,10 +8,6 @@
 #include <vector>
 
 #include "gps/receiver/LogWriter.h"
-#include "gps/receiver/NmeaReader.h"
-#include "gps/receiver/SecondFixes.h"
-#include "samples/logmaker/NmeaLog.h"
-#include "samples/route/DriveRoute.h"
 
 namespace {
 
@@ -177,28 +173,6 @@ TEST(LogWriterTest, WhatTheFormatCannotHoldIsRefused) {
   std::string text;
   EXPECT_EQ(WriteLog(std::span(&good, 1), {.shiftSeconds = std::int64_t{INT32_MAX} + 1}, text),
             XpErrInvalidArgument);
-}
-
-TEST(LogWriterTest, TheLogOfAReceiverComesThroughWhole) {
-  const vrx::test_support::DriveRoute route({.startUtcMilliseconds = 1'719'791'880'000});
-  ReceiverLog read;
-  ASSERT_EQ(ReadNmea(vrx::test_support::NmeaLog(
-                         route, {.voids = vrx::test_support::NmeaVoid::kLastPosition, .positionDecimals = 6}),
-                     {}, read),
-            XpOk);
-  const auto seconds = ThinToSeconds(read.fixes, nullptr);
-  std::string text;
-  ASSERT_EQ(WriteLog(seconds, {}, text), XpOk);
-  ReceiverLog again;
-  ASSERT_EQ(ReadNmea(text, {}, again), XpOk);
-  EXPECT_EQ(again.GetRejected(), 0U);
-  ASSERT_EQ(again.fixes.size(), seconds.size());
-  for (std::size_t i = 0; i < seconds.size(); ++i) {
-    EXPECT_EQ(again.fixes[i].utcMilliseconds, seconds[i].utcMilliseconds);
-    EXPECT_LT(DistanceMeters(again.fixes[i], seconds[i]), 0.003);
-    EXPECT_NEAR(again.fixes[i].speedKnots, seconds[i].speedKnots, 0.0005);
-  }
-  EXPECT_EQ(Parse(text).records.size(), seconds.size());
 }
 
 }  // namespace
