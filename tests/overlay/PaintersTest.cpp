@@ -376,22 +376,6 @@ TEST(BlendOverlayTest, EqualsThePlainRuleForEverySizeAndPixel) {
   }
 }
 
-TEST(BlendOverlayTest, EveryAlphaAndColourIsExact) {
-  XpPixmap32 overlay;
-  ASSERT_EQ(overlay.Allocate(256, 256), XpOk);
-  for (int d = 0; d < 256; d += 5) {
-    for (int i = 0; i < 256 * 256; ++i) {
-      for (int c = 0; c < 3; ++c) overlay.data[i * 4 + c] = static_cast<unsigned char>(i % 256);
-      overlay.data[i * 4 + 3] = static_cast<unsigned char>(i / 256);
-    }
-    Bytes frame(256 * 256 * 4, static_cast<unsigned char>(d));
-    Bytes plain = frame;
-    PlainBlend(overlay, plain, 4);
-    BlendOverlay(overlay, frame.data(), static_cast<std::uint32_t>(frame.size()));
-    ASSERT_EQ(frame, plain) << "frame byte " << d;
-  }
-}
-
 TEST(DrawnAreaTest, ClearingLeavesNothingBehind) {
   std::mt19937 random(3);
   for (const int emptyInTen : {0, 5, 9, 10}) {

@@ -1,7 +1,4 @@
 // Where the tennis layouts put things: the stated rectangles, fonts and zones, and the same at other sizes.
-#include <cmath>
-#include <numbers>
-
 #include <gtest/gtest.h>
 
 #include "overlay/tennis/KVSTennisMetaPainterLayoutLight.h"
@@ -114,28 +111,6 @@ TEST(TennisLayoutTest, ZonesAreTheGridOfTheRacketTurnedAboutTheMiddleOfTheBox) {
     EXPECT_EQ(layout->GetZoneRect(FrameSet::Racket, e.zone), e.racket) << e.type << " " << e.zone;
     EXPECT_EQ(layout->GetZoneRect(FrameSet::Fore, e.zone), e.fore) << e.type << " " << e.zone;
     EXPECT_EQ(layout->GetZoneRect(FrameSet::Back, e.zone), e.back) << e.type << " " << e.zone;
-  }
-  constexpr double kMiddle = 150, kHalf = 45;
-  struct View {
-    std::int32_t type;
-    FrameSet set;
-    double degrees;
-    bool swapped;
-  };
-  for (const View& view : {View{1, FrameSet::Fore, -45, false}, View{1, FrameSet::Back, 45, false},
-                           View{2, FrameSet::Fore, -45, true}, View{2, FrameSet::Back, 225, true}}) {
-    const auto layout = Make(view.type);
-    const double c = std::cos(view.degrees * std::numbers::pi / 180);
-    const double s = std::sin(view.degrees * std::numbers::pi / 180);
-    for (std::int32_t zone = 0; zone < 26; ++zone) {
-      const Rect racket = layout->GetZoneRect(FrameSet::Racket, zone);
-      const double x = racket.left + kHalf - kMiddle, y = racket.top + kHalf - kMiddle;
-      const double turnedX = kMiddle + x * c - y * s - kHalf, turnedY = kMiddle + x * s + y * c - kHalf;
-      const Rect turned = layout->GetZoneRect(view.set, zone);
-      EXPECT_NEAR(turned.left, view.swapped ? turnedY : turnedX, 1.001) << view.degrees << " zone " << zone;
-      EXPECT_NEAR(turned.top, view.swapped ? turnedX : turnedY, 1.001) << view.degrees << " zone " << zone;
-      EXPECT_EQ(turned.Width(), 90);
-    }
   }
   // Six rows by five columns without the corners, and nothing beyond.
   for (const std::int32_t type : {1, 2}) {
