@@ -21,7 +21,6 @@ namespace vrx::imaging {
 
 namespace {
 
-constexpr int kAllSegments[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, kCommentSegment};
 constexpr std::int64_t kSegmentHeadBytes = 4;  // marker and length
 constexpr std::int64_t kStartBytes = 2;        // the start marker
 /// Where the TIFF header of the new file lies, since its Exif segment comes first.

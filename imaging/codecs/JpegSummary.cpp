@@ -14,7 +14,6 @@ namespace vrx::imaging {
 
 namespace {
 
-constexpr int kAllSegments[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, kCommentSegment};
 constexpr std::ptrdiff_t kMostNameBytes = 32;
 
 /// The printable text up to a zero byte, which is how segments are named.

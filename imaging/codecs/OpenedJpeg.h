@@ -13,6 +13,9 @@
 
 namespace vrx::imaging {
 
+/// Of every kind, and comments.
+inline constexpr int kAllSegments[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, kCommentSegment};
+
 class OpenedJpeg {
  public:
   /// Borrows the stream, in which the picture begins at `offset`.
