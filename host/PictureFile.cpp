@@ -1,8 +1,6 @@
 #include "host/PictureFile.h"
 
-#include <algorithm>
 #include <array>
-#include <string_view>
 
 #include "foundation/platform/Paths.h"
 #include "host/Console.h"
@@ -48,14 +46,11 @@ void PictureFile::FindFormat() {
     m_cause = ReadCause(result);
     return;
   }
-  const std::string_view start(head.data(), static_cast<std::size_t>(read));
-  const auto formats = imaging::ImageFormats();
-  const auto found = std::ranges::find_if(
-      formats, [start](const imaging::ImageFormat& format) { return format.isStartOf(start); });
-  if (found == formats.end()) {
+  const auto* format = imaging::FindImageFormat({head.data(), static_cast<std::size_t>(read)});
+  if (format == nullptr) {
     m_cause = read == 0 ? "the file is empty" : "it is no picture of a known format";
   } else {
-    m_format = found->name;
+    m_format = format->name;
   }
 }
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 #include <string_view>
 
 #include "foundation/file/XpMemoryFile.h"
 #include "imaging/jpeg/JpegSegments.h"
 #include "imaging/tags/ExifVersion.h"
+#include "imaging/tags/TagEdits.h"
 #include "imaging/tags/TagNames.h"
 #include "imaging/tags/TagWriting.h"
 
@@ -85,15 +85,6 @@ XpResult DescribeThumbnail(XpTiffTagManager& tags, std::uint32_t length) {
 }
 
 }  // namespace
-
-std::string ExifDate(const XpDateTime& date) {
-  std::int32_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, dayOfWeek = 0;
-  if (!date.IsValid() || !date.GetDateTimeFields(year, month, day, hour, minute, second, dayOfWeek))
-    return {};
-  char text[kDateBytes * 4];
-  std::snprintf(text, sizeof text, "%04d:%02d:%02d %02d:%02d:%02d", year, month, day, hour, minute, second);
-  return text;
-}
 
 XpResult PrepareRebuiltTags(XpTiffTagManager& tags, std::uint32_t rating, const XpDateTime& now) {
   XpTiffTagIFD* maker = tags.GetMakerIfd();

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "foundation/file/XpAbstractFile.h"
@@ -12,9 +11,6 @@
 #include "vrx/XpResult.h"
 
 namespace vrx::imaging {
-
-/// "YYYY:MM:DD HH:MM:SS", as Exif has dates. Empty for a date that is not valid.
-std::string ExifDate(const XpDateTime& date);
 
 /// Prepares the tree for a new file. XpErrImageNoData without a maker note that was read as an IFD.
 XpResult PrepareRebuiltTags(XpTiffTagManager& tags, std::uint32_t rating, const XpDateTime& now);

@@ -44,19 +44,6 @@ constexpr std::uint16_t kTurnLeft = 8;
 constexpr std::uint16_t kFirstSideways = 5;  // from here on width and height change places
 constexpr std::uint16_t kLastSideways = 8;
 
-std::int32_t QuarterTurns(std::uint16_t orientation) {
-  switch (orientation) {
-    case kTurnHalf:
-      return 2;
-    case kTurnRight:
-      return 3;
-    case kTurnLeft:
-      return 1;
-    default:
-      return 0;
-  }
-}
-
 bool IsStereoFile(const XpAbstractFile& stream) {
   XpString path;
   return stream.GetPathText(path) == XpOk && XpCompareNoCase(XpPathExtension(path), u".JPS") == 0;
@@ -190,7 +177,8 @@ Picture XpImageIoJpeg::Read(XpAbstractFile& stream, std::int64_t offset, std::in
   Picture picture = Decode(stream, offset, scale, reading, tags.Get());
   if (picture != nullptr && reading.toSrgb && isAdobeRgb) ConvertAdobeRgbToSrgb(*picture);
   if (picture != nullptr && reading.applyOrientation) picture = TurnUpright(std::move(picture));
-  if (reading.outRotation != nullptr) *reading.outRotation = QuarterTurns(orientation);
+  if (reading.outRotation != nullptr)
+    *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
   return picture;
 }
 
@@ -212,7 +200,8 @@ Picture XpImageIoJpeg::ReadThumbnail(XpAbstractFile& stream, std::int64_t offset
   }
   if (picture != nullptr && Fail(CropLetterbox(*picture, {width, height})) != XpOk) picture.reset();
   if (picture != nullptr) picture = TurnUpright(std::move(picture));
-  if (reading.outRotation != nullptr) *reading.outRotation = QuarterTurns(orientation);
+  if (reading.outRotation != nullptr)
+    *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
   if (picture != nullptr && isAdobeRgb) ConvertAdobeRgbToSrgb(*picture);
   return picture;
 }

@@ -1,5 +1,8 @@
 #include "imaging/loader/ImageFormats.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace vrx::imaging {
 namespace {
 
@@ -25,5 +28,11 @@ constexpr ImageFormat kFormats[] = {
 }  // namespace
 
 std::span<const ImageFormat> ImageFormats() noexcept { return kFormats; }
+
+const ImageFormat* FindImageFormat(std::string_view start) noexcept {
+  const auto* found =
+      std::ranges::find_if(kFormats, [start](const ImageFormat& format) { return format.isStartOf(start); });
+  return found == std::end(kFormats) ? nullptr : found;
+}
 
 }  // namespace vrx::imaging

@@ -22,6 +22,8 @@ struct ImageFormat {
 };
 
 std::span<const ImageFormat> ImageFormats() noexcept;
+/// The format of a file that begins with `start`; null when it is none of these.
+const ImageFormat* FindImageFormat(std::string_view start) noexcept;
 
 /// Reads the picture in an open file as LoadStillImage does, or without an `image` only its size.
 XpResult ReadStillImage(XpAbstractFile& file, const StillImageRequest& request, StillImage* image,

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "imaging/source/ImageSource.h"
 #include "imaging/loader/StillImage.h"
+#include "imaging/source/ImageSource.h"
 
 namespace vrx::imaging {
 

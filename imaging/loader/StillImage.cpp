@@ -1,11 +1,9 @@
 #include "imaging/loader/StillImage.h"
 
-#include <algorithm>
 #include <array>
 #include <memory>
 #include <new>
 #include <string>
-#include <string_view>
 
 #include "foundation/file/XpFile.h"
 #include "imaging/loader/ImageFormats.h"
@@ -16,10 +14,7 @@ namespace {
 
 const ImageFormat* FindFormat(ImageSource& source) {
   std::array<char, kSignatureBytes> head{};
-  const std::string_view start(head.data(), source.Read(head.data(), head.size()));
-  const auto found = std::ranges::find_if(
-      ImageFormats(), [start](const ImageFormat& format) { return format.isStartOf(start); });
-  return found == ImageFormats().end() ? nullptr : &*found;
+  return FindImageFormat({head.data(), source.Read(head.data(), head.size())});
 }
 
 /// "the file is no A, B or C picture"

@@ -31,12 +31,8 @@ constexpr std::int64_t kJpegTiffBase = 12;  // after SOI, the head of the segmen
 using DateBytes = std::array<std::uint8_t, kDateSize>;
 
 bool DateText(const XpDateTime& date, DateBytes& bytes) {
-  std::int32_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, weekday = 0;
-  if (!date.IsValid() || !date.GetDateTimeFields(year, month, day, hour, minute, second, weekday))
-    return false;
-  XpNarrowString text;
-  XpFormat(text, "%04ld:%02ld:%02ld %02ld:%02ld:%02ld", year, month, day, hour, minute, second);
-  if (text.Length() != kDateSize - 1) return false;
+  const std::string text = ExifDate(date);
+  if (text.size() != kDateSize - 1) return false;
   std::copy_n(text.c_str(), kDateSize, bytes.begin());
   return true;
 }
@@ -86,19 +82,6 @@ XpResult NothingUnlessNoHeader(const std::optional<StoredIfd>& first) {
   return first ? XpResult{XpOk} : XpResult{XpErrImageInvalid};
 }
 
-std::uint32_t QuarterTurnsOf(std::uint16_t orientation) {
-  switch (orientation) {
-    case 3:
-      return 2;
-    case 6:
-      return 3;
-    case 8:
-      return 1;
-    default:
-      return 0;
-  }
-}
-
 XpResult TurnIn(XpAbstractFile& stream, StreamWindow& window, const StoredIfd& ifd,
                 std::uint32_t quarterTurns) {
   const auto found =
@@ -130,6 +113,27 @@ bool CutEntries(std::vector<std::uint8_t>& block, std::uint16_t tag, bool bigEnd
 }
 
 }  // namespace
+
+std::string ExifDate(const XpDateTime& date) {
+  std::int32_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, weekday = 0;
+  if (!date.IsValid() || !date.GetDateTimeFields(year, month, day, hour, minute, second, weekday)) return {};
+  XpNarrowString text;
+  XpFormat(text, "%04ld:%02ld:%02ld %02ld:%02ld:%02ld", year, month, day, hour, minute, second);
+  return text.c_str();
+}
+
+std::uint32_t QuarterTurnsOf(std::uint16_t orientation) {
+  switch (orientation) {
+    case 3:
+      return 2;
+    case 6:
+      return 3;
+    case 8:
+      return 1;
+    default:
+      return 0;
+  }
+}
 
 XpResult PatchDateTime(XpAbstractFile& stream, std::int64_t base, const XpDateTime& date, bool setFileTime) {
   DateBytes bytes;

@@ -6,11 +6,19 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "foundation/file/XpAbstractFile.h"
 #include "foundation/time/XpDateTime.h"
 
 namespace vrx::imaging {
+
+/// "YYYY:MM:DD HH:MM:SS", as Exif has dates. Empty for a date that is not valid.
+std::string ExifDate(const XpDateTime& date);
+
+/// The quarter turns, counter-clockwise, that bring a picture with this value of the orientation tag upright.
+/// Mirrored pictures are not turned.
+std::uint32_t QuarterTurnsOf(std::uint16_t orientation);
 
 /// What an entry has to be like.
 struct EntryQuery {

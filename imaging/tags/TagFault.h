@@ -1,4 +1,4 @@
-// One thing that was wrong in stored tags, for the report of whoever reads them.
+// One thing that was wrong in stored tags, for the reader's report.
 #pragma once
 
 #include <cstdint>
