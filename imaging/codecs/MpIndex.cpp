@@ -44,15 +44,17 @@ std::optional<MpIndex> ReadMpIndex(std::span<const std::uint8_t> body) {
   StreamWindow window(stream);
   stream.Seek(kMpHeaderAt, XpSeekStart);
   if (!tags.Load(stream, XpTagModeNoNotes) || !ReadTiffHeader(window, kMpHeaderAt, header)) return {};
-  const XpTiffTagDataBase* table = tags.GetIfd(0)->FindTag(kEntriesTag, false);
-  if (table == nullptr) return {};
+  const XpTiffTagIFD* first = tags.GetIfd(0);  // none when its offset leads into the header
+  const XpTiffTagDataBase* table = first == nullptr ? nullptr : first->FindTag(kEntriesTag, false);
+  if (table == nullptr || table->GetType() != XpTiffUndefined) return {};
   const EntryQuery query{
       .tag = kEntriesTag, .type = XpTiffUndefined, .leastCount = kEntryBytes, .greatestCount = table->count};
   std::int64_t at = FindEntry(stream, header.ifd, header.bigEndian, kMpHeaderAt, query, nullptr);
   if (at == 0) return {};
   const std::uint32_t order = header.bigEndian ? XpBigEndian : XpLittleEndian;
-  const std::uint32_t count =
-      std::min(tags.GetIfd(0)->GetLong(kCountTag, 0, false), table->count / kEntryBytes);
+  const std::uint32_t count = std::min(first->GetLong(kCountTag, 0, false), table->count / kEntryBytes);
+  // A second entry for the same tag may lead elsewhere.
+  if (at + std::int64_t{count} * kEntryBytes > static_cast<std::int64_t>(body.size())) return {};
   MpIndex index{.isBigEndian = header.bigEndian};
   for (std::uint32_t i = 0; i < count; ++i, at += kEntryBytes) {
     index.entries.push_back({.isChild = (NumberAt(stream, at, order) & kChildBit) != 0,

@@ -309,6 +309,9 @@ TEST(JpegRatingTest, FileThatCannotBeRatedStaysAsItIs) {
   }
   EXPECT_EQ(Rate(CameraFile({.tail = Bytes(9, '\0')})).result, XpOk);  // padding is no data
   EXPECT_EQ(Rate(CameraFile({.hasRating = false})).result, XpOk);
+  // An index that leads into its own header counts as none.
+  const Bytes lost = App(2, Bytes("MPF\0", 4) + vrx::test_support::TagBytes().Header(4) + Bytes(40, '\0'));
+  EXPECT_EQ(Rate(CameraFile({.segments = {lost}})).result, XpOk);
 }
 
 TEST(JpegRatingTest, TagsMayFillTheirSegmentToTheLastByte) {
