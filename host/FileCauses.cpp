@@ -25,7 +25,7 @@ const char* ReadWords(XpResult result) {
       return "it is no XML document";
     case XpErrWrongRoot:
       return "it is no property list";
-    case XpErrImageNothingToDo:
+    case XpErrImageUnusable:
       return "there is nothing in it to work on";
     case XpErrImageNoData:
       return "it does not hold what was asked for";

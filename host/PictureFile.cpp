@@ -12,7 +12,7 @@ namespace vrx::host {
 std::string PictureCause(XpResult result) {
   const auto words = [result]() -> const char* {
     switch (result) {
-      case XpErrImageNothingToDo:
+      case XpErrImageUnusable:
         return "the new tags do not fit";
       case XpErrImageNoData:
         return "the picture does not have what is asked for";

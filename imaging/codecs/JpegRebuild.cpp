@@ -166,7 +166,7 @@ XpResult Rebuilder::Append(const Trailer& trailer, std::int64_t& position) {
     if (const XpResult result = m_target.Write(&kFiller, 1, nullptr)) return result;
     ++position;
   }
-  if (position + trailer.size > std::numeric_limits<std::uint32_t>::max()) return XpErrImageNothingToDo;
+  if (position + trailer.size > std::numeric_limits<std::uint32_t>::max()) return XpErrImageUnusable;
   return CopyBytes(m_rebuild.source, trailer.start, trailer.size, m_target);
 }
 

@@ -103,7 +103,7 @@ XpResult PrepareRebuiltTags(XpTiffTagManager& tags, std::uint32_t rating, const 
 XpResult BuildExifBlock(XpAbstractFile& source, std::int64_t tiffHeader, XpTiffTagManager& tags,
                         std::vector<std::uint8_t>& block) {
   const ThumbnailPlace thumbnail = TakeThumbnail(tags);
-  if (thumbnail.length > kMostSegmentBytes) return XpErrImageNothingToDo;
+  if (thumbnail.length > kMostSegmentBytes) return XpErrImageUnusable;
   if (thumbnail.length > 0) {
     if (const XpResult result = DescribeThumbnail(tags, thumbnail.length)) return result;
   }
@@ -113,7 +113,7 @@ XpResult BuildExifBlock(XpAbstractFile& source, std::int64_t tiffHeader, XpTiffT
   std::int64_t treeBytes = 0;
   if (const XpResult result = WriteTagTree(memory, tags, treeBytes)) return result;
   const auto written = static_cast<std::size_t>(memory.GetSize());
-  if (written + thumbnail.length > kMostSegmentBytes) return XpErrImageNothingToDo;
+  if (written + thumbnail.length > kMostSegmentBytes) return XpErrImageUnusable;
   const auto* bytes = static_cast<const std::uint8_t*>(memory.GetData());
   block.assign(bytes, bytes + written);
   block.resize(written + thumbnail.length);

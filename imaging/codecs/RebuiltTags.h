@@ -16,7 +16,7 @@ namespace vrx::imaging {
 XpResult PrepareRebuiltTags(XpTiffTagManager& tags, std::uint32_t rating, const XpDateTime& now);
 
 /// The body of the new Exif segment: the prepared tree and the thumbnail, which is read from `source` and
-/// whose tags are set. XpErrImageNothingToDo when it does not fit a segment.
+/// whose tags are set. XpErrImageUnusable when it does not fit a segment.
 XpResult BuildExifBlock(XpAbstractFile& source, std::int64_t tiffHeader, XpTiffTagManager& tags,
                         std::vector<std::uint8_t>& block);
 

@@ -10,7 +10,7 @@ namespace vrx::imaging {
 
 enum class StereoLayout { Whole, HalfWidth, HalfHeight };
 
-/// Reads an APP3 segment. XpErrImageStereoSegment when it is another kind of segment or too short;
+/// Reads an APP3 segment. XpErrImageKind when it is another kind of segment or too short;
 /// XpErrImageInvalid when its descriptor has not four bytes.
 XpResult ReadStereoSegment(const JpegSegment& segment, StereoLayout& layout);
 

@@ -19,7 +19,7 @@ class XpImageIoJpeg : public XpImageIo {
                                                             std::int64_t offset) override;
   /// Rewrites the file with its tags brought up to date; the coded picture stays as it is. After a failure
   /// the file is as it was. XpErrImageNoData without a maker note that can hold a rating; XpErrImageInvalid
-  /// when tags or picture are damaged, since the damage would be lost or spread; XpErrImageNothingToDo when
+  /// when tags or picture are damaged, since the damage would be lost or spread; XpErrImageUnusable when
   /// the new tags do not fit a segment; XpErrImageNotProvided when data follow the picture that the tags know
   /// nothing of, since a rewrite would lose them.
   XpResult SetRating(XpString path, std::uint32_t rating) override;

@@ -98,7 +98,7 @@ void ReadAll(CoefficientReading& reading) {
 }
 
 XpResult WriteSegment(XpAbstractFile& target, const JpegSegment& segment) {
-  if (segment.body.size() > kMostSegmentBytes) return XpErrImageNothingToDo;
+  if (segment.body.size() > kMostSegmentBytes) return XpErrImageUnusable;
   const auto length = segment.body.size() + 2;
   const int marker = segment.number == kCommentSegment ? JPEG_COM : JPEG_APP0 + segment.number;
   const std::array<std::uint8_t, 4> head{0xFF, static_cast<std::uint8_t>(marker),

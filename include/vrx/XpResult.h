@@ -20,7 +20,8 @@ enum : XpResult {
   XpErrNotAFile = 0x8101,    // not a file, or a directory, or the name is too long
   XpErrInvalidFileOperation = 0x8102,
   XpErrEndOfFile = 0x8103,
-  XpErrLineTooLong = 0x8104,  // longer than the caller's buffer
+  XpErrLineTooLong = 0x8104,        // longer than the caller's buffer
+  XpErrPastEnd = XpErrLineTooLong,  // an offset in the file leads to its end or past it
   XpErrFileNotFound = 0x8105,
   XpErrPathNotFound = 0x8106,
   XpErrAlreadyOpen = 0x8107,
@@ -31,7 +32,7 @@ enum : XpResult {
   XpErrOpenFailed = 0x810D,
   XpErrNotOpen = 0x810E,
   XpErrDeleteFailed = 0x810F,
-  XpErrMalformedRecord = 0x8110,  // in a tagged container
+  XpErrMalformedRecord = 0x8110,  // in a tagged container, or a strip past the end of a picture file
   XpErrNoSuchFile = 0x8111,
   XpErrPathForm = 0x8112,
   XpErrShellMoveFailed = 0x8114,
@@ -62,13 +63,14 @@ enum : XpResult {
   XpErrKeyExists = 0x8508,
   XpErrValueDoesNotFit = 0x8509,
 
-  XpErrImageNothingToDo = 0x8600,  // nothing to work on, or the result would not fit its place
-  XpErrImageNoData = 0x8601,       // the data asked for, such as a tag, is not in the picture
-  XpErrImageInvalid = 0x8602,      // not a valid picture of its format
-  XpErrImageStereoSegment = 0x8603,
+  XpErrImageUnusable = 0x8600,  // there is nothing to work on, or the result does not fit its place
+  XpErrImageNoData = 0x8601,    // the data asked for, such as a tag, is not in the picture
+  XpErrImageInvalid = 0x8602,   // not a valid picture of its format
+  XpErrImageKind = 0x8603,      // a kind of picture or segment that is not read here
   XpErrImageArgument = 0x8604,
   XpErrImageNotProvided = 0x8605,  // the format does not offer this operation
   XpErrImageCancelled = 0x8607,
+  XpErrImageMismatch = 0x8609,  // a value that may not differ does, or its type or size
 
   XpErrIccType = 0x8801,  // a tag of an ICC profile is of another type than was asked for
 };

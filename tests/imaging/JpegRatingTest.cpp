@@ -323,7 +323,7 @@ TEST(JpegRatingTest, TagsMayFillTheirSegmentToTheLastByte) {
   EXPECT_EQ(Segments(rated).front().second.size(), 65532u);
   EXPECT_EQ(PixelsOf(rated), PixelsOf(CameraFile()));
   const auto [tooLarge, unchanged] = Rate(CameraFile({.filling = most + 2}));
-  EXPECT_EQ(tooLarge, XpErrImageNothingToDo);
+  EXPECT_EQ(tooLarge, XpErrImageUnusable);
   EXPECT_EQ(unchanged, CameraFile({.filling = most + 2}));
 }
 

@@ -1,0 +1,53 @@
+// The codec of multi-picture files, JPEG pictures one after another with an index in the first one, as the
+// Multi-Picture Format (CIPA DC-007) defines them. It chooses the picture and leaves its reading to the JPEG
+// codec; edits run over all pictures.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "imaging/codecs/XpImageIo.h"
+
+/// A frame is a picture that is no part of another one, counted from 0 in the order of the index. A file
+/// without a usable index, of exactly two IFDs and with entries, is XpErrImageUnusable, and
+/// XpErrImageNoData when it has none at all.
+class XpImageIoMPO : public XpImageIo {
+ public:
+  /// The picture that the index marks as representative, else frame 0.
+  Picture Read(XpAbstractFile& stream, std::int64_t offset, std::int32_t scale,
+               const XpImageReading& reading) override;
+  /// Of the first picture in the file.
+  XpResult ReadImageSize(XpAbstractFile& stream, std::int64_t offset, XpImageSize& size,
+                         bool forceStereo) override;
+  /// Of the first picture in the file.
+  XpSharedPtr<XpTiffTagManager> ReadTags(XpAbstractFile& stream, std::int64_t offset) override;
+  /// Of the picture that Read would give.
+  Picture ReadThumbnail(XpAbstractFile& stream, std::int64_t offset, const XpImageReading& reading) override;
+  /// That of the index.
+  XpResult SeekToTiffHeader(XpAbstractFile& stream, std::int64_t offset) override;
+
+  // Each in every frame, in order. The first failure ends the edit, with the frames before it changed; a
+  // frame other than the first that cannot be found is passed over by all but WriteStrippedGps.
+  XpResult WriteRotation(XpAbstractFile& stream, std::int64_t offset, std::uint32_t quarterTurns) override;
+  XpResult WriteModifyDate(XpAbstractFile& stream, std::int64_t offset, const XpDateTime& date,
+                           bool setFileTime) override;
+  XpResult WriteOriginalDate(XpAbstractFile& stream, std::int64_t offset, const XpDateTime& date) override;
+  XpResult WriteStrippedGps(XpAbstractFile& stream, std::int64_t offset) override;
+  /// In place, where the maker notes have a rating.
+  XpResult SetRating(XpString path, std::uint32_t rating) override;
+
+  /// Null for a negative frame.
+  virtual Picture ReadThumbnailOfFrame(XpAbstractFile& stream, std::int64_t offset, std::int64_t frame,
+                                       const XpImageReading& reading);
+  /// The index of the file.
+  virtual XpSharedPtr<XpTiffTagManager> ReadIndexTags(XpAbstractFile& stream, std::int64_t offset);
+
+  // Leave the stream at the start of a picture. `index` is that of the file, or null to read it.
+  /// XpErrImageArgument for a negative frame, XpErrImageUnusable for one past the last, XpErrPastEnd for one
+  /// that would lie past the end of the file.
+  XpResult SeekToFrame(XpAbstractFile& stream, std::int64_t offset, std::int64_t frame,
+                       const XpTiffTagManager* index);
+  XpResult SeekToRepresentative(XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index);
+  /// 0 without a usable index.
+  std::int64_t GetFrameCount(XpAbstractFile& stream, std::int64_t offset);
+};
