@@ -12,8 +12,8 @@
 #include "imaging/codecs/OpenedJpeg.h"
 #include "imaging/codecs/SpfSegment.h"
 #include "imaging/codecs/StereoSegment.h"
+#include "imaging/codecs/UprightPicture.h"
 #include "imaging/jpeg/JpegSegments.h"
-#include "imaging/pixmap/XpPixmapRotate.h"
 #include "imaging/resample/AdobeRgb.h"
 #include "imaging/resample/XpPixmapResample.h"
 #include "imaging/tags/TagEdits.h"
@@ -36,13 +36,6 @@ constexpr int kSpfOnly[] = {kSpfSegment};
 
 constexpr std::int32_t kRowsPerReport = 256;
 constexpr std::int32_t kDone = 100;  // percent
-
-// Values of the orientation tag, by how the stored picture has to be turned.
-constexpr std::uint16_t kTurnHalf = 3;
-constexpr std::uint16_t kTurnRight = 6;
-constexpr std::uint16_t kTurnLeft = 8;
-constexpr std::uint16_t kFirstSideways = 5;  // from here on width and height change places
-constexpr std::uint16_t kLastSideways = 8;
 
 bool IsStereoFile(const XpAbstractFile& stream) {
   XpString path;
@@ -147,23 +140,10 @@ Picture XpImageIoJpeg::Decode(XpAbstractFile& stream, std::int64_t offset, std::
   return status == XpOk ? std::move(picture) : nullptr;
 }
 
-Picture XpImageIoJpeg::TurnUpright(Picture picture) {
-  Picture turned;
-  switch (orientation) {
-    case kTurnHalf:
-      turned = RotatePixmap180(*picture);
-      break;
-    case kTurnRight:
-      turned = RotatePixmap90CW(*picture);
-      break;
-    case kTurnLeft:
-      turned = RotatePixmap90CCW(*picture);
-      break;
-    default:
-      return picture;
-  }
-  if (turned == nullptr) Fail(XpErrOutOfMemory);
-  return turned;
+Picture XpImageIoJpeg::Upright(Picture picture) {
+  Picture upright = TurnUpright(std::move(picture), orientation);
+  if (upright == nullptr) Fail(XpErrOutOfMemory);
+  return upright;
 }
 
 Picture XpImageIoJpeg::Read(XpAbstractFile& stream, std::int64_t offset, std::int32_t scale,
@@ -176,7 +156,7 @@ Picture XpImageIoJpeg::Read(XpAbstractFile& stream, std::int64_t offset, std::in
   const XpSharedPtr<XpTiffTagManager> tags = ReadTags(stream, offset);
   Picture picture = Decode(stream, offset, scale, reading, tags.Get());
   if (picture != nullptr && reading.toSrgb && isAdobeRgb) ConvertAdobeRgbToSrgb(*picture);
-  if (picture != nullptr && reading.applyOrientation) picture = TurnUpright(std::move(picture));
+  if (picture != nullptr && reading.applyOrientation) picture = Upright(std::move(picture));
   if (reading.outRotation != nullptr)
     *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
   return picture;
@@ -199,7 +179,7 @@ Picture XpImageIoJpeg::ReadThumbnail(XpAbstractFile& stream, std::int64_t offset
     }
   }
   if (picture != nullptr && Fail(CropLetterbox(*picture, {width, height})) != XpOk) picture.reset();
-  if (picture != nullptr) picture = TurnUpright(std::move(picture));
+  if (picture != nullptr) picture = Upright(std::move(picture));
   if (reading.outRotation != nullptr)
     *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
   if (picture != nullptr && isAdobeRgb) ConvertAdobeRgbToSrgb(*picture);
@@ -222,7 +202,7 @@ XpResult XpImageIoJpeg::ReadDimensions(XpAbstractFile& stream, std::int64_t offs
     }
     if (!IsSegment(segment, kExifSegment, kExifName)) continue;
     const std::uint16_t turn = OrientationIn(segment);
-    isSideways = turn >= kFirstSideways && turn <= kLastSideways;
+    isSideways = IsSideways(turn);
     if (isSideways) std::swap(size.width, size.height);
     break;
   }

@@ -48,7 +48,7 @@ class XpImageIoJpeg : public XpImageIo {
   Picture Decode(XpAbstractFile& stream, std::int64_t offset, std::int32_t scale,
                  const XpImageReading& reading, const XpTiffTagManager* tags);
   Picture DecodeRows(vrx::imaging::JpegDecoder& decoder, std::int32_t scale, XpImageProgress* progress);
-  Picture TurnUpright(Picture picture);
+  Picture Upright(Picture picture);
   void ForgetMarks();
   void NoteMarks(const XpTiffTagManager* tags, const vrx::imaging::JpegDecoder& decoder);
 };
