@@ -25,7 +25,7 @@ constexpr std::int64_t kSegmentHeadBytes = 4;  // marker and length
 constexpr std::int64_t kStartBytes = 2;        // the start marker
 /// Where the TIFF header of the new file lies, since its Exif segment comes first.
 constexpr std::int64_t kNewTiffHeader = kStartBytes + kSegmentHeadBytes + kExifHeadBytes;
-constexpr std::size_t kMovedChildren = 2;
+constexpr std::int64_t kMovedChildren = 2;
 
 /// Bytes of the source that lie after its coded picture.
 struct Trailer {
@@ -63,7 +63,7 @@ class Rebuilder {
   XpResult Append(const Trailer& trailer, std::int64_t& position);
   XpResult MovePreview();
   XpResult PatchPreview(std::int64_t position);
-  const MpEntry* MovedChild(std::size_t number) const;
+  const MpEntry* MovedChild(std::int64_t number) const;
   XpResult MoveChildren();
   XpResult MoveChild(const MpEntry& entry, bool mayHoldPreview);
   XpResult PatchIndex(const MpEntry& entry, std::int64_t field, std::int64_t value);
@@ -115,9 +115,7 @@ XpResult Rebuilder::CopyPicture() {
   if (isInOrder) std::erase_if(old, isComment);
   const std::vector<JpegSegment> ordered = OrderSegments(old);
   if (m_index) {
-    const XpResult found = FindAppSegment(m_rebuild.source, 0, kMpfSegment, kMpfName, m_oldMpHeader);
-    if (found != XpOk) return found;
-    m_oldMpHeader += kMpHeaderAt;
+    if (const XpResult result = FindMpHeader(m_rebuild.source, 0, m_oldMpHeader)) return result;
   }
   if (const XpResult result = CheckTrailers()) return result;
   if (isInOrder) return CopyCodedPicture(m_rebuild.source, m_picture, ordered, m_target);
@@ -130,7 +128,7 @@ XpResult Rebuilder::CopyPicture() {
 XpResult Rebuilder::CheckTrailers() {
   std::vector<Trailer> known;
   if (HasPreview() && !m_index) known.push_back(Preview());
-  for (std::size_t i = 0; m_index && i < kMovedChildren; ++i) {
+  for (std::int64_t i = 0; m_index && i < kMovedChildren; ++i) {
     if (const MpEntry* child = MovedChild(i)) known.push_back({m_oldMpHeader + child->offset, child->size});
   }
   std::ranges::sort(known, {}, &Trailer::start);
@@ -183,13 +181,14 @@ XpResult Rebuilder::PatchPreview(std::int64_t position) {
 }
 
 XpResult Rebuilder::PatchIndex(const MpEntry& entry, std::int64_t field, std::int64_t value) {
-  if (const XpResult result = m_target.Seek(m_newMpHeader + entry.at + field, XpSeekStart)) return result;
+  if (const XpResult result = m_target.Seek(m_newMpHeader + m_index->PositionOf(entry) + field, XpSeekStart))
+    return result;
   return m_target.WriteUInt32(static_cast<std::uint32_t>(value),
                               m_index->isBigEndian ? XpBigEndian : XpLittleEndian);
 }
 
 /// Null when there is no such child, or none that has a place of its own.
-const MpEntry* Rebuilder::MovedChild(std::size_t number) const {
+const MpEntry* Rebuilder::MovedChild(std::int64_t number) const {
   const MpEntry* child = m_index->Child(number);
   return child == nullptr || child->offset == 0 || child->size == 0 ? nullptr : child;
 }
@@ -198,7 +197,7 @@ XpResult Rebuilder::MoveChildren() {
   if (const MpEntry* primary = m_index->Primary()) {
     if (const XpResult result = PatchIndex(*primary, kMpSizeAt, m_target.GetSize())) return result;
   }
-  for (std::size_t i = 0; i < kMovedChildren; ++i) {
+  for (std::int64_t i = 0; i < kMovedChildren; ++i) {
     const MpEntry* child = MovedChild(i);
     if (child == nullptr) continue;
     if (const XpResult result = MoveChild(*child, i == 0)) return result;

@@ -26,12 +26,6 @@ std::string NameOf(const JpegSegment& segment) {
   return std::all_of(segment.body.begin(), end, isPrintable) ? std::string(segment.body.begin(), end) : "";
 }
 
-std::int32_t CountFrames(const MpIndex& index) {
-  const auto frames =
-      std::ranges::count_if(index.entries, [](const MpEntry& entry) { return !entry.isChild; });
-  return std::max(static_cast<std::int32_t>(frames), 1);
-}
-
 std::uint16_t OrientationOf(XpImageIoJpeg& codec, XpAbstractFile& stream) {
   const XpSharedPtr<XpTiffTagManager> tags = codec.ReadTags(stream, 0);
   const XpTiffTagIFD* first = tags.Get() == nullptr ? nullptr : tags->GetIfd(0);
@@ -52,7 +46,9 @@ XpResult SummarizeJpeg(XpAbstractFile& stream, JpegSummary& summary) {
     summary.segments.push_back({isComment ? "COM" : "APP" + std::to_string(segment.number), NameOf(segment),
                                 static_cast<std::uint32_t>(segment.body.size())});
     if (!IsSegment(segment, kMpfSegment, kMpfName)) continue;
-    if (const std::optional<MpIndex> index = ReadMpIndex(segment.body)) summary.frames = CountFrames(*index);
+    if (const std::optional<MpIndex> index = ReadMpIndex(segment.body)) {
+      summary.frames = std::max(static_cast<std::int32_t>(index->CountFrames()), 1);
+    }
   }
   summary.orientation = OrientationOf(codec, stream);
   const auto profile = codec.ReadIccProfile(stream, 0);

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "foundation/file/XpMemoryFile.h"
+#include "imaging/jpeg/JpegSegments.h"
 #include "imaging/tags/TagEdits.h"
+#include "imaging/tags/TagLayout.h"
 #include "imaging/tags/TagReading.h"
 #include "imaging/tags/XpTiffTagData.h"
 
@@ -14,26 +16,68 @@ namespace {
 constexpr std::uint16_t kEntriesTag = 0xB002;
 constexpr std::uint16_t kCountTag = 0xB001;
 constexpr std::uint32_t kEntryBytes = 16;
-constexpr std::uint32_t kChildBit = 0x40000000;
+/// Bursts have some hundred pictures. Each takes a search for its head.
+constexpr std::uint32_t kMostEntries = 1024;
 
-std::uint32_t NumberAt(XpMemoryFile& stream, std::int64_t at, std::uint32_t order) {
-  std::uint32_t value = 0;
-  if (stream.Seek(at, XpSeekStart) != XpOk || stream.ReadUInt32(&value, order) != XpOk) return 0;
-  return value;
+const XpTiffTagDataBase* FindTable(const XpTiffTagIFD* first) {
+  const XpTiffTagDataBase* table = first == nullptr ? nullptr : first->FindTag(kEntriesTag, false);
+  return table == nullptr || table->GetType() != XpTiffUndefined ? nullptr : table;
 }
+
+std::uint32_t CountEntries(const XpTiffTagIFD& first, const XpTiffTagDataBase& table) {
+  return std::min(first.GetLong(kCountTag, 0, false), table.count / kEntryBytes);
+}
+
+std::vector<MpEntry> ReadEntries(const std::uint8_t* bytes, std::uint32_t count, bool bigEndian) {
+  std::vector<MpEntry> entries;
+  entries.reserve(count);
+  for (std::uint32_t i = 0; i < count; ++i, bytes += kEntryBytes) {
+    entries.push_back({.number = i,
+                       .attribute = Get32(bytes, bigEndian),
+                       .size = Get32(bytes + kMpSizeAt, bigEndian),
+                       .offset = Get32(bytes + kMpOffsetAt, bigEndian)});
+  }
+  return entries;
+}
+
+template <class Predicate>
+const MpEntry* Find(const std::vector<MpEntry>& entries, std::int64_t number, Predicate isWanted) {
+  for (const MpEntry& entry : entries) {
+    if (isWanted(entry) && number-- == 0) return &entry;
+  }
+  return nullptr;
+}
+
+bool IsFrame(const MpEntry& entry) { return !entry.IsChild(); }
 
 }  // namespace
 
-const MpEntry* MpIndex::Primary() const {
-  const auto found = std::ranges::find_if(entries, [](const MpEntry& entry) { return entry.offset == 0; });
-  return found == entries.end() ? nullptr : &*found;
+const MpEntry* MpTable::Primary() const {
+  return Find(entries, 0, [](const MpEntry& entry) { return entry.offset == 0; });
 }
 
-const MpEntry* MpIndex::Child(std::size_t number) const {
-  for (const MpEntry& entry : entries) {
-    if (entry.isChild && number-- == 0) return &entry;
-  }
-  return nullptr;
+const MpEntry* MpTable::Representative() const {
+  return Find(entries, 0, [](const MpEntry& entry) { return entry.IsRepresentative(); });
+}
+
+const MpEntry* MpTable::Frame(std::int64_t number) const { return Find(entries, number, IsFrame); }
+
+const MpEntry* MpTable::Child(std::int64_t number) const {
+  return Find(entries, number, [](const MpEntry& entry) { return entry.IsChild(); });
+}
+
+std::int64_t MpTable::CountFrames() const { return std::ranges::count_if(entries, IsFrame); }
+
+MpTable ReadMpTable(const XpTiffTagManager& index) {
+  const XpTiffTagIFD* first = index.GetIfd(0);
+  const XpTiffTagDataBase* table = FindTable(first);
+  if (table == nullptr) return {};
+  const std::uint32_t count = std::min(CountEntries(*first, *table), kMostEntries);
+  return {ReadEntries(static_cast<const std::uint8_t*>(table->GetData()), count, index.bigEndian)};
+}
+
+std::int64_t MpIndex::PositionOf(const MpEntry& entry) const {
+  return tableAt + static_cast<std::int64_t>(entry.number) * kEntryBytes;
 }
 
 std::optional<MpIndex> ReadMpIndex(std::span<const std::uint8_t> body) {
@@ -45,24 +89,40 @@ std::optional<MpIndex> ReadMpIndex(std::span<const std::uint8_t> body) {
   stream.Seek(kMpHeaderAt, XpSeekStart);
   if (!tags.Load(stream, XpTagModeNoNotes) || !ReadTiffHeader(window, kMpHeaderAt, header)) return {};
   const XpTiffTagIFD* first = tags.GetIfd(0);  // none when its offset leads into the header
-  const XpTiffTagDataBase* table = first == nullptr ? nullptr : first->FindTag(kEntriesTag, false);
-  if (table == nullptr || table->GetType() != XpTiffUndefined) return {};
+  const XpTiffTagDataBase* table = FindTable(first);
+  if (table == nullptr) return {};
   const EntryQuery query{
       .tag = kEntriesTag, .type = XpTiffUndefined, .leastCount = kEntryBytes, .greatestCount = table->count};
-  std::int64_t at = FindEntry(stream, header.ifd, header.bigEndian, kMpHeaderAt, query, nullptr);
+  const std::int64_t at = FindEntry(stream, header.ifd, header.bigEndian, kMpHeaderAt, query, nullptr);
   if (at == 0) return {};
-  const std::uint32_t order = header.bigEndian ? XpBigEndian : XpLittleEndian;
-  const std::uint32_t count = std::min(first->GetLong(kCountTag, 0, false), table->count / kEntryBytes);
+  const std::uint32_t count = CountEntries(*first, *table);
   // A second entry for the same tag may lead elsewhere.
   if (at + std::int64_t{count} * kEntryBytes > static_cast<std::int64_t>(body.size())) return {};
-  MpIndex index{.isBigEndian = header.bigEndian};
-  for (std::uint32_t i = 0; i < count; ++i, at += kEntryBytes) {
-    index.entries.push_back({.isChild = (NumberAt(stream, at, order) & kChildBit) != 0,
-                             .size = NumberAt(stream, at + kMpSizeAt, order),
-                             .offset = NumberAt(stream, at + kMpOffsetAt, order),
-                             .at = static_cast<std::uint32_t>(at - kMpHeaderAt)});
-  }
+  MpIndex index;
+  index.entries = ReadEntries(body.data() + at, count, header.bigEndian);
+  index.isBigEndian = header.bigEndian;
+  index.tableAt = at - kMpHeaderAt;
   return index;
+}
+
+XpResult FindMpHeader(XpAbstractFile& stream, std::int64_t offset, std::int64_t& header) {
+  std::int64_t body = 0;
+  if (const XpResult result = FindAppSegment(stream, offset, kMpfSegment, kMpfName, body)) return result;
+  header = body + kMpHeaderAt;
+  return XpOk;
+}
+
+XpResult FindMpPicture(XpAbstractFile& stream, std::int64_t offset, std::int64_t header, const MpEntry& entry,
+                       std::int64_t& start) {
+  start = entry.offset == 0 ? offset : header + entry.offset;
+  return entry.offset != 0 && start >= stream.GetSize() ? XpErrPastEnd : XpOk;
+}
+
+bool MpHeadBudget::Spend(std::int64_t start) {
+  if (m_stream.Seek(start, XpSeekStart) != XpOk) return true;
+  WalkAppSegments(m_stream);  // how far it came counts, not how it ended
+  m_left -= m_stream.Tell() - start;
+  return m_left >= 0;
 }
 
 }  // namespace vrx::imaging

@@ -8,9 +8,16 @@
 
 #include "imaging/codecs/XpImageIo.h"
 
-/// A frame is a picture that is no part of another one, counted from 0 in the order of the index. A file
-/// without a usable index, of exactly two IFDs and with entries, is XpErrImageUnusable, and
-/// XpErrImageNoData when it has none at all.
+namespace vrx::imaging {
+struct MpEntry;
+struct MpTable;
+}  // namespace vrx::imaging
+class XpImageIoJpeg;
+
+/// A frame is a picture that is no part of another one, counted from 0 in the order of the index. A usable
+/// index has exactly two IFDs, and entries. What needs it is XpErrImageUnusable without one; readings tell
+/// from that a file without any index, XpErrImageNoData, and one whose index has no TIFF header,
+/// XpErrImageInvalid.
 class XpImageIoMPO : public XpImageIo {
  public:
   /// The picture that the index marks as representative, else frame 0.
@@ -26,8 +33,9 @@ class XpImageIoMPO : public XpImageIo {
   /// That of the index.
   XpResult SeekToTiffHeader(XpAbstractFile& stream, std::int64_t offset) override;
 
-  // Each in every frame, in order. The first failure ends the edit, with the frames before it changed; a
-  // frame other than the first that cannot be found is passed over by all but WriteStrippedGps.
+  // Each in every frame, in order, and once where two entries lead to one picture. The first failure ends the
+  // edit, with the frames before it changed, and a frame without tags is one. A frame other than the first
+  // that would lie past the end of the file is passed over by all but WriteStrippedGps.
   XpResult WriteRotation(XpAbstractFile& stream, std::int64_t offset, std::uint32_t quarterTurns) override;
   XpResult WriteModifyDate(XpAbstractFile& stream, std::int64_t offset, const XpDateTime& date,
                            bool setFileTime) override;
@@ -50,4 +58,16 @@ class XpImageIoMPO : public XpImageIo {
   XpResult SeekToRepresentative(XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index);
   /// 0 without a usable index.
   std::int64_t GetFrameCount(XpAbstractFile& stream, std::int64_t offset);
+
+ private:
+  enum class LostFrame { IsPassedOver, EndsTheEdit };
+  /// With the position of the frame's TIFF header.
+  using FrameEdit = std::function<XpResult(std::int64_t base)>;
+
+  XpResult FindEntry(XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index,
+                     const std::function<const vrx::imaging::MpEntry*(const vrx::imaging::MpTable&)>& choose);
+  XpResult SeekToShown(XpAbstractFile& stream, std::int64_t offset);
+  /// Reads by the JPEG codec and takes over its status.
+  Picture AtPosition(const std::function<Picture(XpImageIoJpeg&)>& read);
+  XpResult EditFrames(XpAbstractFile& stream, std::int64_t offset, LostFrame lost, const FrameEdit& edit);
 };
