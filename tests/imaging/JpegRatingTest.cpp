@@ -19,6 +19,7 @@
 #include "imaging/jpeg/JpegSegments.h"
 #include "imaging/tags/TagNames.h"
 #include "tests/imaging/CameraFile.h"
+#include "tests/imaging/MpoFile.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -214,19 +215,6 @@ TEST(JpegRatingTest, BothWaysToCopyAPictureKeepItsCoefficients) {
   }
 }
 
-/// An index of the given entries: attribute, size, offset.
-Bytes MpIndexSegment(bool isBig, const std::vector<std::array<std::uint32_t, 3>>& entries) {
-  const vrx::test_support::TagBytes order{.bigEndian = isBig};
-  Bytes table;
-  for (const auto& [attribute, size, offset] : entries) {
-    table += order.U32(attribute) + order.U32(size) + order.U32(offset) + order.U32(0);
-  }
-  const auto count = static_cast<std::uint32_t>(entries.size());
-  return App(2, Bytes("MPF\0", 4) + order.Header() +
-                    order.Ifd({order.Entry(0xB001, 4, 1, count), order.Entry(0xB002, 7, count * 16, 38)}) +
-                    table);
-}
-
 std::uint32_t Number(const Bytes& bytes, std::size_t at, bool isBig) {
   std::uint32_t value = 0;
   for (std::size_t i = 0; i < 4; ++i) value = value << 8 | (bytes[at + (isBig ? i : 3 - i)] & 0xFF);
@@ -234,7 +222,6 @@ std::uint32_t Number(const Bytes& bytes, std::size_t at, bool isBig) {
 }
 
 TEST(JpegRatingTest, PicturesOfAnIndexMoveAlong) {
-  constexpr std::uint32_t kChild = 0x40000000;
   const Bytes one(301, 'a'), two(200, 'b');
   enum class Preview { None, InTheFirst, BeforeThem };
   for (const bool isBig : {false, true}) {
@@ -243,9 +230,10 @@ TEST(JpegRatingTest, PicturesOfAnIndexMoveAlong) {
       const bool isTurnedRound = preview == Preview::BeforeThem;  // the second picture lies before the first
       const auto build = [&](std::size_t first, std::size_t second) {
         return CameraFile(
-            {.segments = {MpIndexSegment(isBig, {{0, 7, 0},
-                                                 {kChild, 301, static_cast<std::uint32_t>(first)},
-                                                 {kChild, 200, static_cast<std::uint32_t>(second)}})},
+            {.segments = {MpIndexSegment({.isBig = isBig, .ifds = 1},
+                                         {{0, 7, 0},
+                                          {kMpChild, 301, static_cast<std::uint32_t>(first)},
+                                          {kMpChild, 200, static_cast<std::uint32_t>(second)}})},
              .tail = isTurnedRound ? two + one : one + Bytes(1, '\xFF') + two});
       };
       Bytes file = build(0, 0);
@@ -293,10 +281,12 @@ TEST(JpegRatingTest, FileThatCannotBeRatedStaysAsItIs) {
         Case{"unknown data after a preview", CameraFile({.preview = "PREVIEW", .tail = "a movie"}),
              XpErrImageNotProvided},
         Case{"preview that no picture of the index holds",
-             CameraFile({.segments = {MpIndexSegment(true, {{0, 7, 0}})}, .preview = "PREVIEW"}),
+             CameraFile({.segments = {MpIndexSegment({.isBig = true, .ifds = 1}, {{0, 7, 0}})},
+             .preview = "PREVIEW"}),
              XpErrImageNotProvided},
         Case{"unknown data and a picture of the index without a place",
-             CameraFile({.segments = {MpIndexSegment(true, {{0, 7, 0}, {0x40000000, 1u << 20, 0}})},
+             CameraFile({.segments = {MpIndexSegment({.isBig = true, .ifds = 1},
+                                                     {{0, 7, 0}, {kMpChild, 1u << 20, 0}})},
              .tail = "a movie"}),
              XpErrImageNotProvided},
         Case{"preview past the end",
