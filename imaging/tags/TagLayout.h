@@ -16,7 +16,8 @@ inline constexpr std::uint16_t kTiffMagic = 42;
 inline constexpr std::uint32_t kIfdCountSize = 2;
 inline constexpr std::uint32_t kIfdNextSize = 4;
 inline constexpr std::uint32_t kEntrySize = 12;
-// In an entry, after tag and type.
+// In an entry, after the tag.
+inline constexpr std::uint32_t kEntryTypeAt = 2;
 inline constexpr std::uint32_t kEntryCountAt = 4;
 inline constexpr std::uint32_t kEntryValueAt = 8;
 inline constexpr std::uint32_t kEntryValueSize = 4;

@@ -24,6 +24,7 @@ std::string_view TagName(TagGroup group, std::uint16_t number);
 inline constexpr std::uint16_t kTagImageWidth = 0x0100;
 inline constexpr std::uint16_t kTagImageLength = 0x0101;
 inline constexpr std::uint16_t kTagCompression = 0x0103;
+inline constexpr std::uint16_t kTagModel = 0x0110;
 inline constexpr std::uint16_t kTagOrientation = 0x0112;
 inline constexpr std::uint16_t kTagXResolution = 0x011A;
 inline constexpr std::uint16_t kTagYResolution = 0x011B;
@@ -45,6 +46,10 @@ inline constexpr std::uint16_t kTagMakerNote = 0x927C;
 inline constexpr std::uint16_t kTagColorSpace = 0xA001;
 inline constexpr std::uint16_t kTagInteropIfd = 0xA005;
 inline constexpr std::uint16_t kTagGpsVersionId = 0;
+inline constexpr std::uint16_t kTagGpsSatellites = 8;
+inline constexpr std::uint16_t kTagGpsMapDatum = 18;
+inline constexpr std::uint16_t kTagGpsProcessingMethod = 27;
+inline constexpr std::uint16_t kTagGpsAreaInformation = 28;
 
 // Of the maker note.
 inline constexpr std::uint16_t kTagMakerSpecialKind = 0x1000;
@@ -54,6 +59,8 @@ inline constexpr std::uint16_t kTagMakerRating = 0x2002;
 inline constexpr std::uint16_t kTagMakerPictureMode = 0x200C;
 inline constexpr std::uint16_t kTagMakerDates = 0x3000;
 inline constexpr std::uint16_t kTagMakerFormatVersion = 0xB000;
+inline constexpr std::uint16_t kTagMakerSizeNumber = 0xB001;
 inline constexpr std::uint16_t kTagMakerSubIfd = 0xB028;
+inline constexpr std::uint16_t kTagMakerSensorSize = 0xB02B;  // height, width
 
 }  // namespace vrx::imaging
