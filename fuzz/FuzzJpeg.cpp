@@ -6,7 +6,7 @@
 
 #include "foundation/file/XpMemoryFile.h"
 #include "imaging/codecs/JpegRebuild.h"
-#include "imaging/codecs/JpegSummary.h"
+#include "imaging/codecs/PictureSummary.h"
 #include "imaging/codecs/XpImageIoJpeg.h"
 #include "imaging/jpeg/JpegSegments.h"
 
@@ -26,8 +26,8 @@ void ReadAll(XpMemoryFile& file, std::uint8_t choice) {
   bool found = false;
   std::uint32_t kind = 0;
   codec.FindSpfSegment(file, found, kind);
-  JpegSummary summary;
-  SummarizeJpeg(file, summary);
+  PictureSummary summary;
+  SummarizeJpeg(file, codec, summary);
 }
 
 void Rebuild(XpMemoryFile& file, std::uint32_t rating) {

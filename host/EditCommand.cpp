@@ -9,7 +9,7 @@
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/PictureFile.h"
-#include "imaging/codecs/XpImageIoJpeg.h"
+#include "imaging/codecs/XpImageIo.h"
 #include "imaging/tags/TagNames.h"
 
 namespace vrx::host {
@@ -45,7 +45,8 @@ bool ReadDate(const std::string& text, XpDateTime& date) {
 /// the others makes it now.
 class Edits {
  public:
-  Edits(const EditOptions& options, const XpString& path) : m_options(options), m_path(path) {}
+  Edits(const EditOptions& options, const XpString& path, XpImageIo& codec)
+      : m_options(options), m_path(path), m_codec(codec) {}
 
   /// The cause of the first failure; empty when all is done.
   std::string Run() {
@@ -102,7 +103,7 @@ class Edits {
 
   const EditOptions& m_options;
   const XpString& m_path;
-  XpImageIoJpeg m_codec;
+  XpImageIo& m_codec;
   std::string m_done;
 };
 
@@ -118,14 +119,18 @@ int RunEdit(const EditOptions& options) {
     return kWrongUse;
   }
   return ForEachPicture(options.files, [&](const std::string& file) -> std::string {
+    std::unique_ptr<XpImageIo> codec;
     XpString path;
     {
       const PictureFile picture(file);
       if (!picture.Cause().empty()) return picture.Cause();
-      if (!picture.IsJpeg()) return "tags of " + picture.Format() + " files are not edited";
+      if (!picture.Format().hasTags) {
+        return std::string("tags of ") + picture.Format().name + " files are not edited";
+      }
       path = picture.Path();
+      codec = picture.Format().makeCodec();
     }
-    Edits edits(options, path);
+    Edits edits(options, path, *codec);
     const std::string cause = edits.Run();
     if (cause.empty()) std::printf("%s: %s\n", Masked(file).c_str(), edits.Done().c_str());
     return cause;
@@ -136,7 +141,7 @@ int RunEdit(const EditOptions& options) {
 
 CommandRun AddEdit(CLI::App& command) {
   const auto options = std::make_shared<EditOptions>();
-  command.add_option("FILE", options->files, "The JPEG files to change")->required();
+  command.add_option("FILE", options->files, "The pictures to change: JPEG, MPO, RAW or TIFF")->required();
   command
       .add_option("--rotate", options->quarterTurns, "Quarter turns, counter-clockwise; the tag is changed")
       ->check(CLI::Range(1, 3))

@@ -8,8 +8,7 @@
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/PictureFile.h"
-#include "imaging/codecs/JpegSummary.h"
-#include "imaging/loader/StillImage.h"
+#include "imaging/codecs/PictureSummary.h"
 
 namespace vrx::host {
 namespace {
@@ -29,26 +28,23 @@ Json SegmentsJson(const std::vector<imaging::JpegSegmentSummary>& segments) {
 
 struct PictureFacts {
   std::string format;
-  imaging::JpegSummary summary;
+  imaging::PictureSummary summary;
 };
 
 std::string ReadFacts(const std::string& file, PictureFacts& facts) {
   PictureFile picture(file);
   if (!picture.Cause().empty()) return picture.Cause();
-  facts.format = picture.Format();
-  if (picture.IsJpeg()) {
-    const XpResult result = imaging::SummarizeJpeg(picture.File(), facts.summary);
-    return result == XpOk ? "" : PictureCause(result);
-  }
-  XpImageSize size;
-  XpString problem;
-  const XpResult result = imaging::ReadStillImageSize(picture.Path(), {}, size.width, size.height, &problem);
-  facts.summary.size = facts.summary.storedSize = size;
-  return result == XpOk ? "" : Utf8(problem);
+  facts.format = picture.Format().name;
+  const XpResult result = picture.Format().summarize(picture.File(), picture.Codec(), facts.summary);
+  if (result == XpOk) return {};
+  const std::string words = Utf8(picture.Codec().problem);
+  return words.empty() ? PictureCause(result) : words;
 }
 
+Json SizeJson(XpImageSize size) { return {{"width", size.width}, {"height", size.height}}; }
+
 Json FactsJson(const std::string& file, const PictureFacts& facts) {
-  const imaging::JpegSummary& summary = facts.summary;
+  const imaging::PictureSummary& summary = facts.summary;
   return {{"file", file},
           {"format", facts.format},
           {"width", summary.size.width},
@@ -57,12 +53,14 @@ Json FactsJson(const std::string& file, const PictureFacts& facts) {
           {"storedHeight", summary.storedSize.height},
           {"orientation", summary.orientation == 0 ? Json() : Json(summary.orientation)},
           {"frames", summary.frames},
+          {"animated", summary.isAnimation},
+          {"preview", summary.preview ? SizeJson(*summary.preview) : Json()},
           {"profile", summary.hasProfile ? Json(summary.profile) : Json()},
           {"segments", SegmentsJson(summary.segments)}};
 }
 
 void PrintText(const std::string& file, const PictureFacts& facts) {
-  const imaging::JpegSummary& summary = facts.summary;
+  const imaging::PictureSummary& summary = facts.summary;
   std::printf("%s\n  %s, %d by %d pixels", Masked(file).c_str(), facts.format.c_str(), summary.size.width,
               summary.size.height);
   if (summary.size != summary.storedSize) {
@@ -70,6 +68,10 @@ void PrintText(const std::string& file, const PictureFacts& facts) {
   }
   if (summary.orientation != 0) std::printf(", orientation %d", summary.orientation);
   if (summary.frames > 1) std::printf(", %d pictures", summary.frames);
+  if (summary.isAnimation) std::printf(", an animation");
+  if (summary.preview) {
+    std::printf(", preview %d by %d", summary.preview->width, summary.preview->height);
+  }
   std::printf("\n");
   if (summary.hasProfile) {
     std::printf("  profile: %s\n",
@@ -101,7 +103,8 @@ int RunInfo(const InfoOptions& options) {
 
 CommandRun AddInfo(CLI::App& command) {
   const auto options = std::make_shared<InfoOptions>();
-  command.add_option("FILE", options->files, "The pictures: JPEG, PNG, TIFF, GIF or BMP")->required();
+  command.add_option("FILE", options->files, "The pictures: JPEG, MPO, RAW, TIFF, PNG, GIF or BMP")
+      ->required();
   command.add_flag("--json", options->json, "Print one JSON document");
   command.footer("Exit status: 0 done, 1 a file is no picture or cannot be read, 2 wrong use.");
   return [options] { return RunInfo(*options); };

@@ -1,11 +1,8 @@
 #include "host/PictureFile.h"
 
-#include <array>
-
 #include "foundation/platform/Paths.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
-#include "imaging/loader/ImageFormats.h"
 
 namespace vrx::host {
 
@@ -13,7 +10,7 @@ std::string PictureCause(XpResult result) {
   const auto words = [result]() -> const char* {
     switch (result) {
       case XpErrImageUnusable:
-        return "the new tags do not fit";
+        return "the new tags do not fit, or what they belong to is missing";
       case XpErrImageNoData:
         return "the picture does not have what is asked for";
       case XpErrImageInvalid:
@@ -39,19 +36,24 @@ PictureFile::PictureFile(const std::string& path)
 }
 
 void PictureFile::FindFormat() {
-  std::array<char, imaging::kSignatureBytes> head{};
-  std::uint64_t read = 0;
-  const XpResult result = m_file.Read(head.data(), head.size(), &read);
-  if (result != XpOk && result != XpErrEndOfFile) {
-    m_cause = ReadCause(result);
+  XpResult result = XpOk;
+  m_format = imaging::FindPictureFormat(m_file, result);
+  if (m_format != nullptr) {
+    m_codec = m_format->makeCodec();
     return;
   }
-  const auto* format = imaging::FindImageFormat({head.data(), static_cast<std::size_t>(read)});
-  if (format == nullptr) {
-    m_cause = read == 0 ? "the file is empty" : "it is no picture of a known format";
+  std::int64_t size = 0;
+  if (result != XpOk) {
+    m_cause = ReadCause(result);
   } else {
-    m_format = format->name;
+    const bool isEmpty = m_file.Stat(nullptr, nullptr, nullptr, &size) == XpOk && size == 0;
+    m_cause = isEmpty ? "the file is empty" : "it is no picture of a known format";
   }
+}
+
+std::string PictureFile::CodecCause() const {
+  const std::string words = Utf8(m_codec->problem);
+  return words.empty() ? PictureCause(m_codec->status) : words + " (" + CodeText(m_codec->status) + ")";
 }
 
 int ForEachPicture(const std::vector<std::string>& files,

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "foundation/file/XpFile.h"
+#include "imaging/codecs/PictureFormats.h"
 #include "vrx/XpResult.h"
 #include "vrx/XpString.h"
 
@@ -14,26 +16,28 @@ namespace vrx::host {
 /// "it is damaged, or no picture of a format that this command reads (0x8602)".
 std::string PictureCause(XpResult result);
 
-/// A picture file that is open for reading.
+/// A picture file that is open for reading, with the codec of its format.
 class PictureFile {
  public:
   explicit PictureFile(const std::string& path);
 
-  /// Why it could not be opened or has no known format; empty otherwise.
+  /// Why it could not be opened or has no known format; empty otherwise. The functions below may be used only
+  /// then.
   const std::string& Cause() const { return m_cause; }
   XpFile& File() { return m_file; }
   const XpString& Path() const { return m_path; }
-  /// "JPEG" and its like.
-  const std::string& Format() const { return m_format; }
-  bool IsJpeg() const { return m_format == "JPEG"; }
-  bool IsTiff() const { return m_format == "TIFF"; }
+  const imaging::PictureFormat& Format() const { return *m_format; }
+  XpImageIo& Codec() { return *m_codec; }
+  /// Why the codec's last reading failed.
+  std::string CodecCause() const;
 
  private:
   void FindFormat();
 
   XpString m_path;  // absolute
   XpFile m_file;
-  std::string m_format;
+  const imaging::PictureFormat* m_format = nullptr;
+  std::unique_ptr<XpImageIo> m_codec;
   std::string m_cause;
 };
 

@@ -8,7 +8,6 @@
 #include "host/Commands.h"
 #include "host/PictureFile.h"
 #include "host/TagListing.h"
-#include "imaging/codecs/XpImageIoJpeg.h"
 #include "imaging/tags/TagReading.h"
 
 namespace vrx::host {
@@ -21,22 +20,14 @@ struct TagsOptions {
 
 /// The tags of a file, as many as can be saved. Null with the cause in words.
 XpSharedPtr<XpTiffTagManager> ReadAllTags(PictureFile& picture, std::string& cause) {
-  if (picture.IsTiff()) {
-    XpSharedPtr<XpTiffTagManager> tags(new XpTiffTagManager);
-    picture.File().Seek(0, XpSeekStart);
-    if (imaging::ReadTagTree(picture.File(), {.onBadTag = imaging::OnBadTag::SkipTag}, *tags)) return tags;
-    cause = PictureCause(XpErrImageInvalid);
+  if (!picture.Format().hasTags) {
+    cause = std::string("tags of ") + picture.Format().name + " files are not read";
     return {};
   }
-  if (!picture.IsJpeg()) {
-    cause = "tags of " + picture.Format() + " files are not read";
-    return {};
-  }
-  XpImageIoJpeg codec;
-  codec.onBadTag = imaging::OnBadTag::SkipTag;
-  const XpSharedPtr<XpTiffTagManager> tags = codec.ReadTags(picture.File(), 0);
+  picture.Codec().onBadTag = imaging::OnBadTag::SkipTag;
+  const XpSharedPtr<XpTiffTagManager> tags = picture.Codec().LoadTags(picture.Path());
   if (tags.Get() == nullptr) {
-    cause = codec.status == XpErrImageNoData ? "it has no tags" : PictureCause(codec.status);
+    cause = picture.Codec().status == XpErrImageNoData ? "it has no tags" : picture.CodecCause();
   }
   return tags;
 }
@@ -97,7 +88,7 @@ int RunTags(const TagsOptions& options) {
 
 CommandRun AddTags(CLI::App& command) {
   const auto options = std::make_shared<TagsOptions>();
-  command.add_option("FILE", options->files, "The pictures, JPEG or TIFF")->required();
+  command.add_option("FILE", options->files, "The pictures: JPEG, MPO, RAW or TIFF")->required();
   command.add_flag("--json", options->json, "Print one JSON document");
   command.footer("Exit status: 0 done, 1 the tags of a file cannot be read, 2 wrong use.");
   return [options] { return RunTags(*options); };

@@ -15,9 +15,7 @@
 #include "host/FileCauses.h"
 #include "host/PictureFile.h"
 #include "host/PngFile.h"
-#include "imaging/codecs/XpImageIoJpeg.h"
-#include "imaging/loader/StillImage.h"
-#include "imaging/resample/XpPixmapResample.h"
+#include "imaging/codecs/XpImageIoPNG.h"
 
 namespace vrx::host {
 namespace {
@@ -49,39 +47,34 @@ std::string CheckSize(const std::string& text) {
 }
 
 Picture ReadEmbedded(PictureFile& picture, std::string& cause) {
-  XpImageIoJpeg codec;
-  Picture thumbnail = picture.IsJpeg() ? codec.ReadThumbnail(picture.File(), 0, {}) : nullptr;
-  if (thumbnail == nullptr) {
-    cause = codec.status == XpOk ? "it carries no thumbnail" : PictureCause(codec.status);
-  }
+  Picture thumbnail = picture.Codec().LoadThumbnail(picture.Path(), {});
+  if (thumbnail != nullptr) return thumbnail;
+  const XpResult result = picture.Codec().status;
+  const bool isMissing = result == XpOk || result == XpErrImageNotProvided || result == XpErrImageNoData;
+  cause = isMissing ? "it carries no thumbnail" : picture.CodecCause();
   return thumbnail;
 }
 
-/// Formats other than JPEG have no orientation here.
+/// The still-image loader shows some pictures that their codec does not: those in print colours, and
+/// animations without a screen.
 Picture LoadFitted(PictureFile& picture, XpImageSize target, std::string& cause) {
-  imaging::StillImage image;
-  XpString problem;
-  const imaging::StillImageRequest request{.enoughWidth = target.width, .enoughHeight = target.height};
-  if (LoadStillImage(picture.Path(), request, image, &problem) != XpOk) {
-    cause = Utf8(problem);
-    return nullptr;
-  }
-  const XpImageSize fit = FitImageSize({image.fullWidth, image.fullHeight}, target);
-  if (const XpResult result = ResizePixmap(*image.pixmap, fit.width, fit.height)) {
-    cause = "its shape leaves nothing at this size (" + CodeText(result) + ")";
-    return nullptr;
-  }
-  return std::move(image.pixmap);
+  XpImageIoPNG loader;
+  Picture fitted = loader.LoadFitted(picture.Path(), target, {});
+  if (fitted != nullptr) return fitted;
+  cause = loader.status == XpErrFailed
+              ? "its shape leaves nothing at this size (" + CodeText(XpErrFailed) + ")"
+              : Utf8(loader.problem);
+  return nullptr;
 }
 
 Picture DecodeFitted(PictureFile& picture, XpImageSize target, std::string& cause) {
-  if (!picture.IsJpeg()) return LoadFitted(picture, target, cause);
-  XpImageIoJpeg codec;
-  Picture fitted = codec.ReadFitted(picture.File(), 0, target, {.toSrgb = true, .applyOrientation = true});
+  XpImageIo& codec = picture.Codec();
+  Picture fitted = codec.LoadFitted(picture.Path(), target, {.toSrgb = true, .applyOrientation = true});
   if (fitted != nullptr) return fitted;
-  // Print colours, which the codec does not have.
-  if (codec.status == XpErrImageInvalid) return LoadFitted(picture, target, cause);
-  cause = PictureCause(codec.status);
+  if (codec.status == XpErrImageInvalid || codec.status == XpErrFailed) {
+    return LoadFitted(picture, target, cause);
+  }
+  cause = picture.CodecCause();
   return nullptr;
 }
 
@@ -161,7 +154,8 @@ int RunThumb(const ThumbOptions& options) {
 
 CommandRun AddThumb(CLI::App& command) {
   const auto options = std::make_shared<ThumbOptions>();
-  command.add_option("FILE", options->files, "The pictures: JPEG, PNG, TIFF, GIF or BMP")->required();
+  command.add_option("FILE", options->files, "The pictures: JPEG, MPO, RAW, TIFF, PNG, GIF or BMP")
+      ->required();
   command
       .add_option("-o,--output", options->output,
                   "The PNG file to write, or a folder: of several pictures each gets a file there")

@@ -40,7 +40,7 @@ class Rebuilder {
 
   XpResult Run() {
     // What could not be read cannot be written again.
-    if (HasDamage(m_rebuild.tags)) return XpErrImageInvalid;
+    if (m_rebuild.tags.HasLosses()) return XpErrImageInvalid;
     if (const XpResult result = FindCodedPicture(m_rebuild.source, 0, m_picture)) return result;
     if (const XpResult result = PrepareRebuiltTags(m_rebuild.tags, m_rebuild.rating, m_rebuild.now))
       return result;
@@ -52,10 +52,6 @@ class Rebuilder {
   }
 
  private:
-  static bool HasDamage(const XpTiffTagManager& tags) {
-    return std::ranges::any_of(tags.faults, [](const TagFault& fault) { return fault.isLoss; });
-  }
-
   XpResult CopyPicture();
   std::vector<JpegSegment> OrderSegments(const std::vector<JpegSegment>& old);
   XpResult CheckTrailers();

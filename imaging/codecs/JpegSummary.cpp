@@ -1,11 +1,11 @@
-#include "imaging/codecs/JpegSummary.h"
-
+// Of a JPEG file, and of the first picture of a multi-picture file.
 #include <algorithm>
 #include <iterator>
 #include <optional>
 
 #include "imaging/codecs/MpIndex.h"
 #include "imaging/codecs/OpenedJpeg.h"
+#include "imaging/codecs/PictureSummary.h"
 #include "imaging/codecs/XpImageIoJpeg.h"
 #include "imaging/jpeg/JpegSegments.h"
 #include "imaging/tags/TagNames.h"
@@ -34,7 +34,7 @@ std::uint16_t OrientationOf(XpImageIoJpeg& codec, XpAbstractFile& stream) {
 
 }  // namespace
 
-XpResult SummarizeJpeg(XpAbstractFile& stream, JpegSummary& summary) {
+XpResult SummarizeJpeg(XpAbstractFile& stream, XpImageIo&, PictureSummary& summary) {
   summary = {};
   XpImageIoJpeg codec;
   if (const XpResult result = codec.ReadImageSize(stream, 0, summary.size, false)) return result;

@@ -15,8 +15,7 @@ constexpr std::size_t kLayoutAt = 12;  // bits 8 to 15 of the descriptor
 
 XpResult ReadStereoSegment(const JpegSegment& segment, StereoLayout& layout) {
   const auto body = segment.body;
-  if (body.size() < kSegmentBytes || !IsSegment(segment, kStereoSegment, kStereoName))
-    return XpErrImageKind;
+  if (body.size() < kSegmentBytes || !IsSegment(segment, kStereoSegment, kStereoName)) return XpErrImageKind;
   if ((body[kLengthAt] << 8 | body[kLengthAt + 1]) != kDescriptorBytes) return XpErrImageInvalid;
   switch (body[kLayoutAt]) {
     case 1:

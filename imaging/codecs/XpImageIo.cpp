@@ -135,7 +135,7 @@ XpResult XpImageIo::CheckEditable(const XpString& path) {
   return state.isReadOnly ? XpErrAccessDenied : XpOk;
 }
 
-XpResult XpImageIo::EditFile(const XpString& path, const std::function<XpResult(XpAbstractFile&)>& edit) {
+XpResult XpImageIo::EditFile(const XpString& path, const std::function<XpResult(XpFile&)>& edit) {
   if (Fail(CheckEditable(path)) != XpOk) return status;
   XpFile file(path);
   if (Fail(file.Open(XpOpenReadWrite, XpShareRead)) != XpOk) return status;

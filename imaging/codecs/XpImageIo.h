@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "foundation/file/XpAbstractFile.h"
+#include "foundation/file/XpFile.h"
 #include "foundation/memory/XpSharedPtr.h"
 #include "foundation/time/XpDateTime.h"
 #include "imaging/icc/IccProfile.h"
@@ -106,6 +106,9 @@ class XpImageIo {
   virtual XpResult WriteStrippedGps(XpAbstractFile& stream, std::int64_t offset);
 
   XpResult status = XpOk;
+  /// Why the last reading gave no picture, or only a part of one, in words, where more is known than the
+  /// status says.
+  XpString problem;
   /// What ReadTags does with a damaged tag; the listing of tags asks for the others.
   vrx::imaging::OnBadTag onBadTag = vrx::imaging::OnBadTag::EndIfd;
 
@@ -114,7 +117,7 @@ class XpImageIo {
   /// could change, XpErrAccessDenied for a file that is read-only.
   static XpResult CheckEditable(const XpString& path);
   /// Runs an edit on the file at `path`; what was written is on the disk when this returns.
-  XpResult EditFile(const XpString& path, const std::function<XpResult(XpAbstractFile&)>& edit);
+  XpResult EditFile(const XpString& path, const std::function<XpResult(XpFile&)>& edit);
   XpResult Fail(XpResult result) { return status = result; }
   /// Brings the stream to the TIFF header, of which the position is given, or fails.
   XpResult FindTiffHeader(XpAbstractFile& stream, std::int64_t offset, std::int64_t& base);

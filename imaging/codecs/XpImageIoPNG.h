@@ -19,7 +19,4 @@ class XpImageIoPNG : public XpImageIo {
   /// XpErrFailed when it cannot be loaded.
   XpResult GetImageSize(XpString path, XpImageSize& size, bool forceStereo) override;
   Picture ReadThumbnail(XpAbstractFile& stream, std::int64_t offset, const XpImageReading& reading) override;
-
-  /// Why the last reading gave no picture, or only a part of one, in words; empty otherwise.
-  XpString problem;
 };

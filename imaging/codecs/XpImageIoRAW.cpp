@@ -11,6 +11,7 @@
 #include "imaging/codecs/RawPreview.h"
 #include "imaging/codecs/RawSize.h"
 #include "imaging/codecs/RawVersion.h"
+#include "imaging/codecs/TiffStart.h"
 #include "imaging/codecs/UprightPicture.h"
 #include "imaging/codecs/XpImageIoJpeg.h"
 #include "imaging/jpeg/JpegCopy.h"
@@ -150,13 +151,7 @@ Picture XpImageIoRAW::ReadThumbnail(XpAbstractFile& stream, std::int64_t offset,
 }
 
 XpResult XpImageIoRAW::SeekToTiffHeader(XpAbstractFile& stream, std::int64_t offset) {
-  char order[2];
-  std::uint64_t read = 0;
-  if (Fail(stream.Seek(offset, XpSeekStart)) != XpOk) return status;
-  const XpResult result = stream.Read(order, sizeof(order), &read);
-  if (result != XpOk && result != XpErrEndOfFile) return Fail(result);
-  const bool isOrder = read == sizeof(order) && order[0] == order[1] && (order[0] == 'I' || order[0] == 'M');
-  return Fail(isOrder ? stream.Seek(offset, XpSeekStart) : XpResult{XpErrImageInvalid});
+  return Fail(SeekToTiffStart(stream, offset));
 }
 
 XpResult XpImageIoRAW::ReadDimensions(XpAbstractFile& stream, std::int64_t offset, XpImageSize& size,

@@ -1,16 +1,12 @@
 // The still-picture formats, each with the way its files are known. The loader walks the table.
 #pragma once
 
-#include <cstddef>
 #include <span>
 #include <string_view>
 
 #include "imaging/loader/ImageReading.h"
 
 namespace vrx::imaging {
-
-/// What a format is known by lies within the first bytes of a file, so many of them.
-inline constexpr std::size_t kSignatureBytes = 16;
 
 struct ImageFormat {
   const char* name;

@@ -7,6 +7,7 @@
 
 #include "foundation/file/XpFile.h"
 #include "imaging/loader/ImageFormats.h"
+#include "imaging/source/PictureSignatures.h"
 
 namespace vrx::imaging {
 

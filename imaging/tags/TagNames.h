@@ -23,11 +23,18 @@ std::string_view TagName(TagGroup group, std::uint16_t number);
 
 inline constexpr std::uint16_t kTagImageWidth = 0x0100;
 inline constexpr std::uint16_t kTagImageLength = 0x0101;
+inline constexpr std::uint16_t kTagBitsPerSample = 0x0102;
 inline constexpr std::uint16_t kTagCompression = 0x0103;
+inline constexpr std::uint16_t kTagPhotometric = 0x0106;
 inline constexpr std::uint16_t kTagModel = 0x0110;
+inline constexpr std::uint16_t kTagStripOffsets = 0x0111;
 inline constexpr std::uint16_t kTagOrientation = 0x0112;
+inline constexpr std::uint16_t kTagSamplesPerPixel = 0x0115;
+inline constexpr std::uint16_t kTagRowsPerStrip = 0x0116;
+inline constexpr std::uint16_t kTagStripByteCounts = 0x0117;
 inline constexpr std::uint16_t kTagXResolution = 0x011A;
 inline constexpr std::uint16_t kTagYResolution = 0x011B;
+inline constexpr std::uint16_t kTagPlanarConfiguration = 0x011C;
 inline constexpr std::uint16_t kTagResolutionUnit = 0x0128;
 inline constexpr std::uint16_t kTagSoftware = 0x0131;
 inline constexpr std::uint16_t kTagDateTime = 0x0132;

@@ -1,5 +1,6 @@
 #include "imaging/tags/XpTiffTagManager.h"
 
+#include <algorithm>
 #include <charconv>
 #include <new>
 
@@ -82,6 +83,10 @@ XpTiffTagDataBase* XpTiffTagManager::FindTag(std::uint16_t tag) const {
     if (XpTiffTagDataBase* found = root->ifds[i]->FindTag(tag, true)) return found;
   }
   return nullptr;
+}
+
+bool XpTiffTagManager::HasLosses() const {
+  return std::ranges::any_of(faults, [](const vrx::imaging::TagFault& fault) { return fault.isLoss; });
 }
 
 std::int32_t XpTiffTagManager::GetExifVersionNumber() const {

@@ -49,6 +49,8 @@ class XpTiffTagManager {
   XpTiffTagDataBase* FindTag(std::uint16_t tag) const;
   /// The Exif version as a number, such as 230; 0 when there is none.
   std::int32_t GetExifVersionNumber() const;
+  /// Something that the file holds is missing in the tree, and would be lost if the tree were written.
+  bool HasLosses() const;
 
   std::unique_ptr<XpTiffTagDataIFD> root;  // null when there is no tree
   bool bigEndian = false;

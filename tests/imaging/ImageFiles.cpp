@@ -168,13 +168,22 @@ Bytes Tiff(const Samples& samples, const TiffForm& form) {
   TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, form.photometric);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, form.compression);
-  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, form.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
   TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_RIGHTTOP);  // which the loader does not follow
   const auto extra = static_cast<std::uint16_t>(form.extraSample);
   if (extra != 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
   const int side = form.tile;
-  if (side == 0) {
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 3);
+  if (form.isPlanar) {
+    for (int c = 0; c < samples.channels; ++c) {
+      const Samples plane =
+          Make(samples.width, samples.height, 1, [&](int x, int y, int) { return samples.At(x, y)[c]; });
+      for (int y = 0; y < samples.height; ++y) {
+        TIFFWriteScanline(tiff, Row(plane, y, 8).data(), static_cast<std::uint32_t>(y),
+                          static_cast<std::uint16_t>(c));
+      }
+    }
+  } else if (side == 0) {
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, form.compression == COMPRESSION_JPEG ? 8 : 3);
     for (int y = 0; y < samples.height; ++y) {
       TIFFWriteScanline(tiff, Row(samples, y, 8).data(), static_cast<std::uint32_t>(y), 0);
     }

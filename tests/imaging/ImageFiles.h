@@ -61,8 +61,9 @@ int GifColour(int index, int channel);
 struct TiffForm {
   int photometric = 2;
   int compression = 1;
-  int tile = 0;         // side in pixels, a multiple of 16; 0 for strips of 3 rows
-  int extraSample = 0;  // TIFF's kind of the last channel; 0 for none
+  int tile = 0;           // side in pixels, a multiple of 16; 0 for strips of 3 rows
+  int extraSample = 0;    // TIFF's kind of the last channel; 0 for none
+  bool isPlanar = false;  // strips of one channel after another
 };
 Bytes Tiff(const Samples& samples, const TiffForm& form = {});
 
