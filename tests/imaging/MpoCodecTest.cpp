@@ -186,6 +186,8 @@ TEST(MpoCodecTest, EditReachesEveryFrameOnceAndNoOtherByte) {
 TEST(MpoCodecTest, FrameThatCannotBeEditedEndsTheEditAndALostOneIsPassedOver) {
   const Bytes camera = CameraFile();
   const std::vector<MpoPicture> withBare{{0, camera}, {0, CameraPicture()}, {0, camera}};
+  const Bytes damaged = WithSegments(CameraPicture(), {Exif("no TIFF header")});
+  const std::vector<MpoPicture> withDamaged{{0, camera}, {0, damaged}, {0, camera}};
   const std::vector<MpoPicture> three{{0, camera}, {0, camera}, {0, camera}};
   struct Case {
     const char* name;
@@ -194,10 +196,12 @@ TEST(MpoCodecTest, FrameThatCannotBeEditedEndsTheEditAndALostOneIsPassedOver) {
     XpResult result, gpsResult;
     std::size_t changed, gpsChanged;  // frames from the first on
   };
-  for (const Case& c : {Case{"frame without tags", withBare, -1, XpErrImageNoData, XpErrImageNoData, 1, 1},
-                        Case{"last frame lost", three, 2, XpOk, XpErrPastEnd, 2, 2},
-                        Case{"middle frame lost", three, 1, XpOk, XpErrPastEnd, 3, 1},
-                        Case{"first frame lost", three, 0, XpErrPastEnd, XpErrPastEnd, 0, 0}}) {
+  for (const Case& c :
+       {Case{"frame without tags", withBare, -1, XpErrImageNoData, XpErrImageNoData, 1, 1},
+        Case{"frame with damaged tags", withDamaged, -1, XpErrImageInvalid, XpErrImageInvalid, 1, 1},
+        Case{"last frame lost", three, 2, XpOk, XpErrPastEnd, 2, 2},
+        Case{"middle frame lost", three, 1, XpOk, XpErrPastEnd, 3, 1},
+        Case{"first frame lost", three, 0, XpErrPastEnd, XpErrPastEnd, 0, 0}}) {
     Bytes file = MpoFile(c.pictures);
     if (c.lost >= 0) file = WithMpField(file, static_cast<std::size_t>(c.lost), MpField::Offset, 1u << 30);
     std::vector<std::size_t> starts = MpoStarts(file, c.pictures);
@@ -240,35 +244,37 @@ TEST(MpoCodecTest, FileIsRatedAndStrippedInPlace) {
 
 TEST(MpoCodecTest, SummaryNamesDamagedEntriesAndCutsAtTheEnd) {
   const Bytes none = "no picture";
-  Bytes file = MpoFile({{0x20030000, Numbered(16)},
-                        {kMpChild | 0x010001, Numbered(24)},
-                        {0, none},
-                        {0x00020002, Numbered(32)},
-                        {0, Numbered(40)}},
-                       {.ifds = 1});
-  file = WithMpField(file, 4, MpField::Offset, 1u << 30);
-  const auto last = static_cast<std::uint32_t>(file.size() - Numbered(40).size());
-  file = WithMpField(file, 3, MpField::Size, 1u << 30);
+  const std::vector<MpoPicture> pictures{
+      {0x20030000, Numbered(16)}, {kMpChild | 0x010001, Numbered(24)}, {0, none}, {0, Numbered(24)},
+      {0, Numbered(24)},          {0x00020002, Numbered(32)}};
+  Bytes file = MpoFile(pictures, {.ifds = 1});
+  file = WithMpField(file, 3, MpField::Offset, 1u << 30);
+  file = WithMpField(file, 4, MpField::Size, 0);
+  file = WithMpField(file, 5, MpField::Size, 1u << 30);
   Stream stream(file);
   std::vector<MpPictureSummary> found;
   ASSERT_EQ(vrx::imaging::SummarizeMpFile(stream, found), XpOk);
-  const auto facts = [](const MpPictureSummary& p) {
-    return std::tuple(p.frame, p.result, p.storedSize.width, p.IsCut());
-  };
-  ASSERT_EQ(found.size(), 5u);
-  EXPECT_EQ(facts(found[0]), std::tuple(0, XpOk, 16, false));
-  EXPECT_EQ(facts(found[1]), std::tuple(-1, XpOk, 24, false));
-  EXPECT_EQ(facts(found[2]), std::tuple(1, XpErrImageInvalid, 0, false));
-  EXPECT_EQ(facts(found[3]), std::tuple(2, XpOk, 32, true));
-  EXPECT_EQ(facts(found[4]), std::tuple(3, XpErrPastEnd, 0, false));
-  EXPECT_EQ(found[3].start + found[3].size, std::ssize(file));
-  EXPECT_EQ(found[3].start, last - std::ssize(Numbered(32)));
+  ASSERT_EQ(found.size(), 6u);
+  const std::tuple<int, XpResult, int, bool> expected[] = {{0, XpOk, 16, false},
+                                                           {-1, XpOk, 24, false},
+                                                           {1, XpErrImageInvalid, 0, false},
+                                                           {2, XpErrPastEnd, 0, false},
+                                                           {3, XpErrImageInvalid, 0, false},
+                                                           {4, XpOk, 32, true}};
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    const MpPictureSummary& p = found[i];
+    EXPECT_EQ(std::tuple(p.frame, p.result, p.storedSize.width, p.IsCut()), expected[i]) << i;
+    if (p.result == XpOk) {
+      EXPECT_EQ(static_cast<std::size_t>(p.start), MpoStarts(file, pictures)[i]);
+    }
+  }
+  EXPECT_EQ(found[5].start + found[5].size, std::ssize(file));
   EXPECT_EQ(found[1].entry.Type(), vrx::imaging::MpType::LargeThumbnailVga);
 }
 
 TEST(MpoCodecTest, PicturesWithinEachOthersHeadsAreNotSearchedWithoutEnd) {
   // Each small segment holds the start of a picture, whose head is all segments after it.
-  std::vector<MpStoredEntry> entries(200, MpStoredEntry{0, 6, 0});
+  std::vector<MpStoredEntry> entries(1500, MpStoredEntry{0, 6, 0});
   auto start = static_cast<std::uint32_t>(MpIndexSegment({}, entries).size() - 4);  // from the TIFF header
   Bytes segments;
   for (MpStoredEntry& entry : entries) {
@@ -281,6 +287,7 @@ TEST(MpoCodecTest, PicturesWithinEachOthersHeadsAreNotSearchedWithoutEnd) {
   Stream stream(file);
   std::vector<MpPictureSummary> found;
   ASSERT_EQ(vrx::imaging::SummarizeMpFile(stream, found), XpOk);
+  EXPECT_EQ(found.size(), 1024u);
   EXPECT_EQ(found.front().storedSize.width, 8);
   EXPECT_EQ(found.back().storedSize.width, 0);
   XpImageIoMPO codec;
