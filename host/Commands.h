@@ -23,6 +23,9 @@ CommandRun AddLogs(CLI::App& command);
 /// Shows and checks the container of binary data beside a content, and takes data out of it.
 CommandRun AddMoff(CLI::App& moff);
 
+/// Which pictures a multi-picture file holds, and takes them out of it.
+CommandRun AddMpo(CLI::App& mpo);
+
 /// What the tags of pictures say.
 CommandRun AddTags(CLI::App& command);
 

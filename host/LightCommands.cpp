@@ -11,6 +11,7 @@ constexpr CommandRow kLightCommands[] = {
     {"info", "Show format, sizes, profile and segments of pictures", AddInfo},
     {"logs", "Show the log of the current run", AddLogs},
     {"moff", "Show, check or extract the binary data beside a media file", AddMoff},
+    {"mpo", "Show or extract the pictures of a multi-picture file", AddMpo},
     {"tags", "Show the tags of pictures", AddTags},
     {"thumb", "Write small pictures of pictures", AddThumb},
 };
