@@ -1,4 +1,5 @@
-// The GPS fields of a picture and the tags made from them. Used where the position of a picture is replaced.
+// The GPS fields of a picture, read from its tags and made into tags. Used where the position of a picture is
+// replaced.
 #pragma once
 
 #include <array>
@@ -25,7 +26,7 @@ class XpGPSByte : public XpGPSElement {
 };
 class XpGPSText : public XpGPSElement {
  public:
-  std::string text;  // without a terminator
+  std::string text;  // without its terminator; zeros that fill up a longer value are a part of it
 };
 class XpGPSRational : public XpGPSElement {
  public:
@@ -83,5 +84,9 @@ namespace vrx::imaging {
 
 /// Adds a tag for each field that is present. XpErrOutOfMemory, with the tags before it added.
 XpResult AddGpsTags(XpTiffTagIFD& ifd, const XpGPSRecord& record);
+
+/// What AddGpsTags makes the same tags of again. A field stays missing where the tag has another type or
+/// count, or a text has no terminator. Throws std::bad_alloc.
+XpGPSRecord ReadGpsTags(const XpTiffTagIFD& ifd);
 
 }  // namespace vrx::imaging
