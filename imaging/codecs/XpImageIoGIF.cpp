@@ -1,6 +1,7 @@
 #include "imaging/codecs/XpImageIoGIF.h"
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -27,11 +28,13 @@ XpResult MakeScreen(const GifDecoder& gif, Picture& screen) {
   if (const XpResult result = screen->Allocate(gif.ScreenWidth(), gif.ScreenHeight())) return result;
   const std::uint32_t background = gif.Background();
   if (background == 0) return XpOk;  // new pixels are black
-  for (std::int32_t y = 0; y < screen->height; ++y) {
-    unsigned char* row = screen->GetPlane(0)->Row(y);
-    for (std::int32_t x = 0; x < screen->width * kBytesPerPixel; ++x) {
-      row[x] = static_cast<unsigned char>(background >> 8 * (x % kBytesPerPixel));
-    }
+  unsigned char* first = screen->GetPlane(0)->Row(0);
+  const std::int32_t rowBytes = screen->width * kBytesPerPixel;
+  for (std::int32_t i = 0; i < rowBytes; ++i) {
+    first[i] = static_cast<unsigned char>(background >> 8 * (i % kBytesPerPixel));
+  }
+  for (std::int32_t y = 1; y < screen->height; ++y) {
+    std::memcpy(screen->GetPlane(0)->Row(y), first, static_cast<std::size_t>(rowBytes));
   }
   return XpOk;
 }
