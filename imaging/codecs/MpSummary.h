@@ -25,9 +25,9 @@ struct MpPictureSummary {
   bool IsCut() const { return result == XpOk && size < entry.size; }
 };
 
-/// Of the file that the stream holds. Unlike the codec, this takes an index of one IFD as well, which phones
-/// write. XpErrImageNoData without an index, XpErrImageInvalid for one without a TIFF header,
-/// XpErrImageUnusable for one without entries.
+/// Of the file that the stream holds. Unlike the codec, this takes any number of IFDs in the index: some
+/// writers leave the second one out. XpErrImageNoData without an index, XpErrImageInvalid for one without a
+/// TIFF header, XpErrImageUnusable for one without entries.
 XpResult SummarizeMpFile(XpAbstractFile& stream, std::vector<MpPictureSummary>& pictures);
 
 }  // namespace vrx::imaging

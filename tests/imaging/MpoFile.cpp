@@ -39,37 +39,25 @@ Bytes MpIndexSegment(const MpIndexForm& form, const std::vector<MpStoredEntry>& 
   return App(2, body);
 }
 
-Bytes MpoFile(const std::vector<MpoPicture>& pictures, const MpIndexForm& form) {
+MpoFile::MpoFile(const std::vector<MpoPicture>& pictures, const MpIndexForm& form) {
   const Bytes& first = pictures.front().jpeg;
   const std::size_t at = EndOfSegments(first);
-  std::vector<MpStoredEntry> entries;
-  for (const MpoPicture& picture : pictures) {
-    entries.push_back({picture.attribute, static_cast<std::uint32_t>(picture.jpeg.size()), 0});
+  header = at + 8;
+  std::vector<MpStoredEntry> entries(pictures.size());
+  starts = {0, first.size() + MpIndexSegment(form, entries).size()};
+  for (std::size_t i = 0; i < pictures.size(); ++i) {
+    if (i > 0) starts.push_back(starts[i] + pictures[i].jpeg.size());
+    entries[i] = {pictures[i].attribute, static_cast<std::uint32_t>(starts[i + 1] - starts[i]),
+                  static_cast<std::uint32_t>(i == 0 ? 0 : starts[i] - header)};
   }
-  std::size_t end = first.size() + MpIndexSegment(form, entries).size();
-  entries.front().size = static_cast<std::uint32_t>(end);
-  const std::size_t header = at + 8;
-  for (std::size_t i = 1; i < pictures.size(); ++i) {
-    entries[i].offset = static_cast<std::uint32_t>(end - header);
-    end += pictures[i].jpeg.size();
-  }
-  Bytes file = Bytes(first).insert(at, MpIndexSegment(form, entries));
-  for (std::size_t i = 1; i < pictures.size(); ++i) file += pictures[i].jpeg;
-  return file;
+  bytes = Bytes(first).insert(at, MpIndexSegment(form, entries));
+  for (std::size_t i = 1; i < pictures.size(); ++i) bytes += pictures[i].jpeg;
 }
 
-std::vector<std::size_t> MpoStarts(const Bytes& file, const std::vector<MpoPicture>& pictures) {
-  std::vector<std::size_t> starts(pictures.size());
-  std::size_t end = file.size();
-  for (std::size_t i = pictures.size(); i-- > 1;) starts[i] = end -= pictures[i].jpeg.size();
-  return starts;
-}
-
-std::size_t MpHeaderOf(const Bytes& file) { return file.find(Bytes("MPF\0", 4)) + 4; }
-
-Bytes WithMpField(Bytes file, std::size_t entry, MpField field, std::uint32_t value, bool isBig) {
-  const std::size_t at = MpHeaderOf(file) + kTableAt + entry * kEntryBytes + static_cast<std::size_t>(field);
-  return file.replace(at, 4, TagBytes{.bigEndian = isBig}.U32(value));
+MpoFile& MpoFile::Set(std::size_t entry, MpField field, std::size_t value) {
+  const std::size_t at = header + kTableAt + entry * kEntryBytes + static_cast<std::size_t>(field);
+  bytes.replace(at, 4, imagefiles::Little(static_cast<std::uint32_t>(value), 4));
+  return *this;
 }
 
 }  // namespace jpegfiles

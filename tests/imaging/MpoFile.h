@@ -17,7 +17,7 @@ struct MpIndexForm {
   std::uint32_t moreEntries = 0;  // that the count tells of and the table does not hold
 };
 struct MpStoredEntry {
-  std::uint32_t attribute, size, offset;
+  std::uint32_t attribute = 0, size = 0, offset = 0;
 };
 /// The table stands 38 bytes after the TIFF header.
 Bytes MpIndexSegment(const MpIndexForm& form, const std::vector<MpStoredEntry>& entries);
@@ -26,15 +26,17 @@ struct MpoPicture {
   std::uint32_t attribute = 0;
   Bytes jpeg;
 };
-/// The index is the last of the segments that open the first picture.
-Bytes MpoFile(const std::vector<MpoPicture>& pictures, const MpIndexForm& form = {});
-
-/// Where the pictures that MpoFile was given begin in the file. The first is longer there by its index.
-std::vector<std::size_t> MpoStarts(const Bytes& file, const std::vector<MpoPicture>& pictures);
-
-/// Changes an entry of the file's index.
 enum class MpField { Attribute = 0, Size = 4, Offset = 8 };
-Bytes WithMpField(Bytes file, std::size_t entry, MpField field, std::uint32_t value, bool isBig = false);
-std::size_t MpHeaderOf(const Bytes& file);
+
+/// The index is the last of the segments that open the first picture.
+struct MpoFile {
+  explicit MpoFile(const std::vector<MpoPicture>& pictures, const MpIndexForm& form = {});
+  /// Changes an entry of a little-endian index.
+  MpoFile& Set(std::size_t entry, MpField field, std::size_t value);
+
+  Bytes bytes;
+  std::vector<std::size_t> starts;  // of the pictures, and the end of the file
+  std::size_t header = 0;           // of the index
+};
 
 }  // namespace jpegfiles
