@@ -12,7 +12,9 @@ constexpr std::size_t kEntryBytes = 16;
 /// After the APP segments that open a JPEG file.
 std::size_t EndOfSegments(const Bytes& jpeg) {
   std::size_t at = 2;
-  while ((jpeg[at + 1] & 0xF0) == 0xE0) at += 2u + ((jpeg[at + 2] & 0xFF) << 8 | (jpeg[at + 3] & 0xFF));
+  while ((jpeg[at + 1] & 0xF0) == 0xE0) {
+    at += static_cast<std::size_t>(2 + ((jpeg[at + 2] & 0xFF) << 8 | (jpeg[at + 3] & 0xFF)));
+  }
   return at;
 }
 
