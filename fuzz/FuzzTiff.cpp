@@ -13,8 +13,7 @@ namespace {
 constexpr std::int64_t kMostPixels = 1 << 20;  // so that a run stays short
 
 bool IsSame(const XpImageIo::Picture& a, const XpImageIo::Picture& b) {
-  if (a == nullptr || b == nullptr) return a == b;
-  return a->size == b->size && std::memcmp(a->data, b->data, a->size) == 0;
+  return b != nullptr && a->size == b->size && std::memcmp(a->data, b->data, a->size) == 0;
 }
 
 void Rate(const XpString& path, const XpImageIo::Picture& before) {
@@ -23,7 +22,8 @@ void Rate(const XpString& path, const XpImageIo::Picture& before) {
   const auto tags = codec.LoadTags(path);
   if (tags.Get() == nullptr || tags->GetMakerIfd() == nullptr) std::abort();
   if (tags->GetMakerIfd()->GetLong(0x2002, 0, false) != 3) std::abort();
-  if (!IsSame(before, codec.Load(path, 1, {}))) std::abort();
+  // A strip that reached past the end may lie within the longer file.
+  if (before != nullptr && !IsSame(before, codec.Load(path, 1, {}))) std::abort();
 }
 
 }  // namespace
@@ -40,7 +40,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const XpImageReading reading{.toSrgb = (choice & 4) != 0, .applyOrientation = (choice & 8) != 0};
   if ((codec.Load(path, 1 << (choice & 3), reading) != nullptr) != (codec.status == XpOk)) std::abort();
   if (codec.LoadFitted(path, {40, 30}, reading) == nullptr && codec.status == XpOk) std::abort();
-  const auto before = codec.Load(path, 1, {});
-  Rate(path, before);
+  if ((choice & 16) != 0) Rate(path, codec.Load(path, 1, {}));  // the slowest, since it is flushed
   return 0;
 }

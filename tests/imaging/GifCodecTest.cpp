@@ -148,7 +148,7 @@ TEST(PictureFormatsTest, ContentAndNameTogetherFindTheCodec) {
   TempFolder folder;
   const Bytes jpeg = imagefiles::Jpeg(imagefiles::Smooth(16, 16, 3)),
               tiff = tifffiles::Tiff({}, Bytes(36, '\0'));
-  const Bytes mpo = jpegfiles::MpoFile({{0, jpeg}, {0, jpeg}});
+  const Bytes mpo = jpegfiles::MpoFile({{0, jpeg}, {0, jpeg}}).bytes;
   const Bytes bigTiff("II+\0\x08\0\0\0", 8);
   struct Case {
     const char* file;
