@@ -34,8 +34,8 @@ XpSharedPtr<XpTiffTagManager> XpImageIoMPO::ReadIndexTags(XpAbstractFile& stream
   return XpImageIo::ReadTags(stream, offset);
 }
 
-XpResult XpImageIoMPO::FindEntry(XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index,
-                                 const std::function<const MpEntry*(const MpTable&)>& choose) {
+XpResult XpImageIoMPO::SeekToEntry(XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index,
+                                   const std::function<const MpEntry*(const MpTable&)>& choose) {
   XpSharedPtr<XpTiffTagManager> own;
   if (index == nullptr) {
     own = ReadIndexTags(stream, offset);
@@ -54,24 +54,25 @@ XpResult XpImageIoMPO::FindEntry(XpAbstractFile& stream, std::int64_t offset, co
 XpResult XpImageIoMPO::SeekToFrame(XpAbstractFile& stream, std::int64_t offset, std::int64_t frame,
                                    const XpTiffTagManager* index) {
   if (frame < 0) return Fail(XpErrImageArgument);
-  return FindEntry(stream, offset, index, [frame](const MpTable& table) { return table.Frame(frame); });
+  return SeekToEntry(stream, offset, index, [frame](const MpTable& table) { return table.Frame(frame); });
 }
 
 XpResult XpImageIoMPO::SeekToRepresentative(XpAbstractFile& stream, std::int64_t offset,
                                             const XpTiffTagManager* index) {
-  return FindEntry(stream, offset, index, [](const MpTable& table) { return table.Representative(); });
+  return SeekToEntry(stream, offset, index, [](const MpTable& table) { return table.Representative(); });
 }
 
 std::int64_t XpImageIoMPO::GetFrameCount(XpAbstractFile& stream, std::int64_t offset) {
   return UsableTable(ReadIndexTags(stream, offset).Get()).CountFrames();
 }
 
-Picture XpImageIoMPO::AtPosition(const std::function<Picture(XpImageIoJpeg&)>& read) {
+template <class Reading>
+auto XpImageIoMPO::ReadByJpeg(const Reading& read) {
   XpImageIoJpeg jpeg;
   jpeg.onBadTag = onBadTag;
-  Picture picture = read(jpeg);
+  auto found = read(jpeg);
   Fail(jpeg.status);
-  return picture;
+  return found;
 }
 
 XpResult XpImageIoMPO::SeekToShown(XpAbstractFile& stream, std::int64_t offset) {
@@ -84,19 +85,19 @@ XpResult XpImageIoMPO::SeekToShown(XpAbstractFile& stream, std::int64_t offset) 
 Picture XpImageIoMPO::Read(XpAbstractFile& stream, std::int64_t offset, std::int32_t scale,
                            const XpImageReading& reading) {
   if (SeekToShown(stream, offset) != XpOk) return nullptr;
-  return AtPosition([&](XpImageIoJpeg& jpeg) { return jpeg.Read(stream, stream.Tell(), scale, reading); });
+  return ReadByJpeg([&](XpImageIoJpeg& jpeg) { return jpeg.Read(stream, stream.Tell(), scale, reading); });
 }
 
 Picture XpImageIoMPO::ReadThumbnail(XpAbstractFile& stream, std::int64_t offset,
                                     const XpImageReading& reading) {
   if (SeekToShown(stream, offset) != XpOk) return nullptr;
-  return AtPosition([&](XpImageIoJpeg& jpeg) { return jpeg.ReadThumbnail(stream, stream.Tell(), reading); });
+  return ReadByJpeg([&](XpImageIoJpeg& jpeg) { return jpeg.ReadThumbnail(stream, stream.Tell(), reading); });
 }
 
 Picture XpImageIoMPO::ReadThumbnailOfFrame(XpAbstractFile& stream, std::int64_t offset, std::int64_t frame,
                                            const XpImageReading& reading) {
   if (SeekToFrame(stream, offset, frame, nullptr) != XpOk) return nullptr;
-  return AtPosition([&](XpImageIoJpeg& jpeg) { return jpeg.ReadThumbnail(stream, stream.Tell(), reading); });
+  return ReadByJpeg([&](XpImageIoJpeg& jpeg) { return jpeg.ReadThumbnail(stream, stream.Tell(), reading); });
 }
 
 XpResult XpImageIoMPO::ReadImageSize(XpAbstractFile& stream, std::int64_t offset, XpImageSize& size,
@@ -105,11 +106,7 @@ XpResult XpImageIoMPO::ReadImageSize(XpAbstractFile& stream, std::int64_t offset
 }
 
 XpSharedPtr<XpTiffTagManager> XpImageIoMPO::ReadTags(XpAbstractFile& stream, std::int64_t offset) {
-  XpImageIoJpeg jpeg;
-  jpeg.onBadTag = onBadTag;
-  XpSharedPtr<XpTiffTagManager> tags = jpeg.ReadTags(stream, offset);
-  Fail(jpeg.status);
-  return tags;
+  return ReadByJpeg([&](XpImageIoJpeg& jpeg) { return jpeg.ReadTags(stream, offset); });
 }
 
 XpResult XpImageIoMPO::EditFrames(XpAbstractFile& stream, std::int64_t offset, LostFrame lost,

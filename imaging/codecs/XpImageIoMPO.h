@@ -12,7 +12,6 @@ namespace vrx::imaging {
 struct MpEntry;
 struct MpTable;
 }  // namespace vrx::imaging
-class XpImageIoJpeg;
 
 /// A frame is a picture that is no part of another one, counted from 0 in the order of the index. A usable
 /// index has exactly two IFDs, and entries. What needs it is XpErrImageUnusable without one; readings tell
@@ -64,10 +63,12 @@ class XpImageIoMPO : public XpImageIo {
   /// With the position of the frame's TIFF header.
   using FrameEdit = std::function<XpResult(std::int64_t base)>;
 
-  XpResult FindEntry(XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index,
-                     const std::function<const vrx::imaging::MpEntry*(const vrx::imaging::MpTable&)>& choose);
+  XpResult SeekToEntry(
+      XpAbstractFile& stream, std::int64_t offset, const XpTiffTagManager* index,
+      const std::function<const vrx::imaging::MpEntry*(const vrx::imaging::MpTable&)>& choose);
   XpResult SeekToShown(XpAbstractFile& stream, std::int64_t offset);
-  /// Reads by the JPEG codec and takes over its status.
-  Picture AtPosition(const std::function<Picture(XpImageIoJpeg&)>& read);
+  /// What the function reads by a codec of JPEG files, whose status is taken over.
+  template <class Reading>
+  auto ReadByJpeg(const Reading& read);
   XpResult EditFrames(XpAbstractFile& stream, std::int64_t offset, LostFrame lost, const FrameEdit& edit);
 };
