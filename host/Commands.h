@@ -38,6 +38,9 @@ CommandRun AddThumb(CLI::App& command);
 /// Changes tags of pictures in their files.
 CommandRun AddEdit(CLI::App& command);
 
+/// The preview of a RAW file, and its position.
+CommandRun AddRaw(CLI::App& raw);
+
 /// The metadata beside a content.
 CommandRun AddModd(CLI::App& modd);
 

@@ -7,11 +7,12 @@ namespace {
 
 constexpr CommandRow kLightCommands[] = {
     {"config", "Show or change settings", AddConfig},
-    {"edit", "Change dates, rotation, rating or position in JPEG files", AddEdit},
-    {"info", "Show format, sizes, profile and segments of pictures", AddInfo},
+    {"edit", "Change dates, rotation, rating or position in pictures", AddEdit},
+    {"info", "Show format, sizes and profile of pictures", AddInfo},
     {"logs", "Show the log of the current run", AddLogs},
     {"moff", "Show, check or extract the binary data beside a media file", AddMoff},
     {"mpo", "Show or extract the pictures of a multi-picture file", AddMpo},
+    {"raw", "Copy the preview of a RAW file, or replace its position", AddRaw},
     {"tags", "Show the tags of pictures", AddTags},
     {"thumb", "Write small pictures of pictures", AddThumb},
 };

@@ -69,8 +69,8 @@ class StoredPlace {
 
  private:
   bool Use(std::int64_t start, std::uint64_t size) {
-    if (start < 0 || static_cast<std::uint64_t>(start) > m_bytes.size()) return false;
-    if (size > m_bytes.size() - static_cast<std::uint64_t>(start)) return false;
+    const auto before = static_cast<std::uint64_t>(start);  // large for a start that lies in front
+    if (before > m_bytes.size() || size > m_bytes.size() - before) return false;
     const auto first = m_isUsed.begin() + start, last = first + static_cast<std::ptrdiff_t>(size);
     if (std::find(first, last, true) != last) return false;
     std::fill(first, last, true);

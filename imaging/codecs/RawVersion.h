@@ -8,6 +8,8 @@
 namespace vrx::imaging {
 
 inline constexpr std::uint32_t kRawVersionEarly = 0x100;
+/// From this one on, a position can be removed and replaced.
+inline constexpr std::uint32_t kRawVersionWithGpsPlace = 0x302;
 
 /// Whether the file comes from the first camera, which writes no version.
 bool IsFromEarlyBody(const XpTiffTagManager& tags);

@@ -28,9 +28,6 @@ namespace {
 using Picture = XpImageIo::Picture;
 
 constexpr XpImageSize kThumbnail{160, 120};
-// The oldest versions whose position can be removed and replaced.
-constexpr std::uint32_t kFirstStrippable = 0x302;
-constexpr std::uint32_t kFirstWithGpsPlace = 0x302;
 
 std::uint16_t OrientationOf(const XpTiffTagManager& tags) {
   const XpTiffTagIFD* first = tags.GetIfd(0);
@@ -237,13 +234,13 @@ XpResult XpImageIoRAW::SetRating(XpString path, std::uint32_t rating) {
 
 XpResult XpImageIoRAW::StripGps(XpString path) {
   if (Fail(CheckEditable(path)) != XpOk) return status;
-  if (GetRawVersion(path) < kFirstStrippable) return Fail(XpErrImageNoData);
+  if (GetRawVersion(path) < kRawVersionWithGpsPlace) return Fail(XpErrImageNoData);
   return XpImageIo::StripGps(path);
 }
 
 XpResult XpImageIoRAW::ReplaceGps(XpString path, const XpGPSRecord& record) {
   if (Fail(CheckEditable(path)) != XpOk) return status;
-  if (GetRawVersion(path) < kFirstWithGpsPlace) return Fail(XpErrImageNoData);
+  if (GetRawVersion(path) < kRawVersionWithGpsPlace) return Fail(XpErrImageNoData);
   SetTagModeByName(path);
   return EditFile(path, [&](XpAbstractFile& file) { return WriteGps(file, 0, record); });
 }

@@ -69,6 +69,12 @@ TEST(RawCodecTest, PreviewIsFoundWhereTheTagsNameIt) {
     EXPECT_EQ(Bytes(static_cast<const char*>(out.GetData()), static_cast<std::size_t>(out.GetSize())),
               c.copied == XpOk ? Preview() : "");
   }
+  Bytes cut = RawFile({.preview = Bytes(1 << 20, 'x')});
+  cut.pop_back();
+  Stream stream(cut);
+  XpMemoryFile out;
+  EXPECT_EQ(XpImageIoRAW().CopyPreview(stream, out), XpErrEndOfFile);
+  EXPECT_EQ(out.GetSize(), 0);
 }
 
 TEST(RawCodecTest, ColoursFollowTheMarkOfThePreviewAndOnDemandThatOfTheFile) {
@@ -124,22 +130,22 @@ TEST(RawCodecTest, PictureIsTurnedByThePreviewAndOnDemandByTheFile) {
 
 TEST(RawCodecTest, PreviewIsScaledAndFittedButNotEnlarged) {
   struct Case {
-    std::int32_t scale;  // 0: the target
+    std::int32_t scale;  // below 0: the target instead
     XpImageSize target, size;
   };
   const Bytes file = RawFile();  // 40 by 24
   Stream stream(file);
   XpImageIoRAW codec;
-  for (const Case& c : {Case{2, {}, {20, 12}}, Case{24, {}, {1, 1}}, Case{25, {}, {40, 24}}, Case{-1, {}, {}},
-                        Case{0, {40, 24}, {40, 24}}, Case{0, {99, 24}, {40, 24}}, Case{0, {20, 20}, {20, 12}},
-                        Case{0, {99, 12}, {20, 12}}, Case{0, {1, 1}, {}}}) {
+  for (const Case& c : {Case{2, {}, {20, 12}}, Case{24, {}, {1, 1}}, Case{25, {}, {40, 24}}, Case{0, {}, {}},
+                        Case{-1, {40, 24}, {40, 24}}, Case{-1, {99, 24}, {40, 24}},
+                        Case{-1, {20, 20}, {20, 12}}, Case{-1, {99, 12}, {20, 12}}, Case{-1, {1, 1}, {}}}) {
     SCOPED_TRACE(testing::Message() << c.scale << ' ' << c.target.width);
     const auto expected = Decoded(Preview());
     ResizePixmap(*expected, c.size.width, c.size.height);
     const auto picture =
-        c.scale != 0 ? codec.Read(stream, 0, c.scale, {}) : codec.ReadFitted(stream, 0, c.target, {});
+        c.scale >= 0 ? codec.Read(stream, 0, c.scale, {}) : codec.ReadFitted(stream, 0, c.target, {});
     EXPECT_EQ(Pixels(picture), c.size.width > 0 ? Pixels(expected) : "");
-    EXPECT_EQ(codec.status, c.size.width > 0 ? XpOk : c.scale < 0 ? XpErrImageArgument : XpErrFailed);
+    EXPECT_EQ(codec.status, c.size.width > 0 ? XpOk : c.scale == 0 ? XpErrImageArgument : XpErrFailed);
   }
 }
 
@@ -313,6 +319,8 @@ TEST(RawCodecTest, PositionThatDoesNotFitItsPlaceChangesNothing) {
       {"no place", kNone, [](File& f, Record&) { f[f.find(kPointer)] = 0x24; }},
       {"two places", kShared, LeadToTwo},
       {"a tag less", kNone, [](File&, Record& r) { r.status.present = false; }},
+      {"a tag more in the same size", kNone,
+       [](File&, Record& r) { r.measureMode.present = true, r.dateStamp.text = "2"; }},
       {"another tag", kNone, [](File&, Record& r) { std::swap(r.status, r.measureMode); }},
       {"longer text", kNone, [](File&, Record& r) { r.dateStamp.text += "ab"; }},
       {"longer, of the same size", kDiffers, [](File&, Record& r) { r.dateStamp.text += "a"; }},
@@ -324,7 +332,10 @@ TEST(RawCodecTest, PositionThatDoesNotFitItsPlaceChangesNothing) {
       {"ends in its place", XpErrImageInvalid, [](File& f, Record&) { f.resize(f.find(kStamp) + 11); }},
       {"a value elsewhere", kShared, [](File& f, Record&) { f.replace(FieldOf(f, 2), 4, kLittle.U32(8)); }},
       {"values in one place", kShared,
-       [](File& f, Record&) { f.replace(FieldOf(f, 4), 4, f, FieldOf(f, 2), 4); }},
+       [](File& f, Record&) {
+         f.replace(f.find(kLittle.U32(11) + kLittle.U32(1)), 24, 24, '\0');
+         f.replace(FieldOf(f, 4), 4, f, FieldOf(f, 2), 4);
+       }},
       {"a byte between values", kShared, [](File& f, Record&) { f[f.find(kStamp) + 11] = 'x'; }},
       {"a tag twice", kShared,
        [](File& f, Record& r) {
