@@ -53,6 +53,13 @@ inline constexpr FormatCode kTransportTshv = 0x20021102;
 inline constexpr FormatCode kMmv = 0x20021103;
 inline constexpr FormatCode kTransportHdmv = 0x20021104;
 inline constexpr FormatCode kMp4 = 0x20031100;
+// By the brands of the file: mp4sift/MovieClass.cpp says which make which class.
+inline constexpr FormatCode kMp4Portable = 0x20031101;
+inline constexpr FormatCode kMp4Mobile = 0x20031102;
+inline constexpr FormatCode kMp4HighDefinition = 0x20031103;
+inline constexpr FormatCode kMp4Avc = 0x20031104;
+inline constexpr FormatCode kMp4Version1 = 0x20031105;
+inline constexpr FormatCode kMp4Version2 = 0x20031106;
 
 // Other files.
 inline constexpr FormatCode kDirectory = 0x80000001;

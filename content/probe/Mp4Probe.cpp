@@ -63,23 +63,23 @@ class Mp4DateLoader : public MP4SDKWrapperLoader {
 
 }  // namespace
 
-std::uint32_t GetMp4Type(const XpString& path) {
+vrx::formats::FormatCode GetMp4Type(const XpString& path) {
   const auto ask = Mp4TypeLoader::Get().getFormatType;
   switch (ask == nullptr ? 0 : ask(path.c_str())) {
     case 1:
-      return kMp4FormatClass1;
+      return vrx::formats::kMp4Portable;
     case 2:
-      return kMp4FormatClass2;
+      return vrx::formats::kMp4Mobile;
     case 3:
-      return kMp4FormatClass3;
+      return vrx::formats::kMp4Avc;
     case 4:
-      return kMp4FormatClass4;
+      return vrx::formats::kMp4HighDefinition;
     case 5:
-      return kMp4FormatClass5;
+      return vrx::formats::kMp4Version1;
     case 6:
-      return kMp4FormatClass6;
+      return vrx::formats::kMp4Version2;
     default:
-      return kMp4FormatUnknown;
+      return vrx::formats::kUnknown;
   }
 }
 

@@ -5,24 +5,13 @@
 
 #include <cstdint>
 
+#include "content/formats/FormatCodes.h"
 #include "content/probe/Mp4SiftApi.h"
 #include "foundation/time/XpDateTime.h"
 #include "vrx/XpString.h"
 
-/// Format codes that refine the one of the extension .mp4. mp4sift/MovieClass.cpp says which brands make
-/// which class.
-enum : std::uint32_t {
-  kMp4FormatUnknown = 0x01000000,
-  kMp4FormatClass1 = 0x20031101,
-  kMp4FormatClass2 = 0x20031102,
-  kMp4FormatClass3 = 0x20031104,  // the codes of the third and fourth class are crossed
-  kMp4FormatClass4 = 0x20031103,
-  kMp4FormatClass5 = 0x20031105,
-  kMp4FormatClass6 = 0x20031106,
-};
-
-/// kMp4FormatUnknown for what is no MP4, and without the module. Thread-safe.
-std::uint32_t GetMp4Type(const XpString& path);
+/// kMp4Portable and its like; kUnknown for what is no MP4, and without the module. Thread-safe.
+vrx::formats::FormatCode GetMp4Type(const XpString& path);
 
 /// False, with `date` untouched, when the file states no date, and without the module. `offsetMinutes` is as
 /// the module gives it, kMp4NoTimeZone when the file states none. Also true when the module gives a date that
