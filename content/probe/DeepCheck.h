@@ -19,8 +19,8 @@ namespace vrx::formats {
 FormatCode CheckFormat(const XpString& path, XpAbstractFile* stream = nullptr,
                        const XpSharedPtr<XpTiffTagManager>& tags = {});
 
-/// Whether a picture of this size, upright, is a panorama: by what the maker note says, or since it is wide,
-/// which `isWide` says.
+/// Whether a picture of this size, as it is stored, is a panorama: by what the maker note says, or since it
+/// is wide or tall, which `isWide` says.
 bool IsPanorama(XpImageSize size, const XpTiffTagManager& tags, bool& isWide);
 
 }  // namespace vrx::formats
