@@ -20,7 +20,7 @@ std::vector<CommandRow> AllCommands() {
   };
   rows.insert(rows.end(), LightCommands().begin(), LightCommands().end());
   rows.insert(rows.end(), {
-                              {"modd", "Show the metadata beside a media file", AddModd},
+                              {"modd", "Show or change the metadata beside a media file", AddModd},
                               {"gps", "Bring GPS logs to movies, and show them", AddGps},
                               {"resources", "Show which pictures of the overlays are there", AddResources},
                               {"tennis", "Bring the shots of a tennis match to an overlay", AddTennis},

@@ -41,7 +41,10 @@ CommandRun AddEdit(CLI::App& command);
 /// The preview of a RAW file, and its position.
 CommandRun AddRaw(CLI::App& raw);
 
-/// The metadata beside a content.
+/// Which files of a folder belong together.
+CommandRun AddContents(CLI::App& command);
+
+/// The metadata beside a content, shown and changed.
 CommandRun AddModd(CLI::App& modd);
 
 /// Writes the log of a receiver into a movie's sidecar, and shows what a log holds.

@@ -8,6 +8,7 @@
 
 #include "host/Commands.h"
 #include "host/Console.h"
+#include "host/LocalDate.h"
 #include "host/PictureFile.h"
 #include "imaging/codecs/XpImageIo.h"
 #include "imaging/tags/TagNames.h"
@@ -30,17 +31,6 @@ struct EditOptions {
   }
 };
 
-/// Local time, in the form of ISO 8601 or as the tags have it, 2024:05:01 10:11:12. Seconds may be missing.
-bool ReadDate(const std::string& text, XpDateTime& date) {
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, end = 0;
-  char first = 0, next = 0, separator = 0;
-  const int read = std::sscanf(text.c_str(), "%4d%c%2d%c%2d%c%2d:%2d%n:%2d%n", &year, &first, &month, &next,
-                               &day, &separator, &hour, &minute, &end, &second, &end);
-  const bool isWhole = read >= 8 && static_cast<std::size_t>(end) == text.size();
-  return isWhole && first == next && (first == '-' || first == ':') &&
-         (separator == 'T' || separator == ' ') && date.SetDateTime(year, month, day, hour, minute, second);
-}
-
 /// Edits in the order in which they are carried out: the date of the last change comes last, since each of
 /// the others makes it now.
 class Edits {
@@ -57,10 +47,11 @@ class Edits {
     if (o.quarterTurns && !Did("turned", m_codec.SetRotation(m_path, *o.quarterTurns)))
       return Cause("no orientation");
     if (o.stripGps && !Did("position removed", m_codec.StripGps(m_path))) return Cause("no tags");
-    if (ReadDate(o.originalDate, date) && !Did("date taken set", m_codec.SetOriginalDate(m_path, date))) {
+    if (ReadLocalDate(o.originalDate, date) &&
+        !Did("date taken set", m_codec.SetOriginalDate(m_path, date))) {
       return Cause("no tags");
     }
-    if (ReadDate(o.date, date) && !Did("date set", m_codec.SetModifyDate(m_path, date, true))) {
+    if (ReadLocalDate(o.date, date) && !Did("date set", m_codec.SetModifyDate(m_path, date, true))) {
       return Cause("no date of a change");
     }
     return {};
@@ -110,7 +101,7 @@ class Edits {
 /// Empty when the text is a date and time.
 std::string CheckDate(const std::string& text) {
   XpDateTime date;
-  return ReadDate(text, date) ? "" : text + " is no date and time such as 2024-05-01T10:11:12";
+  return ReadLocalDate(text, date) ? "" : text + " is no date and time such as 2024-05-01T10:11:12";
 }
 
 int RunEdit(const EditOptions& options) {

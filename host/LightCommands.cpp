@@ -7,6 +7,7 @@ namespace {
 
 constexpr CommandRow kLightCommands[] = {
     {"config", "Show or change settings", AddConfig},
+    {"contents", "Show which files of a folder belong together", AddContents},
     {"edit", "Change dates, rotation, rating or position in pictures", AddEdit},
     {"info", "Show format, sizes and profile of pictures", AddInfo},
     {"logs", "Show the log of the current run", AddLogs},

@@ -11,86 +11,19 @@
 #include "foundation/platform/Paths.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
+#include "host/ModdEdit.h"
+#include "host/ModdValues.h"
 
 namespace vrx::host {
 namespace {
 
+enum class ModdTask { Show, Get, Set };
+
 struct ModdOptions {
-  std::string file;  // a content or its sidecar
+  ModdTask task = ModdTask::Show;
+  ModdEdit edit;  // of `show` only the file, a content or its sidecar
   bool json = false;
 };
-
-std::string HexText(const XpIniElement& element) {
-  const std::byte* data = nullptr;
-  std::uint64_t size = 0;
-  element.GetData(data, size);
-  std::string text;
-  char digits[4];
-  for (std::uint64_t i = 0; i < size; ++i) {
-    std::snprintf(digits, sizeof(digits), "%02x", std::to_integer<unsigned>(data[i]));
-    text += digits;
-  }
-  return text;
-}
-
-/// As in ISO 8601, without a zone: dates have none.
-Json DateJson(const XpIniElement& element) {
-  XpDateTime date;
-  element.GetDate(date);
-  if (!date.IsValid()) return {};
-  char text[64];
-  std::snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02d", date.GetYear(), date.GetMonth(),
-                date.GetDay(), date.GetHour(), date.GetMinute(), date.GetSecond());
-  return text;
-}
-
-template <class Value>
-Value Get(const XpIniElement& element, XpResult (XpIniElement::*get)(Value&) const) {
-  Value value{};
-  (element.*get)(value);
-  return value;
-}
-
-Json ValueJson(const XpIniElement& element);
-
-Json DictJson(const XpIniElement& dict) {
-  Json object = Json::object();
-  XpString key;
-  for (std::uint32_t i = 0; i < dict.GetCount(); ++i) {
-    if (dict.GetKeyAt(i, key) != XpOk) continue;
-    if (const XpIniElement* value = dict.Get(key)) object[Utf8(key)] = ValueJson(*value);
-  }
-  return object;
-}
-
-/// The depth is that of the document, which its reader limits.
-Json ValueJson(const XpIniElement& element) {
-  switch (element.GetType()) {
-    case XpIniType::Bool:
-      return Get(element, &XpIniElement::GetBool);
-    case XpIniType::Int:
-      return Get(element, &XpIniElement::GetInt64);
-    case XpIniType::Real:
-      return Get(element, &XpIniElement::GetReal);
-    case XpIniType::String:
-      return Utf8(Get(element, &XpIniElement::GetString));
-    case XpIniType::MemChunk:
-      return HexText(element);
-    case XpIniType::Date:
-      return DateJson(element);
-    case XpIniType::Dict:
-      return DictJson(element);
-    case XpIniType::Array:
-      break;
-  }
-  Json array = Json::array();
-  for (std::uint32_t i = 0; i < element.GetCount(); ++i) array.push_back(ValueJson(*element.GetAt(i)));
-  return array;
-}
-
-std::string InOneLine(const Json& value) {
-  return Masked(value.dump(-1, ' ', false, Json::error_handler_t::replace));
-}
 
 void PrintValue(const std::string& name, const Json& value, int depth) {
   constexpr int kIndent = 2;
@@ -125,13 +58,14 @@ std::string CauseOf(XpResult result) {
 }
 
 int RunModd(const ModdOptions& options) {
-  const XpString path = platform::AbsolutePath(platform::PathFromNative(options.file));
+  const XpString path = platform::AbsolutePath(platform::PathFromNative(options.edit.file));
   const bool isSidecar = XpFormatChecker::GetFormatFromName(path) == formats::kModd;
   SfModdXML modd(path);
   if (const XpResult result = isSidecar ? modd.OpenSidecar(path) : modd.Open(SfModdRead)) {
     const bool isFound = isSidecar || modd.FileExists();
-    Say("error: " + (isFound ? Utf8(modd.GetModdPath()) + ": " + CauseOf(result)
-                             : options.file + ": it has no sidecar of metadata (" + CodeText(result) + ")"));
+    Say("error: " + (isFound
+                         ? Utf8(modd.GetModdPath()) + ": " + CauseOf(result)
+                         : options.edit.file + ": it has no sidecar of metadata (" + CodeText(result) + ")"));
     return kFailed;
   }
   std::int32_t zoneMinutes = 0;
@@ -153,12 +87,37 @@ int RunModd(const ModdOptions& options) {
 
 CommandRun AddModd(CLI::App& modd) {
   const auto options = std::make_shared<ModdOptions>();
+  ModdEdit& edit = options->edit;
   modd.require_subcommand(1);
   CLI::App* show = modd.add_subcommand("show", "Print the metadata and where it was found");
-  show->add_option("FILE", options->file, "The media file, or its .modd or .rodd file")->required();
+  show->add_option("FILE", edit.file, "The media file, or its .modd or .rodd file")->required();
   show->add_flag("--json", options->json, "Print one JSON document");
-  modd.footer("Exit status: 0 done, 1 there is none or it cannot be read, 2 wrong use.");
-  return [options] { return RunModd(*options); };
+  CLI::App* get = modd.add_subcommand("get", "Print one value of the metadata");
+  get->callback([options] { options->task = ModdTask::Get; });
+  get->add_option("FILE", edit.file, "The media file, or its .modd or .rodd file")->required();
+  get->add_option("KEY", edit.key, "Such as Rating; a/b goes into dictionaries and lists")->required();
+  get->add_flag("--json", options->json, "Print the value as JSON");
+  CLI::App* set = modd.add_subcommand("set", "Change one value of the metadata, or add it");
+  set->callback([options] { options->task = ModdTask::Set; });
+  set->add_option("FILE", edit.file, "The media file; its sidecar is made when it has none")->required();
+  set->add_option("KEY", edit.key, "Such as Rating; a/b goes into dictionaries and lists")->required();
+  set->add_option("VALUE", edit.value, "The new value")->required();
+  set->add_option("--type", edit.type,
+                  "What the value is; if not given as the one that is there, or else an integer where it is "
+                  "one, and text")
+      ->check(CLI::IsMember({"text", "integer", "real", "bool", "date"}))
+      ->option_text("TYPE");
+  modd.footer("Exit status: 0 done, 1 there is none or it cannot be read or written, 2 wrong use.");
+  return [options] {
+    switch (options->task) {
+      case ModdTask::Get:
+        return GetModdValue(options->edit, options->json);
+      case ModdTask::Set:
+        return SetModdValue(options->edit);
+      default:
+        return RunModd(*options);
+    }
+  };
 }
 
 }  // namespace vrx::host

@@ -1,7 +1,9 @@
 #include "content/modd/SfModdXML.h"
 
 #include "content/formats/XpFormatChecker.h"
+#include "content/modd/SharedSidecar.h"
 #include "foundation/file/XpFileAvailableChecker.h"
+#include "foundation/file/XpFileOperations.h"
 
 namespace formats = vrx::formats;
 
@@ -13,16 +15,8 @@ constexpr char16_t kListKey[] = u"MetaDataList";
 constexpr char16_t kTimeZoneKey[] = u"FileTimeZoneOffset";
 
 constexpr char16_t kExtension[] = u".modd";
-constexpr char16_t kRawExtension[] = u".rodd";
 
 constexpr std::uint32_t kSearchMs = 1;  // a share that does not answer holds no sidecar
-
-/// The sidecar that all files of the content's stem share.
-XpString SharedPath(const XpString& contentPath) {
-  const auto container = formats::ContainerOf(XpFormatChecker::GetFormatFromName(contentPath));
-  const XpString base = XpPathDirectory(contentPath) + XpPathStem(contentPath);
-  return base + (container == formats::Container::Raw ? kRawExtension : kExtension);
-}
 
 /// True for the name of a sidecar that stands for a stem: what it is appended to is no media file.
 bool IsSharedName(const XpString& moddPath) {
@@ -48,6 +42,19 @@ XpResult SfModdXML::GetFileTimeZoneOffset(std::int32_t& minutes) const {
   if (m_metaDict == nullptr) return XpErrFailed;
   const XpIniElement* offset = m_metaDict->Get(kTimeZoneKey);
   return offset == nullptr ? XpErrElementNotFound : offset->GetInt32(minutes);
+}
+
+XpResult SfModdXML::SaveSidecar() {
+  if (m_mode == SfModdRead) return XpErrNoSuchFile;
+  if (m_mode != SfModdReadWrite) return XpErrInvalidFileOperation;
+  if (m_sharedByStem) m_moddPath = XpPath(m_contentPath.GetText() + kExtension);
+  const XpString& path = m_moddPath.GetText();
+  if (XpPathIsReadOnly(path)) XpPathClearReadOnly(path);
+  if (const XpResult result = Save(path)) return result;
+  m_fileExists = true;
+  XpPathSetHidden(path);  // where the file system cannot keep the mark, the sidecar is simply seen
+  if (m_sharedByStem) XpRemoveUnneededSharedSidecar(m_contentPath.GetText());
+  return XpOk;
 }
 
 void SfModdXML::Begin(std::uint32_t mode) {
@@ -82,7 +89,7 @@ XpResult SfModdXML::OpenDocument() {
 void SfModdXML::Find() {
   XpFileAvailableChecker checker;
   const XpString own = m_contentPath.GetText() + kExtension;
-  const XpString shared = SharedPath(m_contentPath.GetText());
+  const XpString shared = XpSharedSidecarPath(m_contentPath.GetText());
   m_fileExists = checker.FileExists(own, kSearchMs);
   if (!m_fileExists) m_fileExists = m_sharedByStem = checker.FileExists(shared, kSearchMs);
   m_isNew = !m_fileExists;

@@ -1,5 +1,5 @@
 // The .modd sidecar of a content: metadata that a user or a camera added, in a property list beside the media
-// file. The GPS overlay asks it for the time zone.
+// file. The GPS overlay asks it for the time zone, and programs store what a user says of a clip.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +23,13 @@ class SfModdXML : public XpIniDict {
   XpResult Open(std::uint32_t mode);
   /// Loads this sidecar, whatever content it belongs to, for reading.
   XpResult OpenSidecar(const XpString& moddPath);
+
+  /// Writes the document into the sidecar of the content's own, clip.mp4.modd, also when it was read from the
+  /// one that its stem shares; a write-protected one is replaced. The file is marked as hidden by an extended
+  /// attribute, since a leading dot would change its name. A shared sidecar is deleted once no content of the
+  /// stem needs it. XpErrNoSuchFile when open for reading, XpErrInvalidFileOperation when closed, otherwise
+  /// the codes of XpIniDict::Save.
+  virtual XpResult SaveSidecar();
 
   /// The content's local time minus UTC. XpErrFailed when closed, XpErrElementNotFound when it is not set,
   /// otherwise the codes of XpIniElement::GetInt32.

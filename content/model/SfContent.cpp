@@ -77,7 +77,8 @@ bool SfContent::IsReadOnly() const {
 
 bool SfContent::Exists(bool mainOnly) const {
   if (mainOnly) return !m_files.empty() && XpPathIsFile(m_files.front().GetText());
-  return std::ranges::all_of(m_files, [](const XpPath& file) { return XpPathExists(file.GetText(), nullptr); });
+  return std::ranges::all_of(m_files,
+                             [](const XpPath& file) { return XpPathExists(file.GetText(), nullptr); });
 }
 
 void SfContent::SetMark(std::int32_t mark) { m_mark = mark; }

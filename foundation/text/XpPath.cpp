@@ -119,3 +119,19 @@ int XpCompareNoCase(const XpString& a, const XpString& b) {
   }
   return static_cast<int>(i < left.size()) - static_cast<int>(j < right.size());
 }
+
+XpString XpFoldCase(const XpString& text) {
+  const std::u16string_view view = text.AsView();
+  std::u16string folded;
+  folded.reserve(view.size());
+  for (std::size_t i = 0; i < view.size();) {
+    const UChar32 character = NextFolded(view, i);
+    if (U_IS_BMP(character)) {
+      folded += static_cast<char16_t>(character);
+    } else {
+      folded += U16_LEAD(character);
+      folded += U16_TRAIL(character);
+    }
+  }
+  return XpString(folded);
+}

@@ -55,3 +55,5 @@ XpString XpPathAddTrailingSlash(const XpString& path);
 /// Ordering of text without regard to case, below, equal to or above 0. Each character counts as one, by
 /// Unicode's simple case folding: "Maße" differs from "Masse".
 int XpCompareNoCase(const XpString& a, const XpString& b);
+/// The text that all texts have in common which XpCompareNoCase finds equal, as a key for look-ups.
+XpString XpFoldCase(const XpString& text);

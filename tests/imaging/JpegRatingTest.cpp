@@ -1,14 +1,9 @@
 // A new rating is written by a rewrite of the file, after which everything else is as it was.
 #include <gtest/gtest.h>
 
-#include <sys/ptrace.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <set>
@@ -20,6 +15,7 @@
 #include "imaging/tags/TagNames.h"
 #include "tests/imaging/CameraFile.h"
 #include "tests/imaging/MpoFile.h"
+#include "tests/support/KilledChild.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -388,47 +384,6 @@ TEST(JpegRatingTest, EditsInPlaceChangeTheirValueAndTheDatesOnly) {
   EXPECT_GT(ValueOf(tags->GetIfd(0), 0x0132).substr(0, 19), kCameraDate);
 }
 
-/// Some containers forbid a process to be traced.
-bool MayTrace() {
-  const pid_t child = fork();
-  if (child == 0) _exit(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 ? 0 : 1);
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-/// Runs SetRating in a process of its own and kills it when it enters its system call number `last` that
-/// could change a file. False when it ended before that.
-bool IsKilledAtCall(const std::string& path, int last) {
-  const pid_t child = fork();
-  if (child == 0) {
-    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-    raise(SIGSTOP);
-    XpImageIoJpeg codec;
-    _exit(codec.SetRating(Wide(path), 4) == XpOk ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-  for (int calls = 0;;) {
-    if (ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0) break;
-    waitpid(child, &status, 0);
-    if (!WIFSTOPPED(status)) break;
-    if (WSTOPSIG(status) != (SIGTRAP | 0x80)) continue;
-    __ptrace_syscall_info info{};
-    ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info);
-    static const std::set<std::uint64_t> kChanging{SYS_write,  SYS_fsync,     SYS_rename,
-                                                   SYS_fchmod, SYS_utimensat, SYS_fsetxattr};
-    if (info.op != PTRACE_SYSCALL_INFO_ENTRY || !kChanging.contains(info.entry.nr) || ++calls != last)
-      continue;
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    return true;
-  }
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  return false;
-}
-
 TEST(JpegRatingTest, KillAtEveryWriteLeavesAWholeFile) {
   if (!MayTrace()) GTEST_SKIP() << "needs to trace a process";
   const Bytes before = CameraFile({.preview = Bytes(300'000, 'P')});
@@ -437,7 +392,8 @@ TEST(JpegRatingTest, KillAtEveryWriteLeavesAWholeFile) {
   for (int call = 1;; ++call) {
     const TempFolder folder;
     const std::string path = folder.Write("a.jpg", before);
-    const bool isKilled = IsKilledAtCall(path, call);
+    const auto rate = [&path] { return XpImageIoJpeg().SetRating(Wide(path), 4) == XpOk; };
+    const bool isKilled = IsKilledAtCall(rate, call);
     const Bytes after = folder.Read("a.jpg");
     if (after != before) {
       const auto tags = TagsOf(after);
