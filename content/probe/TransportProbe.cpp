@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
-#include <span>
 #include <string_view>
+
+#include "imaging/tags/StreamWindow.h"
 
 namespace vrx::formats {
 namespace {
@@ -13,7 +13,6 @@ constexpr std::uint8_t kSyncByte = 0x47;
 constexpr std::size_t kPacketBytes = 188;
 constexpr std::size_t kArrivalBytes = 4;  // the time of arrival before a packet
 constexpr std::size_t kTimedPacketBytes = kArrivalBytes + kPacketBytes;
-constexpr std::size_t kSyncSearchBytes = 960;
 constexpr std::size_t kSyncPlaces = 3 * kTimedPacketBytes;  // where a first sync byte may stand
 
 constexpr std::int64_t kMostBytes = 0x64000;
@@ -79,11 +78,10 @@ FormatCode CodeOfProgramMap(Bytes section) {
 
 }  // namespace
 
-std::optional<PacketSync> FindPacketSync(imaging::StreamWindow& window) {
-  std::array<std::uint8_t, kSyncSearchBytes> head{};
-  if (!window.Read(0, head)) return {};
+std::optional<PacketSync> FindPacketSync(Bytes start) {
+  if (start.size() < kSyncSearchBytes) return {};
   const auto repeats = [&](std::size_t at, std::size_t stride) {
-    return head[at] == kSyncByte && head[at + stride] == kSyncByte && head[at + 2 * stride] == kSyncByte;
+    return start[at] == kSyncByte && start[at + stride] == kSyncByte && start[at + 2 * stride] == kSyncByte;
   };
   for (std::size_t at = 0; at < kSyncPlaces; ++at) {
     const auto position = static_cast<std::int64_t>(at);
@@ -95,7 +93,9 @@ std::optional<PacketSync> FindPacketSync(imaging::StreamWindow& window) {
 
 FormatCode CheckTransport(XpAbstractFile& file) {
   imaging::StreamWindow window(file);
-  const std::optional<PacketSync> sync = FindPacketSync(window);
+  std::array<std::uint8_t, kSyncSearchBytes> start{};
+  if (!window.Read(0, start)) return kUnknown;
+  const std::optional<PacketSync> sync = FindPacketSync(start);
   if (!sync) return kUnknown;
   std::array<std::uint8_t, kPacketBytes> packet{};
   int maps = 0;

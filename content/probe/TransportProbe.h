@@ -2,12 +2,13 @@
 // The deep check uses it, and whoever asks what a file is.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "content/formats/FormatCodes.h"
 #include "foundation/file/XpAbstractFile.h"
-#include "imaging/tags/StreamWindow.h"
 
 namespace vrx::formats {
 
@@ -17,8 +18,10 @@ struct PacketSync {
   std::int64_t stride = 0;    // 188, or 192 where four bytes with the time of arrival come before each packet
 };
 
-/// Nothing in a file of less than 960 bytes.
-std::optional<PacketSync> FindPacketSync(imaging::StreamWindow& window);
+/// What is looked at for the first packets.
+inline constexpr std::size_t kSyncSearchBytes = 960;
+/// In the first bytes of a file. Nothing when they are fewer.
+std::optional<PacketSync> FindPacketSync(std::span<const std::uint8_t> start);
 
 /// kTransportTshv, kTransportHdmv, or kUnknown. Looks at no packet that begins past 400 KB, and at no more
 /// than five program maps.
