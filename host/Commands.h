@@ -23,6 +23,9 @@ CommandRun AddLogs(CLI::App& command);
 /// Shows and checks the container of binary data beside a content, and takes data out of it.
 CommandRun AddMoff(CLI::App& moff);
 
+/// What files are, whatever they are called.
+CommandRun AddProbe(CLI::App& command);
+
 /// Which pictures a multi-picture file holds, and takes them out of it.
 CommandRun AddMpo(CLI::App& mpo);
 

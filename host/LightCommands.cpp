@@ -13,6 +13,7 @@ constexpr CommandRow kLightCommands[] = {
     {"logs", "Show the log of the current run", AddLogs},
     {"moff", "Show, check or extract the binary data beside a media file", AddMoff},
     {"mpo", "Show or extract the pictures of a multi-picture file", AddMpo},
+    {"probe", "Show what files are, whatever they are called", AddProbe},
     {"raw", "Copy the preview of a RAW file, or replace its position", AddRaw},
     {"tags", "Show the tags of pictures", AddTags},
     {"thumb", "Write small pictures of pictures", AddThumb},
