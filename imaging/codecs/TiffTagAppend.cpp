@@ -3,9 +3,12 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 #include "imaging/tags/TagLayout.h"
+#include "imaging/tags/TagNames.h"
 #include "imaging/tags/TagReading.h"
+#include "imaging/tags/TagSearch.h"
 #include "imaging/tags/TagWriting.h"
 
 namespace vrx::imaging {
@@ -28,6 +31,28 @@ std::uint32_t SecondIfd(XpFile& file, bool bigEndian) {
   return window.Read(at, next) ? Get32(next.data(), bigEndian) : 0;
 }
 
+/// A large preview is no value of the tree. Its bytes stay where they are, and the written maker note leads
+/// there as the old one does.
+XpResult KeepPreview(XpFile& file, const XpTiffTagManager& tags, std::int64_t first) {
+  const XpTiffTagIFD* maker = tags.GetMakerIfd();
+  const XpTiffTagDataBase* preview = maker == nullptr ? nullptr : maker->FindTag(kTagMakerPreview, false);
+  if (preview == nullptr || preview->count == tags.previewSize) return XpOk;
+  StreamWindow window(file);
+  const std::optional<StoredIfd> stored = MakerIfd(window, {first, 0, tags.bigEndian}, true);
+  const EntryQuery query{.tag = kTagMakerPreview,
+                         .type = preview->GetType(),
+                         .leastCount = 0,
+                         .greatestCount = 0,
+                         .noRangeCheck = true};
+  const auto found = stored ? SearchEntry(window, *stored, query) : std::nullopt;
+  if (!found) return XpErrImageInvalid;
+  std::array<std::uint8_t, 2 * kEntryValueSize> fields{};
+  Put32(fields.data(), tags.previewSize, tags.bigEndian);
+  Put32(fields.data() + kEntryValueSize, tags.previewOffset, tags.bigEndian);
+  if (const XpResult result = file.Seek(stored->CountOf(found->index), XpSeekStart)) return result;
+  return file.Write(fields.data(), fields.size(), nullptr);
+}
+
 XpResult WriteAtEnd(XpFile& file, XpTiffTagManager& tags, std::int64_t& position) {
   if (const XpResult result = file.Seek(0, XpSeekEnd)) return result;
   position = file.Tell();
@@ -43,6 +68,7 @@ XpResult WriteAtEnd(XpFile& file, XpTiffTagManager& tags, std::int64_t& position
   const auto place = static_cast<std::uint32_t>(position);
   if (const XpResult result = WriteIfd(file, *tags.GetIfd(0), tags.bigEndian, place, next, written))
     return result;
+  if (const XpResult result = KeepPreview(file, tags, position)) return result;
   return file.FlushToDisk();
 }
 

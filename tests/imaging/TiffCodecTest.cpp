@@ -262,6 +262,13 @@ TEST(TiffCodecTest, ARatingIsStoredAfterTheFileAndThenInPlace) {
     folder.Write("a.tif", Tiff(form, Ramp(15)));
     ASSERT_EQ(codec.SetRating(path, 4), XpOk);
     EXPECT_EQ(codec.LoadTags(path)->GetIfdCount(), 2u) << "the IFDs after the first one are kept";
+
+    form.previewBytes = 100'001;
+    folder.Write("a.tif", Tiff(form, Ramp(100'015)));
+    ASSERT_EQ(codec.SetRating(path, 4), XpOk);
+    EXPECT_EQ(codec.LoadTags(path)->previewSize, 100'001u) << "a preview stays where it is";
+    EXPECT_EQ(codec.LoadTags(path)->previewOffset, 8u);
+    EXPECT_EQ(codec.LoadTags(path)->GetMakerIfd()->GetLong(0x2002, 0, false), 4u);
   }
 }
 

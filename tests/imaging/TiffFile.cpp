@@ -33,9 +33,10 @@ Bytes Short(const TagBytes& tag, std::uint32_t number, std::uint32_t value) {
 }
 
 /// The known signature, then an IFD.
-Bytes Note(const TagBytes& tag, bool hasRating) {
+Bytes Note(const TagBytes& tag, const PlainTiff& form) {
   std::vector<std::string> entries{tag.Entry(0x1000, kLong, 1, 7)};
-  if (hasRating) entries.push_back(tag.Entry(0x2002, kLong, 1, 1));
+  if (form.previewBytes != 0) entries.push_back(tag.Entry(0x2001, kUndefined, form.previewBytes, 8));
+  if (form.hasRating) entries.push_back(tag.Entry(0x2002, kLong, 1, 1));
   return Bytes("KELO DSC \0\0\0", 12) + tag.Ifd(entries);
 }
 
@@ -43,7 +44,7 @@ Bytes Exif(const TagBytes& tag, const PlainTiff& form, Place& place) {
   std::vector<std::string> entries{
       tag.Entry(0x9003, kAscii, 20, place.Put(Bytes("2001:01:01 01:01:01\0", 20)))};
   if (form.hasNote) {
-    const Bytes note = Note(tag, form.hasRating);
+    const Bytes note = Note(tag, form);
     entries.push_back(
         tag.Entry(0x927C, kUndefined, static_cast<std::uint32_t>(note.size()), place.Put(note)));
   }

@@ -26,6 +26,7 @@ struct PlainTiff {
   Bytes profile = {};
   bool hasNote = false;  // a maker note with one tag
   bool hasRating = false;
+  std::uint32_t previewBytes = 0;  // that the note leads to, from the start of the file; 0 for none
   std::uint32_t nextIfd = 0;
   std::function<void(const TagBytes&, Entries&)> change = {};  // the last word
 };
