@@ -91,7 +91,7 @@ std::string MissingIn(const NewPosition& position, const XpGPSRecord& record) {
   if (!record.latitude.present || !record.latitudeRef.present) return "latitude";
   if (!record.longitude.present || !record.longitudeRef.present) return "longitude";
   if (position.altitude && !record.altitude.present) return "altitude";
-  if (position.altitude < 0.0 && !record.altitudeRef.present) return "altitude below the sea";
+  if (position.altitude.value_or(0) < 0 && !record.altitudeRef.present) return "altitude below the sea";
   if (position.moment && !record.timeStamp.present && !record.dateStamp.present) return "time or date";
   return {};
 }

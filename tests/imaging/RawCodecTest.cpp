@@ -337,6 +337,8 @@ TEST(RawCodecTest, PositionThatDoesNotFitItsPlaceChangesNothing) {
          f.replace(FieldOf(f, 4), 4, f, FieldOf(f, 2), 4);
        }},
       {"a byte between values", kShared, [](File& f, Record&) { f[f.find(kStamp) + 11] = 'x'; }},
+      {"a text without its end", kNone,
+       [](File& f, Record& r) { f[f.find(kStamp) + 10] = 'x', r = RecordOf(f); }},
       {"a tag twice", kShared,
        [](File& f, Record& r) {
          f[f.find(kLittle.Entry(3, 2, 2, "E"))] = 1, r.longitudeRef.present = false;
