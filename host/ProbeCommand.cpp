@@ -87,7 +87,7 @@ void PrintText(const std::vector<ProbeLine>& lines) {
     std::printf("%s  %s  %s  %s  %s%s%s\n", Padded(Masked(line.file), fileColumns).c_str(),
                 FormatText(line.code).c_str(), Padded(formats::FormatName(line.code), nameColumns).c_str(),
                 Padded(line.kind.name, kindColumns).c_str(), line.kind.why.c_str(),
-                line.note.empty() ? "" : "; note: ", line.note.c_str());
+                line.note.empty() ? "" : "; ", line.note.c_str());
   }
 }
 
