@@ -357,20 +357,22 @@ TEST_F(ProbeTest, FilesThatAreCutAtAnyByteAreWhatIsLeftOfThem) {
     FormatCode (*check)(XpAbstractFile& file);
     Bytes bytes;
     FormatCode code, cutCode;
-    std::size_t enough;  // bytes: of a picture, its whole head
+    std::size_t needed, enough;  // bytes; in between, a decoder may fill in what is missing
   };
   const Bytes avi = AviOf(Stream("vids", "dvsd")), transport = Transport({OtherPacket(), Map(kTshv)});
   const Bytes spf = Picture({.segments = {Spf(257)}});
   const auto checkJpeg = [](XpAbstractFile& file) { return CheckJpeg(file, {}); };
-  const Whole files[] = {{CheckAvi, avi, kAviDv, kUnknown, avi.find("dvsd") + 4},
-                         {CheckTransport, transport, kTransportTshv, kUnknown, 960},
-                         {checkJpeg, spf, kSpf257, kJpegPlain, spf.find("\xFF\xDA") + 14}};
+  const Whole files[] = {
+      {CheckAvi, avi, kAviDv, kUnknown, avi.find("dvsd") + 4, avi.find("dvsd") + 4},
+      {CheckTransport, transport, kTransportTshv, kUnknown, 960, 960},
+      {checkJpeg, spf, kSpf257, kJpegPlain, spf.find("\xFF\xDA"), spf.find("\xFF\xDA") + 14}};
   for (const Whole& file : files) {
     for (std::size_t size = 0; size <= file.bytes.size(); ++size) {
       const Bytes cut = file.bytes.substr(0, size);
       jpegfiles::Stream stream(cut);
-      ASSERT_EQ(file.check(stream), size < file.enough ? file.cutCode : file.code)
-          << file.code << " of " << size;
+      const FormatCode code = file.check(stream);
+      if (size >= file.needed && size < file.enough && code == file.code) continue;
+      ASSERT_EQ(code, size < file.enough ? file.cutCode : file.code) << file.code << " of " << size;
     }
   }
 }
