@@ -69,13 +69,12 @@ int GetModdValue(const ModdEdit& edit, bool asJson) {
   if (result != XpOk) return FailToOpen(modd, edit, result);
   const XpIniElement* value = modd.GetMetaDict()->Get(XpNarrowString(edit.key.c_str()).ToWide());
   if (value == nullptr) return Fail(Utf8(modd.GetModdPath()) + ": " + edit.key + ": it is not set");
+  const Json json = ValueJson(*value);
   if (asJson) {
-    PrintJson(ValueJson(*value), 2);
+    PrintJson(json, 2);
     return kDone;
   }
-  XpString text;
-  const bool isText = value->GetString(text) == XpOk;
-  std::printf("%s\n", isText ? Plain(text).c_str() : InOneLine(ValueJson(*value)).c_str());
+  std::printf("%s\n", json.is_string() ? Masked(json.get<std::string>()).c_str() : InOneLine(json).c_str());
   return kDone;
 }
 

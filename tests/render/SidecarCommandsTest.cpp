@@ -1,4 +1,5 @@
-// `vrx moff` and `vrx modd`: what lies beside a media file is shown, checked and taken out.
+// `vrx moff`, `vrx modd` and `vrx contents`: what lies beside a media file is shown, checked, changed and
+// taken out.
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -224,6 +225,61 @@ Metadata
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, std::string("vrx: error: ") + cause + "\n");
   }
+}
+
+TEST_F(SidecarCommandsTest, ModdSetWritesOneValueAndKeepsItsType) {
+  const auto set = [&](const std::string& key, const std::string& value, const std::string& type = "") {
+    std::vector<std::string> arguments{"modd", "set", Path("clip.mts"), key, value};
+    if (!type.empty()) arguments.insert(arguments.end(), {"--type", type});
+    return Vrx(arguments);
+  };
+  const auto get = [&](const std::string& key) { return Vrx({"modd", "get", Path("clip.mts"), key}).output; };
+  EXPECT_EQ(set("Rating", "4").output, "FOLDER/clip.mts.modd: Rating = 4\n");
+  EXPECT_EQ(set("UserTitle", "4 days", "").status, 0);
+  EXPECT_EQ(set("Seen", "2024-05-01T10:11:12", "date").status, 0);
+  EXPECT_EQ(set("Part", "0.5", "real").status, 0);
+  EXPECT_EQ(set("FileTimeZoneOffset", "-120").status, 0);
+  EXPECT_EQ(get("Rating") + get("UserTitle") + get("Seen") + get("Part"),
+            "4\n4 days\n2024-05-01T10:11:12\n0.5\n");
+  EXPECT_THAT(Vrx({"modd", "show", Path("clip.mts")}).output, HasSubstr("Time zone  -120 minutes from UTC"));
+  const std::string before = m_folder.Read("clip.mts.modd");
+  struct Case {
+    std::string key, value, type, words;
+  };
+  for (const Case& c : {Case{"Rating", "four", "", "Rating: four is no value of the type integer"},
+                        Case{"FileTimeZoneOffset", "2h", "", "2h is no number of minutes from UTC"},
+                        Case{"FileTimeZoneOffset", "2", "text", "2 is no number of minutes from UTC"},
+                        Case{"No/Such", "1", "", "there is nothing that could hold this value"}}) {
+    const VrxResult result = set(c.key, c.value, c.type);
+    EXPECT_EQ(result.status, 1) << c.key;
+    EXPECT_THAT(result.errors, HasSubstr(c.words));
+  }
+  EXPECT_EQ(m_folder.Read("clip.mts.modd"), before);
+  EXPECT_EQ(Vrx({"modd", "set", Path("none.mts"), "Rating", "1"}).errors,
+            "vrx: error: FOLDER/none.mts: it does not exist (0x8105)\n");
+  EXPECT_EQ(Vrx({"modd", "set", Path("clip.mts.modd"), "Rating", "1"}).status, 1);
+  EXPECT_EQ(Vrx({"modd", "get", Path("clip.mts"), "Nothing"}).errors,
+            "vrx: error: FOLDER/clip.mts.modd: Nothing: it is not set\n");
+}
+
+TEST_F(SidecarCommandsTest, ContentsShowsWhichFilesBelongTogether) {
+  for (const char* name : {"a.mov", "a.thm", "a.mov.modd", "b.png", "notes.txt"}) m_folder.Write(name, "");
+  const VrxResult result = Vrx({"contents", m_folder.Path().string()});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, R"(a.mov                             QuickTime movie
+  + a.thm                         thumbnail (THM)
+  + a.mov.modd                    metadata of a content
+b.png                             PNG picture
+
+No content:
+  clip.mts
+  notes.txt
+)");
+  const Json json = Json::parse(Vrx({"contents", m_folder.Path().string(), "--json"}).output);
+  EXPECT_EQ(json["contents"][0]["companions"][1]["code"], "0x80000002");
+  EXPECT_EQ(json["rest"], Json({"clip.mts", "notes.txt"}));
+  EXPECT_EQ(Vrx({"contents", Path("none")}).status, 1);
+  EXPECT_EQ(Vrx({"contents", Path("a.mov")}).errors, "vrx: error: FOLDER/a.mov: it is no folder\n");
 }
 
 }  // namespace
