@@ -42,6 +42,13 @@ TEST(GifCodecTest, FirstImageIsDrawnOnTheScreen) {
   EXPECT_EQ(Show(head + Image({0, 0, 3, 2}, Pixels(six), Palette(50)) + kEnd),
             Colours({51, 52, 53, 54, 55, 56}))
       << "colours of its own";
+  Bytes few = Head(3, 1, 9).substr(0, 13 + 64 * 3), full = Head(3, 1, 9) + Palette();
+  few[10] = '\xF5';
+  full[10] = '\xF7';
+  const Bytes row = Image({0, 0, 3, 1}, Pixels({1, 64, 3})) + kEnd;
+  EXPECT_EQ(Show(few + row), Colours({1, 9, 3})) << "the second has none of 64 colours";
+  EXPECT_EQ(Show(full + row), Colours({1, 64, 3})) << "256 colours";
+  EXPECT_EQ(Show(full + Control(0, 0) + Image({0, 0, 3, 1}, Pixels({1, 0, 3})) + kEnd), Colours({1, 9, 3}));
   EXPECT_EQ(Show(Head(1, 1, 9, false) + Image({0, 0, 1, 1}, Pixels({1})) + kEnd), Bytes(3, '\0'))
       << "no colours at all";
   EXPECT_EQ(Show(head + Image({0, 0, 3, 2}, Pixels({1, 2, 3, 4})) + kEnd), Colours({1, 2, 3, 9, 9, 9}))
@@ -103,6 +110,7 @@ TEST(GifCodecTest, SizesAreThoseOfTheScreenAndFitTheTarget) {
   };
   EXPECT_EQ(fitted({10, 10}), (XpImageSize{10, 5}));
   EXPECT_EQ(fitted({80, 80}), (XpImageSize{80, 40}));
+  EXPECT_EQ(fitted({2, 1}), (XpImageSize{2, 1}));
   EXPECT_EQ(fitted({0, 10}), (XpImageSize{40, 20}));
   EXPECT_EQ(fitted({1, 1}), (XpImageSize{40, 20})) << "no row would be left";
   EXPECT_EQ(codec.ReadThumbnail(stream, 0, {}), nullptr);
@@ -112,7 +120,10 @@ TEST(GifCodecTest, SizesAreThoseOfTheScreenAndFitTheTarget) {
     EXPECT_EQ(codec.Read(damaged, 0, 1, {}), nullptr);
     EXPECT_EQ(codec.status, XpErrImageInvalid);
   }
-  const Bytes huge = Head(65535, 65535);
+  const Bytes none;
+  Stream noStream(none);
+  EXPECT_EQ(codec.ReadImageSize(noStream, 0, size, false), XpErrImageInvalid);
+  const Bytes huge = Head(20'000, 10'001);
   Stream hugeStream(huge);
   EXPECT_EQ(codec.Read(hugeStream, 0, 1, {}), nullptr);
   EXPECT_EQ(codec.status, XpErrOutOfMemory);
@@ -130,6 +141,7 @@ TEST(PngCodecTest, FilesAreBroughtToWholePixelsOfTheTarget) {
   EXPECT_EQ(fitted({20, 20}), (XpImageSize{20, 13}));
   EXPECT_EQ(fitted({100, 10}), (XpImageSize{15, 10}));
   EXPECT_EQ(fitted({0, 0}), (XpImageSize{30, 20}));
+  EXPECT_EQ(fitted({0, 10}), (XpImageSize{30, 20}));
   EXPECT_EQ(fitted({1, 1}), XpImageSize()) << "no row would be left";
   EXPECT_EQ(codec.status, XpErrFailed);
   EXPECT_EQ(codec.Load(path, 4, {})->width, 30) << "the scale is not used";
@@ -141,6 +153,8 @@ TEST(PngCodecTest, FilesAreBroughtToWholePixelsOfTheTarget) {
   const Bytes bytes = imagefiles::Png(imagefiles::Smooth(3, 2, 3));
   Stream stream(bytes);
   EXPECT_EQ(codec.Read(stream, 0, 1, {}), nullptr) << "the loader wants a file";
+  EXPECT_EQ(codec.ReadThumbnail(stream, 0, {}), nullptr);
+  EXPECT_EQ(codec.status, XpErrImageNotProvided);
 }
 
 TEST(PictureFormatsTest, ContentAndNameTogetherFindTheCodec) {
@@ -157,11 +171,11 @@ TEST(PictureFormatsTest, ContentAndNameTogetherFindTheCodec) {
   };
   for (const Case& c :
        {Case{"a.jpg", jpeg, "JPEG"}, Case{"a.mpo", jpeg, "JPEG"}, Case{"b.mpo", mpo, "MPO"},
-        Case{"b.jpg", mpo, "JPEG"}, Case{"b", mpo, "MPO"}, Case{"a.tif", tiff, "TIFF"},
-        Case{"a.krw", tiff, "RAW"}, Case{"a.KRF", tiff, "RAW"}, Case{"b.krw", jpeg, "JPEG"},
-        Case{"b.tif", bigTiff, "BigTIFF"}, Case{"a.png", Head(1, 1), "GIF"},
-        Case{"a.gif", imagefiles::Png(imagefiles::Smooth(2, 2, 3)), "PNG"}, Case{"a.bmp", "BM", "BMP"},
-        Case{"a.txt", "text", nullptr}, Case{"c.jpg", "", nullptr}}) {
+        Case{"c.mpo", jpegfiles::MpoFile({{0, jpeg}}).bytes, "MPO"}, Case{"b.jpg", mpo, "JPEG"},
+        Case{"b", mpo, "MPO"}, Case{"a.tif", tiff, "TIFF"}, Case{"a.krw", tiff, "RAW"},
+        Case{"a.KRF", tiff, "RAW"}, Case{"b.krw", jpeg, "JPEG"}, Case{"b.tif", bigTiff, "BigTIFF"},
+        Case{"a.png", Head(1, 1), "GIF"}, Case{"a.gif", imagefiles::Png(imagefiles::Smooth(2, 2, 3)), "PNG"},
+        Case{"a.bmp", "BM", "BMP"}, Case{"a.txt", "text", nullptr}, Case{"c.jpg", "", nullptr}}) {
     XpFile file(XpNarrowString(folder.Write(c.file, c.bytes)).ToWide());
     ASSERT_EQ(file.Open(XpOpenRead, XpShareRead), XpOk);
     XpResult result = XpErrFailed;

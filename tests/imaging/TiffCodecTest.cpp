@@ -101,6 +101,7 @@ TEST(TiffCodecTest, RowsComeFromTheStripsAsFarAsTheseReach) {
     return Read(Tiff(other, data));
   };
   EXPECT_EQ(read(24, 12).pixels, all);
+  EXPECT_EQ(read(24, 12).missing, 0);
   // A row that is not whole stays unread, and the next strip's rows follow.
   EXPECT_EQ(read(23, 12).pixels, all.substr(0, 12) + all.substr(24, 12) + Bytes(12, '\0'));
   EXPECT_EQ(read(24, 11).pixels, all.substr(0, 24) + Bytes(12, '\0'));
@@ -116,6 +117,24 @@ TEST(TiffCodecTest, RowsComeFromTheStripsAsFarAsTheseReach) {
       EXPECT_EQ(cut.status, XpErrMalformedRecord) << size;
     }
   }
+}
+
+TEST(TiffCodecTest, ProgressIsToldEvery256RowsAndCanCancel) {
+  struct Progress final : XpImageProgress {
+    std::int32_t Report(std::int32_t percent) override {
+      reports.push_back(percent);
+      return static_cast<std::int32_t>(reports.size() > most);
+    }
+    std::vector<std::int32_t> reports;
+    std::size_t most = 100;
+  } progress;
+  const PlainTiff form{.width = 1, .height = 600, .rowsPerStrip = 60};
+  const Bytes file = Tiff(form, Ramp(DataBytes(form)));
+  EXPECT_EQ(Read(file, {.progress = &progress}).status, XpOk);
+  EXPECT_EQ(progress.reports, (std::vector<std::int32_t>{10, 60}));
+  progress = {};
+  progress.most = 1;
+  EXPECT_EQ(Read(file, {.progress = &progress}).status, XpErrImageCancelled);
 }
 
 TEST(TiffCodecTest, TagsDecideWhatIsReadAndWhatIsLeftToTheLoader) {
@@ -221,8 +240,19 @@ TEST(TiffCodecTest, PicturesAreTurnedScaledAndBroughtToSrgbOnDemand) {
   ConvertAdobeRgbToSrgb(*adobe);
   EXPECT_EQ(converted("anything"), Pixels(adobe));
   EXPECT_NE(converted("wide gamut rgb"), Pixels(adobe));
+  TempFolder folder;
+  const auto fitted = [&](const Bytes& bytes) {
+    const XpString path = XpNarrowString(folder.Write("a.tif", bytes)).ToWide();
+    const auto picture = codec.LoadFitted(path, {3, 4}, {.toSrgb = true, .applyOrientation = true});
+    EXPECT_EQ(codec.status, XpOk);
+    return Pixels(picture);
+  };
+  EXPECT_EQ(fitted(file), Pixels(adobe));
   form.profile.clear();
+  EXPECT_EQ(fitted(Tiff(form, data)), turned.pixels);
   EXPECT_EQ(Read(Tiff(form, data), {.toSrgb = true, .applyOrientation = true}).pixels, turned.pixels);
+  form.colourSpace = 1;
+  EXPECT_EQ(converted("Adobe RGB (1998)"), turned.pixels) << "colours that are sRGB already";
 
   EXPECT_EQ(Read(file, {}, 2).width, 2);
   EXPECT_EQ(Read(file, {}, 2).height, 1);
@@ -233,6 +263,8 @@ TEST(TiffCodecTest, PicturesAreTurnedScaledAndBroughtToSrgbOnDemand) {
   EXPECT_EQ(size, (XpImageSize{3, 4}));
   EXPECT_EQ(codec.ReadStoredImageSize(const_cast<Stream&>(stream), 0, size, false), XpOk);
   EXPECT_EQ(size, (XpImageSize{4, 3}));
+  EXPECT_EQ(codec.ReadThumbnail(const_cast<Stream&>(stream), 0, {}), nullptr);
+  EXPECT_EQ(codec.status, XpErrImageNotProvided);
 }
 
 TEST(TiffCodecTest, ARatingIsStoredAfterTheFileAndThenInPlace) {
@@ -261,11 +293,15 @@ TEST(TiffCodecTest, ARatingIsStoredAfterTheFileAndThenInPlace) {
     form.nextIfd = 8;
     folder.Write("a.tif", Tiff(form, Ramp(15)));
     ASSERT_EQ(codec.SetRating(path, 4), XpOk);
-    EXPECT_EQ(codec.LoadTags(path)->GetIfdCount(), 2u) << "the IFDs after the first one are kept";
+    ASSERT_EQ(codec.LoadTags(path)->GetIfdCount(), 2u) << "the IFDs after the first one are kept";
+    EXPECT_EQ(codec.LoadTags(path)->GetIfd(1)->GetShort(0x102, false), 8);
 
     form.previewBytes = 100'001;
-    folder.Write("a.tif", Tiff(form, Ramp(100'015)));
+    folder.Write("a.tif", Tiff(form, Ramp(100'015) + Bytes(13, '\0')));
+    const std::size_t size = folder.Read("a.tif").size();
+    ASSERT_TRUE(size % 2 == 0 && size % 3 != 0);
     ASSERT_EQ(codec.SetRating(path, 4), XpOk);
+    EXPECT_EQ(folder.Read("a.tif").substr(4, 4), TagBytes{bigEndian}.U32(static_cast<std::uint32_t>(size)));
     EXPECT_EQ(codec.LoadTags(path)->previewSize, 100'001u) << "a preview stays where it is";
     EXPECT_EQ(codec.LoadTags(path)->previewOffset, 8u);
     EXPECT_EQ(codec.LoadTags(path)->GetMakerIfd()->GetLong(0x2002, 0, false), 4u);
