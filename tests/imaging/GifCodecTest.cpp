@@ -35,7 +35,8 @@ TEST(GifCodecTest, FirstImageIsDrawnOnTheScreen) {
   EXPECT_EQ(Show("123" + head + Image({0, 0, 3, 2}, Pixels(six)) + kEnd, 3), Colours(six));
   EXPECT_EQ(Show(head + Image({1, 1, 1, 1}, Pixels({7})) + kEnd), Colours({9, 9, 9, 9, 7, 9}))
       << "background";
-  EXPECT_EQ(Show(head + Control(0, 2) + Image({0, 0, 3, 2}, Pixels(six)) + kEnd), Colours({1, 9, 3, 4, 5, 6}))
+  EXPECT_EQ(Show(head + Control(0, 2) + Control(0) + Image({0, 0, 3, 2}, Pixels(six)) + kEnd),
+            Colours({1, 9, 3, 4, 5, 6}))
       << "what is transparent shows the background";
   EXPECT_EQ(Show(head + Image({2, 1, 3, 2}, Pixels(six)) + kEnd), Colours({9, 9, 9, 9, 9, 1})) << "cut off";
   EXPECT_EQ(Show(head + Image({3, 2, 3, 2}, Pixels(six)) + kEnd), Colours({9, 9, 9, 9, 9, 9})) << "outside";
@@ -77,6 +78,7 @@ TEST(GifCodecTest, AnimationHasADelayBeforeItsSecondImage) {
         Case{"one with a delay", head + delay + image + kEnd, 0x10000301},
         Case{"two without", head + still + image + still + image + kEnd, 0x10000301},
         Case{"a delay before the first", head + delay + image + image + kEnd, 0x10000302},
+        Case{"a delay, then none", head + delay + image + still + image + kEnd, 0x10000302},
         Case{"a delay before the second", head + image + delay + image + kEnd, 0x10000302},
         Case{"a delay before the third", head + image + image + delay + image + kEnd, 0x10000301},
         Case{"damage in the first", head + delay + damaged + image + kEnd, 0x10000302},
@@ -110,7 +112,6 @@ TEST(GifCodecTest, SizesAreThoseOfTheScreenAndFitTheTarget) {
   };
   EXPECT_EQ(fitted({10, 10}), (XpImageSize{10, 5}));
   EXPECT_EQ(fitted({80, 80}), (XpImageSize{80, 40}));
-  EXPECT_EQ(fitted({2, 1}), (XpImageSize{2, 1}));
   EXPECT_EQ(fitted({0, 10}), (XpImageSize{40, 20}));
   EXPECT_EQ(fitted({1, 1}), (XpImageSize{40, 20})) << "no row would be left";
   EXPECT_EQ(codec.ReadThumbnail(stream, 0, {}), nullptr);
@@ -173,9 +174,10 @@ TEST(PictureFormatsTest, ContentAndNameTogetherFindTheCodec) {
        {Case{"a.jpg", jpeg, "JPEG"}, Case{"a.mpo", jpeg, "JPEG"}, Case{"b.mpo", mpo, "MPO"},
         Case{"c.mpo", jpegfiles::MpoFile({{0, jpeg}}).bytes, "MPO"}, Case{"b.jpg", mpo, "JPEG"},
         Case{"b", mpo, "MPO"}, Case{"a.tif", tiff, "TIFF"}, Case{"a.krw", tiff, "RAW"},
-        Case{"a.KRF", tiff, "RAW"}, Case{"b.krw", jpeg, "JPEG"}, Case{"b.tif", bigTiff, "BigTIFF"},
-        Case{"a.png", Head(1, 1), "GIF"}, Case{"a.gif", imagefiles::Png(imagefiles::Smooth(2, 2, 3)), "PNG"},
-        Case{"a.bmp", "BM", "BMP"}, Case{"a.txt", "text", nullptr}, Case{"c.jpg", "", nullptr}}) {
+        Case{"a.KRF", tiff, "RAW"}, Case{"a.kr2", tiff, "RAW"}, Case{"a.krq", tiff, "RAW"},
+        Case{"b.krw", jpeg, "JPEG"}, Case{"b.tif", bigTiff, "BigTIFF"}, Case{"a.png", Head(1, 1), "GIF"},
+        Case{"a.gif", imagefiles::Png(imagefiles::Smooth(2, 2, 3)), "PNG"}, Case{"a.bmp", "BM", "BMP"},
+        Case{"a.txt", "text", nullptr}, Case{"c.jpg", "", nullptr}}) {
     XpFile file(XpNarrowString(folder.Write(c.file, c.bytes)).ToWide());
     ASSERT_EQ(file.Open(XpOpenRead, XpShareRead), XpOk);
     XpResult result = XpErrFailed;
