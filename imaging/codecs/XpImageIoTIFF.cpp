@@ -120,7 +120,8 @@ Picture XpImageIoTIFF::ReadStrips(XpAbstractFile& stream, std::int64_t offset, X
   RowReader rows(stream, strips, *picture);
   std::int32_t nextReport = 0;
   const auto isStopped = [&] {
-    if (progress == nullptr || rows.RowsRead() < nextReport) return false;
+    const bool isDone = rows.RowsRead() == picture->height;
+    if (progress == nullptr || (rows.RowsRead() < nextReport && !isDone)) return false;
     nextReport = rows.RowsRead() + kRowsPerReport;
     const std::int64_t percent = std::int64_t{rows.RowsRead()} * kDone / picture->height;
     return progress->Report(static_cast<std::int32_t>(percent)) != 0;
