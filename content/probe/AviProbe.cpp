@@ -75,8 +75,7 @@ bool ChunkSearch::FindList(Stretch& where, std::string_view form, Stretch& list)
   for (Chunk chunk; ReadChunk(where, chunk); where.position = EndOf(chunk)) {
     if (!chunk.Is("LIST")) continue;
     std::array<char, kFormBytes> found{};
-    // A list that is too small for its form would lead backwards.
-    if (chunk.size < kFormBytes || !Read(chunk.body, found)) return false;
+    if (!Read(chunk.body, found)) return false;
     if (std::string_view(found.data(), found.size()) != form) continue;
     where.position = EndOf(chunk);
     list = {chunk.body + kFormBytes, std::min(where.position, where.end)};
