@@ -11,6 +11,7 @@
 #include "content/formats/XpFormatChecker.h"
 #include "content/model/ContentGrouping.h"
 #include "content/model/ContentRules.h"
+#include "tests/content/CameraPictures.h"
 #include "tests/imaging/GifFile.h"
 #include "tests/imaging/MpoFile.h"
 #include "tests/support/TempFolder.h"
@@ -18,7 +19,7 @@
 namespace {
 
 using imagefiles::Bytes;
-using jpegfiles::kMpChild;
+using namespace camerapictures;
 using namespace vrx::formats;
 
 XpString Wide(const std::string& text) { return XpNarrowString(text.c_str()).ToWide(); }
@@ -47,30 +48,18 @@ std::string Text(const vrx::model::FolderContents& found) {
   return text;
 }
 
-/// A multi-picture file of so many pictures, all of type disparity.
-Bytes Stereo(int pictures) {
+/// A multi-picture file of so many views, of which the first one is `first`.
+Bytes Views(int count, const PictureForm& first = {}) {
   constexpr std::uint32_t kDisparity = 0x020002;
-  const Bytes jpeg = imagefiles::Jpeg(imagefiles::Smooth(16, 16, 3));
-  return jpegfiles::MpoFile(
-             std::vector<jpegfiles::MpoPicture>(static_cast<std::size_t>(pictures), {kDisparity, jpeg}))
-      .bytes;
+  std::vector<jpegfiles::MpoPicture> pictures(static_cast<std::size_t>(count), {kDisparity, Picture({})});
+  pictures.front().jpeg = Picture(first);
+  return jpegfiles::MpoFile(pictures).bytes;
 }
 
 Bytes Gif(int images) {
   Bytes file = giffiles::Head(1, 1) + giffiles::Control(5);
   for (int i = 0; i < images; ++i) file += giffiles::Image({}, giffiles::Pixels({1}));
   return file + giffiles::kEnd;
-}
-
-/// A JPEG file whose tags are known, with a segment of this kind of SPF.
-Bytes Spf(int kind) {
-  const vrx::test_support::TagBytes tag;
-  // The kind stands where the value of its entry leads, after the only IFD.
-  const Bytes index =
-      tag.Header() + tag.Ifd({tag.Entry(0xB002, 7, 4, 26u)}) + tag.U32(static_cast<std::uint32_t>(kind));
-  const Bytes jpeg = imagefiles::Jpeg(imagefiles::Smooth(16, 16, 3));
-  return jpegfiles::WithSegments(
-      jpeg, {jpegfiles::Exif(jpegfiles::Orientation(1)), jpegfiles::App(3, Bytes("SPF\0", 4) + index)});
 }
 
 /// The contents of a folder with these files.
@@ -100,8 +89,11 @@ TEST(ContentModelTest, EveryRuleTakesItsCompanionsInOrder) {
     files[name] = bytes;
     return Group(files);
   };
-  EXPECT_EQ(with("a.mpo", Stereo(3)), "a.mpo + a.jpg + a.modd + a.moff | a.thm") << "frames";
-  EXPECT_EQ(with("a.mpo", Stereo(2)), "a.mpo + a.jpg + a.modd + a.moff | a.thm") << "stereo";
+  EXPECT_EQ(with("a.mpo", Views(3)), "a.mpo + a.jpg + a.modd + a.moff | a.thm") << "frames";
+  EXPECT_EQ(with("a.mpo", Views(2)), "a.mpo + a.jpg + a.modd + a.moff | a.thm") << "stereo";
+  EXPECT_EQ(with("a.mpo", Views(2, {.width = 3424, .height = 1920})),
+            "a.mpo + a.jpg + a.modd + a.moff | a.thm")
+      << "a stereo panorama";
   EXPECT_EQ(with("a.mpo", none), "a.mpo + a.jpg + a.modd | a.moff a.thm") << "of no known kind";
   EXPECT_EQ(with("a.jps", none), "a.jps + a.jpg + a.modd | a.moff a.thm");
   EXPECT_EQ(with("a.tif", none), "a.jpg + a.modd + a.moff; a.tif + a.thm + a.modd");
@@ -109,11 +101,15 @@ TEST(ContentModelTest, EveryRuleTakesItsCompanionsInOrder) {
   EXPECT_EQ(with("a.gif", Gif(2)), "a.gif + a.thm + a.modd; a.jpg + a.modd + a.moff") << "an animation";
   EXPECT_EQ(with("a.gif", none), "a.jpg + a.modd + a.moff | a.gif a.thm") << "no GIF";
   EXPECT_EQ(with("a.png", none), "a.jpg + a.modd + a.moff; a.png + a.modd | a.thm");
-  for (const int kind : {257, 258}) {
-    EXPECT_EQ(Group({{"a.jpg", Spf(kind)}, {"a.modd", none}}), "a.jpg | a.modd") << kind;
-    EXPECT_EQ(Group({{"a.mpo", Stereo(2)}, {"a.jpg", Spf(kind)}}), "a.jpg; a.mpo")
-        << "no companion of an MPO";
+  for (const std::uint32_t kind : {257u, 258u}) {
+    const Bytes spf = Picture({.segments = {Spf(kind)}});
+    EXPECT_EQ(Group({{"a.jpg", spf}, {"a.modd", none}}), "a.jpg | a.modd") << kind;
+    EXPECT_EQ(Group({{"a.mpo", Views(2)}, {"a.jpg", spf}}), "a.jpg; a.mpo") << "no companion of an MPO";
   }
+  const auto mark = [](XpTiffTagIFD& note) { note.SetUndefined(0x1000, "\1", 1); };
+  EXPECT_EQ(with("a.jpg", Picture({.note = mark})), "a.jpg + a.modd | a.moff a.thm") << "marked";
+  EXPECT_EQ(with("a.jpg", Picture({.width = 3424, .height = 1920})), "a.jpg + a.modd + a.moff | a.thm")
+      << "panorama";
   EXPECT_EQ(Group({"a.jpg", "a.modd", "a.moff", "a.thm"}), "a.jpg + a.modd + a.moff | a.thm");
   EXPECT_EQ(Group({"a.mov", "a.thm", "a.modd", "a.moff", "a.vmlp", "a.vmlt", "a.vmlf"}),
             "a.mov + a.thm + a.modd + a.moff + a.vmlt + a.vmlf | a.vmlp");
@@ -139,7 +135,7 @@ TEST(ContentModelTest, MixedStemsComeApart) {
   EXPECT_EQ(Group({"A.MOV", "a.Modd", "abc.mov", "ab.modd"}), "A.MOV + a.Modd; abc.mov | ab.modd");
   EXPECT_EQ(Group({"a.b.mov", "a.b.modd", "a.mov", "a.b.mov.modd"}),
             "a.b.mov + a.b.mov.modd; a.mov | a.b.modd");
-  EXPECT_EQ(Group({{"a.mpo", Stereo(2)}, {"a.mpo.jpg", ""}}), "a.mpo + a.mpo.jpg");
+  EXPECT_EQ(Group({{"a.mpo", Views(2)}, {"a.mpo.jpg", ""}}), "a.mpo + a.mpo.jpg");
   EXPECT_EQ(Group({"a.thm"}), " | a.thm");
   EXPECT_EQ(Group({".mov", ".modd", "notes.txt"}), ".mov | .modd notes.txt")
       << "nothing goes with an empty stem";
