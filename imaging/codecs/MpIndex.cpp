@@ -121,7 +121,8 @@ XpResult FindMpPicture(XpAbstractFile& stream, std::int64_t offset, std::int64_t
 bool MpHeadBudget::Spend(std::int64_t start) {
   if (m_stream.Seek(start, XpSeekStart) != XpOk) return true;
   WalkAppSegments(m_stream);  // how far it came counts, not how it ended
-  m_left -= m_stream.Tell() - start;
+  // A head that the file ends in is no longer than what the file has of it.
+  m_left -= std::min(m_stream.Tell(), m_stream.GetSize()) - start;
   return m_left >= 0;
 }
 

@@ -152,6 +152,7 @@ Bytes WithoutNow(Bytes edited, const Bytes& file) {
 TEST(MpoCodecTest, EditReachesEveryFrameOnceAndNoOtherByte) {
   const Bytes camera = CameraFile(), bare = CameraPicture();
   const Bytes broken = WithSegments(bare, {Exif("no TIFF header")});
+  const Bytes cut = "\xFF\xD8\xFF\xE1\xFF\xFF";  // the file ends in its head
   constexpr std::size_t kSame = 1, kLost = 2;
   struct Case {
     const char* name;
@@ -182,6 +183,7 @@ TEST(MpoCodecTest, EditReachesEveryFrameOnceAndNoOtherByte) {
              XpErrImageInvalid,
              {0},
              {0}},
+        Case{"cut", {{0, camera}, {0, cut}}, {}, XpErrEndOfFile, XpErrEndOfFile, {0}, {0}},
         Case{"lost", {{0, camera}, {0, camera}, {0, camera}}, {0, kLost}, XpOk, XpErrPastEnd, {0, 2}, {0}},
         Case{"first lost", {{0, camera}, {0, camera}}, {kLost}, XpErrPastEnd, XpErrPastEnd, {}, {}}}) {
     MpoFile file(c.pictures);
