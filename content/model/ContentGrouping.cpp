@@ -95,6 +95,7 @@ class FolderGrouping {
     }
     for (std::size_t i = 0; i < files.size(); ++i) {
       const XpString stem = XpPathStem(files[i].GetText());
+      if (XpPathExtension(stem).IsEmpty()) continue;
       // It has the whole name of another file in it, or no file of that stem needs it.
       if (names.contains(KeyOf(stem))) m_belowStem[KeyOf(XpPathStem(stem))].push_back(i);
     }

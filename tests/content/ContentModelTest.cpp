@@ -181,7 +181,7 @@ TEST(ContentModelTest, InAnyOrderEveryFileIsInOneContentOrInTheRest) {
   std::vector<XpPath> all;
   for (const char* stem : {"a", "A.b", "ab"}) {
     for (const char* end : {".mov", ".jpg", ".kr2", ".png", ".modd", ".rodd", ".moff", ".thm", ".vmlf",
-                            ".txt", ".mov.modd", ".jpg.modd", ".kr2.modd", ".mov.thm", ".JPG"}) {
+                            ".txt", ".mov.modd", ".jpg.modd", ".kr2.modd", ".mov.thm", ".JPG", ""}) {
       all.emplace_back(Wide(folder.Write(std::string(stem) + end, "")));
     }
   }
