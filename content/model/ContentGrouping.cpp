@@ -79,10 +79,8 @@ using Key = std::u16string;  // of a file or stem, without regard to case
 
 Key KeyOf(const XpString& text) { return Key(XpFoldCase(text).AsView()); }
 
-bool IsShorter(const Key& a, const Key& b) { return std::pair(a.size(), a) < std::pair(b.size(), b); }
-
-/// Groups folders stem by stem, the shorter ones first: a.mpo.jpg goes with a.mpo before it could be a
-/// content of the stem a.mpo.
+/// Groups folders stem by stem, each before those that begin with it: a.mpo.jpg goes with a.mpo before it
+/// could be a content of the stem a.mpo.
 class FolderGrouping {
  public:
   explicit FolderGrouping(const std::vector<XpPath>& files) : m_files(files), m_isTaken(files.size()) {
@@ -102,10 +100,7 @@ class FolderGrouping {
   }
 
   void Run(FolderContents& found) {
-    std::vector<Key> stems;
-    for (const auto& [stem, files] : m_ofStem) stems.push_back(stem);
-    std::ranges::sort(stems, IsShorter);
-    for (const Key& stem : stems) GroupStem(stem, found);
+    for (const auto& [stem, files] : m_ofStem) GroupStem(stem, found);
     for (std::size_t i = 0; i < m_files.size(); ++i) {
       if (!m_isTaken[i]) found.rest.push_back(m_files[i]);
     }
