@@ -267,6 +267,8 @@ TEST_F(ProbeTest, TransportStreamsAreToldApartByTheirProgramMap) {
        {"arrival times after many bytes", Transport({map}, "time", Bytes(571, 'x')), kTransportHdmv},
        {"three packets with arrival times, the first without",
         map + "time" + other + "time" + other + Bytes(400, 'x'), kUnknown},
+       {"two sync bytes by chance", Transport({map}, "", 'G' + Bytes(187, 'x') + 'G' + Bytes(10, 'x')),
+        kTransportHdmv},
        {"a damaged packet", Transport({other, other, other, unsynced, map}), kTransportHdmv},
        {"the map at 400 KB", lastMap, kTransportHdmv},
        {"the map past 400 KB", Transport(far), kUnknown},
@@ -294,6 +296,7 @@ TEST_F(ProbeTest, AviFilesAreToldApartByTheirFirstVideo) {
                         {"a stream without head first", AviOf(List("strl", Chunk("strf", "x")) + dv), kAviDv},
                         {"chunks and lists first",
                          before(Chunk("JUNK", "odd") + List("INFO", Chunk("ISFT", "ab"))), kAviDv},
+                        {"a large chunk first", before(Chunk("JUNK", Bytes(70000, 'x'))), kAviDv},
                         {"odd main header", headers(Chunk("avih", "odd") + dv), kAviDv},
                         {"chunks before the main header", headers(Chunk("JUNK", "odd") + kAvih + dv), kAviDv},
                         {"no main header", headers(dv), kUnknown},
@@ -385,6 +388,7 @@ TEST_F(ProbeTest, KindIsWhatTheBytesAreWhateverTheNameSays) {
       {Bytes("II+\0\10\0\0\0", 8), "BigTIFF picture", "49 49 2B 00 (little-endian)", kTiff},
       {imagefiles::Bmp(1, 1, {.data = "abcd"}), "BMP picture", "header has 40 bytes"},
       {"BM" + Bytes(12, '\0') + Little(41, 4), "unknown", "42 4D"},
+      {"BM" + Bytes(12, '\0') + Bytes("\x6C\0\0\0", 4), "BMP picture", "header has 108 bytes"},
       {"BMW is a word that begins like a picture", "text (UTF-8)", "all its bytes"},
       {FileType("isom", "mp41"), "MP4 movie", "ftyp box with brand isom at byte 4", kMp4, kMov},
       {FileType("\1\xFF\2\3", ""), "MP4 movie", "brand 01 FF 02 03", kMp4},
@@ -422,6 +426,7 @@ TEST_F(ProbeTest, KindIsWhatTheBytesAreWhateverTheNameSays) {
       {"caf\xE9", "unknown", "63 61 66 E9"},
       {Bytes("\xFE\xFF\0a", 4), "text (UTF-16)", "byte order mark FE FF"},
       {Bytes("\xFE\xFF\xDC\0", 4), "unknown", "FE FF DC 00"},
+      {Bytes("\xFE\xFF\xD8\0\0a", 6), "unknown", "FE FF D8 00"},
       {Bytes("a\0b", 3), "unknown", "begins with 61 00 62, as no"},
   };
   for (const KindCase& one : cases) {
