@@ -104,7 +104,9 @@ TEST(ContentModelTest, EveryRuleTakesItsCompanionsInOrder) {
   for (const std::uint32_t kind : {257u, 258u}) {
     const Bytes spf = Picture({.segments = {Spf(kind)}});
     EXPECT_EQ(Group({{"a.jpg", spf}, {"a.modd", none}}), "a.jpg | a.modd") << kind;
-    EXPECT_EQ(Group({{"a.mpo", Views(2)}, {"a.jpg", spf}}), "a.jpg; a.mpo") << "no companion of an MPO";
+    for (const Bytes& mpo : {none, Views(2), Views(3)}) {
+      EXPECT_EQ(Group({{"a.mpo", mpo}, {"a.jpg", spf}}), "a.jpg; a.mpo") << "no companion of an MPO";
+    }
   }
   const auto mark = [](XpTiffTagIFD& note) { note.SetUndefined(0x1000, "\1", 1); };
   EXPECT_EQ(with("a.jpg", Picture({.note = mark})), "a.jpg + a.modd | a.moff a.thm") << "marked";
@@ -242,6 +244,8 @@ TEST(ContentModelTest, ContentKeepsItsFilesInOrder) {
   EXPECT_EQ(copy.GetMark(), 5);
   copy.ReplaceFile(movie, kModd);
   EXPECT_EQ(Text(copy), "a.mov + a.modd + a.mov");
+  copy.ReplaceFile(sidecar, kMov);
+  EXPECT_EQ(Text(copy), "a.modd + a.mov + a.modd") << "the main file too";
   copy.ReplaceFile(movie, kMoff);
   EXPECT_EQ(copy.GetFileCount(), 3);
   EXPECT_EQ(copy.GetFormatAt(3), 0u);
