@@ -25,10 +25,15 @@ bool IsMedia(const XpPath& file) {
   return family == formats::Family::Still || family == formats::Family::Video;
 }
 
+/// The RAW files of the stem, by their names.
+std::vector<XpPath> FindRawFiles(std::vector<XpPath> list) {
+  std::erase_if(list, [](const XpPath& file) { return !IsRaw(file.GetText()); });
+  return list;
+}
+
 /// The main files of all contents of the stem; none when one of its media files is in no content.
-std::vector<XpPath> FindMainFiles(const XpString& contentPath) {
-  std::vector<XpPath> list, mains;
-  if (GatherStemFiles(XpPath(contentPath), list) != XpOk) return {};
+std::vector<XpPath> FindMainFiles(std::vector<XpPath> list) {
+  std::vector<XpPath> mains;
   SfContent content;
   while (!list.empty() && ClassifyNext(list, content) != formats::kUnknown) {
     XpPath main;
@@ -39,6 +44,8 @@ std::vector<XpPath> FindMainFiles(const XpString& contentPath) {
   return std::ranges::any_of(list, IsMedia) ? std::vector<XpPath>() : mains;
 }
 
+bool HasOwnSidecar(const XpPath& main) { return XpPathIsFile(main.GetText() + kExtension); }
+
 }  // namespace
 
 XpString XpSharedSidecarPath(const XpString& contentPath) {
@@ -47,11 +54,9 @@ XpString XpSharedSidecarPath(const XpString& contentPath) {
 }
 
 void XpRemoveUnneededSharedSidecar(const XpString& contentPath) {
-  const XpString shared = XpSharedSidecarPath(contentPath);
-  if (!IsRaw(contentPath)) {
-    const std::vector<XpPath> mains = FindMainFiles(contentPath);
-    const auto hasOwn = [](const XpPath& main) { return XpPathIsFile(main.GetText() + kExtension); };
-    if (mains.empty() || !std::ranges::all_of(mains, hasOwn)) return;
-  }
-  XpFileDelete(shared);
+  std::vector<XpPath> list;
+  if (GatherStemFiles(XpPath(contentPath), list) != XpOk) return;
+  const std::vector<XpPath> readers = IsRaw(contentPath) ? FindRawFiles(list) : FindMainFiles(list);
+  if (readers.empty() || !std::ranges::all_of(readers, HasOwnSidecar)) return;
+  XpFileDelete(XpSharedSidecarPath(contentPath));
 }

@@ -7,7 +7,8 @@
 /// The path of the shared sidecar of this media file.
 XpString XpSharedSidecarPath(const XpString& contentPath);
 
-/// Deletes the shared sidecar of this media file when every content of the stem has a sidecar of its own;
-/// that of a RAW file at once, since no other content reads it. It stays where something of the stem is not
-/// known: a media file that cannot be read may still need it. A failure to delete is not reported.
+/// Deletes the shared sidecar of this media file when every content of the stem that may read it has a
+/// sidecar of its own: of a RAW file, which other contents never share theirs with, the RAW files. It stays
+/// where something of the stem is not known: a media file that cannot be read may still need it. A failure to
+/// delete is not reported.
 void XpRemoveUnneededSharedSidecar(const XpString& contentPath);

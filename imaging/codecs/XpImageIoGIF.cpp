@@ -57,30 +57,26 @@ void DrawImage(GifDecoder& gif, const GifImage& image, int transparent, const Xp
 }
 
 /// Walks the records up to the second image. Without a `screen` nothing is drawn, and the images are passed
-/// over without being decoded. Whether the file is an animation.
+/// over without being decoded. Whether the file is an animation: a single image does not move, whatever its
+/// delay.
 bool WalkRecords(GifDecoder& gif, const XpPixmap24NoHandle* screen) {
   GifControl control;
-  for (int images = 0;;) {
+  for (bool hasImage = false;;) {
     switch (gif.NextRecord()) {
       case GifRecord::Extension:
-        if (!gif.ReadExtension(control)) return control.hasDelay && images != 1;
+        if (!gif.ReadExtension(control)) return false;
         break;
       case GifRecord::Image: {
-        if (images == 1) return control.hasDelay;
+        if (hasImage) return control.hasDelay;
         GifImage image;
-        if (gif.ReadImage(image)) {
-          ++images;
-          if (screen == nullptr) {
-            gif.SkipPixels();
-          } else {
-            DrawImage(gif, image, control.transparent, *screen);
-          }
-        }
+        hasImage = gif.ReadImage(image);
+        if (hasImage && screen == nullptr) gif.SkipPixels();
+        if (hasImage && screen != nullptr) DrawImage(gif, image, control.transparent, *screen);
         control.transparent = -1;
         break;
       }
       default:
-        return control.hasDelay && images != 1;  // one image with a delay does not move
+        return false;
     }
   }
 }

@@ -88,6 +88,15 @@ TEST(ModdSaveTest, SidecarOfARawFileIsItsOwnFromTheFirstSavingOn) {
   ASSERT_EQ(Save(path), XpOk);
   EXPECT_EQ(Sidecars(folder), "shot.krw.modd shot.modd");
   EXPECT_EQ(RatingOf(path), 5);
+
+  const std::string other = folder.Write("shot.kr2", "");
+  folder.Write("shot.rodd", kDocument);
+  ASSERT_EQ(Save(path), XpOk);
+  std::filesystem::remove(folder.Path() / "shot.krw.modd");
+  ASSERT_EQ(Save(path), XpOk);
+  EXPECT_EQ(RatingOf(other), 1) << "another RAW file of the stem still needs it";
+  ASSERT_EQ(Save(other), XpOk);
+  EXPECT_EQ(Sidecars(folder), "shot.kr2.modd shot.krw.modd shot.modd");
 }
 
 TEST(ModdSaveTest, OwnSidecarIsReplacedAndMarkedAsHidden) {

@@ -84,7 +84,7 @@ TEST(GifCodecTest, AnimationHasADelayBeforeItsSecondImage) {
         Case{"damage in the first", head + delay + damaged + image + kEnd, 0x10000302},
         Case{"a comment", head + "\x21\xFE\x04\x01\x01\x01\x01" + Bytes(1, '\0') + image + image + kEnd,
              0x10000301},
-        Case{"no image", head + delay + kEnd, 0x10000302}, Case{"no end", head + delay + image, 0x10000301},
+        Case{"no image", head + delay + kEnd, 0x10000301}, Case{"no end", head + delay + image, 0x10000301},
         Case{"cut off", head.substr(0, 20), 0x01000000}, Case{"another format", "GIF99a", 0x01000000}}) {
     Stream stream(c.file);
     FormatCode format = 0;
