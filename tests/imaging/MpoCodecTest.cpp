@@ -185,7 +185,13 @@ TEST(MpoCodecTest, EditReachesEveryFrameOnceAndNoOtherByte) {
              {0}},
         Case{"cut", {{0, camera}, {0, cut}}, {}, XpErrEndOfFile, XpErrEndOfFile, {0}, {0}},
         Case{"lost", {{0, camera}, {0, camera}, {0, camera}}, {0, kLost}, XpOk, XpErrPastEnd, {0, 2}, {0}},
-        Case{"first lost", {{0, camera}, {0, camera}}, {kLost}, XpErrPastEnd, XpErrPastEnd, {}, {}}}) {
+        Case{"first lost",
+             {{kMpChild, camera}, {0, camera}, {0, camera}},
+             {0, kLost},
+             XpErrPastEnd,
+             XpErrPastEnd,
+             {},
+             {}}}) {
     MpoFile file(c.pictures);
     for (std::size_t i = 0; i < c.offsets.size(); ++i) {
       if (c.offsets[i] == 0) continue;
@@ -217,7 +223,12 @@ TEST(MpoCodecTest, FileIsRatedAndStrippedInPlace) {
   const XpString path = XpNarrowString(folder.Write("a.mpo", file.bytes).c_str()).ToWide();
   XpImageIoMPO codec;
   EXPECT_EQ(codec.SetRating(path, 4), XpOk);
+  EXPECT_GT(codec.LoadTags(path)->GetIfd(0)->GetAscii(0x0132).AsView(), kCameraDate);
   EXPECT_EQ(codec.StripGps(path), XpOk);
+  EXPECT_EQ(codec.SetModifyDate(path, Date(), true), XpOk);
+  XpDateTime written;
+  XpFile(path).GetWriteTime(written);
+  EXPECT_EQ(written.ToTimeT(), Date().ToTimeT());
   const Bytes edited = folder.Read("a.mpo");
   EXPECT_EQ(edited.size(), file.bytes.size());
   for (const std::size_t i : {0u, 1u}) {
@@ -278,7 +289,7 @@ TEST(MpoCodecTest, PicturesWithinEachOthersHeadsAreNotSearchedWithoutEnd) {
 }
 
 TEST(MpoCodecTest, TruncationAtEveryByteNeitherCrashesNorChangesTheSize) {
-  const Bytes small = WithSegments(imagefiles::Jpeg(Smooth(8, 8, 1)), {Exif(Orientation(6))});
+  const Bytes small = WithSegments(imagefiles::Jpeg(Smooth(16, 8, 1)), {Exif(Orientation(6))});
   const MpoFile file({{0, small}, {kMpChild, small}, {kMpRepresentative, small}});
   for (std::size_t length = 0; length <= file.bytes.size(); ++length) {
     SCOPED_TRACE(length);
@@ -287,6 +298,8 @@ TEST(MpoCodecTest, TruncationAtEveryByteNeitherCrashesNorChangesTheSize) {
     XpImageIoMPO codec;
     const auto picture = codec.Read(stream, 0, 1, {});
     EXPECT_EQ(picture != nullptr, codec.status == XpOk);
+    XpImageSize size;
+    EXPECT_TRUE(codec.ReadImageSize(stream, 0, size, false) != XpOk || size == (XpImageSize{8, 16}));
     EXPECT_EQ(codec.GetFrameCount(stream, 0), length >= file.header + 38 + 3 * 16 ? 2 : 0);
     EXPECT_EQ(codec.SeekToFrame(stream, 0, 1, nullptr) == XpOk, length > file.starts[2]);
     std::vector<MpPictureSummary> found;

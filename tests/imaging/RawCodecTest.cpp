@@ -126,6 +126,11 @@ TEST(RawCodecTest, PictureIsTurnedByThePreviewAndOnDemandByTheFile) {
     EXPECT_EQ(whole, (isSideways ? XpImageSize{2000, 3000} : XpImageSize{3000, 2000}));
     EXPECT_EQ(asStored, (XpImageSize{3000, 2000}));
   }
+  // The size of the preview is that in its own header, whatever its own orientation.
+  const XpString path = Wide(folder.Write("b.krw", RawFile({.preview = PreviewWith(6, 1)})));
+  XpImageSize preview;
+  EXPECT_EQ(XpImageIoRAW().GetPreviewSize(path, preview, false), XpOk);
+  EXPECT_EQ(preview, (XpImageSize{40, 24}));
 }
 
 TEST(RawCodecTest, PreviewIsScaledAndFittedButNotEnlarged) {
@@ -228,6 +233,7 @@ TEST(RawCodecTest, NameAndVersionDecideWhichEditsAFileTakes) {
   };
   constexpr XpResult kOk = XpOk, kNone = XpErrImageNoData, kNot = XpErrImageNotProvided;
   const auto early = [](Tags& tags) { tags.GetIfd(0)->SetAscii(0x0131, "KLX-Q1000 v1.0"); };
+  const auto later = [](Tags& tags) { tags.GetIfd(0)->SetAscii(0x0131, "KLX-Q1000 V1.0"); };
   const auto otherType = [](Tags& tags) { tags.GetMakerIfd()->SetShort(0xB000, 3); };
   const auto oneByte = [](Tags& tags) { tags.GetMakerIfd()->SetByte(0xB000, 3); };
   for (const Case& c : {Case{"a.kr2", 0x303, nullptr, 0x303, kOk, kOk, kOk},
@@ -236,6 +242,7 @@ TEST(RawCodecTest, NameAndVersionDecideWhichEditsAFileTakes) {
                         Case{"none.krw", 0, nullptr, 0, kOk, kNone, kNone},
                         Case{"early.krw", 0x302, early, 0x100, kNot, kOk, kNone},
                         Case{"early.kr2", 0x302, early, 0x100, kOk, kOk, kNone},
+                        Case{"later.krw", 0x302, later, 0x302, kOk, kOk, kOk},
                         Case{"type.krw", 0x302, otherType, 0, kOk, kOk, kNone},
                         Case{"byte.krw", 0x302, oneByte, 0x300, kOk, kOk, kNone},
                         Case{"a.krf", 0x302, nullptr, 0x302, kNot, kNone, kOk},
@@ -255,8 +262,9 @@ TEST(RawCodecTest, NameAndVersionDecideWhichEditsAFileTakes) {
     EXPECT_EQ(folder.Read(c.name) == file, c.turned != XpOk);
     const bool isTurned = codec.LoadTags(path)->GetIfd(1)->GetShort(0x0112, false) == 8;
     EXPECT_EQ(isTurned, c.turned == XpOk);
-    EXPECT_EQ(codec.SetRating(path, 4), c.rated);
+    EXPECT_EQ(XpImageIoRAW().SetRating(path, 4), c.rated);
     EXPECT_EQ(codec.ReplaceGps(path, RecordOf(file)), c.gps);
+    EXPECT_GT(codec.LoadTags(path)->GetIfd(0)->GetAscii(0x0132).AsView(), kDate);
     EXPECT_EQ(codec.StripGps(path), c.gps);
     EXPECT_EQ(codec.LoadTags(path)->GetGpsIfd() == nullptr, c.gps == XpOk);
     EXPECT_EQ(folder.Read(c.name).size(), file.size());
@@ -286,7 +294,16 @@ TEST(RawCodecTest, NewPositionTakesThePlaceOfTheOldOneByteForByte) {
       file.replace(file.find(from), from.size(), to);
     }
     EXPECT_EQ(folder.Read("a.krw"), file);
+
+    record.dateStamp.text = "2020:01:02";
+    Bytes outer = "12345678" + file;
+    Stream within(outer);
+    EXPECT_EQ(XpImageIoRAW().WriteGps(within, 8, record), XpOk);
+    EXPECT_EQ(outer, Bytes("12345678" + file).replace(8 + file.find("2024:05:01"), 10, "2020:01:02"));
   }
+  const XpString none = Wide((TempFolder().Path() / "none.krw").string());
+  EXPECT_EQ(XpImageIoRAW().ReplaceGps(none, {}), XpErrFileNotFound);
+  EXPECT_EQ(XpImageIoRAW().StripGps(none), XpErrFileNotFound);
 }
 
 constexpr TagBytes kLittle;
