@@ -40,30 +40,31 @@ T Value(const XpIniDict& dict, const char16_t* key, XpResult (XpIniElement::*get
 
 TEST(PlistReadTest, EveryTypeIsRead) {
   XpIniDict dict;
-  ASSERT_EQ(Read(InPlist("<!-- hello --><key>i</key><!-- between --><integer> -12x</integer>"
-                         "<key>r</key><real>1,5</real><key>s</key><string>a&amp;b<![CDATA[c]]></string>"
-                         "<key>t</key><true/><key>f</key><false/>"
-                         "<key>d</key><data>AB 01\n0F</data><key>when</key><date>2018-01-02 03.04.05</date>"
-                         "<key>list</key><array><integer>1</integer><array/><string/></array>"
-                         "<key>sub</key><dict><key>x</key><integer>9</integer></dict>"),
-                 dict),
-            XpOk);
-  EXPECT_EQ(Value<std::int64_t>(dict, u"i", &XpIniElement::GetInt64), -12);
-  EXPECT_EQ(Value<double>(dict, u"r", &XpIniElement::GetReal), 1.5);
-  EXPECT_EQ(Value<XpString>(dict, u"s", &XpIniElement::GetString), u"a&b");
-  EXPECT_TRUE(Value<bool>(dict, u"t", &XpIniElement::GetBool));
-  EXPECT_FALSE(Value<bool>(dict, u"f", &XpIniElement::GetBool));
-  EXPECT_EQ(Value<XpString>(dict, u"list/2", &XpIniElement::GetString), XpString());
-  EXPECT_EQ(Value<std::int64_t>(dict, u"sub/x", &XpIniElement::GetInt64), 9);
-  EXPECT_EQ(dict.Get(u"list/3"), nullptr);
-  EXPECT_EQ(dict.Get(u"list/4294967296"), nullptr);
-  EXPECT_EQ(dict.Get(u"sub/none"), nullptr);
+  ASSERT_EQ(
+      Read(InPlist("<!-- hello --><key>i</key><!-- between --><integer> -12x</integer>"
+                   "<key>r</key><real>1,5</real><key>s</key><string>a&amp;b<![CDATA[c]]></string>"
+                   "<key>t</key><true/><key>f</key><false/>"
+                   "<key>d</key><data>AB 01\n0F</data><key>when</key><date>2018-01-02 03.04.05</date>"
+                   "<key>list</key><array><integer>1</integer><array/><string/></array>"
+                   "<key>sub</key><dict><key>x</key><integer>9</integer></dict>"
+                   "<key>sub</key><dict><key>y</key><true/></dict><key>sub</key><array><true/></array>"),
+           dict),
+      XpOk);
+  EXPECT_EQ(Value(dict, u"i", &XpIniElement::GetInt64), -12);
+  EXPECT_EQ(Value(dict, u"r", &XpIniElement::GetReal), 1.5);
+  EXPECT_EQ(Value(dict, u"s", &XpIniElement::GetString), u"a&b");
+  EXPECT_TRUE(Value(dict, u"t", &XpIniElement::GetBool));
+  EXPECT_FALSE(Value(dict, u"f", &XpIniElement::GetBool));
+  EXPECT_EQ(Value(dict, u"list/2", &XpIniElement::GetString), XpString());
+  EXPECT_EQ(Value(dict, u"sub/x", &XpIniElement::GetInt64), 9);
+  for (const char16_t* none : {u"list/3", u"list/4294967296", u"sub/none", u"sub/y", u"sub/0"}) {
+    EXPECT_EQ(dict.Get(none), nullptr) << XpString(none).ToNarrow().c_str();
+  }
   const std::byte* data = nullptr;
   std::uint64_t size = 0;
   ASSERT_EQ(dict.Get(u"d")->GetData(data, size), XpOk);
   EXPECT_EQ(std::vector(data, data + size), (std::vector{std::byte{0xAB}, std::byte{0x01}, std::byte{0x0F}}));
-  const auto when = Value<XpDateTime>(dict, u"when", &XpIniElement::GetDate);
-  EXPECT_EQ(when.GetSecond(), 5);
+  EXPECT_EQ(Value(dict, u"when", &XpIniElement::GetDate).GetSecond(), 5);
 }
 
 TEST(PlistReadTest, CdataMayStandOnALineOfItsOwn) {
@@ -80,7 +81,7 @@ TEST(PlistReadTest, CdataMayStandOnALineOfItsOwn) {
     XpIniDict dict;
     ASSERT_EQ(Read(InPlist("<key> <![CDATA[s]]></key><string>" + std::string(text) + "</string>"), dict),
               XpOk);
-    EXPECT_EQ(Value<XpString>(dict, u"s", &XpIniElement::GetString), expected) << text;
+    EXPECT_EQ(Value(dict, u"s", &XpIniElement::GetString), expected) << text;
   }
 }
 
@@ -119,17 +120,6 @@ TEST(PlistReadTest, StructureRulesHold) {
   }
 }
 
-TEST(PlistReadTest, ARepeatedKeyKeepsItsFirstDict) {
-  XpIniDict dict;
-  ASSERT_EQ(
-      Read(InPlist("<key>a</key><dict><key>x</key><true/></dict><key>a</key><dict><key>y</key><true/></dict>"
-                   "<key>a</key><array><true/></array>"),
-           dict),
-      XpOk);
-  EXPECT_NE(dict.Get(u"a/x"), nullptr);
-  EXPECT_EQ(dict.Get(u"a")->GetCount(), 1u);
-}
-
 TEST(PlistReadTest, ARefusedDocumentReportsCauseAndLine) {
   XpIniDict dict;
   XmlProblem problem;
@@ -151,9 +141,7 @@ TEST(PlistNumbersTest, TextAfterANumberIsIgnored) {
   EXPECT_EQ(ParseInteger(u"\n +7,5"), 7);
   EXPECT_EQ(ParseInteger(u"x"), 0);
   EXPECT_EQ(ParseReal(u" -.5e1 "), -5.0);
-  EXPECT_EQ(ParseReal(u"1e999"), 0.0);
-  EXPECT_EQ(ParseReal(u"inf"), 0.0);
-  EXPECT_EQ(ParseReal(u"nan"), 0.0);
+  for (const char16_t* text : {u"1e999", u"inf", u"nan"}) EXPECT_EQ(ParseReal(text), 0.0);
   for (const char16_t* date : {u"99:01:01T00:00:00", u"2018:01:01T00:00", u"2018::01:01T00:00:00"}) {
     EXPECT_FALSE(vrx::plist::ParseDate(date).IsValid());
   }
@@ -198,14 +186,13 @@ TEST(PlistWriteTest, TheDocumentIsWrittenInItsExactForm) {
 
 TEST(PlistWriteTest, ATreeTooDeepForTheReaderIsNotWritten) {
   XpIniDict dict;
-  XpString key = u"a";
+  XpString key;
   const auto deepen = [&] {
+    key = key.IsEmpty() ? u"a" : key + u"/a";
     EXPECT_EQ(dict.Add(key, XpIniType::Dict, {}), XpOk);
-    key.Append(u"/a");
   };
   constexpr int kPlistAndDict = 2;
-  const int room = vrx::plist::XmlLimits().depth - kPlistAndDict;
-  for (int i = 0; i < room; ++i) deepen();
+  for (int i = kPlistAndDict; i < vrx::plist::XmlLimits().depth; ++i) deepen();
   XpIniDict again;
   EXPECT_EQ(Read(Written(dict), again), XpOk);
   EXPECT_EQ(Written(again), Written(dict));
@@ -225,26 +212,21 @@ TEST(PlistWriteTest, SavedDocumentLoadsAgainAndAFailedSaveKeepsTheOldOne) {
   XpIniDict dict;
   dict.Add(u"名前", XpIniType::String, XpString(u"\U0001F3BE café"));
   ASSERT_EQ(dict.Save(path), XpOk);
-  XpIniDict loaded;
-  ASSERT_EQ(loaded.Load(path), XpOk);
-  EXPECT_EQ(Value<XpString>(loaded, u"名前", &XpIniElement::GetString), u"\U0001F3BE café");
-  EXPECT_EQ(folder.Count(), 1);
+  folder.Write("d.plist.new", "another file of the user");
   EXPECT_EQ(dict.Save(path + u"/below-a-file"), XpErrNotAFile);
   EXPECT_EQ(dict.Save(Wide(folder.Path())), XpErrAccessDenied);
   std::filesystem::permissions(folder.Path() / "d.plist", std::filesystem::perms::owner_read);
-  folder.Write("d.plist.new", "another file of the user");
   EXPECT_EQ(XpIniDict().Save(path), XpErrAccessDenied);
-  EXPECT_EQ(loaded.Load(path), XpOk);
-  EXPECT_EQ(loaded.GetCount(), 1u);
-  EXPECT_EQ(folder.Count(), 2);
-  EXPECT_EQ(folder.Read("d.plist.new"), "another file of the user");
-  EXPECT_EQ(XpIniDict().Load(path + u".none"), XpErrFileNotFound);
   {
     const FullDisk disk(100);
-    EXPECT_EQ(dict.Save(Wide(folder.Path() / "new.plist")), XpErrNoDocument)
-        << "the file itself could be opened";
+    EXPECT_EQ(dict.Save(path + u".full"), XpErrNoDocument) << "the file itself could be opened";
   }
   EXPECT_EQ(folder.Count(), 2);
+  EXPECT_EQ(folder.Read("d.plist.new"), "another file of the user");
+  XpIniDict loaded;
+  ASSERT_EQ(loaded.Load(path), XpOk);
+  EXPECT_EQ(Value(loaded, u"名前", &XpIniElement::GetString), u"\U0001F3BE café");
+  EXPECT_EQ(loaded.Load(path + u".none"), XpErrFileNotFound);
   XpString text;
   ASSERT_EQ(dict.SaveText(text), XpOk);
   XpIniDict copy;
