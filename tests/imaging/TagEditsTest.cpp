@@ -1,6 +1,7 @@
 // Edits of single tags in stored files: what is found, what is written, and that nothing else changes.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,36 +33,23 @@ struct Picture {
   std::uint32_t offsetCount = 7;
   std::uint32_t noteCount = 140;
   bool second = true;
-  bool gps = true;
-  std::vector<std::pair<std::string, std::size_t>> places = {};  // of the texts and fields below, in the file
-
-  std::size_t Place(const std::string& name) const {
-    for (const auto& [known, place] : places) {
-      if (known == name) return place;
-    }
-    ADD_FAILURE() << name;
-    return 0;
-  }
+  std::map<std::string, std::size_t> places = {};  // of the texts and fields below, in the file
 };
 
 /// The bytes of `p`, whose places it fills in.
 std::string Bytes(Picture& p) {
   const TagBytes b{p.bigEndian};
-  const std::uint32_t entries = p.gps ? 4 : 3;
-  const std::uint32_t ifd0 = 8, date0 = ifd0 + 6 + 12 * entries, ifd1 = date0 + 20, date1 = ifd1 + 6 + 24;
+  const std::uint32_t ifd0 = 8, date0 = ifd0 + 6 + 48, ifd1 = date0 + 20, date1 = ifd1 + 6 + 24;
   const std::uint32_t exif = date1 + 20, original = exif + 6 + 36, offset = original + 20, note = offset + 8;
   const std::uint32_t maker = note + static_cast<std::uint32_t>(p.signature.size());
   const bool own = p.signature.size() > 10 && p.signature[10] >= 2;
   const std::uint32_t dates = maker + 6 + 36;
-  std::vector<std::string> first{b.Entry(kTagOrientation, 3, 1, b.U16(p.orientation) + "\0\0"s),
-                                 b.Entry(kTagDateTime, 2, p.dateCount, date0),
-                                 b.Entry(kTagExifIfd, p.exifPointer, 1, exif)};
-  if (p.gps) first.push_back(b.Entry(kTagGpsIfd, 4, 1, ifd1));
-  std::string bytes = "\xFF\xD8\xFF\xE1..Exif\0\0"s + b.Header() + b.Ifd(first, p.second ? ifd1 : 0) +
-                      p.date +
-                      b.Ifd({b.Entry(kTagOrientation, 3, 1, b.U16(p.orientation) + "\0\0"s),
-                             b.Entry(kTagDateTime, 2, 20, date1)}) +
-                      p.date +
+  const std::string orientation = b.Entry(kTagOrientation, 3, 1, b.U16(p.orientation) + "\0\0"s);
+  std::string bytes = "\xFF\xD8\xFF\xE1..Exif\0\0"s + b.Header() +
+                      b.Ifd({orientation, b.Entry(kTagDateTime, 2, p.dateCount, date0),
+                             b.Entry(kTagExifIfd, p.exifPointer, 1, exif), b.Entry(kTagGpsIfd, 4, 1, ifd1)},
+                            p.second ? ifd1 : 0) +
+                      p.date + b.Ifd({orientation, b.Entry(kTagDateTime, 2, 20, date1)}) + p.date +
                       b.Ifd({b.Entry(kTagDateTimeOriginal, 2, 20, original),
                              b.Entry(kTagOffsetTime, 2, p.offsetCount, offset),
                              b.Entry(kTagMakerNote, 7, p.noteCount, note)}) +
@@ -77,8 +65,7 @@ std::string Bytes(Picture& p) {
               {"offset", kBase + offset},
               {"preview", kBase + maker + 6},
               {"rating", kBase + maker + 22},
-              {"noted", kBase + dates + 6},
-              {"ifd0", kBase + ifd0}};
+              {"noted", kBase + dates + 6}};
   return bytes;
 }
 
@@ -93,11 +80,19 @@ std::string After(const std::string& bytes, XpResult expected, Edit edit) {
   return block;
 }
 
+using Texts = std::map<std::string, std::string>;
+
 /// `bytes` with these texts at these places of `p`.
-std::string With(std::string bytes, const Picture& p,
-                 const std::vector<std::pair<std::string, std::string>>& texts) {
-  for (const auto& [name, text] : texts) bytes.replace(p.Place(name), text.size(), text);
+std::string With(std::string bytes, const Picture& p, const Texts& texts) {
+  for (const auto& [name, text] : texts) bytes.replace(p.places.at(name), text.size(), text);
   return bytes;
+}
+
+/// The edit of the stored picture changes these texts and nothing else.
+template <class Edit>
+void ExpectChanges(Picture p, const Texts& texts, Edit edit, XpResult expected = XpOk) {
+  const std::string bytes = Bytes(p);
+  EXPECT_EQ(After(bytes, expected, edit), With(bytes, p, texts));
 }
 
 XpDateTime Date(std::int32_t year = 1999) {
@@ -109,71 +104,48 @@ const std::string kDate = "1999:12:31 23:58:07\0"s;
 
 TEST(TagEdits, DateOfTheLastChangeIsWrittenWhereverItIsTheSame) {
   const auto edit = [](auto& file) { return PatchDateTime(file, kBase, Date(), true); };
+  const Texts everywhere{{"date0", kDate}, {"date1", kDate}, {"noted", kDate}};
   for (const bool bigEndian : {false, true}) {
-    Picture all{.bigEndian = bigEndian};
-    const std::string bytes = Bytes(all);
-    EXPECT_EQ(After(bytes, XpOk, edit),
-              With(bytes, all, {{"date0", kDate}, {"date1", kDate}, {"noted", kDate}}));
-    for (const char version : {'\1', '\2', '\3'}) {
-      Picture newer{.bigEndian = bigEndian, .signature = "KELO DSC \0"s + version + "\0"s};
-      const std::string same = Bytes(newer);
-      EXPECT_EQ(After(same, XpOk, edit),
-                With(same, newer, {{"date0", kDate}, {"date1", kDate}, {"noted", kDate}}));
+    for (const char version : {'\0', '\1', '\2', '\3'}) {
+      ExpectChanges({.bigEndian = bigEndian, .signature = "KELO DSC \0"s + version + "\0"s}, everywhere,
+                    edit);
     }
   }
-  Picture another{.noteDate = "2026:01:02 03:04:06\0"s, .second = false};
-  std::string bytes = Bytes(another);
-  EXPECT_EQ(After(bytes, XpOk, edit), With(bytes, another, {{"date0", kDate}}));
-  Picture unsignedNote{.signature = ""};
-  bytes = Bytes(unsignedNote);
-  EXPECT_EQ(After(bytes, XpOk, edit), With(bytes, unsignedNote, {{"date0", kDate}, {"date1", kDate}}));
-  Picture letters{.date = "Friday, or so......\0"s, .noteDate = "FRIDAY, OR SO......\0"s};
-  bytes = Bytes(letters);
-  EXPECT_EQ(After(bytes, XpOk, edit),
-            With(bytes, letters, {{"date0", kDate}, {"date1", kDate}, {"noted", kDate}}));
-  Picture noDate{.dateCount = 19};
-  bytes = Bytes(noDate);
-  EXPECT_EQ(After(bytes, XpErrImageNoData, edit), bytes);
+  ExpectChanges({.date = "Friday, or so......\0"s, .noteDate = "FRIDAY, OR SO......\0"s}, everywhere, edit);
+  ExpectChanges({.noteDate = "2026:01:02 03:04:06\0"s, .second = false}, {{"date0", kDate}}, edit);
+  ExpectChanges({.signature = ""}, {{"date0", kDate}, {"date1", kDate}}, edit);
+  ExpectChanges({.dateCount = 19}, {}, edit, XpErrImageNoData);
 }
 
 TEST(TagEdits, OriginalDateAndOffsetAreWrittenInTheExifIfd) {
-  for (const std::uint32_t type : {4u, 13u, 3u}) {
-    Picture p{.exifPointer = type};
-    const std::string bytes = Bytes(p);
-    const bool isFound = type != 3;
-    EXPECT_EQ(After(bytes, XpOk, [](auto& file) { return PatchOriginalDate(file, kBase, Date()); }),
-              isFound ? With(bytes, p, {{"original", kDate}}) : bytes);
-    for (const auto& [minutes, text] :
-         {std::pair{0, "+00:00\0"s}, {-210, "-03:30\0"s}, {5999, "+99:59\0"s}}) {
-      EXPECT_EQ(
-          After(bytes, XpOk, [ahead = minutes](auto& file) { return PatchOffsetTime(file, kBase, ahead); }),
-          isFound ? With(bytes, p, {{"offset", text}}) : bytes);
-    }
-    EXPECT_EQ(After(bytes, XpErrImageArgument, [](auto& file) { return PatchOffsetTime(file, kBase, 6000); }),
-              bytes);
+  const auto date = [](auto& file) { return PatchOriginalDate(file, kBase, Date()); };
+  const auto offset = [](std::int32_t minutes) {
+    return [minutes](auto& file) { return PatchOffsetTime(file, kBase, minutes); };
+  };
+  for (const std::uint32_t type : {4u, 13u}) {
+    const Picture p{.exifPointer = type};
+    ExpectChanges(p, {{"original", kDate}}, date);
+    ExpectChanges(p, {{"offset", "+00:00\0"s}}, offset(0));
+    ExpectChanges(p, {{"offset", "-03:30\0"s}}, offset(-210));
+    ExpectChanges(p, {{"offset", "+99:59\0"s}}, offset(5999));
+    ExpectChanges(p, {}, offset(6000), XpErrImageArgument);
   }
-  Picture shorter{.offsetCount = 6};
-  const std::string bytes = Bytes(shorter);
-  EXPECT_EQ(After(bytes, XpOk, [](auto& file) { return PatchOffsetTime(file, kBase, 60); }), bytes);
+  ExpectChanges({.exifPointer = 3}, {}, date);
+  ExpectChanges({.exifPointer = 3}, {}, offset(60));
+  ExpectChanges({.offsetCount = 6}, {}, offset(60));
 }
 
 TEST(TagEdits, DateThatIsNotValidIsRefused) {
-  Picture p;
-  const std::string bytes = Bytes(p);
   for (const XpDateTime& date : {XpDateTime(), XpDateTime(1e9)}) {
-    EXPECT_EQ(
-        After(bytes, XpErrImageArgument, [&](auto& file) { return PatchDateTime(file, kBase, date, true); }),
-        bytes);
-    EXPECT_EQ(
-        After(bytes, XpErrImageArgument, [&](auto& file) { return PatchOriginalDate(file, kBase, date); }),
-        bytes);
-    EXPECT_EQ(
-        After(bytes, XpErrImageArgument, [&](auto& file) { return TouchDates(file, XpOk, kBase, date); }),
-        bytes);
+    const auto changed = [&](auto& file) { return PatchDateTime(file, kBase, date, true); };
+    const auto original = [&](auto& file) { return PatchOriginalDate(file, kBase, date); };
+    const auto touched = [&](auto& file) { return TouchDates(file, XpOk, kBase, date); };
+    ExpectChanges({}, {}, changed, XpErrImageArgument);
+    ExpectChanges({}, {}, original, XpErrImageArgument);
+    ExpectChanges({}, {}, touched, XpErrImageArgument);
   }
-  EXPECT_EQ(After(bytes, XpOk, [](auto& file) { return PatchDateTime(file, kBase, Date(100), false); })
-                .substr(p.Place("date0"), 5),
-            "0100:");
+  ExpectChanges({}, {{"original", "0100:12:31 23:58:07"}},
+                [](auto& file) { return PatchOriginalDate(file, kBase, Date(100)); });
 }
 
 TEST(TagEdits, TurnsAddToTheOrientation) {
@@ -190,15 +162,13 @@ TEST(TagEdits, TurnsAddToTheOrientation) {
                         {5, 0, 1},
                         {8, 0xFFFFFFFF, 1},
                         {99, 2, 3}}) {
+    const auto edit = [&](auto& file) { return PatchOrientation(file, kBase, c.turns); };
     for (const bool bigEndian : {false, true}) {
-      for (const bool second : {false, true}) {
-        Picture p{.bigEndian = bigEndian, .orientation = c.stored, .second = second};
-        const std::string bytes = Bytes(p), value = TagBytes{bigEndian}.U16(c.turned);
-        std::string expected = With(bytes, p, {{"orientation0", value}});
-        if (second) expected = With(expected, p, {{"orientation1", value}});
-        EXPECT_EQ(After(bytes, XpOk, [&](auto& file) { return PatchOrientation(file, kBase, c.turns); }),
-                  expected);
-      }
+      const std::string value = TagBytes{bigEndian}.U16(c.turned);
+      ExpectChanges({.bigEndian = bigEndian, .orientation = c.stored},
+                    {{"orientation0", value}, {"orientation1", value}}, edit);
+      ExpectChanges({.bigEndian = bigEndian, .orientation = c.stored, .second = false},
+                    {{"orientation0", value}}, edit);
     }
   }
 }
@@ -206,7 +176,7 @@ TEST(TagEdits, TurnsAddToTheOrientation) {
 TEST(TagEdits, PictureWithoutOrientationInIfd0IsNotTurned) {
   Picture p;
   std::string bytes = Bytes(p);
-  bytes[p.Place("orientation0") - 8] = 'x';
+  bytes[p.places["orientation0"] - 8] = 'x';
   EXPECT_EQ(After(bytes, XpErrImageNoData, [](auto& file) { return PatchOrientation(file, kBase, 1); }),
             bytes);
 }
@@ -228,16 +198,13 @@ TEST(TagEdits, RatingAndPreviewAreWrittenInTheMakerNote) {
                         {"", true, false},
                         {"OTHER NOTE..", true, false},
                         {"OTHER NOTE", false, false}}) {
-    for (const bool bigEndian : {false, true}) {
-      const TagBytes b{bigEndian};
-      Picture p{.bigEndian = bigEndian, .signature = c.signature, .noteCount = c.noteCount};
-      const std::string bytes = Bytes(p);
-      EXPECT_EQ(After(bytes, c.isFound ? XpOk : XpErrImageNoData,
-                      [&](auto& file) { return PatchRating(file, kBase, 0x01020305, c.required); }),
-                c.isFound ? With(bytes, p, {{"rating", b.U32(0x01020305)}}) : bytes);
-      const bool isSigned = c.isFound && c.signature.starts_with("KE");
-      EXPECT_EQ(After(bytes, XpOk, [](auto& file) { return PatchPreviewRef(file, 0x0A0B0C0D, 777); }),
-                isSigned ? With(bytes, p, {{"preview", b.U32(777) + b.U32(0x0A0B0C0D)}}) : bytes);
+    const auto rate = [&](auto& file) { return PatchRating(file, kBase, 0x01020305, c.required); };
+    const auto refer = [](auto& file) { return PatchPreviewRef(file, 0x0A0B0C0D, 777); };
+    for (const TagBytes& b : {TagBytes{false}, TagBytes{true}}) {
+      const Picture p{.bigEndian = b.bigEndian, .signature = c.signature, .noteCount = c.noteCount};
+      const Texts rating{{"rating", b.U32(0x01020305)}}, preview{{"preview", b.U32(777) + b.U32(0x0A0B0C0D)}};
+      ExpectChanges(p, c.isFound ? rating : Texts{}, rate, c.isFound ? XpOk : XpErrImageNoData);
+      ExpectChanges(p, c.isFound && c.signature.starts_with("KE") ? preview : Texts{}, refer);
     }
   }
 }
@@ -262,9 +229,10 @@ TEST(TagEdits, DateThatOverlapsTheHeaderIsLeftAlone) {
 TEST(TagEdits, RatingOf0AtTheStartOfTheFileIsFound) {
   Picture p;
   std::string bytes = Bytes(p).substr(kBase);
-  bytes.replace(p.Place("rating") - kBase, 4, "\0\0\0\0"s);
+  const std::size_t place = p.places["rating"] - kBase;
+  bytes.replace(place, 4, "\0\0\0\0"s);
   const std::string rated = After(bytes, XpOk, [](auto& file) { return PatchRating(file, 0, 5, true); });
-  EXPECT_EQ(rated, bytes.replace(p.Place("rating") - kBase, 1, "\5"));
+  EXPECT_EQ(rated, bytes.replace(place, 1, "\5"));
 }
 
 TEST(TagEdits, GpsEntriesAreCutOutOfIfd0) {
@@ -277,20 +245,18 @@ TEST(TagEdits, GpsEntriesAreCutOutOfIfd0) {
               b.Header() + b.Ifd({other, last}, 77) + std::string(24, '\0') + "tail");
     EXPECT_EQ(After(b.Header() + b.Ifd({gps}, 77), XpOk, edit),
               b.Header() + b.Ifd({}, 77) + std::string(12, '\0'));
-    for (const auto& [entries, result] :
-         {std::pair{1000u, XpResult{XpOk}}, {1001u, XpResult{XpErrImageInvalid}}}) {
-      std::vector<std::string> many(entries, other);
-      many[500] = gps;
-      const std::string bytes = b.Header() + b.Ifd(many);
-      many.erase(many.begin() + 500);
-      EXPECT_EQ(After(bytes, result, edit),
-                result == XpOk ? b.Header() + b.Ifd(many) + std::string(12, '\0') : bytes);
+    std::vector<std::string> most(1000, other), tooMany(1001, gps);
+    most[500] = gps;
+    const std::string before = b.Header() + b.Ifd(most);
+    most.erase(most.begin() + 500);
+    EXPECT_EQ(After(before, XpOk, edit), b.Header() + b.Ifd(most) + std::string(12, '\0'));
+    const std::pair<std::string, XpResult> unchanged[] = {{b.Ifd({other}), XpOk},
+                                                          {b.Ifd({}), XpOk},
+                                                          {b.Ifd(tooMany), XpErrImageInvalid},
+                                                          {b.Ifd({gps}).substr(0, 17), XpErrImageInvalid}};
+    for (const auto& [ifd, result] : unchanged) {
+      EXPECT_EQ(After(b.Header() + ifd, result, edit), b.Header() + ifd);
     }
-    const std::string without = b.Header() + b.Ifd({other}), empty = b.Header() + b.Ifd({}),
-                      cut = b.Header() + b.Ifd({gps}).substr(0, 17);
-    EXPECT_EQ(After(without, XpOk, edit), without);
-    EXPECT_EQ(After(empty, XpOk, edit), empty);
-    EXPECT_EQ(After(cut, XpErrImageInvalid, edit), cut);
   }
 }
 
@@ -305,7 +271,7 @@ TEST(TagEdits, EntriesAreFoundByTypeCountAndRange) {
   };
   for (const Case& c :
        {Case{{.tag = 1, .type = 7, .leastCount = 3, .greatestCount = 3}, 20, 1},
-        {{.tag = 1, .type = 3, .secondType = 4, .leastCount = 0, .greatestCount = 2}, 62, 99},
+        {{.tag = 1, .type = 3, .secondType = 4, .leastCount = 0, .greatestCount = 2}, 0, 99},
         {{.tag = 1, .type = 4, .leastCount = 2, .greatestCount = 9, .noRangeCheck = true}, 62, 0},
         {{.tag = 1, .type = 7, .leastCount = 4, .greatestCount = 9}, 0, 99},
         {{.tag = 2, .type = 4}, 38, 2},
@@ -314,10 +280,9 @@ TEST(TagEdits, EntriesAreFoundByTypeCountAndRange) {
     XpMemoryFile file;
     file.Attach(block.data(), static_cast<std::int64_t>(block.size()), false);
     std::uint32_t index = 99;
-    const std::int64_t expected = c.index == 99 ? 0 : c.target;
-    EXPECT_EQ(FindEntry(file, 8, false, 0, c.query, &index), expected);
+    EXPECT_EQ(FindEntry(file, 8, false, 0, c.query, &index), c.target);
     EXPECT_EQ(index, c.index);
-    EXPECT_EQ(FindEntry(file, 8, false, 0, c.query, nullptr), expected);
+    EXPECT_EQ(FindEntry(file, 8, false, 0, c.query, nullptr), c.target);
     EXPECT_EQ(FindEntry(file, 900, false, 0, c.query, nullptr), 0);
   }
 }
@@ -366,13 +331,11 @@ TEST(TagEdits, FailedWriteIsTheResult) {
 }
 
 TEST(TagEdits, TouchedFileHasTheDateInItsTagsAndAsItsTime) {
-  Picture p;
+  ExpectChanges(
+      {}, {}, [](auto& file) { return TouchDates(file, XpErrImageNoData, kBase, Date()); }, XpErrImageNoData);
+  Picture noDate{.dateCount = 19}, p;
+  After(Bytes(noDate), XpOk, [](auto& file) { return TouchDates(file, XpOk, kBase); });
   const std::string bytes = Bytes(p);
-  EXPECT_EQ(After(bytes, XpErrImageNoData,
-                  [](auto& file) { return TouchDates(file, XpErrImageNoData, kBase, Date()); }),
-            bytes);
-  Picture noDate{.dateCount = 19};
-  EXPECT_NE(After(Bytes(noDate), XpOk, [](auto& file) { return TouchDates(file, XpOk, kBase); }), "");
   const TempFolder folder;
   const std::string path = folder.Write("picture.jpg", bytes);
   XpFile file(XpNarrowString(path.c_str()).ToWide());
@@ -385,7 +348,7 @@ TEST(TagEdits, TouchedFileHasTheDateInItsTagsAndAsItsTime) {
   ASSERT_TRUE(written.DifferenceInSeconds(Date(), seconds));
   EXPECT_EQ(seconds, 0);
   const std::string touched = folder.Read("picture.jpg");
-  const std::string offset = touched.substr(p.Place("offset"), 7);
+  const std::string offset = touched.substr(p.places["offset"], 7);
   EXPECT_EQ(touched,
             With(bytes, p, {{"date0", kDate}, {"date1", kDate}, {"noted", kDate}, {"offset", offset}}));
 }
