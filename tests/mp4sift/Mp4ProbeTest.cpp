@@ -11,13 +11,12 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 class Mp4ProbeTest : public testing::Test {
  protected:
   Mp4ProbeTest() : settings("VRX_REGISTRY_DIR", folder.Path() / "registry") {
-    fs::create_directories(folder.Path() / "program");
-    fs::create_directories(folder.Path() / "installed");
-    fs::create_directories(folder.Path() / "registry");
+    for (const char* name : {"program", "installed", "registry"}) fs::create_directory(folder.Path() / name);
     fs::copy_file(ASK_MP4_PATH, folder.Path() / "program/ask");
     movie = folder.Write("movie.mp4",
                          mp4boxes::FileType("MSNV", "") + mp4boxes::MovieOfDay("2024-05-01T10:11:12-0330"));
@@ -26,10 +25,11 @@ class Mp4ProbeTest : public testing::Test {
   void Put(const char* module, const char* place) const {
     fs::copy_file(module, folder.Path() / place / "Mp4Sift.so", fs::copy_options::overwrite_existing);
   }
-  void SetInstalledLocation(const std::string& path) const {
-    XpRegistryOpen(SfRegistryKeyPath(u"LBR", u"", u""), XpRegistryLocalMachine, XpRegistryWrite)
-        ->SetString(u"InstalledLocation", XpNarrowString(path).ToWide());
+  static void Set(const char16_t* section, const char16_t* name, const std::string& path) {
+    XpRegistryOpen(SfRegistryKeyPath(u"LBR", u"", section), XpRegistryLocalMachine, XpRegistryWrite)
+        ->SetString(name, XpNarrowString(path).ToWide());
   }
+  static void SetInstalledLocation(const std::string& path) { Set(u"", u"InstalledLocation", path); }
   std::string Ask(const std::string& arguments) const {
     const std::string command = (folder.Path() / "program/ask").string() + " " + arguments;
     FILE* answers = popen(command.c_str(), "r");
@@ -71,35 +71,19 @@ TEST_F(Mp4ProbeTest, ModuleIsTakenFromTheInstallationOrBesideTheProgram) {
 
 TEST_F(Mp4ProbeTest, DriveLettersOfTheSettingsHoldInTheModule) {
   Put(MP4SIFT_PATH, "program");
-  XpRegistryOpen(SfRegistryKeyPath(u"LBR", u"", u"Drives"), XpRegistryLocalMachine, XpRegistryWrite)
-      ->SetString(u"Q", XpNarrowString(folder.Path().string()).ToWide());
+  Set(u"Drives", u"Q", folder.Path());
   EXPECT_EQ(Ask("'Q:\\movie.mp4' 'R:\\movie.mp4'"), std::string(kReal) + kNothing);
 }
 
 TEST_F(Mp4ProbeTest, AnswersBecomeCodesAndDates) {
   Put(OTHER_MP4SIFT_PATH, "program");
-  const std::pair<const char*, const char*> cases[] = {
-      {"'0'", "01000000 no date\n"},
-      {"'1'", "20031101 no date\n"},
-      {"'2'", "20031102 no date\n"},
-      {"'3'", "20031104 no date\n"},
-      {"'4'", "20031103 no date\n"},
-      {"'5'", "20031105 no date\n"},
-      {"'6'", "20031106 no date\n"},
-      {"'7'", "01000000 no date\n"},
-      {"'-1'", "01000000 no date\n"},
-      {"'1 100 1 1 0 0 0 -720'", "20031101 0100-01-01 00:00:00 -720\n"},
-      {"'1 99 1 1 0 0 0 1000'", "20031101 invalid 1000\n"},
-      {"'1 0 0 0 0 0 0 5'", "20031101 invalid 5\n"},
-      {"'1 2023 2 29 0 0 0 5'", "20031101 invalid 5\n"},
-      {"'1 10000 1 1 0 0 0 5'", "20031101 invalid 5\n"},
-  };
-  std::string arguments, wanted;
-  for (const auto& [argument, answer] : cases) {
-    arguments += std::string(argument) + " ";
-    wanted += answer;
+  EXPECT_EQ(Ask("0 1 2 3 4 5 6 7 -1"),
+            "01000000 no date\n20031101 no date\n20031102 no date\n20031104 no date\n20031103 no date\n"
+            "20031105 no date\n20031106 no date\n01000000 no date\n01000000 no date\n");
+  EXPECT_EQ(Ask("'1 100 1 1 0 0 0 -720'"), "20031101 0100-01-01 00:00:00 -720\n");
+  for (const char* date : {"99 1 1", "0 0 0", "2023 2 29", "10000 1 1"}) {
+    EXPECT_EQ(Ask("'1 "s + date + " 0 0 0 5'"), "20031101 invalid 5\n") << date;
   }
-  EXPECT_EQ(Ask(arguments), wanted);
 }
 
 }  // namespace

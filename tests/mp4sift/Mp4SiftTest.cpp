@@ -33,12 +33,7 @@ std::int32_t AskClass(const std::string& path) {
 
 TEST(Mp4SiftTest, BrandsMakeTheClass) {
   const TempFolder folder;
-  struct Case {
-    const char* major;
-    const char* compatible;
-    std::int32_t wanted;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, const char*, std::int32_t> cases[] = {
       {"MSNV", "", 1},
       {"3gp5", "isommp42", 2},
       {"3g2a", "", 2},
@@ -63,9 +58,9 @@ TEST(Mp4SiftTest, BrandsMakeTheClass) {
       {"qt  ", "mp42", 0},
       {"heic", "mif1isom", 0},
   };
-  for (const Case& c : cases) {
-    const std::string path = folder.Write("a.mp4", FileType(c.major, c.compatible) + Box("moov", ""));
-    EXPECT_EQ(AskClass(path), c.wanted) << c.major << ' ' << c.compatible;
+  for (const auto& [major, compatible, wanted] : cases) {
+    const std::string path = folder.Write("a.mp4", FileType(major, compatible) + Box("moov", ""));
+    EXPECT_EQ(AskClass(path), wanted) << major << ' ' << compatible;
   }
   EXPECT_EQ(AskClass(folder.Write("a.mp4", Box("moov", ""))), 0);
   EXPECT_EQ(AskClass(folder.Write("a.mp4", "")), 0);
@@ -77,9 +72,8 @@ TEST(Mp4SiftTest, DateIsLocalAndNothingIsWrittenWithoutOne) {
   const std::string zone = KeyedMetadata({{"com.vrx.time-zone", "021c"}});
   const std::string header = MovieHeader(3'797'395'272);  // 1 May 2024, 8:01:12 UTC
   EXPECT_EQ(AskDate(movie(header + zone)), (Answer{true, {2024, 5, 1, 17, 1, 12}, 540}));
-  EXPECT_EQ(AskDate(movie(header)), (Answer{true, {2024, 5, 1, 8, 1, 12}, kMp4NoTimeZone}));
-  EXPECT_EQ(AskDate(movie(header + Header(99, "udta"))),
-            (Answer{true, {2024, 5, 1, 8, 1, 12}, kMp4NoTimeZone}));
+  const Answer damaged = AskDate(movie(header + Header(99, "udta")));
+  EXPECT_EQ(damaged, (Answer{true, {2024, 5, 1, 8, 1, 12}, kMp4NoTimeZone}));
   const std::string none = movie(MovieHeader(0) + zone);
   for (const std::string& path : {none, folder.Path().string(), std::string("/none/a.mp4"), std::string()}) {
     EXPECT_EQ(AskDate(path), Answer{}) << path;
