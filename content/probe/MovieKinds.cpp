@@ -26,6 +26,13 @@ constexpr std::string_view kDocumentTypeElement = "\x42\x82"sv;
 constexpr std::size_t kEbmlHeaderBytes = 64;  // of real files, or less
 constexpr std::uint8_t kOneByteSize = 0x80;   // marks a size that takes one byte
 
+/// As it is stored: 0 and 1 stand for other ways to say it.
+std::int64_t FirstBoxSize(const KindEvidence& evidence) {
+  std::int64_t size = 0;
+  for (std::size_t i = 0; i < kBoxTypeAt; ++i) size = size << 8 | evidence.Byte(i);
+  return size;
+}
+
 /// Empty unless the header says it.
 std::string_view DocumentTypeOf(const KindEvidence& evidence) {
   if (!evidence.Begins(kEbmlHeader)) return {};
@@ -49,7 +56,10 @@ std::string WhyBrand(const KindEvidence& evidence, std::initializer_list<std::st
 
 std::string WhyQuickTime(const KindEvidence& evidence) {
   for (const std::string_view box : kOldMovieBoxes) {
-    if (evidence.Has(kBoxTypeAt, box)) return std::string(box) + " box at byte 4";
+    // Some are also words that a text may hold there.
+    if (evidence.Has(kBoxTypeAt, box) && FirstBoxSize(evidence) <= evidence.Size()) {
+      return std::string(box) + " box at byte 4";
+    }
   }
   return WhyBrand(evidence, {"qt  "});
 }

@@ -394,6 +394,7 @@ TEST_F(ProbeTest, KindIsWhatTheBytesAreWhateverTheNameSays) {
       {FileType("\1\xFF\2\3", ""), "MP4 movie", "brand 01 FF 02 03", kMp4},
       {FileType("qt  ", ""), "QuickTime movie", "brand qt at byte 4", kMov, kMp4},
       {mp4boxes::Box("moov", ""), "QuickTime movie", "moov box at byte 4", kMov},
+      {"The wide road", "text (UTF-8)", "all its bytes"},
       {FileType("3gp5", ""), "3GP movie", "brand 3gp5", kThreeGp, kMov},
       {FileType("M4A ", ""), "MPEG-4 sound", "brand M4A"},
       {FileType("heic", ""), "HEIF picture", "brand heic"},
