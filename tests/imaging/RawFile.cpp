@@ -63,6 +63,7 @@ Ifd Gps() {
   gps->SetUndefined(27, "ASCII\0\0\0GPS", 11);  // an odd size, so that a byte fills it up
   gps->SetUndefined(28, "ASCII\0\0\0Munich", 14);
   gps->SetAscii(29, "2020:01:02");
+  gps->SetShort(30, 1);
   return gps;
 }
 
