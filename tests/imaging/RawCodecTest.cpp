@@ -55,6 +55,7 @@ TEST(RawCodecTest, PreviewIsFoundWhereTheTagsNameIt) {
     const auto change = [&](Tags& tags) {
       if (c.type == 3) tags.GetIfd(0)->SetShort(c.tag, static_cast<std::uint16_t>(c.value));
       if (c.type == 4) tags.GetIfd(0)->SetLong(c.tag, c.value);
+      tags.GetExifIfd()->SetLong(0x0201, 9);  // below IFD 0 it says nothing
     };
     const Bytes file = RawFile({.previewIfd = c.previewIfd, .change = change});
     const Bytes outer = "12345678" + file;  // offsets count from the TIFF header
@@ -64,6 +65,7 @@ TEST(RawCodecTest, PreviewIsFoundWhereTheTagsNameIt) {
     EXPECT_EQ(codec.status, c.shown);
     EXPECT_EQ(Pixels(picture), c.shown == XpOk ? Pixels(Decoded(Preview())) : "");
     EXPECT_EQ(Pixels(codec.Read(within, 8, 1, {})), Pixels(picture));
+    EXPECT_EQ(codec.ReadThumbnail(stream, 0, {}) != nullptr, c.shown == XpOk);
     XpMemoryFile out;
     EXPECT_EQ(codec.CopyPreview(stream, out), c.copied);
     EXPECT_EQ(Bytes(static_cast<const char*>(out.GetData()), static_cast<std::size_t>(out.GetSize())),
