@@ -239,6 +239,15 @@ TEST(MpoCodecTest, FileIsRatedAndStrippedInPlace) {
   }
 }
 
+TEST(MpoCodecTest, ListingGetsTheTagsAfterADamagedOne) {
+  const Bytes broken = CameraFile({.hasBrokenTag = true});
+  Stream stream(broken);
+  XpImageIoMPO codec;
+  EXPECT_EQ(codec.ReadTags(stream, 0)->GetExifIfd(), nullptr);
+  codec.onBadTag = vrx::imaging::OnBadTag::SkipTag;
+  EXPECT_NE(codec.ReadTags(stream, 0)->GetExifIfd(), nullptr);
+}
+
 TEST(MpoCodecTest, SummaryNamesDamagedEntriesAndCutsAtTheEnd) {
   MpoFile file({{0x20030000, Numbered(16)},
                 {kMpChild | 0x010001, Numbered(24)},

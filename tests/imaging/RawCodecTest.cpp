@@ -317,12 +317,12 @@ std::size_t FieldOf(const Bytes& file, std::uint32_t tag) {
   return file.find(kLittle.U16(tag) + kLittle.U16(5) + kLittle.U32(3)) + 8;
 }
 
-/// The tag leads to two IFDs, of which the first is none, so that the tree has the second.
+/// The tag has a second offset, although it leads nowhere.
 void LeadToTwo(Bytes& file, XpGPSRecord&) {
   const std::size_t entry = file.find(kPointer);
   const Bytes place = file.substr(entry + 8, 4);
   file.replace(entry + 4, 8, kLittle.U32(2) + kLittle.U32(static_cast<std::uint32_t>(file.size())));
-  file += Bytes(4, '\0') + place;
+  file += place + Bytes(4, '\0');
 }
 
 TEST(RawCodecTest, PositionThatDoesNotFitItsPlaceChangesNothing) {
