@@ -1,5 +1,5 @@
 // What a file really is: the deep form of XpFormatChecker, which looks into the file. The content model sorts
-// files by it, and so does whoever has to tell the kinds of one extension apart.
+// files by it, and `vrx probe` shows it.
 #pragma once
 
 #include "content/formats/FormatCodes.h"

@@ -1,5 +1,5 @@
 // Tells MPEG program streams (ISO/IEC 11172-1 and 13818-1) by their first pack header. The deep check uses
-// it, and whoever asks what a file is.
+// it, and so do the kinds by content.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Whether a file begins as text, and as which XML document. Whoever asks what a file is uses it.
+// Whether a file begins as text, and as which XML document. The kinds by content use it.
 #pragma once
 
 #include <string>

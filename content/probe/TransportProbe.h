@@ -1,5 +1,5 @@
 // Finds the packets of an MPEG transport stream (ISO/IEC 13818-1), and what its program map calls the stream.
-// The deep check uses it, and whoever asks what a file is.
+// The deep check and the kinds by content use it.
 #pragma once
 
 #include <cstddef>

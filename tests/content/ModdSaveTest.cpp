@@ -1,4 +1,4 @@
-// Metadata is saved beside its own file, and a sidecar that others share goes only when nobody needs it.
+// Metadata is saved beside its own file, and a sidecar that others share goes only when no file needs it.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-// The first image of a GIF file is shown on its screen, and animations are told from still pictures. Files
+// The first image of a GIF file is shown on its screen, and animations differ from still pictures. Files
 // that the loader reads come to the wanted size.
 #include <gtest/gtest.h>
 
