@@ -14,8 +14,6 @@ namespace {
 using imaging::MpEntry;
 using imaging::MpTable;
 
-/// One IFD for the index and one for what the first picture is among the others.
-constexpr std::size_t kIndexIfds = 2;
 constexpr std::int64_t kEyes = 2;
 
 /// What the maker note says of the whole file; 0 when there is none.
@@ -25,9 +23,8 @@ enum Mode : std::uint32_t { kPanoramaMode = 1, kStereoMode = 2, kFramesMode = 5 
 MpTable ReadWholeTable(XpAbstractFile& file) {
   const XpSharedPtr<XpTiffTagManager> index = XpImageIoMPO().ReadIndexTags(file, 0);
   std::int64_t header = 0;
-  if (index.Get() == nullptr || index->GetIfdCount() != kIndexIfds) return {};
   if (imaging::FindMpHeader(file, 0, header) != XpOk) return {};
-  MpTable table = imaging::ReadMpTable(*index);
+  MpTable table = imaging::ReadUsableMpTable(index.Get());
   const bool isWhole = std::ranges::all_of(table.entries, [&](const MpEntry& entry) {
     std::int64_t start = 0;
     return imaging::FindMpPicture(file, 0, header, entry, start) == XpOk;

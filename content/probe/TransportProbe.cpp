@@ -18,7 +18,7 @@ constexpr std::size_t kSyncPlaces = 3 * kTimedPacketBytes;  // where a first syn
 constexpr std::int64_t kMostBytes = 0x64000;
 constexpr int kMostProgramMaps = 5;
 
-// Program maps of the recordings that are told apart come in packets with these numbers.
+// Packets with the program maps of the known kinds of recordings have these numbers.
 constexpr std::uint32_t kProgramMapPids[] = {0x81, 0x100};
 constexpr std::uint8_t kProgramMapTable = 2;
 constexpr std::size_t kProgramInfoLengthAt = 10;  // in the section

@@ -9,14 +9,17 @@ namespace vrx::imaging {
 
 namespace {
 
-constexpr std::uint16_t kUncalibrated = 0xFFFF;
 constexpr char16_t kProfileName[] = u"Adobe RGB 1998 (Kelo Corporation)";
 
 }  // namespace
 
-bool HasAdobeRgbMark(const XpTiffTagManager& tags) {
+bool HasUncalibratedColours(const XpTiffTagManager& tags) {
   const XpTiffTagIFD* exif = tags.GetExifIfd();
-  if (exif == nullptr || exif->GetShort(kTagColorSpace, false) != kUncalibrated) return false;
+  return exif != nullptr && exif->GetShort(kTagColorSpace, false) == kUncalibrated;
+}
+
+bool HasAdobeRgbMark(const XpTiffTagManager& tags) {
+  if (!HasUncalibratedColours(tags)) return false;
   XpTiffTagDataBase* profile = tags.GetIfd(0)->FindTag(kTagIccProfile, false);
   if (profile == nullptr) return true;
   XpMemoryFile bytes;

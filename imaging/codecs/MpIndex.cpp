@@ -16,6 +16,7 @@ namespace {
 constexpr std::uint16_t kEntriesTag = 0xB002;
 constexpr std::uint16_t kCountTag = 0xB001;
 constexpr std::uint32_t kEntryBytes = 16;
+constexpr std::size_t kUsableIfds = 2;
 /// Bursts have some hundred pictures. Each takes a search for its head.
 constexpr std::uint32_t kMostEntries = 1024;
 
@@ -74,6 +75,10 @@ MpTable ReadMpTable(const XpTiffTagManager& index) {
   if (table == nullptr) return {};
   const std::uint32_t count = std::min(CountEntries(*first, *table), kMostEntries);
   return {ReadEntries(static_cast<const std::uint8_t*>(table->GetData()), count, index.bigEndian)};
+}
+
+MpTable ReadUsableMpTable(const XpTiffTagManager* index) {
+  return index != nullptr && index->GetIfdCount() == kUsableIfds ? ReadMpTable(*index) : MpTable();
 }
 
 std::int64_t MpIndex::PositionOf(const MpEntry& entry) const {

@@ -54,6 +54,9 @@ struct MpTable {
 /// Of an index that was read as tags. Only what lies in the tag of the table is believed, and of that the
 /// first 1,024 entries. Empty when there is no such tag.
 MpTable ReadMpTable(const XpTiffTagManager& index);
+/// The same, but also empty when the index is null, and unless it has exactly two IFDs: one for the table and
+/// one for what the first picture is among the others.
+MpTable ReadUsableMpTable(const XpTiffTagManager* index);
 
 /// A table with its place in an MPF segment.
 struct MpIndex : MpTable {

@@ -67,8 +67,6 @@ constexpr PictureFormat kFormats[] = {
 
 }  // namespace
 
-std::span<const PictureFormat> PictureFormats() { return kFormats; }
-
 const PictureFormat* FindPictureFormat(XpFile& file, XpResult& result) {
   std::array<char, kSignatureBytes> head{};
   std::uint64_t read = 0;

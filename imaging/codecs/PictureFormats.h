@@ -1,9 +1,8 @@
 // The formats of still pictures: how a file of each is known by its content and name, and its codec. Programs
-// that take any picture walk this table.
+// that take any picture ask here.
 #pragma once
 
 #include <memory>
-#include <span>
 #include <string_view>
 
 #include "content/formats/FormatCodes.h"
@@ -28,7 +27,6 @@ struct PictureFormat {
   bool hasTags;
 };
 
-std::span<const PictureFormat> PictureFormats();
 /// Of an open file with a name. Null when it is none of these, and when it cannot be read, which `result`
 /// says.
 const PictureFormat* FindPictureFormat(XpFile& file, XpResult& result);

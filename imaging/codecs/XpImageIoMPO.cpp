@@ -13,15 +13,6 @@ namespace {
 
 using Picture = XpImageIo::Picture;
 
-/// One IFD for the index and one for what the first picture is among the others.
-constexpr std::size_t kIndexIfds = 2;
-
-/// Empty when the index is null or not usable.
-MpTable UsableTable(const XpTiffTagManager* index) {
-  const bool isUsable = index != nullptr && index->GetIfdCount() == kIndexIfds;
-  return isUsable ? ReadMpTable(*index) : MpTable();
-}
-
 }  // namespace
 
 XpResult XpImageIoMPO::SeekToTiffHeader(XpAbstractFile& stream, std::int64_t offset) {
@@ -42,7 +33,7 @@ XpResult XpImageIoMPO::SeekToEntry(XpAbstractFile& stream, std::int64_t offset, 
     if (own.Get() == nullptr) return status;
     index = own.Get();
   }
-  const MpTable table = UsableTable(index);
+  const MpTable table = ReadUsableMpTable(index);
   const MpEntry* entry = choose(table);
   if (entry == nullptr) return Fail(XpErrImageUnusable);
   std::int64_t header = 0, start = 0;
@@ -63,7 +54,7 @@ XpResult XpImageIoMPO::SeekToRepresentative(XpAbstractFile& stream, std::int64_t
 }
 
 std::int64_t XpImageIoMPO::GetFrameCount(XpAbstractFile& stream, std::int64_t offset) {
-  return UsableTable(ReadIndexTags(stream, offset).Get()).CountFrames();
+  return ReadUsableMpTable(ReadIndexTags(stream, offset).Get()).CountFrames();
 }
 
 template <class Reading>
@@ -112,7 +103,7 @@ XpSharedPtr<XpTiffTagManager> XpImageIoMPO::ReadTags(XpAbstractFile& stream, std
 XpResult XpImageIoMPO::EditFrames(XpAbstractFile& stream, std::int64_t offset, LostFrame lost,
                                   const FrameEdit& edit) {
   const XpSharedPtr<XpTiffTagManager> index = ReadIndexTags(stream, offset);
-  const MpTable table = UsableTable(index.Get());
+  const MpTable table = ReadUsableMpTable(index.Get());
   if (table.CountFrames() == 0) return Fail(XpErrImageUnusable);
   std::int64_t header = 0;
   if (Fail(FindMpHeader(stream, offset, header)) != XpOk) return status;

@@ -9,6 +9,7 @@
 
 #include "foundation/file/XpFile.h"
 #include "foundation/text/XpPath.h"
+#include "imaging/codecs/AdobeRgbMark.h"
 #include "imaging/codecs/TiffRows.h"
 #include "imaging/codecs/TiffStart.h"
 #include "imaging/codecs/TiffStrips.h"
@@ -26,7 +27,6 @@ namespace {
 
 using Picture = XpImageIo::Picture;
 
-constexpr std::uint16_t kUncalibrated = 0xFFFF;
 constexpr char16_t kWideGamutName[] = u"Wide Gamut RGB";
 constexpr std::int64_t kBlockBytes = 128 * 1024;  // read at once, at least a row
 constexpr std::int32_t kRowsPerReport = 256;
@@ -81,11 +81,6 @@ class RowReader {
   std::vector<std::uint8_t> m_block;
   std::int32_t m_row = 0;
 };
-
-bool HasUncalibratedColours(const XpTiffTagManager& tags) {
-  const XpTiffTagIFD* exif = tags.GetExifIfd();
-  return exif != nullptr && exif->GetShort(kTagColorSpace, false) == kUncalibrated;
-}
 
 void ToSrgb(XpPixmap24NoHandle& picture, const icc_profile& profile) {
   const XpString name = profile.FindTag("desc").GetTextDescription().text.ToWide();
