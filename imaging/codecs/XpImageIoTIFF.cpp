@@ -82,8 +82,26 @@ class RowReader {
   std::int32_t m_row = 0;
 };
 
-void ToSrgb(XpPixmap24NoHandle& picture, const icc_profile& profile) {
-  const XpString name = profile.FindTag("desc").GetTextDescription().text.ToWide();
+/// Null without one, or with one that cannot be read, which `result` says.
+std::unique_ptr<icc_profile> ProfileIn(const XpTiffTagManager& tags, XpResult& result) {
+  const XpTiffTagIFD* first = tags.GetIfd(0);
+  XpTiffTagDataBase* data = first == nullptr ? nullptr : first->FindTag(kTagIccProfile, false);
+  result = XpErrImageNoData;
+  if (data == nullptr) return nullptr;
+  XpMemoryFile bytes;
+  bytes.Attach(data->GetData(), static_cast<std::int64_t>(data->GetByteSize()), false);
+  auto profile = std::make_unique<icc_profile>();
+  result = profile->Read(bytes);
+  return result == XpOk ? std::move(profile) : nullptr;
+}
+
+/// Without a profile the colours stay.
+void ToSrgb(XpPixmap24NoHandle& picture, const XpTiffTagManager& tags) {
+  if (!HasUncalibratedColours(tags)) return;
+  XpResult ignored = XpOk;
+  const auto profile = ProfileIn(tags, ignored);
+  if (profile == nullptr) return;
+  const XpString name = profile->FindTag("desc").GetTextDescription().text.ToWide();
   if (XpCompareNoCase(name, kWideGamutName) == 0) {
     ConvertWideGamutRgbToSrgb(picture);
   } else {
@@ -130,9 +148,12 @@ Picture XpImageIoTIFF::ReadStrips(XpAbstractFile& stream, std::int64_t offset, X
 }
 
 Picture XpImageIoTIFF::ReadPixels(XpAbstractFile& stream, std::int64_t offset, XpImageSize target,
-                                  XpImageProgress* progress) {
+                                  const XpImageReading& reading) {
   problem = XpString();
-  Picture picture = ReadStrips(stream, offset, progress);
+  Picture picture = ReadStrips(stream, offset, reading.progress);
+  if (reading.outRotation != nullptr) {
+    *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
+  }
   if (status == XpErrMalformedRecord) {
     const std::string bytes = std::to_string(missingBytes);
     problem = XpNarrowString("its pixels reach " + bytes + " bytes past the end of the file").ToWide();
@@ -159,10 +180,7 @@ Picture XpImageIoTIFF::Read(XpAbstractFile& stream, std::int64_t offset, std::in
     Fail(XpErrImageArgument);
     return nullptr;
   }
-  Picture picture = ReadPixels(stream, offset, {}, reading.progress);
-  if (reading.outRotation != nullptr) {
-    *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
-  }
+  Picture picture = ReadPixels(stream, offset, {}, reading);
   if (picture == nullptr) return nullptr;
   XpSharedPtr<XpTiffTagManager> tags;
   if (reading.applyOrientation) tags = ReadTags(stream, offset);
@@ -172,10 +190,7 @@ Picture XpImageIoTIFF::Read(XpAbstractFile& stream, std::int64_t offset, std::in
       Fail(ResizePixmap(*picture, picture->width / scale, picture->height / scale)) != XpOk) {
     return nullptr;
   }
-  if (reading.toSrgb && tags.Get() != nullptr && HasUncalibratedColours(*tags)) {
-    if (const auto profile = ReadIccProfile(stream, offset)) ToSrgb(*picture, *profile);
-    Fail(XpOk);  // without a profile the colours stay
-  }
+  if (reading.toSrgb && tags.Get() != nullptr) ToSrgb(*picture, *tags);
   return picture;
 }
 
@@ -185,10 +200,7 @@ Picture XpImageIoTIFF::LoadFitted(XpString path, XpImageSize target, const XpIma
   {
     XpFile file(path);
     if (Fail(file.Open(XpOpenRead, XpShareRead)) != XpOk) return nullptr;
-    picture = ReadPixels(file, 0, target, reading.progress);
-    if (reading.outRotation != nullptr) {
-      *reading.outRotation = static_cast<std::int32_t>(QuarterTurnsOf(orientation));
-    }
+    picture = ReadPixels(file, 0, target, reading);
     if (picture == nullptr) return nullptr;
     if (reading.applyOrientation) tags = ReadTags(file, 0);
   }
@@ -196,10 +208,7 @@ Picture XpImageIoTIFF::LoadFitted(XpString path, XpImageSize target, const XpIma
   if (picture == nullptr) return nullptr;
   const XpImageSize fit = FitImageSize({picture->width, picture->height}, target);
   if (Fail(ResizePixmap(*picture, fit.width, fit.height)) != XpOk) return nullptr;
-  if (reading.toSrgb && tags.Get() != nullptr && HasUncalibratedColours(*tags)) {
-    if (const auto profile = LoadIccProfile(path)) ToSrgb(*picture, *profile);
-    Fail(XpOk);
-  }
+  if (reading.toSrgb && tags.Get() != nullptr) ToSrgb(*picture, *tags);
   return picture;
 }
 
@@ -209,16 +218,9 @@ std::unique_ptr<icc_profile> XpImageIoTIFF::ReadIccProfile(XpAbstractFile& strea
     Fail(XpErrImageInvalid);
     return nullptr;
   }
-  const XpTiffTagIFD* first = tags->GetIfd(0);
-  XpTiffTagDataBase* data = first == nullptr ? nullptr : first->FindTag(kTagIccProfile, false);
-  if (data == nullptr) {
-    Fail(XpErrImageNoData);
-    return nullptr;
-  }
-  XpMemoryFile bytes;
-  bytes.Attach(data->GetData(), static_cast<std::int64_t>(data->GetByteSize()), false);
-  auto profile = std::make_unique<icc_profile>();
-  if (Fail(profile->Read(bytes)) != XpOk) return nullptr;
+  XpResult result = XpOk;
+  auto profile = ProfileIn(*tags, result);
+  Fail(result);
   return profile;
 }
 

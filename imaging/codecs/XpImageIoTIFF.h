@@ -36,7 +36,7 @@ class XpImageIoTIFF : public XpImageIo {
   /// Null with XpErrImageKind for pictures that are left to the loader.
   Picture ReadStrips(XpAbstractFile& stream, std::int64_t offset, XpImageProgress* progress);
   Picture ReadPixels(XpAbstractFile& stream, std::int64_t offset, XpImageSize target,
-                     XpImageProgress* progress);
+                     const XpImageReading& reading);
   Picture TurnPicture(Picture picture, const XpTiffTagManager& tags);
   void NoteMarks(const XpTiffTagIFD& first);
   XpResult StoreRating(XpFile& file, std::uint32_t rating);
