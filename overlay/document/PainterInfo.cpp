@@ -48,6 +48,7 @@ void AdoptPainterInfo(const PainterInfo& document, PainterInfo& record) {
   record.captionInfo.captionString = document.captionInfo.captionString;
   record.captionInfo.valid = document.captionInfo.valid && !document.captionInfo.captionString.IsEmpty();
   record.captionInfo.layoutKind = 0;
+  record.captionInfo.keepShape = document.captionInfo.keepShape;
   AdoptTemplate(document.templateInfo, record.templateInfo);
   AdoptTennis(document.tennisMetaInfo, record.tennisMetaInfo);
 }

@@ -67,6 +67,7 @@ struct CaptionInfo : PainterInfoBase {
 
   XpString captionString;
   std::int32_t layoutKind = 0;
+  bool keepShape = false;  // letters keep their shape in a movie that is not 16 by 9
 };
 
 /// Not part of the document; hosts that work with painters directly fill it.

@@ -18,6 +18,7 @@ inline constexpr Key kTemplateInfo{u"TemplateInfo", XpIniType::Dict};
 inline constexpr Key kTennisMetaInfo{u"TennisMetaInfo", XpIniType::Dict};
 
 inline constexpr Key kCaptionString{u"CaptionString", XpIniType::String};
+inline constexpr Key kKeepShape{u"KeepShape", XpIniType::Bool};
 inline constexpr Key kValid{u"Valid", XpIniType::Bool};
 
 inline constexpr Key kExtendDataSpeed{u"ExtendData_speed", XpIniType::Real};
@@ -53,7 +54,7 @@ inline constexpr Key kTennisMetaLayoutType{u"TennisMetaLayoutType", XpIniType::I
 inline constexpr Key kTrimedShift{u"TrimedShift", XpIniType::Real};
 
 inline constexpr std::array kPainterInfoKeys{kCaptionInfo, kGeneralInfo, kTemplateInfo, kTennisMetaInfo};
-inline constexpr std::array kCaptionKeys{kCaptionString, kValid};
+inline constexpr std::array kCaptionKeys{kCaptionString, kKeepShape, kValid};
 inline constexpr std::array kGeneralKeys{kExtendDataSpeed, kExtendDataStartPos, kGpsUnitFromUser,
                                          kSaveMovieMode,   kSlowInfoData,       kStartTimeMarginByAudio,
                                          kStringManager,   kSubVideoSize,       kVideoHeight,

@@ -28,6 +28,7 @@ XpResult ReadDate(const XpIniElement& dict, const Key& key, XpDateTime& value) {
 
 void ReadCaption(const XpIniElement& dict, CaptionInfo& info) {
   ReadString(dict, kCaptionString, info.captionString);
+  ReadBool(dict, kKeepShape, info.keepShape);
   ReadBool(dict, kValid, info.valid);
 }
 

@@ -10,6 +10,7 @@
 #include "content/plist/PlistNumbers.h"
 #include "drawing/TextRenderer.h"
 #include "foundation/text/XpFormat.h"
+#include "foundation/text/XpPath.h"
 #include "overlay/document/CaptionItem.h"
 #include "overlay/document/PainterKeys.h"
 #include "overlay/document/SlowInfoRecord.h"
@@ -24,6 +25,7 @@ using View = std::u16string_view;
 constexpr std::size_t kMostQuoted = 24;  // code units of a text that is no number
 constexpr double kPictureHeight = 1080;  // of the picture that font sizes are counted in
 constexpr double kLargestColor = 0xFFFFFF;
+constexpr double kWholePercent = 100;
 
 /// Cut to a length that a line of a report has room for.
 XpString Quoted(View text) {
@@ -92,6 +94,15 @@ class CaptionTextChecker {
       case CaptionValue::Integer:
         if (ReadNumber(field, text, number)) CheckInteger(field, number);
         return;
+      case CaptionValue::Length:
+        if (ReadNumber(field, text, number)) CheckRange(field, number, kPictureHeight / 2);
+        return;
+      case CaptionValue::Percent:
+        if (ReadNumber(field, text, number)) CheckRange(field, number, kWholePercent);
+        return;
+      case CaptionValue::Switch:
+        CheckSwitch(field, text);
+        return;
     }
   }
 
@@ -133,7 +144,7 @@ class CaptionTextChecker {
     const TagSearch found = FindTagged(body, field.tag, text);
     if (found == TagSearch::NoClosing) {
       Add(XpString(field.tag.close) + u" is missing: the caption keeps the value of the one before");
-    } else if (found == TagSearch::NoOpening && m_number == 1) {
+    } else if (found == TagSearch::NoOpening && m_number == 1 && !field.isOptional) {
       Add(NameOf(field) + u" is missing, and no caption before it has one");
     }
     return found == TagSearch::Found;
@@ -170,6 +181,20 @@ class CaptionTextChecker {
     XpFormat(message, u"%s is %.6g: it counts as %d, the limit", NameOf(field), number,
              number < 0 ? Limits::min() : Limits::max());
     Add(message);
+  }
+
+  void CheckRange(const CaptionField& field, double number, double largest) {
+    if (number >= 0 && number <= largest) return;
+    XpString message;
+    XpFormat(message, u"%s is %.6g: it counts as %.6g, the limit", NameOf(field), number,
+             number < 0 ? 0.0 : largest);
+    Add(message);
+  }
+
+  void CheckSwitch(const CaptionField& field, View text) {
+    if (IsSwitchedOn(text) || plist::IsReal(text)) return;
+    if (XpCompareNoCase(XpString(text), u"false") == 0) return;
+    Add(NameOf(field) + u" is " + Quoted(text) + u", which is neither 1 nor 0: it counts as 0");
   }
 
   TextReport& m_report;

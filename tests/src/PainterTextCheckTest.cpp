@@ -64,7 +64,12 @@ TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
         Case{With("FontColor", "-1"), "FontColor lies outside"},
         Case{With("RightPos", "1e20"), "RightPos is 1e+20: it counts as 2147483647"},
         Case{With("VideoID", "-3e9"), "VideoID is -3e+09: it counts as -2147483648"},
-        Case{With("Text", "a <b> c</Text><Bold>1</Bold><Text>d"), "caption 1: <Bold> is an unknown tag"},
+        Case{With("Text", "a <b> c</Text><Shadow>1</Shadow><Text>d"),
+             "caption 1: <Shadow> is an unknown tag"},
+        Case{With("Text", "a</Text><Outline>-1</Outline><Text>b"),
+             "caption 1: Outline is -1: it counts as 0"},
+        Case{With("Text", "a</Text><Box>101</Box><Text>b"), "caption 1: Box is 101: it counts as 100"},
+        Case{With("Text", "a</Text><Bold>yes</Bold><Text>b"), "caption 1: Bold is \"yes\", which is neither"},
         Case{With("LeftPos", std::string(500, 'x')), "\"" + std::string(24, 'x') + "...\""}}) {
     EXPECT_THAT(Messages(CheckCaptionText, c.text), ElementsAre(HasSubstr(c.message)))
         << c.text.substr(0, 400);
