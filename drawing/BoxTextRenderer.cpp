@@ -1,10 +1,13 @@
 #include "drawing/BoxTextRenderer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "drawing/Coverage.h"
 #include "drawing/TextLines.h"
+#include "foundation/number/Saturate.h"
+#include "imaging/pixmap/XpStraightAlpha.h"
 #include "vrx/XpTextCodec.h"
 
 namespace vrx::drawing {
@@ -73,16 +76,48 @@ BoxLayout LayOut(std::u16string_view text, const Font& font, std::int32_t width,
   return layout;
 }
 
-void DrawBox(const XpBitmap& bitmap, const Rect& box, const Rect& clip, bool smooth, ColorRef color) {
+void DrawBox(const XpBitmap& bitmap, const Rect& box, const Rect& clip, bool smooth, ColorRef color,
+             std::uint8_t alpha = 255) {
   const Rect visible = Intersect(box, clip);
   for (std::int32_t y = visible.top; y < visible.bottom; ++y) {
     for (std::int32_t x = visible.left; x < visible.right; ++x) {
       const bool edge = x == box.left || x == box.right - 1 || y == box.top || y == box.bottom - 1;
-      const unsigned char coverage = smooth && edge ? kEdge : kInside;
+      const unsigned char coverage = pixels::Mixed(0, smooth && edge ? kEdge : kInside, alpha);
       ComposeRow(bitmap.bits + std::int64_t{y} * bitmap.rowBytes + std::int64_t{x} * bitmap.BytesPerPixel(),
                  bitmap.format, &coverage, 1, color);
     }
   }
+}
+
+/// The boxes of the lines that are drawn, where the layout has them.
+std::vector<Rect> PlaceBoxes(std::u16string_view text, const Font& font, const Rect& rect,
+                             std::uint32_t format) {
+  const BoxLayout layout = LayOut(text, font, Saturated(rect.Width()), format);
+  const LinePlacement placement = PlaceLines(layout.sizes, rect, format);
+  const BoxMetrics& m = layout.metrics;
+  const Rect cell = {0, m.em - std::max(m.em * 4 / 5, 1), std::max(m.advance - 1, 1), m.em};
+  std::vector<Rect> boxes;
+  std::int64_t top = placement.top;
+  for (std::size_t i = 0; i < placement.lineCount; ++i, top += m.lineHeight) {
+    const std::int64_t left = rect.left + LineOffset(layout.sizes[i].width, rect.Width(), format);
+    for (std::size_t k = 0; k < layout.lines[i].size(); ++k) {
+      if (layout.lines[i][k] == U' ') continue;
+      boxes.push_back(Moved(cell, left + static_cast<std::int64_t>(k) * m.advance, top));
+    }
+  }
+  return boxes;
+}
+
+Rect ScaledBox(const Rect& box, const TextScale& scale, double outline, Point offset) {
+  const auto at = [](double start, double position, double factor) {
+    return Saturate<std::int32_t>(std::round(start + position * factor));
+  };
+  Rect scaled{
+      at(scale.left, box.left - outline, scale.xFactor), at(scale.top, box.top - outline, scale.yFactor),
+      at(scale.left, box.right + outline, scale.xFactor), at(scale.top, box.bottom + outline, scale.yFactor)};
+  scaled.right = std::max(scaled.right, Saturated(std::int64_t{scaled.left} + 1));
+  scaled.bottom = std::max(scaled.bottom, Saturated(std::int64_t{scaled.top} + 1));
+  return Moved(scaled, offset.x, offset.y);
 }
 
 }  // namespace
@@ -97,19 +132,23 @@ void BoxTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, const
   const Rect all = canvas.GetClipBox();
   const Rect clip = (format & DT_NOCLIP) != 0 ? all : Intersect(rect, all);
   if (rect.IsEmpty() || clip.IsEmpty()) return;
-  const BoxLayout layout = LayOut(text, font, Saturated(rect.Width()), format);
-  const LinePlacement placement = PlaceLines(layout.sizes, rect, format);
-  const BoxMetrics& m = layout.metrics;
-  std::int64_t top = placement.top;
-  for (std::size_t i = 0; i < placement.lineCount; ++i, top += m.lineHeight) {
-    const std::int64_t left = rect.left + LineOffset(layout.sizes[i].width, rect.Width(), format);
-    const Rect cell = {0, m.em - std::max(m.em * 4 / 5, 1), std::max(m.advance - 1, 1), m.em};
-    for (std::size_t k = 0; k < layout.lines[i].size(); ++k) {
-      if (layout.lines[i][k] == U' ') continue;
-      DrawBox(canvas.GetBitmap(), Moved(cell, left + static_cast<std::int64_t>(k) * m.advance, top), clip,
-              font.smooth, color);
-    }
+  for (const Rect& box : PlaceBoxes(text, font, rect, format)) {
+    DrawBox(canvas.GetBitmap(), box, clip, font.smooth, color);
   }
+}
+
+Rect BoxTextRenderer::DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,
+                                 const Rect& clip) {
+  const Rect visible = Intersect(clip, canvas.GetClipBox());
+  if (text.rect.IsEmpty() || visible.IsEmpty() || !text.scale.IsUsable()) return {};
+  Rect drawn;
+  for (const Rect& place : PlaceBoxes(text.text, text.font, text.rect, text.format)) {
+    const double outline = std::clamp(ink.outline, 0.0, kWidestOutline);
+    const Rect box = ScaledBox(place, text.scale, outline, ink.offset);
+    DrawBox(canvas.GetBitmap(), box, visible, text.font.smooth, ink.color, ink.alpha);
+    drawn = Unite(drawn, Intersect(box, visible));
+  }
+  return drawn;
 }
 
 }  // namespace vrx::drawing

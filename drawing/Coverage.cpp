@@ -52,6 +52,14 @@ void ComposeOnEmpty(unsigned char* dest, const unsigned char* coverage, const un
   }
 }
 
+/// The row as it is at `alpha` of the whole, in `faint`.
+const unsigned char* Faint(const unsigned char* row, std::vector<unsigned char>& faint, std::size_t step,
+                           std::uint8_t alpha) {
+  std::memcpy(faint.data(), row, faint.size());
+  for (std::size_t i = step - 1; i < faint.size(); i += step) faint[i] = pixels::Mixed(0, faint[i], alpha);
+  return faint.data();
+}
+
 }  // namespace
 
 void ComposeRow(unsigned char* dest, XpBitmapFormat format, const unsigned char* coverage, std::size_t count,
@@ -80,17 +88,20 @@ void ComposeRow(unsigned char* dest, XpBitmapFormat format, const unsigned char*
   }
 }
 
-void Compose(const XpBitmap& bitmap, const Coverage& coverage, Point origin, const Rect& clip,
-             ColorRef color) {
+void Compose(const XpBitmap& bitmap, const Coverage& coverage, Point origin, const Rect& clip, ColorRef color,
+             std::uint8_t alpha) {
   const Rect placed = Moved(coverage.box, origin.x, origin.y);
   const Rect visible = Intersect(Intersect(placed, clip), {0, 0, bitmap.width, bitmap.height});
   if (visible.IsEmpty() || bitmap.bits == nullptr) return;
   const std::int64_t bytesPerPixel = coverage.colored ? 4 : 1;
+  const auto step = static_cast<std::size_t>(bytesPerPixel);
   const std::size_t count = static_cast<std::size_t>(visible.Width());
+  std::vector<unsigned char> faint(alpha == 255 ? 0 : count * step);
   for (std::int64_t y = visible.top; y < visible.bottom; ++y) {
     const unsigned char* from = coverage.bytes.data() + ((y - placed.top) * coverage.box.Width() +
                                                          (std::int64_t{visible.left} - placed.left)) *
                                                             bytesPerPixel;
+    if (alpha != 255) from = Faint(from, faint, step, alpha);
     unsigned char* to =
         bitmap.bits + y * bitmap.rowBytes + std::int64_t{visible.left} * bitmap.BytesPerPixel();
     if (coverage.colored) {

@@ -20,9 +20,9 @@ struct Coverage {
 };
 
 /// Lays `coverage` on the bitmap with its origin at `origin`, inside `clip`. `color` is that of the text; a
-/// coloured coverage brings its own.
-void Compose(const XpBitmap& bitmap, const Coverage& coverage, Point origin, const Rect& clip,
-             ColorRef color);
+/// coloured coverage brings its own. `alpha` is that of the whole.
+void Compose(const XpBitmap& bitmap, const Coverage& coverage, Point origin, const Rect& clip, ColorRef color,
+             std::uint8_t alpha = 255);
 
 /// Lays one colour on `count` pixels by their coverage. `dest` has the bytes per pixel of `format`.
 void ComposeRow(unsigned char* dest, XpBitmapFormat format, const unsigned char* coverage, std::size_t count,

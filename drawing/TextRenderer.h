@@ -8,6 +8,7 @@
 #include "drawing/Canvas.h"
 #include "drawing/Color.h"
 #include "drawing/Geometry.h"
+#include "drawing/ScaledText.h"
 #include "drawing/TextFormat.h"
 #include "vrx/XpString.h"
 
@@ -48,6 +49,12 @@ class TextRenderer {
   /// With DT_EDITCONTROL, lines after the first that don't fit into the height are left out.
   virtual void Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
                     const Rect& rect, std::uint32_t format) = 0;
+
+  /// Lays the text out as Draw does and draws the outlines of its glyphs at the resolution of the canvas.
+  /// Only `clip`, in pixels of the canvas, cuts it. Baselines lie on whole rows. The result holds every pixel
+  /// that was touched; empty when nothing was drawn.
+  virtual Rect DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,
+                          const Rect& clip) = 0;
 
   /// With DT_CALCRECT measures, and moves the right and bottom edges of `rect` to the text's; otherwise
   /// draws. The result is the height of the text.

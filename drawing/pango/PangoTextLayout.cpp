@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "drawing/TextLines.h"
+#include "drawing/pango/GlyphOutlines.h"
 #include "vrx/XpTextCodec.h"
 
 namespace vrx::drawing {
@@ -22,22 +23,17 @@ constexpr double kLargestColorGlyph = 1024;
 constexpr unsigned char kHalfCovered = 128;
 constexpr std::int32_t kInkMargin = 2;  // hinting and smoothing reach a little beyond the outline
 
-bool HasColorGlyphs(PangoLayoutLine* line) {
-  for (const GSList* run = line->runs; run != nullptr; run = run->next) {
-    const PangoGlyphString* glyphs = static_cast<const PangoGlyphItem*>(run->data)->glyphs;
-    for (int i = 0; i < glyphs->num_glyphs; ++i) {
-      if (glyphs->glyphs[i].attr.is_color) return true;
-    }
-  }
-  return false;
-}
-
 PangoOwned<PangoAttrList> LinesThroughText(const Font& font) {
   PangoOwned<PangoAttrList> attributes(pango_attr_list_new());
   if (font.underline)
     pango_attr_list_insert(attributes.get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
   if (font.strikeOut) pango_attr_list_insert(attributes.get(), pango_attr_strikethrough_new(TRUE));
   return attributes;
+}
+
+Rect Grown(const Rect& rect, std::int32_t by) {
+  return {Saturated(std::int64_t{rect.left} - by), Saturated(std::int64_t{rect.top} - by),
+          Saturated(std::int64_t{rect.right} + by), Saturated(std::int64_t{rect.bottom} + by)};
 }
 
 std::int32_t PixelsUp(int units) {
@@ -106,73 +102,102 @@ void PangoTextLayout::Measure() {
     pango_extents_to_pixels(&ink, nullptr);
     m_lines.push_back({line, ascent, {ink.x, ink.y, ink.x + ink.width, ink.y + ink.height}});
     m_sizes.push_back({std::max(PixelsUp(logical.width), 0), std::max(ascent + descent, 1)});
-    m_colored = m_colored || HasColorGlyphs(line);
+    m_colored = m_colored || HasColorGlyphs(*line);
   }
 }
 
-Rect PangoTextLayout::InkBox(std::size_t lineCount, std::int64_t rectWidth, std::uint32_t format) const {
-  Rect all{INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN};
+template <class Visit>
+void PangoTextLayout::ForEachLine(const TextView& view, Visit visit) const {
   std::int64_t top = 0;
-  for (std::size_t i = 0; i < lineCount; ++i) {
+  for (std::size_t i = 0; i < view.lineCount; ++i) {
     const Line& line = m_lines[i];
     if (!line.ink.IsEmpty()) {
-      const Rect ink = Moved(line.ink, LineOffset(m_sizes[i].width, rectWidth, format), top + line.ascent);
-      all = {std::min(all.left, ink.left), std::min(all.top, ink.top), std::max(all.right, ink.right),
-             std::max(all.bottom, ink.bottom)};
+      visit(line, LineOffset(m_sizes[i].width, view.rectWidth, view.format), top + line.ascent);
     }
     top += m_sizes[i].height;
   }
+}
+
+Rect PangoTextLayout::InkBox(const TextView& view) const {
+  Rect all;
+  ForEachLine(view, [&](const Line& line, std::int64_t left, std::int64_t baseline) {
+    all = Unite(all, Moved(line.ink, left, baseline));
+  });
   if (all.IsEmpty()) return {};
-  return {Saturated(std::int64_t{all.left} - kInkMargin), Saturated(std::int64_t{all.top} - kInkMargin),
-          Saturated(std::int64_t{all.right} + kInkMargin), Saturated(std::int64_t{all.bottom} + kInkMargin)};
-}
-
-void PangoTextLayout::Paint(cairo_t* context, const Rect& box, std::size_t lineCount, std::int64_t rectWidth,
-                            std::uint32_t format) const {
-  const bool asOutlines = m_emPixels > kLargestGlyphPicture && !m_colored;
-  std::int64_t top = 0;
-  for (std::size_t i = 0; i < lineCount; ++i) {
-    const Line& line = m_lines[i];
-    const std::int64_t left = LineOffset(m_sizes[i].width, rectWidth, format);
-    const Rect ink = Moved(line.ink, left, top + line.ascent);
-    const bool isSeen = ink.bottom + kInkMargin > box.top && ink.top - kInkMargin < box.bottom;
-    if (!ink.IsEmpty() && isSeen) {
-      cairo_move_to(context, static_cast<double>(left - box.left),
-                    static_cast<double>(top + line.ascent - box.top));
-      if (asOutlines) {
-        pango_cairo_layout_line_path(context, line.line);
-        cairo_fill(context);
-      } else {
-        pango_cairo_show_layout_line(context, line.line);
-      }
-    }
-    top += m_sizes[i].height;
+  if (view.isScaled) {
+    const auto outline = static_cast<std::int32_t>(std::ceil(view.outline));
+    all = ScaledOutwards(Grown(all, outline), view.scale);
   }
+  return Grown(all, kInkMargin);
 }
 
-std::shared_ptr<const Coverage> PangoTextLayout::Render(const Rect& box, std::size_t lineCount,
-                                                        std::int64_t rectWidth, std::uint32_t format,
-                                                        ColorRef color) const {
-  const auto width = static_cast<std::int32_t>(box.Width()), height = static_cast<std::int32_t>(box.Height());
+void PangoTextLayout::Paint(cairo_t* context, const TextView& view) const {
+  const bool asOutlines = m_emPixels > kLargestGlyphPicture && !m_colored;
+  ForEachLine(view, [&](const Line& line, std::int64_t left, std::int64_t baseline) {
+    const Rect ink = Moved(line.ink, left, baseline);
+    if (ink.bottom + kInkMargin <= view.box.top || ink.top - kInkMargin >= view.box.bottom) return;
+    cairo_move_to(context, static_cast<double>(left), static_cast<double>(baseline));
+    if (asOutlines) {
+      pango_cairo_layout_line_path(context, line.line);
+      cairo_fill(context);
+    } else {
+      pango_cairo_show_layout_line(context, line.line);
+    }
+  });
+}
+
+void PangoTextLayout::PaintScaled(cairo_t* context, const TextView& view) const {
+  const TextScale& scale = view.scale;
+  const auto draw = [&](auto drawLine) {
+    ForEachLine(view, [&](const Line& line, std::int64_t left, std::int64_t baseline) {
+      cairo_save(context);
+      // On a whole row the horizontal strokes of small letters keep their edges.
+      cairo_translate(context, scale.left + static_cast<double>(left) * scale.xFactor,
+                      std::round(scale.top + static_cast<double>(baseline) * scale.yFactor));
+      cairo_scale(context, scale.xFactor, scale.yFactor);
+      drawLine(line.line);
+      cairo_restore(context);
+    });
+  };
+  draw([&](PangoLayoutLine* line) { AddOutlines(context, line); });
+  if (view.outline > 0.0) {
+    cairo_save(context);
+    cairo_scale(context, scale.xFactor, scale.yFactor);
+    cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+    cairo_set_line_width(context, 2 * view.outline);
+    cairo_stroke_preserve(context);
+    cairo_restore(context);
+  }
+  cairo_fill(context);
+  const bool showsPictures = m_colored && (view.outline == 0.0 || view.isSilhouette);
+  if (showsPictures) draw([&](PangoLayoutLine* line) { ShowColorGlyphs(context, line); });
+}
+
+std::shared_ptr<const Coverage> PangoTextLayout::Render(const TextView& view) const {
+  const auto width = static_cast<std::int32_t>(view.box.Width());
+  const auto height = static_cast<std::int32_t>(view.box.Height());
+  const bool isColored = m_colored && !view.isSilhouette && view.outline == 0.0;
   PangoOwned<cairo_surface_t> surface(
-      cairo_image_surface_create(m_colored ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_A8, width, height));
+      cairo_image_surface_create(isColored ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_A8, width, height));
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
   PangoOwned<cairo_t> context(cairo_create(surface.get()));
+  const ColorRef color = view.color;
   cairo_set_source_rgb(context.get(), RedOf(color) / 255.0, GreenOf(color) / 255.0, BlueOf(color) / 255.0);
   cairo_set_antialias(context.get(), m_smooth ? CAIRO_ANTIALIAS_GRAY : CAIRO_ANTIALIAS_NONE);
-  Paint(context.get(), box, lineCount, rectWidth, format);
+  cairo_translate(context.get(), -view.box.left, -view.box.top);
+  view.isScaled ? PaintScaled(context.get(), view) : Paint(context.get(), view);
   if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
   cairo_surface_flush(surface.get());
 
   auto coverage = std::make_shared<Coverage>();
-  coverage->box = box;
-  coverage->colored = m_colored;
-  const std::size_t rowBytes = static_cast<std::size_t>(width) * (m_colored ? 4 : 1);
+  coverage->box = view.box;
+  coverage->colored = isColored;
+  const std::size_t rowBytes = static_cast<std::size_t>(width) * (isColored ? 4 : 1);
   coverage->bytes.resize(rowBytes * static_cast<std::size_t>(height));
   const unsigned char* row = cairo_image_surface_get_data(surface.get());
   unsigned char* out = coverage->bytes.data();
   for (std::int32_t y = 0; y < height; ++y, out += rowBytes) {
-    if (m_colored) {
+    if (isColored) {
       CopyColors(row, width, m_smooth, out);
     } else {
       CopyCoverage(row, width, m_smooth, out);

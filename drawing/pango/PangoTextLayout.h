@@ -10,6 +10,21 @@
 
 namespace vrx::drawing {
 
+/// The part of a layout that a coverage shows, and how. Places are relative to where the text begins: the
+/// rectangle's left edge and the first line's top.
+struct TextView {
+  Rect box;  // pixels of the layout, or of the bitmap when scaled
+  std::size_t lineCount = 0;
+  std::int64_t rectWidth = 0;  // pixels of the layout
+  std::uint32_t format = 0;
+  ColorRef color = 0;  // counts where glyphs have colours of their own
+  bool isScaled = false;
+  TextScale scale;       // from where the text begins; its start is a fraction of a pixel
+  double outline = 0.0;  // pixels of the layout
+  bool isSilhouette = false;
+  friend bool operator==(const TextView&, const TextView&) = default;
+};
+
 class PangoTextLayout {
  public:
   /// `wrapWidth` in pixels, 0 or less for lines that don't wrap.
@@ -20,12 +35,10 @@ class PangoTextLayout {
   /// Some glyphs bring their own colours, so the coverage depends on the text's colour.
   bool IsColored() const { return m_colored; }
 
-  /// Where ink falls, for the first `lineCount` lines in a rectangle of `rectWidth`; relative to the
-  /// rectangle's left edge and the first line's top.
-  Rect InkBox(std::size_t lineCount, std::int64_t rectWidth, std::uint32_t format) const;
-  /// The part of the text inside `box`, which must not be empty. Null when there is no memory for it.
-  std::shared_ptr<const Coverage> Render(const Rect& box, std::size_t lineCount, std::int64_t rectWidth,
-                                         std::uint32_t format, ColorRef color) const;
+  /// Where ink falls when the view is drawn; its `box` is not looked at.
+  Rect InkBox(const TextView& view) const;
+  /// What lies in the view's box, which must not be empty. Null when there is no memory for it.
+  std::shared_ptr<const Coverage> Render(const TextView& view) const;
 
  private:
   struct Line {
@@ -34,8 +47,11 @@ class PangoTextLayout {
     Rect ink;               // relative to the line's start on the baseline
   };
   void Measure();
-  void Paint(cairo_t* context, const Rect& box, std::size_t lineCount, std::int64_t rectWidth,
-             std::uint32_t format) const;
+  /// Calls `visit(line, left, baseline)` for each line of the view that has ink, in pixels of the layout.
+  template <class Visit>
+  void ForEachLine(const TextView& view, Visit visit) const;
+  void Paint(cairo_t* context, const TextView& view) const;
+  void PaintScaled(cairo_t* context, const TextView& view) const;
 
   PangoOwned<PangoLayout> m_layout;
   std::vector<Line> m_lines;

@@ -1,12 +1,14 @@
 #include "drawing/pango/PangoTextRenderer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "drawing/TextLines.h"
 #include "drawing/pango/PangoTextLayout.h"
+#include "foundation/number/Saturate.h"
 
 namespace vrx::drawing {
 namespace {
@@ -17,18 +19,8 @@ constexpr std::uint32_t kAlignBits = DT_CENTER | DT_RIGHT;
 constexpr std::size_t kPicturesPerLayout = 4;
 constexpr std::size_t kLayoutBytesPerUnit = 128;  // glyphs, log attributes and lines of one code unit
 
-/// The part of a layout that a coverage shows.
-struct View {
-  Rect box;
-  std::size_t lineCount = 0;
-  std::int64_t rectWidth = 0;
-  std::uint32_t format = 0;
-  ColorRef color = 0;
-  friend bool operator==(const View&, const View&) = default;
-};
-
 struct Picture {
-  View view;
+  TextView view;
   std::shared_ptr<const Coverage> coverage;
 };
 
@@ -46,6 +38,18 @@ struct Entry {
     return bytes;
   }
 };
+
+TextView ViewOf(std::size_t lineCount, const Rect& rect, std::uint32_t format) {
+  const std::uint32_t align = format & kAlignBits;
+  return {.box = {}, .lineCount = lineCount, .rectWidth = align == 0 ? 0 : rect.Width(), .format = align};
+}
+
+/// The whole pixel at or before `at`, which keeps the rest.
+std::int32_t TakeWholePixels(double& at) {
+  const auto whole = Saturate<std::int32_t>(std::floor(at));
+  at -= whole;
+  return whole;
+}
 
 }  // namespace
 
@@ -68,11 +72,11 @@ class PangoTextRenderer::Impl {
     return m_entries.Insert({std::u16string(seen), font, wrapWidth, format, std::move(layout)});
   }
 
-  std::shared_ptr<const Coverage> CoverageOf(Entry& entry, const View& view) {
+  std::shared_ptr<const Coverage> CoverageOf(Entry& entry, const TextView& view) {
     if (Picture* known = entry.pictures.Find([&](const Picture& p) { return p.view == view; })) {
       return known->coverage;
     }
-    auto coverage = entry.layout->Render(view.box, view.lineCount, view.rectWidth, view.format, view.color);
+    auto coverage = entry.layout->Render(view);
     if (coverage == nullptr) return nullptr;
     ++m_rendered;
     if (coverage->bytes.size() <= m_maxBytes) entry.pictures.Insert({view, coverage});
@@ -125,9 +129,8 @@ void PangoTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, con
     Entry& entry = m_impl->LayOut(text, font, Saturated(rect.Width()), format);
     const LinePlacement placement = PlaceLines(entry.layout->GetLineSizes(), rect, format);
     origin.y = Saturated(placement.top);
-    const std::uint32_t align = format & kAlignBits;
-    View view{{}, placement.lineCount, align == 0 ? 0 : rect.Width(), align, 0};
-    const Rect ink = entry.layout->InkBox(view.lineCount, view.rectWidth, view.format);
+    TextView view = ViewOf(placement.lineCount, rect, format);
+    const Rect ink = entry.layout->InkBox(view);
     view.box = Intersect(ink, Moved(clip, -std::int64_t{origin.x}, -std::int64_t{origin.y}));
     if (view.box.IsEmpty()) return;
     if (entry.layout->IsColored()) view.color = color;
@@ -135,6 +138,40 @@ void PangoTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, con
     m_impl->Shrink();
   }
   if (coverage != nullptr) Compose(canvas.GetBitmap(), *coverage, origin, clip, color);
+}
+
+Rect PangoTextRenderer::DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,
+                                   const Rect& clip) {
+  const Rect visible = Intersect(clip, canvas.GetClipBox());
+  if (text.rect.IsEmpty() || visible.IsEmpty() || text.text.empty() || !text.scale.IsUsable()) return {};
+  std::shared_ptr<const Coverage> coverage;
+  Point origin;
+  {
+    const std::scoped_lock lock(m_impl->mutex);
+    Entry& entry = m_impl->LayOut(text.text, text.font, Saturated(text.rect.Width()), text.format);
+    const LinePlacement placement = PlaceLines(entry.layout->GetLineSizes(), text.rect, text.format);
+    TextView view = ViewOf(placement.lineCount, text.rect, text.format);
+    view.isScaled = true;
+    view.scale = text.scale;
+    view.scale.left += text.rect.left * text.scale.xFactor;
+    view.scale.top += static_cast<double>(placement.top) * text.scale.yFactor;
+    const Point start{TakeWholePixels(view.scale.left), TakeWholePixels(view.scale.top)};
+    origin = {Saturated(std::int64_t{start.x} + ink.offset.x),
+              Saturated(std::int64_t{start.y} + ink.offset.y)};
+    view.outline = std::clamp(ink.outline, 0.0, kWidestOutline);
+    if (entry.layout->IsColored()) {
+      view.isSilhouette = ink.isSilhouette;
+      if (!ink.isSilhouette) view.color = ink.color;
+    }
+    view.box = Intersect(entry.layout->InkBox(view),
+                         Moved(visible, -std::int64_t{origin.x}, -std::int64_t{origin.y}));
+    if (view.box.IsEmpty()) return {};
+    coverage = m_impl->CoverageOf(entry, view);
+    m_impl->Shrink();
+  }
+  if (coverage == nullptr) return {};
+  Compose(canvas.GetBitmap(), *coverage, origin, visible, ink.color, ink.alpha);
+  return Moved(coverage->box, origin.x, origin.y);
 }
 
 TextCacheUse PangoTextRenderer::GetCacheUse() const {

@@ -32,6 +32,8 @@ class PangoTextRenderer final : public TextRenderer {
   Size Measure(std::u16string_view text, const Font& font, std::int32_t width, std::uint32_t format) override;
   void Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
             const Rect& rect, std::uint32_t format) override;
+  Rect DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,
+                  const Rect& clip) override;
   TextCacheUse GetCacheUse() const;
 
  private:

@@ -1,59 +1,23 @@
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 
-#include <algorithm>
-#include <cstring>
-
-#include "foundation/number/Saturate.h"
-
 namespace {
 
 using namespace vrx::drawing;
+using namespace vrx::overlay;
 
-constexpr std::int32_t kCanvasWidth = 1920;
-constexpr std::int32_t kCanvasHeight = 1080;
-constexpr std::int32_t kMargin = 10;  // on each side of the frame, pixels
-constexpr std::int32_t kShadowOffset = 2;
-constexpr ColorRef kShadowColor = 0x020000;
-constexpr std::uint8_t kSaveModeShadowAlpha = 0x80;
-constexpr std::int32_t kPlaces = 9;  // three rows of three
-constexpr std::uint32_t kTextFormat = DT_EDITCONTROL | DT_NOPREFIX | DT_WORDBREAK | DT_VCENTER;
-
-bool HasPlace(std::int32_t layoutType) { return layoutType >= 1 && layoutType <= kPlaces; }
-
-std::uint32_t FormatOf(std::int32_t layoutType) {
-  constexpr std::uint32_t kAlignments[] = {DT_LEFT, DT_CENTER, DT_RIGHT};
-  return kTextFormat | kAlignments[(layoutType - 1) % 3];
-}
-
-/// The place of a text of this height on the canvas.
-Rect PlaceOf(std::int32_t layoutType, std::int32_t textHeight) {
-  const std::int32_t row = (layoutType - 1) / 3;
-  Rect rect{0, 0, kCanvasWidth, textHeight};
-  if (row == 1) {
-    const std::int32_t height = std::min(textHeight, kCanvasHeight);
-    rect.top = (kCanvasHeight - height) / 2;
-    rect.bottom = rect.top + height;
-  } else if (row == 2) {
-    rect.top = std::max(kCanvasHeight - textHeight, 0);
-    rect.bottom = kCanvasHeight;
-  }
-  return rect;
-}
-
-/// The rows of a frame that rows of the canvas fall on, and one more on each side for the rounding.
-XpRowRange RowsOnFrame(XpRowRange canvas, std::int32_t frameHeight) {
-  const std::int64_t height = std::int64_t{frameHeight} - 2 * kMargin;
-  const auto onFrame = [&](std::int64_t row) { return kMargin + row * height / kCanvasHeight; };
-  return {Saturated(onFrame(canvas.first) - 1), Saturated(onFrame(canvas.last) + 2)};
-}
+constexpr std::int32_t kUsualWidth = 1920;
+constexpr std::int32_t kUsualHeight = 1080;
 
 /// The stamp of a moment without a caption; others are the caption's place in the list, from 1.
 constexpr std::uint64_t kNoCaption = 0;
 
 }  // namespace
 
-KVSCaptionPainterPlugIn::KVSCaptionPainterPlugIn(TextRenderer& textRenderer)
-    : m_textRenderer(textRenderer), m_outputWidth(kCanvasWidth), m_outputHeight(kCanvasHeight) {
+KVSCaptionPainterPlugIn::KVSCaptionPainterPlugIn(TextRenderer& textRenderer, TextResolution resolution)
+    : m_textRenderer(textRenderer),
+      m_resolution(resolution),
+      m_outputWidth(kUsualWidth),
+      m_outputHeight(kUsualHeight) {
   painterType = KVSPainterCaption;
 }
 
@@ -66,12 +30,14 @@ bool KVSCaptionPainterPlugIn::SetPainterInfo(const PainterInfo* info, const Pain
 void KVSCaptionPainterPlugIn::Configure(const PainterInfo* info, const PainterInfoBase* record) {
   ++m_generation;
   m_captions.clear();
+  m_lines.reset();
   m_layout.reset();
   const auto* caption = dynamic_cast<const CaptionInfo*>(record);
   if (info == nullptr || caption == nullptr) return;
   m_outputWidth = info->videoWidth;
   m_outputHeight = info->videoHeight;
   m_layoutKind = caption->layoutKind;
+  m_keepShape = caption->keepShape;
   m_saveMovieMode = info->saveMovieMode;
   ParseCaptionString(caption->captionString, m_captions);
   m_layout = std::make_unique<KVSCaptionPainterLayoutBase>(m_layoutKind, m_outputWidth, m_outputHeight);
@@ -80,6 +46,7 @@ void KVSCaptionPainterPlugIn::Configure(const PainterInfo* info, const PainterIn
 void KVSCaptionPainterPlugIn::SetCaptionItems(std::span<const CaptionItem> items) {
   ++m_generation;
   m_captions.assign(items.begin(), items.end());
+  m_lines.reset();
 }
 
 void KVSCaptionPainterPlugIn::SetOutputSize(std::int32_t width, std::int32_t height) {
@@ -122,50 +89,29 @@ bool KVSCaptionPainterPlugIn::Draw(std::int64_t /*gpsMs*/, std::int64_t /*tennis
   if (target.width != m_outputWidth || target.height != m_outputHeight)
     SetOutputSize(target.width, target.height);
   const CaptionItem* caption = SelectCaption(captionMs, m_currentVideoId);
-  if (!m_layout || caption == nullptr || caption->text.IsEmpty() || !HasPlace(caption->layoutType))
-    return true;
-  // Without memory for the canvas the frame gets no caption.
-  DrawCaption(*caption, target);
-  return true;
-}
-
-bool KVSCaptionPainterPlugIn::EnsureCanvas() {
-  return m_canvas.data != nullptr || m_canvas.Allocate(kCanvasWidth, kCanvasHeight) == XpOk;
-}
-
-void KVSCaptionPainterPlugIn::ClearCanvas(XpRowRange drawn) {
-  if (drawn.first >= drawn.last) return;
-  const std::size_t row = std::size_t{m_canvas.size} / kCanvasHeight;
-  std::memset(m_canvas.data + row * static_cast<std::size_t>(drawn.first), 0,
-              row * static_cast<std::size_t>(drawn.last - drawn.first));
-}
-
-bool KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32& target) {
-  if (!EnsureCanvas()) return false;
-  const Font& font = m_layout->SetFont(caption.fontName, vrx::Saturate<std::int32_t>(caption.fontSize));
-  m_layout->textColor = caption.fontColor;
-  const auto text = caption.text.AsView();
-  const std::uint32_t format = FormatOf(caption.layoutType);
-  const Size size = m_textRenderer.Measure(text, font, kCanvasWidth, format);
-  const Rect place = PlaceOf(caption.layoutType, size.height);
-  const std::int32_t width = target.width - 2 * kMargin;
-  const std::int32_t height = target.height - 2 * kMargin;
-  // Text is clipped to its place, so the rest of the canvas stays clear.
-  const XpRowRange drawn{std::clamp(place.top - kShadowOffset, 0, kCanvasHeight),
-                         std::clamp(place.bottom, 0, kCanvasHeight)};
-
-  m_drawnRows = RowsOnFrame(drawn, target.height);
-  Canvas canvas(m_canvas.GetBitmapHandle());
-  m_textRenderer.Draw(canvas, text, font, kShadowColor, place, format);
-  if (m_saveMovieMode) {
-    // A shadow of half strength is composed on the frame by itself, before the text.
-    OverlayPixmapWithAlpha(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight,
-                           kSaveModeShadowAlpha, drawn);
-    ClearCanvas(drawn);
+  if (m_layout && caption != nullptr && !caption->text.IsEmpty() && IsCaptionPlace(caption->layoutType)) {
+    DrawCaption(*caption, target);
   }
-  m_textRenderer.Draw(canvas, text, font, m_layout->textColor, Moved(place, -kShadowOffset, -kShadowOffset),
-                      format);
-  OverlaySmoothPixmap(target, kMargin, kMargin, width, height, m_canvas, kCanvasWidth, kCanvasHeight, drawn);
-  ClearCanvas(drawn);
   return true;
+}
+
+const CaptionLayout& KVSCaptionPainterPlugIn::LayOut(const CaptionItem& caption,
+                                                     const CaptionCanvas& canvas) {
+  if (!m_lines || m_linesOf != &caption || !(m_linesOn == canvas.size)) {
+    m_lines = LayOutCaption(caption, canvas.size, m_textRenderer, *m_layout);
+    m_linesOf = &caption;
+    m_linesOn = canvas.size;
+  }
+  return *m_lines;
+}
+
+void KVSCaptionPainterPlugIn::DrawCaption(const CaptionItem& caption, XpPixmap32& target) {
+  const CaptionCanvas canvas = MakeCaptionCanvas({target.width, target.height}, m_keepShape);
+  const CaptionLayout& layout = LayOut(caption, canvas);
+  const CaptionLook look = LookOf(caption, m_saveMovieMode);
+  const std::u16string_view text = caption.text.AsView();
+  m_layout->textColor = look.textColor;
+  m_drawnRows = m_resolution == TextResolution::Frame
+                    ? DrawSharpCaption(text, layout, look, canvas, m_textRenderer, target)
+                    : m_stretched.Draw(text, layout, look, canvas, m_textRenderer, target);
 }

@@ -8,6 +8,7 @@
 
 #include "drawing/TextRenderer.h"
 #include "overlay/painter/KVSPainterPlugInBase.h"
+#include "overlay/painter/TextResolution.h"
 
 namespace vrx::overlay {
 
@@ -24,6 +25,7 @@ enum class PainterRange {
 /// What painters are made with; all of it must outlive them.
 struct PainterTools {
   drawing::TextRenderer* textRenderer = nullptr;
+  TextResolution textResolution = TextResolution::Frame;
 };
 
 struct PainterKind {

@@ -32,13 +32,7 @@ void PainterSurface::VerticalLine(Point top, std::int32_t bottom, ColorRef color
 
 void PainterSurface::Touch(const Rect& rect) {
   const Rect visible = Intersect(rect, m_canvas.GetClipBox());
-  if (visible.IsEmpty()) return;
-  if (m_touched.IsEmpty()) {
-    m_touched = visible;
-    return;
-  }
-  m_touched = {std::min(m_touched.left, visible.left), std::min(m_touched.top, visible.top),
-               std::max(m_touched.right, visible.right), std::max(m_touched.bottom, visible.bottom)};
+  m_touched = Unite(m_touched, visible);
 }
 
 }  // namespace vrx::overlay

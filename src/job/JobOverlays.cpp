@@ -11,7 +11,7 @@ bool JobOverlays::EnsurePainters() {
   if (m_painters) return true;
   if (!m_textRenderer) m_textRenderer = std::make_unique<drawing::PangoTextRenderer>();
   IKVSDynamicInfoPainter* painters = nullptr;
-  const overlay::PainterTools tools{m_textRenderer.get()};
+  const overlay::PainterTools tools{m_textRenderer.get(), overlay::ChooseTextResolution()};
   if (!CreateDynamicInfoPainter(&painters, overlayplan::GetPainterKinds(), tools)) return false;
   m_painters.reset(painters);
   return true;

@@ -14,7 +14,7 @@ namespace {
 using namespace overlay;
 
 std::unique_ptr<KVSPainterPlugInBase> MakeCaption(const PainterTools& tools) {
-  return std::make_unique<KVSCaptionPainterPlugIn>(*tools.textRenderer);
+  return std::make_unique<KVSCaptionPainterPlugIn>(*tools.textRenderer, tools.textResolution);
 }
 
 std::unique_ptr<KVSPainterPlugInBase> MakeContentImage(const PainterTools&) {

@@ -58,6 +58,10 @@ class TextRecorder : public vrx::drawing::TextRenderer {
     if (canvas.GetClipBox().right == kFrameWidth) texts.push_back(XpString(text).ToNarrow().c_str());
     m_boxes.Draw(canvas, text, font, color, rect, format);
   }
+  vrx::drawing::Rect DrawScaled(const vrx::drawing::Canvas& canvas, const vrx::drawing::ScaledText& text,
+                                const vrx::drawing::TextInk& ink, const vrx::drawing::Rect& clip) override {
+    return m_boxes.DrawScaled(canvas, text, ink, clip);
+  }
   static constexpr std::int32_t kFrameWidth = 480, kFrameHeight = 270;
   std::vector<std::string> texts;
 

@@ -1,0 +1,49 @@
+// A text that is laid out in one resolution and drawn in another: the lines break as on the canvas that a
+// document's sizes are meant for, and the edges are those of the frame. Used by the painters of captions and
+// of the speed graph.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "drawing/Color.h"
+#include "drawing/Geometry.h"
+
+namespace vrx::drawing {
+
+struct Font;
+
+/// From the pixels of the layout to those of the bitmap that is drawn on: x' = left + x * xFactor, and so for
+/// y. Without factors above zero nothing is drawn.
+struct TextScale {
+  double xFactor = 1.0;
+  double yFactor = 1.0;
+  double left = 0.0;
+  double top = 0.0;
+  bool IsUsable() const { return xFactor > 0.0 && yFactor > 0.0; }
+  friend bool operator==(const TextScale&, const TextScale&) = default;
+};
+
+/// The pixels of the bitmap that a rectangle of the layout touches.
+Rect ScaledOutwards(const Rect& rect, const TextScale& scale);
+
+/// `rect` in pixels of the layout, as TextRenderer::Draw takes it.
+struct ScaledText {
+  std::u16string_view text;
+  const Font& font;
+  Rect rect;
+  std::uint32_t format = 0;
+  TextScale scale;
+};
+
+struct TextInk {
+  ColorRef color = 0;
+  double outline = 0.0;      // drawn around the letters as well, pixels of the layout; at most kWidestOutline
+  std::uint8_t alpha = 255;  // of the whole
+  Point offset;              // moves the drawn picture as it is, pixels of the bitmap
+  bool isSilhouette = false;  // glyphs with colours of their own get `color` too
+};
+
+inline constexpr double kWidestOutline = 100.0;
+
+}  // namespace vrx::drawing
