@@ -1,4 +1,4 @@
-// What an overlay costs a full-HD frame: handed through the callback while its caption stays, when the
+// What an overlay costs a frame: handed through the callback while its caption stays, when the
 // caption changes, while the counters of a tennis match roll, and the blend alone.
 #include <benchmark/benchmark.h>
 
@@ -30,7 +30,8 @@ struct Release {
 /// A movie of captions that each last `framesEach` frames.
 class CaptionedMovie {
  public:
-  explicit CaptionedMovie(std::int32_t framesEach) {
+  CaptionedMovie(std::int32_t framesEach, vrx::drawing::Size size)
+      : m_buffer(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 4, 90) {
     std::vector<CaptionItem> captions;
     for (std::int32_t i = 0; i < kCaptions; ++i) {
       XpString text;
@@ -42,8 +43,8 @@ class CaptionedMovie {
     }
     m_info.saveMovieMode = true;
     m_info.captionInfo.valid = true;
-    m_info.templateInfo.width = kWidth;
-    m_info.templateInfo.height = kHeight;
+    m_info.templateInfo.width = size.width;
+    m_info.templateInfo.height = size.height;
     IKVSDynamicInfoPainter* painters = nullptr;
     if (!CreateDynamicInfoPainter(&painters, vrx::overlayplan::GetPainterKinds(), {&m_text})) return;
     m_painters.reset(painters);
@@ -51,8 +52,8 @@ class CaptionedMovie {
     auto* painter = dynamic_cast<KVSCaptionPainterPlugIn*>(painters->FindPainterByType(KVSPainterCaption));
     if (painter != nullptr) painter->SetCaptionItems(captions);
     m_callback = std::make_unique<VRXIntermediateRawOutputCallback>(
-        OverlayContext{.width = kWidth,
-                       .height = kHeight,
+        OverlayContext{.width = size.width,
+                       .height = size.height,
                        .frameLength = {1, 25},
                        .info = &m_info,
                        .painters = painters,
@@ -69,12 +70,14 @@ class CaptionedMovie {
   PainterInfo m_info;
   std::unique_ptr<IKVSDynamicInfoPainter, Release> m_painters;
   std::unique_ptr<VRXIntermediateRawOutputCallback> m_callback;
-  std::vector<unsigned char> m_buffer = std::vector<unsigned char>(std::size_t{kWidth} * kHeight * 4, 90);
+  std::vector<unsigned char> m_buffer;
 };
 
 void ProcessFrames(benchmark::State& state) {
   const auto framesEach = static_cast<std::int32_t>(state.range(0));
-  CaptionedMovie movie(framesEach);
+  const std::int64_t width = state.range(1);
+  CaptionedMovie movie(framesEach,
+                       {static_cast<std::int32_t>(width), static_cast<std::int32_t>(width * 9 / 16)});
   const std::uint64_t frames = std::uint64_t{kCaptions} * static_cast<std::uint64_t>(framesEach);
   std::uint64_t frame = 0;
   for (auto _ : state) {
@@ -82,8 +85,8 @@ void ProcessFrames(benchmark::State& state) {
     frame = (frame + 1) % frames;
   }
 }
-// A new caption on every frame, and one that stays for four seconds.
-BENCHMARK(ProcessFrames)->Arg(1)->Arg(100)->Unit(benchmark::kMicrosecond);
+// A new caption on every frame, and one that stays for four seconds; at full HD and 4K.
+BENCHMARK(ProcessFrames)->ArgsProduct({{1, 100}, {kWidth, 2 * kWidth}})->Unit(benchmark::kMicrosecond);
 
 PainterPicture Picture(std::int32_t width, std::int32_t height) {
   auto* made = new XpPixmap32;

@@ -51,8 +51,8 @@ class TextRenderer {
                     const Rect& rect, std::uint32_t format) = 0;
 
   /// Lays the text out as Draw does and draws the outlines of its glyphs at the resolution of the canvas.
-  /// Only `clip`, in pixels of the canvas, cuts it. Baselines lie on whole rows. The result holds every pixel
-  /// that was touched; empty when nothing was drawn.
+  /// Only `clip`, in pixels of the canvas, cuts it. Lines under and through the text are not drawn. Baselines
+  /// lie on whole rows. The result holds every pixel that was touched; empty when nothing was drawn.
   virtual Rect DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,
                           const Rect& clip) = 0;
 

@@ -2,19 +2,20 @@
 // layout for text that is drawn at the frame's own resolution.
 #pragma once
 
+#include <functional>
+
 #include "drawing/pango/PangoHandles.h"
 
 namespace vrx::drawing {
 
-/// Adds the outlines of the line's glyphs to the path, with the line's start on the baseline at the origin of
-/// the context. Glyphs that are pictures with colours of their own are left out, and with them the lines
-/// through a text that holds any.
-void AddOutlines(cairo_t* context, PangoLayoutLine* line);
+/// Puts the outline of each of the line's glyphs on the context's path and calls `use` for it, with the
+/// line's start on the baseline at the origin of the context. Glyphs that are pictures with colours of their
+/// own are left out.
+void ForEachOutline(cairo_t* context, const PangoLayoutLine& line, const std::function<void()>& use);
 
 /// Draws those pictures.
-void ShowColorGlyphs(cairo_t* context, PangoLayoutLine* line);
+void ShowColorGlyphs(cairo_t* context, const PangoLayoutLine& line);
 
-bool HasColorGlyphs(const PangoGlyphString& glyphs);
 bool HasColorGlyphs(const PangoLayoutLine& line);
 
 }  // namespace vrx::drawing

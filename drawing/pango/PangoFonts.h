@@ -4,6 +4,7 @@
 
 #include "drawing/LruCache.h"
 #include "drawing/TextRenderer.h"
+#include "drawing/pango/OutlineRaster.h"
 #include "drawing/pango/PangoHandles.h"
 
 namespace vrx::drawing {
@@ -22,6 +23,8 @@ class PangoFonts {
   /// Lays out with or without smoothing.
   PangoContext* GetContext(bool smooth) { return smooth ? m_smooth.get() : m_unsmoothed.get(); }
 
+  OutlineRaster& GetRaster() { return m_raster; }
+
  private:
   double EmOfLineHeight(const PangoFontDescription* description, std::int32_t lineHeight);
 
@@ -29,6 +32,7 @@ class PangoFonts {
   PangoOwned<PangoContext> m_smooth;
   PangoOwned<PangoContext> m_unsmoothed;
   LruCache<Entry> m_entries;
+  OutlineRaster m_raster;
 };
 
 }  // namespace vrx::drawing

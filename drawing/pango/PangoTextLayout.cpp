@@ -64,7 +64,7 @@ void CopyColors(const unsigned char* row, std::int64_t width, bool smooth, unsig
 
 PangoTextLayout::PangoTextLayout(PangoFonts& fonts, std::u16string_view text, const Font& font,
                                  std::int32_t wrapWidth, std::uint32_t format)
-    : m_smooth(font.smooth) {
+    : m_raster(fonts.GetRaster()), m_smooth(font.smooth) {
   const PangoFonts::Entry& entry = fonts.Resolve(font);
   m_emPixels = entry.emPixels;
   m_layout.reset(pango_layout_new(fonts.GetContext(font.smooth)));
@@ -146,31 +146,35 @@ void PangoTextLayout::Paint(cairo_t* context, const TextView& view) const {
   });
 }
 
-void PangoTextLayout::PaintScaled(cairo_t* context, const TextView& view) const {
+/// Glyph by glyph: an outline of a whole line costs several times as much.
+void PangoTextLayout::PaintScaled(cairo_t* context, cairo_surface_t* surface, const TextView& view) const {
   const TextScale& scale = view.scale;
-  const auto draw = [&](auto drawLine) {
+  const auto forEachLine = [&](auto draw) {
     ForEachLine(view, [&](const Line& line, std::int64_t left, std::int64_t baseline) {
       cairo_save(context);
       // On a whole row the horizontal strokes of small letters keep their edges.
-      cairo_translate(context, scale.left + static_cast<double>(left) * scale.xFactor,
-                      std::round(scale.top + static_cast<double>(baseline) * scale.yFactor));
+      cairo_translate(context, scale.left + static_cast<double>(left) * scale.xFactor - view.box.left,
+                      std::round(scale.top + static_cast<double>(baseline) * scale.yFactor) - view.box.top);
       cairo_scale(context, scale.xFactor, scale.yFactor);
-      drawLine(line.line);
+      draw(*line.line);
       cairo_restore(context);
     });
   };
-  draw([&](PangoLayoutLine* line) { AddOutlines(context, line); });
   if (view.outline > 0.0) {
-    cairo_save(context);
-    cairo_scale(context, scale.xFactor, scale.yFactor);
     cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
     cairo_set_line_width(context, 2 * view.outline);
-    cairo_stroke_preserve(context);
-    cairo_restore(context);
   }
-  cairo_fill(context);
+  forEachLine([&](const PangoLayoutLine& line) {
+    ForEachOutline(context, line, [&] {
+      if (view.outline > 0.0) cairo_stroke_preserve(context);
+      cairo_save(context);
+      cairo_identity_matrix(context);
+      m_raster.Fill(context, surface, view.color);
+      cairo_restore(context);
+    });
+  });
   const bool showsPictures = m_colored && (view.outline == 0.0 || view.isSilhouette);
-  if (showsPictures) draw([&](PangoLayoutLine* line) { ShowColorGlyphs(context, line); });
+  if (showsPictures) forEachLine([&](const PangoLayoutLine& line) { ShowColorGlyphs(context, line); });
 }
 
 std::shared_ptr<const Coverage> PangoTextLayout::Render(const TextView& view) const {
@@ -184,8 +188,12 @@ std::shared_ptr<const Coverage> PangoTextLayout::Render(const TextView& view) co
   const ColorRef color = view.color;
   cairo_set_source_rgb(context.get(), RedOf(color) / 255.0, GreenOf(color) / 255.0, BlueOf(color) / 255.0);
   cairo_set_antialias(context.get(), m_smooth ? CAIRO_ANTIALIAS_GRAY : CAIRO_ANTIALIAS_NONE);
-  cairo_translate(context.get(), -view.box.left, -view.box.top);
-  view.isScaled ? PaintScaled(context.get(), view) : Paint(context.get(), view);
+  if (view.isScaled) {
+    PaintScaled(context.get(), surface.get(), view);
+  } else {
+    cairo_translate(context.get(), -view.box.left, -view.box.top);
+    Paint(context.get(), view);
+  }
   if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
   cairo_surface_flush(surface.get());
 

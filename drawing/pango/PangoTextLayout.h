@@ -27,7 +27,7 @@ struct TextView {
 
 class PangoTextLayout {
  public:
-  /// `wrapWidth` in pixels, 0 or less for lines that don't wrap.
+  /// `fonts` must outlive the layout. `wrapWidth` in pixels, 0 or less for lines that don't wrap.
   PangoTextLayout(PangoFonts& fonts, std::u16string_view text, const Font& font, std::int32_t wrapWidth,
                   std::uint32_t format);
 
@@ -51,8 +51,9 @@ class PangoTextLayout {
   template <class Visit>
   void ForEachLine(const TextView& view, Visit visit) const;
   void Paint(cairo_t* context, const TextView& view) const;
-  void PaintScaled(cairo_t* context, const TextView& view) const;
+  void PaintScaled(cairo_t* context, cairo_surface_t* surface, const TextView& view) const;
 
+  OutlineRaster& m_raster;
   PangoOwned<PangoLayout> m_layout;
   std::vector<Line> m_lines;
   std::vector<Size> m_sizes;
