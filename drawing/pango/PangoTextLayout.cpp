@@ -23,8 +23,10 @@ constexpr double kLargestColorGlyph = 1024;
 constexpr unsigned char kHalfCovered = 128;
 constexpr std::int32_t kInkMargin = 2;  // hinting and smoothing reach a little beyond the outline
 
-PangoOwned<PangoAttrList> LinesThroughText(const Font& font) {
+PangoOwned<PangoAttrList> AttributesOf(const Font& font) {
   PangoOwned<PangoAttrList> attributes(pango_attr_list_new());
+  // A word that is broken for want of room gets no character that its writer did not type.
+  pango_attr_list_insert(attributes.get(), pango_attr_insert_hyphens_new(FALSE));
   if (font.underline)
     pango_attr_list_insert(attributes.get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
   if (font.strikeOut) pango_attr_list_insert(attributes.get(), pango_attr_strikethrough_new(TRUE));
@@ -60,6 +62,17 @@ void CopyColors(const unsigned char* row, std::int64_t width, bool smooth, unsig
   }
 }
 
+/// Whether the path, and what lies up to `reach` pixels around it, meets a picture of the size of `box`.
+bool IsSeen(cairo_t* context, const Rect& box, double reach) {
+  double left = 0, top = 0, right = 0, bottom = 0;
+  cairo_save(context);
+  cairo_identity_matrix(context);
+  cairo_path_extents(context, &left, &top, &right, &bottom);
+  cairo_restore(context);
+  return left - reach < static_cast<double>(box.Width()) && right + reach > 0 &&
+         top - reach < static_cast<double>(box.Height()) && bottom + reach > 0;
+}
+
 }  // namespace
 
 PangoTextLayout::PangoTextLayout(PangoFonts& fonts, std::u16string_view text, const Font& font,
@@ -71,9 +84,7 @@ PangoTextLayout::PangoTextLayout(PangoFonts& fonts, std::u16string_view text, co
   pango_layout_set_font_description(m_layout.get(), entry.description.get());
   const std::string bytes = textcodec::ToUtf8(CleanText(CutText(text, TextLimit(m_emPixels)), format));
   pango_layout_set_text(m_layout.get(), bytes.data(), static_cast<int>(bytes.size()));
-  if (font.underline || font.strikeOut) {
-    pango_layout_set_attributes(m_layout.get(), LinesThroughText(font).get());
-  }
+  pango_layout_set_attributes(m_layout.get(), AttributesOf(font).get());
   if (wrapWidth > 0) {
     pango_layout_set_width(m_layout.get(), std::min(wrapWidth, kMaxWrapWidth) * PANGO_SCALE);
     pango_layout_set_wrap(m_layout.get(),
@@ -160,19 +171,18 @@ void PangoTextLayout::PaintScaled(cairo_t* context, cairo_surface_t* surface, co
       cairo_restore(context);
     });
   };
-  if (view.outline > 0.0) {
-    cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
-    cairo_set_line_width(context, 2 * view.outline);
-  }
-  forEachLine([&](const PangoLayoutLine& line) {
-    ForEachOutline(context, line, [&] {
-      if (view.outline > 0.0) cairo_stroke_preserve(context);
-      cairo_save(context);
-      cairo_identity_matrix(context);
-      m_raster.Fill(context, surface, view.color);
-      cairo_restore(context);
-    });
-  });
+  cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+  cairo_set_line_width(context, 2 * view.outline);
+  const double reach = view.outline * std::max(scale.xFactor, scale.yFactor);
+  const auto drawOutline = [&] {
+    if (!IsSeen(context, view.box, reach)) return cairo_new_path(context);
+    if (view.outline > 0.0) cairo_stroke_preserve(context);
+    cairo_save(context);
+    cairo_identity_matrix(context);
+    m_raster.Fill(context, surface, view.color);
+    cairo_restore(context);
+  };
+  forEachLine([&](const PangoLayoutLine& line) { ForEachOutline(context, line, drawOutline); });
   const bool showsPictures = m_colored && (view.outline == 0.0 || view.isSilhouette);
   if (showsPictures) forEachLine([&](const PangoLayoutLine& line) { ShowColorGlyphs(context, line); });
 }

@@ -25,8 +25,10 @@ constexpr Rect kStackedTrack{30, 70, -30, -30};
 
 }  // namespace
 
-KVSGPSOverlayPainterPlugIn::KVSGPSOverlayPainterPlugIn(vrx::drawing::TextRenderer& textRenderer)
+KVSGPSOverlayPainterPlugIn::KVSGPSOverlayPainterPlugIn(vrx::drawing::TextRenderer& textRenderer,
+                                                       vrx::overlay::TextResolution resolution)
     : m_textRenderer(textRenderer) {
+  m_speedLog.SetTextResolution(resolution);
   painterType = KVSPainterGPSOverlay;
   m_timeline.unit = -1;
 }

@@ -23,7 +23,9 @@
 class KVSGPSOverlayPainterPlugIn final : public KVSPainterPlugInBase {
  public:
   /// The renderer must outlive the painter.
-  explicit KVSGPSOverlayPainterPlugIn(vrx::drawing::TextRenderer& textRenderer);
+  explicit KVSGPSOverlayPainterPlugIn(
+      vrx::drawing::TextRenderer& textRenderer,
+      vrx::overlay::TextResolution resolution = vrx::overlay::TextResolution::Frame);
 
   /// Reads the logs. False, and nothing changes, for a record of another kind.
   bool SetPainterInfo(const PainterInfo* info, const PainterInfoBase* record) override;

@@ -30,6 +30,11 @@ void KVSGPSSpeedLog::SetLinked(bool isLinked) {
   m_isLinked = isLinked;
 }
 
+void KVSGPSSpeedLog::SetTextResolution(vrx::overlay::TextResolution resolution) {
+  const XpSingleLock lock(&m_lock);
+  m_textResolution = resolution;
+}
+
 void KVSGPSSpeedLog::SetFontName(const XpString& fontName) {
   const XpSingleLock lock(&m_lock);
   m_fontName = fontName;
@@ -76,9 +81,13 @@ bool KVSGPSSpeedLog::MakeScene(const Rect& rect, double timeMs, SpeedLogScene& s
 void KVSGPSSpeedLog::Draw(const SpeedLogScene& scene, const SpeedLogLook& look, const Rect& rect,
                           vrx::overlay::PainterSurface& surface) {
   const XpSingleLock lock(&m_lock);
-  const XpPixmap32* canvas = m_canvas.Paint(scene, look, m_fontName, surface);
+  const bool isStretched = scene.canvas.width != rect.Width() || scene.canvas.height != rect.Height();
+  const bool hasSharpLabels = isStretched && m_textResolution == vrx::overlay::TextResolution::Frame;
+  const XpPixmap32* canvas = m_canvas.Paint(scene, look, m_fontName, !hasSharpLabels, surface);
   if (canvas == nullptr) return;
   OverlaySmoothPixmap(surface.GetTarget(), rect.left, rect.top, Saturated(rect.Width()),
                       Saturated(rect.Height()), *canvas, canvas->width, canvas->height);
   surface.Touch(rect);
+  if (hasSharpLabels)
+    m_sharpLabels.Show(scene, m_fontName, look.labelColor, m_canvas.GetFade(), rect, surface);
 }

@@ -12,6 +12,7 @@
 #include "gps/speedlog/SpeedLogRecord.h"
 #include "gps/speedlog/SpeedLogScene.h"
 #include "overlay/painter/PainterSurface.h"
+#include "overlay/painter/TextResolution.h"
 #include "vrx/XpString.h"
 
 /// Filled on one thread and drawn on another.
@@ -27,6 +28,8 @@ class KVSGPSSpeedLog {
   void SetSpeedLogSize(std::int32_t width, std::int32_t height);
   /// The whole movie is shown, in place of its clips.
   void SetLinked(bool isLinked);
+  /// Of the labels, where the graph's canvas has another size than its place on the frame.
+  void SetTextResolution(vrx::overlay::TextResolution resolution);
   /// Of the labels.
   void SetFontName(const XpString& fontName);
 
@@ -53,5 +56,7 @@ class KVSGPSSpeedLog {
   XpString m_fontName;
   SpeedLogRecord m_wholeRecord;
   std::map<std::int32_t, SpeedLogRecord> m_clipRecords;  // by video
+  vrx::overlay::TextResolution m_textResolution = vrx::overlay::TextResolution::Frame;
   vrx::gps::SpeedLogCanvas m_canvas;
+  vrx::gps::SharpSpeedLogLabels m_sharpLabels;
 };

@@ -1,8 +1,6 @@
 // Of SpeedLogCanvas.h: ticks, labels and the band of the base line.
 #include <algorithm>
 
-#include "foundation/number/Saturate.h"
-#include "foundation/text/XpFormat.h"
 #include "gps/speedlog/SpeedLogCanvas.h"
 
 namespace vrx::gps {
@@ -10,23 +8,20 @@ namespace {
 
 using namespace drawing;
 
-constexpr std::int32_t kMajorSeconds = 30, kLabelSeconds = 60, kMinorSeconds = 6;
-constexpr std::int32_t kFontHeight = 24;  // this and the next: pixels of a 1920 by 1080 frame
-constexpr std::int32_t kBelowLabel = 3, kLabelShift = 8, kBelowGraph = 4;
+constexpr std::int32_t kMajorSeconds = 30, kMinorSeconds = 6;
+constexpr std::int32_t kBelowGraph = 4;  // pixels of a 1920 by 1080 frame
 constexpr unsigned char kBandGrey = 0x80;
-constexpr std::uint32_t kLabelFormat = DT_NOPREFIX;
 
 class ScalePainting {
  public:
-  ScalePainting(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
-                const EdgeFade& fade, overlay::PainterSurface& surface)
-      : m_scene(scene), m_look(look), m_fade(fade), m_surface(surface) {
-    const double scale = scene.scale;
-    m_font = {.face = fontName, .height = -Saturate<std::int32_t>(kFontHeight * scale)};
-    m_label = surface.GetText().Measure(u"00:00:00", m_font, scene.canvas.width, kLabelFormat);
-    const auto labelHeight =
-        static_cast<double>(Saturate<std::int32_t>(m_label.height + kBelowLabel * scale));
-    m_labelTop = Saturate<std::int32_t>(scene.canvas.height - labelHeight + kLabelShift * scale);
+  ScalePainting(const SpeedLogScene& scene, const SpeedLogLook& look, const SpeedLogLabelStyle& labels,
+                bool hasLabels, const EdgeFade& fade, overlay::PainterSurface& surface)
+      : m_scene(scene),
+        m_look(look),
+        m_labels(labels),
+        m_hasLabels(hasLabels),
+        m_fade(fade),
+        m_surface(surface) {
     m_major = SizeOf(look.scale1, scene.graphHeight + kBelowGraph);
     m_minor = SizeOf(look.scale2, look.scale2 ? look.scale2->height : 0);
   }
@@ -43,22 +38,13 @@ class ScalePainting {
   }
 
   void PaintTicks() {
-    const double step = m_scene.pixelsPerSecond * m_scene.scale;
-    if (!(step > 0)) return;
-    double x = m_scene.scale * m_scene.tickOffset;
-    std::int64_t second = m_scene.firstSecond;
-    while (x > 0 && second > 0) {
-      --second;
-      x -= step;
-    }
-    const std::int64_t end = std::int64_t{m_scene.canvas.width} + m_label.width / 2;
-    for (; Saturate<std::int32_t>(x) < end; ++second, x += step) {
+    ForEachTick(m_scene, m_labels.size.width / 2, [this](std::int32_t x, std::int64_t second) {
       if (second % kMajorSeconds == 0) {
-        PaintMajorTick(Saturate<std::int32_t>(x), second);
+        PaintMajorTick(x, second);
       } else if (second % kMinorSeconds == 0) {
-        PaintMinorTick(Saturate<std::int32_t>(x));
+        PaintMinorTick(x);
       }
-    }
+    });
   }
 
   void PaintMajorTick(std::int32_t x, std::int64_t second) {
@@ -67,13 +53,9 @@ class ScalePainting {
       m_surface.Overlay(m_look.scale1, {left, 0, left + m_major.width, m_major.height});
       LimitAlpha({left, 0, x + m_major.width + 1, m_scene.BandTop()});
     }
-    if (second % kLabelSeconds != 0) return;
-    XpString text;
-    XpFormat(text, u"%02I64d:%02d:%02d", second / 3600, static_cast<std::int32_t>(second / 60 % 60),
-             static_cast<std::int32_t>(second % 60));
-    const std::int32_t left = x - m_label.width / 2;
-    m_surface.Text(text.AsView(), m_font, m_look.labelColor,
-                   {left, m_labelTop, left + m_label.width, m_scene.canvas.height}, kLabelFormat);
+    if (!m_hasLabels || !HasLabel(second)) return;
+    m_surface.Text(LabelText(second).AsView(), m_labels.font, m_look.labelColor,
+                   PlaceOfLabel(x, m_scene, m_labels), kSpeedLogLabelFormat);
   }
 
   void PaintMinorTick(std::int32_t x) {
@@ -120,20 +102,20 @@ class ScalePainting {
 
   const SpeedLogScene& m_scene;
   const SpeedLogLook& m_look;
+  const SpeedLogLabelStyle& m_labels;
+  bool m_hasLabels;
   const EdgeFade& m_fade;
   overlay::PainterSurface& m_surface;
-  Font m_font;
-  Size m_label;
-  std::int32_t m_labelTop = 0;
   Size m_major;
   Size m_minor;
 };
 
 }  // namespace
 
-void PaintSpeedLogScale(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
-                        const EdgeFade& fade, overlay::PainterSurface& surface) {
-  ScalePainting(scene, look, fontName, fade, surface).Paint();
+void PaintSpeedLogScale(const SpeedLogScene& scene, const SpeedLogLook& look,
+                        const SpeedLogLabelStyle& labels, bool hasLabels, const EdgeFade& fade,
+                        overlay::PainterSurface& surface) {
+  ScalePainting(scene, look, labels, hasLabels, fade, surface).Paint();
 }
 
 }  // namespace vrx::gps

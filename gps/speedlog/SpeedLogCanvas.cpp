@@ -45,17 +45,22 @@ bool SpeedLogCanvas::Prepare(drawing::Size size) {
 }
 
 const XpPixmap32* SpeedLogCanvas::Paint(const SpeedLogScene& scene, const SpeedLogLook& look,
-                                        const XpString& fontName, overlay::PainterSurface& surface) {
-  if (m_isDrawn && m_scene == scene && m_look == look && m_fontName == fontName) return &m_pixmap;
+                                        const XpString& fontName, bool hasLabels,
+                                        overlay::PainterSurface& surface) {
+  const bool isKept =
+      m_isDrawn && m_scene == scene && m_look == look && m_fontName == fontName && m_hasLabels == hasLabels;
+  if (isKept) return &m_pixmap;
   m_isDrawn = false;
   if (!Prepare(scene.canvas)) return nullptr;
   overlay::PainterSurface canvas(m_pixmap, surface.GetText(), surface.GetRenditions());
-  PaintSpeedLogScale(scene, look, fontName, m_fade, canvas);
+  PaintSpeedLogScale(scene, look, StyleOfLabels(scene, fontName, surface.GetText()), hasLabels, m_fade,
+                     canvas);
   PaintSpeedLogCurve(scene, look, m_fade, canvas);
   if (scene.position) PaintSpeedLogMark(*scene.position, look.positionMarker, scene.scale, canvas);
   m_scene = scene;
   m_look = look;
   m_fontName = fontName;
+  m_hasLabels = hasLabels;
   m_isDrawn = true;
   return &m_pixmap;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "drawing/Color.h"
+#include "gps/speedlog/SpeedLogLabels.h"
 #include "gps/speedlog/SpeedLogScene.h"
 #include "imaging/pixmap/XpPixmap.h"
 #include "overlay/painter/PainterSurface.h"
@@ -25,15 +26,13 @@ struct SpeedLogLook {
   friend bool operator==(const SpeedLogLook&, const SpeedLogLook&) = default;
 };
 
-/// How strong the columns of a canvas are, 0 to 255: both ends of the strip fade out.
-using EdgeFade = std::vector<std::int32_t>;
-
 class SpeedLogCanvas {
  public:
   /// `surface` gives the text renderer and the renditions of the pictures; nothing is drawn on it. Null
   /// without memory. Valid until the next call.
   const XpPixmap32* Paint(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
-                          overlay::PainterSurface& surface);
+                          bool hasLabels, overlay::PainterSurface& surface);
+  const EdgeFade& GetFade() const { return m_fade; }
 
  private:
   bool Prepare(drawing::Size size);
@@ -44,6 +43,7 @@ class SpeedLogCanvas {
   SpeedLogScene m_scene;
   SpeedLogLook m_look;
   XpString m_fontName;
+  bool m_hasLabels = true;
 };
 
 /// A length at the scale, rounded up where that does not enlarge a picture on a small frame.
@@ -53,9 +53,10 @@ std::int32_t ScaledLength(std::int32_t length, double scale);
 void PaintSpeedLogMark(drawing::Point place, const PainterPicture& picture, double scale,
                        overlay::PainterSurface& surface);
 
-/// Ticks, labels and the band of the base line, on a clear canvas.
-void PaintSpeedLogScale(const SpeedLogScene& scene, const SpeedLogLook& look, const XpString& fontName,
-                        const EdgeFade& fade, overlay::PainterSurface& surface);
+/// Ticks, labels if wanted, and the band of the base line, on a clear canvas.
+void PaintSpeedLogScale(const SpeedLogScene& scene, const SpeedLogLook& look,
+                        const SpeedLogLabelStyle& labels, bool hasLabels, const EdgeFade& fade,
+                        overlay::PainterSurface& surface);
 
 /// The curve over the scale: pale where it has not been reached, in the colours of the speed and filled below
 /// up to the cursor, with the marks of its start and end.

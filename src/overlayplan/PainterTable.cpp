@@ -22,7 +22,7 @@ std::unique_ptr<KVSPainterPlugInBase> MakeContentImage(const PainterTools&) {
 }
 
 std::unique_ptr<KVSPainterPlugInBase> MakeGps(const PainterTools& tools) {
-  return std::make_unique<KVSGPSOverlayPainterPlugIn>(*tools.textRenderer);
+  return std::make_unique<KVSGPSOverlayPainterPlugIn>(*tools.textRenderer, tools.textResolution);
 }
 
 std::unique_ptr<KVSPainterPlugInBase> MakeTennis(const PainterTools& tools) {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -220,6 +222,80 @@ TEST_P(AnyTextRendererTest, HostileTextsSizesAndRectanglesAreDrawnInsideTheCanva
   renderer->Draw(Canvas(), u"x", FontOf(-20), kColor, {0, 0, 9, 9}, 0);
 }
 
+TEST_P(AnyTextRendererTest, ScaledTextStandsWhereItsLayoutWouldBeAtThatScale) {
+  const Font font = FontOf(-60);
+  const std::u16string_view text = u"Hxg hxt words that wrap here";
+  const Rect rect{20, 10, 380, 390};
+  Sheet plain(400, 400);
+  renderer->Draw(plain.canvas, text, font, kColor, rect, kCaption | DT_CENTER);
+  const Rect ink = plain.Ink();
+  for (const TextScale& scale :
+       {TextScale{1, 1, 0, 0}, {0.5, 0.5, 7.25, 3.5}, {0.4, 1.75, 0, 20.6}, {2, 2, -40, 9}}) {
+    Sheet page(800, 800);
+    const ScaledText scaled{text, font, rect, kCaption | DT_CENTER, scale};
+    const Rect touched = renderer->DrawScaled(page.canvas, scaled, {.color = kColor}, {0, 0, 800, 800});
+    const Rect drawn = page.Ink();
+    EXPECT_TRUE(Contains(touched, drawn));
+    EXPECT_NEAR(drawn.left, scale.left + ink.left * scale.xFactor, 2.5);
+    EXPECT_NEAR(drawn.top, scale.top + ink.top * scale.yFactor, 2.5);
+    EXPECT_NEAR(drawn.right, scale.left + ink.right * scale.xFactor, 2.5);
+    EXPECT_NEAR(drawn.bottom, scale.top + ink.bottom * scale.yFactor, 2.5);
+
+    Sheet outlined(800, 800);
+    renderer->DrawScaled(outlined.canvas, scaled, {.color = kColor, .outline = 8}, {0, 0, 800, 800});
+    EXPECT_NEAR(outlined.Ink().left, std::max(drawn.left - 8 * scale.xFactor, 0.0), 1.5);
+    EXPECT_NEAR(outlined.Ink().bottom, drawn.bottom + 8 * scale.yFactor, 1.5);
+  }
+}
+
+TEST_P(AnyTextRendererTest, ScaledTextIsCutAtItsClipAloneAndMovedAsAPicture) {
+  const Font font = FontOf(-40);
+  const auto draw = [&](Sheet& page, const TextInk& ink, const Rect& clip) {
+    return renderer->DrawScaled(page.canvas, {u"Hg", font, {0, 0, 9, 60}, kCaption, {1.5, 1.5, 30.4, 8.3}},
+                                ink, clip);
+  };
+  constexpr Rect kAll{0, 0, 400, 200};
+  Sheet whole, moved, faint, cut;
+  const Rect touched = draw(whole, {.color = kColor}, kAll);
+  EXPECT_GT(whole.Ink().Width(), 20);  // wider than its rectangle
+  draw(moved, {.color = kColor, .offset = {3, 5}}, kAll);
+  draw(faint, {.color = kColor, .alpha = 128}, kAll);
+  const Rect clip{touched.left + 8, touched.top + 4, touched.right - 9, touched.bottom - 3};
+  EXPECT_EQ(draw(cut, {.color = kColor}, clip), Intersect(touched, clip));
+  for (std::int32_t y = 0; y < 190; ++y) {
+    for (std::int32_t x = 0; x < 390; ++x) {
+      const std::uint32_t pixel = whole.At(x, y);
+      ASSERT_EQ(moved.At(x + 3, y + 5), pixel) << x << "," << y;
+      ASSERT_NEAR(faint.At(x, y) >> 24, (pixel >> 24) * 128 / 255.0, 1) << x << "," << y;
+      const bool isInside = x >= clip.left && x < clip.right && y >= clip.top && y < clip.bottom;
+      ASSERT_EQ(cut.At(x, y), isInside ? pixel : 0u) << x << "," << y;
+    }
+  }
+}
+
+TEST_P(AnyTextRendererTest, HostileScalesAndOutlinesDrawInsideTheCanvasOrNothing) {
+  const double nan = std::nan("");
+  const std::u16string words(16384, u'w');
+  for (const TextScale& scale : {TextScale{0, 1, 0, 0},
+                                 {-1, 1, 0, 0},
+                                 {nan, 1, 0, 0},
+                                 {1, 1, nan, nan},
+                                 {1e-9, 1e-9, 3, 3},
+                                 {1e9, 1e9, 0, 0},
+                                 {1, 1, 1e300, -1e300},
+                                 {4, 4, -1e6, 0}}) {
+    for (const double outline : {0.0, -5.0, 1e300, nan}) {
+      for (const char16_t* text : {u"", u"Hg\n😀", words.c_str()}) {
+        Sheet page(40, 30);
+        const ScaledText scaled{text, FontOf(-30), {0, 0, 200, 100}, kCaption, scale};
+        const Rect touched = renderer->DrawScaled(page.canvas, scaled, {.color = kColor, .outline = outline},
+                                                  {0, 0, 999, 999});
+        EXPECT_TRUE(touched.IsEmpty() || Contains({0, 0, 40, 30}, touched));
+      }
+    }
+  }
+}
+
 TEST(PangoTextRendererTest, CachedTextHasThePixelsOfANewRenderer) {
   PangoTextRenderer kept({8, 1 << 20});
   for (const char16_t* text : {u"Caption one", u"Caption two\nwith lines", u"日本語 مرحبا 😀"}) {
@@ -245,6 +321,53 @@ TEST(PangoTextRendererTest, CachedTextHasThePixelsOfANewRenderer) {
       }
     }
   }
+}
+
+/// Blended by what the pixel's area says, not by a few samples of it.
+TEST(PangoTextRendererTest, ScaledLettersHaveTheEdgesOfTheirOutlines) {
+  PangoTextRenderer renderer;
+  // A block that fills its cell: 60 pixels of an em of 100, moved by fractions of a pixel.
+  Font font = FontOf(-100);
+  font.face = u"DejaVu Sans Mono";
+  const auto draw = [&](double left) {
+    Sheet page;
+    const Rect rect{0, 0, 300, 150};
+    renderer.DrawScaled(page.canvas, {u"\u2588", font, rect, DT_SINGLELINE, {1, 1, left, 10}},
+                        {.color = kColor}, {0, 0, 400, 200});
+    return page.At(page.Ink().left, 80) >> 24;
+  };
+  const double whole = draw(50.0), quarter = draw(50.25), half = draw(50.5);
+  EXPECT_NEAR(quarter - whole, -0.25 * 255, 2);
+  EXPECT_NEAR(half - whole, -0.5 * 255, 2);
+}
+
+TEST(PangoTextRendererTest, ScaledColorGlyphsKeepTheirColorsExceptInSilhouettes) {
+  PangoTextRenderer renderer;
+  const auto colors = [&](const TextInk& ink) {
+    Sheet page;
+    renderer.DrawScaled(page.canvas, {u"a😀", FontOf(-60), {0, 0, 300, 150}, DT_SINGLELINE, {1.2, 1.2, 5, 5}},
+                        ink, {0, 0, 400, 200});
+    std::set<std::uint32_t> found;
+    const Rect box = page.Ink();
+    for (std::int32_t y = box.top; y < box.bottom; ++y) {
+      for (std::int32_t x = box.left; x < box.right; ++x) {
+        if (page.IsSet(x, y)) found.insert(page.At(x, y) & 0xFFFFFF);
+      }
+    }
+    return found;
+  };
+  EXPECT_GT(colors({.color = kColor}).size(), 20u);
+  EXPECT_EQ(colors({.color = kColor, .isSilhouette = true}), std::set<std::uint32_t>{0xC86432});
+}
+
+TEST(PangoTextRendererTest, BrokenWordsGetNoHyphen) {
+  PangoTextRenderer renderer;
+  const std::u16string word(40, u'i');
+  const auto widest = [&](std::u16string_view text, std::int32_t width) {
+    return renderer.Measure(text, FontOf(-40), width, kCaption).width;
+  };
+  const std::int32_t letter = widest(u"ii", 0x7FFF) - widest(u"i", 0x7FFF);
+  EXPECT_EQ(widest(word, 10 * letter + 2), widest(word.substr(0, 10), 0x7FFF));
 }
 
 TEST(PangoTextRendererTest, TextThatWasCutAtTheEdgeIsWholeWhereItFits) {

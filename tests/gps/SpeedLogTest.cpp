@@ -18,6 +18,7 @@ namespace {
 
 using vrx::test_support::MakePicture;
 using namespace vrx::gps;
+using vrx::drawing::PixelAt;
 using vrx::drawing::Point;
 using vrx::drawing::Rect;
 
@@ -219,6 +220,7 @@ class SpeedLogFrames : public SpeedLogTest {
 };
 
 TEST_F(SpeedLogFrames, LookAsTheyDidAtEachMomentAndSize) {
+  log.SetTextResolution(vrx::overlay::TextResolution::Canvas);
   std::mt19937 random(11);
   constexpr vrx::drawing::Size kSizes[] = {{422, 175}, {281, 117}, {211, 88},
                                            {141, 59},  {422, 130}, {438, 182}};
@@ -249,6 +251,43 @@ TEST_F(SpeedLogFrames, LookAsTheyDidAtEachMomentAndSize) {
   Start(100, 50, true, {list});
   Draw(Cell(2, 7), 110'500);
   vrx::test_support::ExpectReference(frame, "gps-speed-graphs");
+}
+
+TEST_F(SpeedLogFrames, LabelsOfAStretchedGraphStandWhereTheStretchedOnesDo) {
+  std::mt19937 random(5);
+  Start(100, 50, true, {RandomList(150, random)});
+  const auto labels = [&](vrx::overlay::TextResolution resolution, const Rect& rect) {
+    log.SetTextResolution(resolution);
+    EXPECT_EQ(frame.Allocate(460, 620), XpOk);
+    EXPECT_TRUE(log.MakeScene(rect, 70'000, scene));
+    vrx::overlay::PainterSurface surface(frame, boxes, renditions);
+    log.Draw(scene, look, rect, surface);
+    // What lies below the band.
+    const auto band = static_cast<std::int32_t>(scene.BandBottom() * rect.Height() / scene.canvas.height) + 2;
+    for (std::int32_t y = 0; y < rect.top + band; ++y) std::memset(frame.GetPlane(0)->Row(y), 0, 460 * 4);
+    return vrx::drawing::InkOf(frame);
+  };
+  for (const Rect& rect : {Rect{8, 20, 430, 600}, {8, 20, 430, 120}, {3, 9, 214, 450}}) {
+    const Rect sharp = labels(vrx::overlay::TextResolution::Frame, rect);
+    const auto strength = [&] {
+      return PixelAt(frame, (sharp.left + sharp.right) / 2, sharp.bottom - 2) >> 24;
+    };
+    const std::uint32_t sharpStrength = strength();
+    const Rect stretched = labels(vrx::overlay::TextResolution::Canvas, rect);
+    ASSERT_FALSE(sharp.IsEmpty());
+    const double near = 2 + static_cast<double>(rect.Height()) / scene.canvas.height;
+    EXPECT_NEAR(sharp.left, stretched.left, 2);
+    EXPECT_NEAR(sharp.right, stretched.right, 2);
+    EXPECT_NEAR(sharp.top, stretched.top, near);
+    EXPECT_NEAR(sharp.bottom, stretched.bottom, near);
+    EXPECT_NEAR(sharpStrength, strength(), 16);
+  }
+  // A graph that is not stretched is one picture either way.
+  const Rect same = {8, 20, 430, 195};
+  labels(vrx::overlay::TextResolution::Canvas, same);
+  const std::vector<unsigned char> expected(frame.data, frame.data + frame.size);
+  labels(vrx::overlay::TextResolution::Frame, same);
+  EXPECT_TRUE(std::equal(expected.begin(), expected.end(), frame.data));
 }
 
 TEST_F(SpeedLogFrames, OfAnySizeStayInTheirRectangle) {

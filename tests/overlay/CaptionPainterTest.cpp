@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "drawing/BoxTextRenderer.h"
+#include "drawing/pango/PangoTextRenderer.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
 #include "tests/drawing/Sheet.h"
 
@@ -12,6 +13,11 @@ namespace {
 
 using vrx::drawing::PixelAt;
 using vrx::drawing::Rect;
+using vrx::drawing::Size;
+using vrx::overlay::TextResolution;
+
+constexpr Size kFrameSizes[] = {{1920, 1080}, {64, 48},   {90, 61},     {199, 1000}, {301, 2160},
+                                {640, 359},   {720, 576}, {3840, 2160}, {1080, 1920}};
 
 CaptionItem Caption(const char16_t* text, std::int32_t startMs, std::int32_t endMs, std::int32_t layout = 5,
                     std::int32_t videoId = 0) {
@@ -53,10 +59,14 @@ TEST_F(CaptionPainterTest, ShowsTheFirstCaptionOfItsTimeAndClip) {
 }
 
 TEST_F(CaptionPainterTest, DrawnRowsHoldEverythingThatIsDrawn) {
-  for (const auto& [width, height] :
-       {std::pair{1920, 1080}, {64, 48}, {90, 61}, {199, 1000}, {301, 2160}, {640, 359}}) {
-    for (std::int32_t layout = 1; layout <= 9; ++layout) {
-      Set({Caption(u"aa\nbb", 1000, 2000, layout)}, layout % 2 == 0);
+  for (const auto& [width, height] : kFrameSizes) {
+    for (std::int32_t layout = 1; layout <= 18; ++layout) {
+      painter.emplace(boxes, layout > 9 ? TextResolution::Canvas : TextResolution::Frame);
+      CaptionItem caption = Caption(u"aa\nbb", 1000, 2000, (layout - 1) % 9 + 1);
+      if (layout % 3 == 0) caption.outline = 20;
+      if (layout % 4 == 0) caption.boxOpacity = 50;
+      info.captionInfo.keepShape = layout % 5 == 0;
+      Set({caption}, layout % 2 == 0);
       const Rect drawn = Drawn(Draw(1000, 0, width, height));
       const XpRowRange rows = painter->GetDrawnRows();
       ASSERT_FALSE(drawn.IsEmpty()) << layout << " on " << width << "x" << height;
@@ -121,10 +131,12 @@ TEST_F(CaptionPainterTest, CaptionLeavesNothingOnTheCanvasForTheNextOne) {
   for (const bool saveMode : {false, true}) {
     for (std::int32_t layout = 1; layout <= 9; ++layout) {
       const CaptionItem next = Caption(u"next", 20, 30, layout);
-      painter.emplace(boxes);
+      CaptionItem before = Caption(u"WWWWWWWW\nmore\nand more", 0, 10, 10 - layout);
+      if (layout % 3 == 0) before.outline = before.boxOpacity = 30;
+      painter.emplace(boxes, TextResolution::Canvas);
       Set({next}, saveMode);
       const PixmapHolder expected = Draw(25);
-      Set({Caption(u"WWWWWWWW\nmore\nand more", 0, 10, 10 - layout), next}, saveMode);
+      Set({before, next}, saveMode);
       Draw(5);
       EXPECT_EQ(std::memcmp(Draw(25)->data, expected->data, expected->size), 0) << layout;
     }
@@ -144,6 +156,115 @@ TEST_F(CaptionPainterTest, EveryFrameSizeAndFontSizeStaysInsideTheMargin) {
       EXPECT_LE(box.right, std::max(width - 10 + shift, 0.0));
     }
   }
+}
+
+TEST_F(CaptionPainterTest, SharpLettersStandWhereTheStretchedCanvasHasThem) {
+  vrx::drawing::PangoTextRenderer letters;
+  const std::initializer_list<const char16_t*> texts = {
+      u"Hxg", u"A longer caption that wraps on the canvas, for it is too long for a line", u"a\nbb\n\nc"};
+  std::int32_t layout = 0;
+  for (const auto& [width, height] : kFrameSizes) {
+    for (const char16_t* text : texts) {
+      layout = layout % 9 + 1;
+      info.captionInfo.keepShape = layout % 2 == 0;
+      CaptionItem caption = Caption(text, 0, 10, layout);
+      caption.fontName = u"DejaVu Sans";
+      caption.isBalanced = layout % 3 == 0;
+      caption.margin = layout % 4 == 0 ? 90 : 0;
+      const auto drawn = [&](TextResolution resolution) {
+        painter.emplace(letters, resolution);
+        Set({caption});
+        return Drawn(Draw(5, 0, width, height));
+      };
+      const Rect sharp = drawn(TextResolution::Frame), stretched = drawn(TextResolution::Canvas);
+      // Half a pixel of smoothing, and the canvas's own pixels where they are larger than the frame's.
+      const double near = 2 + 3.0 * std::max(width / 1920.0, height / 1080.0);
+      const auto expectNear = [&](std::int32_t a, std::int32_t b) {
+        EXPECT_NEAR(a, b, near) << layout << " on " << width << "x" << height;
+      };
+      expectNear(sharp.left, stretched.left);
+      expectNear(sharp.top, stretched.top);
+      expectNear(sharp.right, stretched.right);
+      expectNear(sharp.bottom, stretched.bottom);
+    }
+  }
+}
+
+TEST_F(CaptionPainterTest, KeptShapeScalesLettersAlikeInsideTheMargin) {
+  info.captionInfo.keepShape = true;
+  for (const auto& [width, height] : kFrameSizes) {
+    const std::int32_t shorter = std::min(width, height), longer = std::max(width, height);
+    const double factor = std::min(shorter - 20.0, (longer - 20.0) * shorter / longer) / 1080;
+    CaptionItem caption = Caption(u"xxxx", 0, 10, 5);  // a box of 239 by 80
+    painter.emplace(boxes);
+    Set({caption});
+    const Rect box = Drawn(Draw(5, 0, width, height));
+    EXPECT_NEAR(static_cast<double>(box.Width()), 239 * factor + 2 * factor, 2) << width << "x" << height;
+    EXPECT_NEAR(static_cast<double>(box.Height()), 80 * factor + 2 * factor, 2) << width << "x" << height;
+    EXPECT_NEAR(box.left + box.right, width, 3 + 2 * factor) << width << "x" << height;
+  }
+}
+
+TEST_F(CaptionPainterTest, OptionsOfACaptionAreDrawnInBothWays) {
+  // At a frame of this size a pixel of the canvas is one of the frame.
+  constexpr std::int32_t kWidth = 1940, kHeight = 1100;
+  for (const TextResolution resolution : {TextResolution::Frame, TextResolution::Canvas}) {
+    const auto drawn = [&](const CaptionItem& caption) {
+      painter.emplace(boxes, resolution);
+      Set({caption});
+      return Draw(5, 0, kWidth, kHeight);
+    };
+    CaptionItem caption = Caption(u"x", 0, 10);
+    const Rect plain = Drawn(drawn(caption));
+    caption.outline = 7;
+    caption.outlineColor = 0x00FF00;
+    PixmapHolder frame = drawn(caption);
+    EXPECT_EQ(Drawn(frame), (Rect{plain.left - 7, plain.top - 7, plain.right + 7, plain.bottom + 7}));
+    EXPECT_EQ(PixelAt(*frame, plain.left - 4, plain.top + 20), 0xFF00FF00u);
+    EXPECT_EQ(PixelAt(*frame, plain.left + 4, plain.top + 20), 0xFFFF0000u);
+
+    caption.outline = 0;
+    caption.boxOpacity = 40;
+    frame = drawn(caption);
+    const Rect box = Drawn(frame);
+    EXPECT_EQ(PixelAt(*frame, box.left, box.top), 0x660B0E12u);
+    EXPECT_EQ(box.Height(), 120 + 2 * 10);
+    EXPECT_EQ(box.Width(), 60 + 2 * 30);
+
+    caption.boxOpacity = 0;
+    caption.layoutType = 9;
+    caption.margin = 100;
+    const Rect inset = Drawn(drawn(caption));
+    EXPECT_EQ(inset.right, kWidth - 10 - 100 - 1);
+    EXPECT_EQ(inset.bottom, kHeight - 10 - 100 - 20);
+    caption.margin = 1e9;  // leaves some room
+    EXPECT_FALSE(Drawn(drawn(caption)).IsEmpty());
+
+    // Thirty-two characters fit on a line; the lines become even and break no word.
+    caption = Caption(u"aaaa bbbb cccc dddd eeee ffff gggg hhhh", 0, 10, 5);
+    const std::int64_t wide = Drawn(drawn(caption)).Width();
+    caption.isBalanced = true;
+    const std::int64_t even = Drawn(drawn(caption)).Width();
+    EXPECT_NEAR(static_cast<double>(wide), 29 * 60 + 1, 60);
+    EXPECT_NEAR(static_cast<double>(even), 19 * 60 + 1, 2);
+  }
+}
+
+TEST_F(CaptionPainterTest, BoldAndItalicLettersDiffer) {
+  vrx::drawing::PangoTextRenderer letters;
+  CaptionItem caption = Caption(u"lll", 0, 10);
+  caption.fontName = u"DejaVu Sans";
+  const auto width = [&] {
+    painter.emplace(letters);
+    Set({caption});
+    return Drawn(Draw(5)).Width();
+  };
+  const std::int64_t plain = width();
+  caption.isBold = true;
+  const std::int64_t bold = width();
+  caption.isItalic = true;
+  EXPECT_GT(bold, plain + 5);
+  EXPECT_GT(width(), bold + 5);
 }
 
 TEST_F(CaptionPainterTest, StampsOfDifferentCaptionsDiffer) {
