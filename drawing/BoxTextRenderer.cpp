@@ -143,7 +143,7 @@ Rect BoxTextRenderer::DrawScaled(const Canvas& canvas, const ScaledText& text, c
   if (text.rect.IsEmpty() || visible.IsEmpty() || !text.scale.IsUsable()) return {};
   Rect drawn;
   for (const Rect& place : PlaceBoxes(text.text, text.font, text.rect, text.format)) {
-    const double outline = std::clamp(ink.outline, 0.0, kWidestOutline);
+    const double outline = LimitOutline(ink.outline, MetricsOf(text.font).em);
     const Rect box = ScaledBox(place, text.scale, outline, ink.offset);
     DrawBox(canvas.GetBitmap(), box, visible, text.font.smooth, ink.color, ink.alpha);
     drawn = Unite(drawn, Intersect(box, visible));

@@ -38,12 +38,14 @@ struct ScaledText {
 
 struct TextInk {
   ColorRef color = 0;
-  double outline = 0.0;      // drawn around the letters as well, pixels of the layout; at most kWidestOutline
-  std::uint8_t alpha = 255;  // of the whole
-  Point offset;              // moves the drawn picture as it is, pixels of the bitmap
+  double outline = 0.0;       // drawn around the letters as well, pixels of the layout, see LimitOutline
+  std::uint8_t alpha = 255;   // of the whole
+  Point offset;               // moves the drawn picture as it is, pixels of the bitmap
   bool isSilhouette = false;  // glyphs with colours of their own get `color` too
 };
 
 inline constexpr double kWidestOutline = 100.0;
+/// From 0 to the widest, and no wider than the letters' em size: it would hide them, and take long to draw.
+double LimitOutline(double outline, double emPixels);
 
 }  // namespace vrx::drawing

@@ -32,6 +32,7 @@ class PangoTextLayout {
                   std::uint32_t format);
 
   const std::vector<Size>& GetLineSizes() const { return m_sizes; }
+  double GetEmPixels() const { return m_emPixels; }
   /// Some glyphs bring their own colours, so the coverage depends on the text's colour.
   bool IsColored() const { return m_colored; }
 

@@ -158,7 +158,7 @@ Rect PangoTextRenderer::DrawScaled(const Canvas& canvas, const ScaledText& text,
     const Point start{TakeWholePixels(view.scale.left), TakeWholePixels(view.scale.top)};
     origin = {Saturated(std::int64_t{start.x} + ink.offset.x),
               Saturated(std::int64_t{start.y} + ink.offset.y)};
-    view.outline = std::clamp(ink.outline, 0.0, kWidestOutline);
+    view.outline = LimitOutline(ink.outline, entry.layout->GetEmPixels());
     if (entry.layout->IsColored()) {
       view.isSilhouette = ink.isSilhouette;
       if (!ink.isSilhouette) view.color = ink.color;

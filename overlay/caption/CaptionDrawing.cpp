@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "drawing/Coverage.h"
+#include "foundation/number/Saturate.h"
 #include "imaging/pixmap/XpPixmapOverlay.h"
 
 namespace vrx::overlay {
@@ -53,11 +54,11 @@ XpRowRange RowsOnFrame(XpRowRange rows, const CaptionCanvas& canvas) {
 }  // namespace
 
 CaptionLook LookOf(const CaptionItem& caption, bool saveMovieMode) {
-  const double box = std::clamp(caption.boxOpacity, 0.0, kWholeCaptionBox);
+  const double box = std::clamp(caption.boxOpacity, 0.0, kWholeCaptionBox) * kOpaque / kWholeCaptionBox;
   return {.textColor = caption.fontColor,
           .outlineColor = caption.outlineColor,
-          .outline = std::clamp(caption.outline, 0.0, kWidestOutline),
-          .boxAlpha = static_cast<std::uint8_t>(std::lround(box * kOpaque / kWholeCaptionBox)),
+          .outline = LimitOutline(caption.outline, kWidestOutline),
+          .boxAlpha = static_cast<std::uint8_t>(Saturate<std::int32_t>(std::round(box))),
           .hasFaintShadow = saveMovieMode};
 }
 
