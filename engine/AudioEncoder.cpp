@@ -101,6 +101,11 @@ Result AudioEncoder::Open(const AudioPlan& plan, bool globalHeader) {
   return kOk;
 }
 
+std::int64_t AudioEncoder::PacketsOf(std::int64_t samples) const {
+  constexpr std::int64_t kFromTheCodec = 8;  // those that it begins and ends with, of samples of its own
+  return samples / m_blockSize + kFromTheCodec;
+}
+
 Result AudioEncoder::EncodeUpTo(std::int64_t samples, AudioTrack& track, MovieWriter& writer, int stream) {
   bool ended = false;
   while (!ended && m_samples < samples) {

@@ -22,6 +22,9 @@ class AudioEncoder {
   /// Samples of each channel that were encoded so far.
   std::int64_t GetSamples() const { return m_samples; }
 
+  /// The most packets that so many samples of each channel become.
+  std::int64_t PacketsOf(std::int64_t samples) const;
+
   /// Encodes blocks until `samples` of each channel are taken or the track has ended.
   Result EncodeUpTo(std::int64_t samples, AudioTrack& track, MovieWriter& writer, int stream);
   /// Encodes the rest of the track and writes all that the codec still holds. Nothing may follow.

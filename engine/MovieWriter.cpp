@@ -15,6 +15,12 @@ namespace vrx::engine {
 namespace {
 
 constexpr int kIoBufferSize = 1 << 20;  // bytes
+// What the index of an MP4 file (ISO/IEC 14496-12) needs at most for a packet: its size (4), its time of
+// display (8), its offset (8), a run of chunks (12), its mark as a key frame (4), and a run of durations (8).
+// And for the rest: headers of the movie and its streams.
+constexpr std::uint64_t kIndexBytesPerPacket = 44;
+constexpr std::uint64_t kIndexBytes = 16 << 10;
+constexpr std::uint64_t kLargestIndex = std::uint64_t{1} << 30;  // the muxer counts in 32 bits
 constexpr const char* kTimeZoneKey = "com.vrx.time-zone";
 
 int WritePacket(void* file, std::uint8_t* data, int size) {
@@ -58,6 +64,7 @@ Result MovieWriter::Create(const OutputPlan& plan) {
   }
   m_muxer->pb = m_io;
   m_muxer->flags |= AVFMT_FLAG_CUSTOM_IO;
+  m_timeZoneBytes = plan.timeZone.size();
   if (!plan.timeZone.empty()) av_dict_set(&m_muxer->metadata, kTimeZoneKey, plan.timeZone.c_str(), 0);
   return kOk;
 }
@@ -82,9 +89,21 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   return kOk;
 }
 
-Result MovieWriter::Begin() {
+/// 0 where the index has to follow the pictures.
+std::int64_t MovieWriter::ReservedIndexBytes(std::uint64_t packets) const {
+  std::uint64_t bytes = kIndexBytes + m_timeZoneBytes;
+  for (unsigned i = 0; i < m_muxer->nb_streams; ++i) {
+    bytes += static_cast<std::uint64_t>(std::max(m_muxer->streams[i]->codecpar->extradata_size, 0));
+  }
+  if (packets >= kLargestIndex / kIndexBytesPerPacket) return 0;
+  bytes += packets * kIndexBytesPerPacket;
+  return bytes < kLargestIndex ? static_cast<std::int64_t>(bytes) : 0;
+}
+
+Result MovieWriter::Begin(std::uint64_t packets) {
   AVDictionary* options = nullptr;
   av_dict_set(&options, "movflags", "use_metadata_tags", 0);
+  av_dict_set_int(&options, "moov_size", ReservedIndexBytes(packets), 0);
   const int error = avformat_write_header(m_muxer, &options);
   av_dict_free(&options);
   return error < 0 ? Fail("the header cannot be written", error) : kOk;

@@ -28,8 +28,10 @@ class MovieWriter {
   static bool WantsGlobalHeader(Container container);
   /// Adds the stream of an opened encoder and gives its index.
   Result AddStream(const AVCodecContext& encoder, int& stream);
-  /// Writes the file's header; all streams must be there.
-  Result Begin();
+  /// Writes the file's header; all streams must be there. An MP4 or QuickTime file keeps a place for its
+  /// index before the pictures, so that it plays while it loads. `packets` are no fewer than those that
+  /// follow.
+  Result Begin(std::uint64_t packets);
   /// Takes the packet's content. Its times are in `timeBase`.
   Result Write(AVPacket& packet, int stream, AVRational timeBase);
   /// Writes the trailer and puts the movie in its place.
@@ -42,6 +44,7 @@ class MovieWriter {
   void Abandon();
 
  private:
+  std::int64_t ReservedIndexBytes(std::uint64_t packets) const;
   Result Fail(const char* action, int error);
   void FreeMuxer();
 
@@ -49,6 +52,7 @@ class MovieWriter {
   AVFormatContext* m_muxer = nullptr;
   AVIOContext* m_io = nullptr;
   std::string m_path;
+  std::size_t m_timeZoneBytes = 0;
   std::vector<std::uint64_t> m_packets;  // of each stream
   std::uint64_t m_bytes = 0;
 };

@@ -59,7 +59,10 @@ Result Sequence::OpenOutput() {
   if (m_audio) {
     VRX_TRY(m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream));
   }
-  return m_writer.Begin();
+  const std::int64_t sound = m_audio ? m_audioEncoder.PacketsOf(SamplesOfFrames(
+                                           m_total, m_output.video.frameDuration, m_output.audio->sampleRate))
+                                     : 0;
+  return m_writer.Begin(static_cast<std::uint64_t>(m_total + sound));
 }
 
 std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
