@@ -19,13 +19,15 @@ std::vector<CommandRow> AllCommands() {
       {"frame", "Write one frame of the movie as a picture", AddFrame},
   };
   rows.insert(rows.end(), LightCommands().begin(), LightCommands().end());
-  rows.insert(rows.end(), {
-                              {"modd", "Show or change the metadata beside a media file", AddModd},
-                              {"gps", "Bring GPS logs to movies, and show them", AddGps},
-                              {"resources", "Show which pictures of the overlays are there", AddResources},
-                              {"tennis", "Bring the shots of a tennis match to an overlay", AddTennis},
-                              {"help", "Show this help, or the help of a command", AddHelp},
-                          });
+  rows.insert(rows.end(),
+              {
+                  {"modd", "Show or change the metadata beside a media file", AddModd},
+                  {"gps", "Bring GPS logs to movies, and show them", AddGps},
+                  {"resources", "Show which pictures of the overlays are there", AddResources},
+                  {"tennis", "Bring the shots of a tennis match to an overlay", AddTennis},
+                  {"completion", "Print a script that completes commands in a shell", AddCompletion},
+                  {"help", "Show this help, or the help of a command", AddHelp},
+              });
   return rows;
 }
 

@@ -59,6 +59,9 @@ CommandRun AddResources(CLI::App& command);
 /// Turns a table of shots into the tennis part of a painter document.
 CommandRun AddTennis(CLI::App& tennis);
 
+/// A script that completes commands, options and files in a shell.
+CommandRun AddCompletion(CLI::App& command);
+
 /// The help of the whole program, or of one command.
 CommandRun AddHelp(CLI::App& command);
 

@@ -1,5 +1,11 @@
 // `vrx` answers some commands by itself and loads a module for the others: both must look like one program.
 #include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -38,6 +44,65 @@ TEST(CommandModuleTest, HelpOfACommandIsTheSameByEitherWay) {
     EXPECT_EQ(byHelp.output, byOption.output) << name;
     EXPECT_EQ(byOption.status, 0) << name;
   }
+}
+
+/// The help of a command and of those below it.
+std::vector<std::string> HelpsOf(const std::string& name) {
+  std::vector<std::string> helps{RunVrx({{name, "--help"}}).output};
+  for (const std::string& below : CommandsOf(helps.front())) {
+    helps.push_back(RunVrx({{name, below, "--help"}}).output);
+  }
+  return helps;
+}
+
+/// The long names of options, `--help` left out.
+std::set<std::string> OptionsOf(const std::string& help) {
+  static const std::regex kOption("--[a-z][a-z-]*");
+  std::set<std::string> names;
+  for (std::sregex_iterator it(help.begin(), help.end(), kOption), end; it != end; ++it)
+    names.insert(it->str());
+  names.erase("--help");
+  return names;
+}
+
+TEST(CommandModuleTest, ManPageHasEveryCommandWithItsOptions) {
+  std::ifstream file(VRX_MAN_PAGE);
+  std::string page(std::istreambuf_iterator<char>(file), {});
+  ASSERT_FALSE(page.empty());
+  page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
+  for (const std::string& name : CommandsOf(RunVrx({{"--help"}}).output)) {
+    const std::size_t section = page.find("\n.SS " + name + "\n");
+    ASSERT_NE(section, page.npos) << name << " has no section";
+    const std::string text = page.substr(section, page.find("\n.S", section + 1) - section);
+    const std::regex synopsis("\n\\.B vrx " + name + "[ \n][^]*?(\n\\.br|\n\\.SH)");
+    std::string use;
+    for (std::sregex_iterator it(page.begin(), page.end(), synopsis), end; it != end; ++it) use += it->str();
+    EXPECT_NE(use, "") << name << " is not in the synopsis";
+    for (const std::string& help : HelpsOf(name)) {
+      for (const std::string& option : OptionsOf(help)) {
+        EXPECT_THAT(use + text, HasSubstr(option)) << "of " << name;
+      }
+    }
+  }
+}
+
+TEST(CommandModuleTest, BashCompletesCommandsAndOptions) {
+  const TempFolder folder;
+  const std::string script = (folder.Path() / "vrx").string();
+  std::ofstream(script) << RunVrx({{"completion", "bash"}}).output;
+  const auto complete = [&](const std::string& words) {
+    const std::string command = "bash -c 'source " + script + "; COMP_WORDS=(" + words +
+                                "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _vrx; echo ${COMPREPLY[*]}'";
+    std::string line(4096, 0);
+    const std::unique_ptr<FILE, int (*)(FILE*)> bash(popen(command.c_str(), "r"), &pclose);
+    if (bash == nullptr || std::fgets(line.data(), static_cast<int>(line.size()), bash.get()) == nullptr)
+      return std::string();
+    return line.substr(0, line.find('\n'));
+  };
+  EXPECT_EQ(complete("vrx re"), "render resources");
+  EXPECT_EQ(complete("vrx gps \"\""), "import show");
+  EXPECT_EQ(complete("vrx gps import --fix"), "--fix-week-rollover");
+  EXPECT_EQ(complete("vrx render movie.v"), "");  // left to the shell, which completes files
 }
 
 TEST(CommandModuleTest, WithoutTheModuleLightCommandsWorkAndTheOthersNameIt) {
