@@ -2,7 +2,6 @@
 
 extern "C" {
 #include <libavutil/display.h>
-#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -12,16 +11,14 @@ extern "C" {
 #include <cmath>
 #include <new>
 
-#include "engine/EngineLog.h"
 #include "engine/ExactTime.h"
 #include "engine/PictureColour.h"
 
 namespace vrx::engine {
 namespace {
 
-constexpr int kScalerFlags = SWS_BICUBIC | SWS_ACCURATE_RND;
-constexpr int kUnitGain = 1 << 16;  // contrast and saturation of the scaler
-constexpr int kQuarterTurn = 90;    // degrees
+constexpr PictureColour kFullRangeColours{AVCOL_SPC_RGB, AVCOL_PRI_UNSPECIFIED, AVCOL_TRC_UNSPECIFIED, true};
+constexpr int kQuarterTurn = 90;  // degrees
 constexpr int kFullTurn = 360;
 
 /// The even number that is nearest to `length` * `numerator` / `denominator`; 2 at least.
@@ -32,6 +29,23 @@ int EvenSize(int length, Int128 numerator, Int128 denominator) {
 bool IsPlanar420(const AVFrame& frame) {
   return WithoutRange(static_cast<AVPixelFormat>(frame.format)) == AV_PIX_FMT_YUV420P &&
          frame.linesize[0] > 0;
+}
+
+/// Whether the samples are luma and chroma with eight bits.
+bool IsShallowYuv(const AVFrame& frame) {
+  const auto format = static_cast<AVPixelFormat>(frame.format);
+  const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+  return descriptor != nullptr && descriptor->nb_components >= 3 && descriptor->comp[0].depth <= 8 &&
+         !IsRgb(format);
+}
+
+/// Of a planar RGB picture, whose planes are green, blue and red.
+ColourRow ColoursOf(const AVFrame& frame, int row) {
+  const auto plane = [&](int index) {
+    return reinterpret_cast<const std::uint16_t*>(frame.data[index] +
+                                                  static_cast<std::ptrdiff_t>(row) * frame.linesize[index]);
+  };
+  return {plane(2), plane(0), plane(1)};
 }
 
 bool SameSize(const AVFrame& frame, int width, int height) {
@@ -109,22 +123,23 @@ Result FrameFitter::Fit(const AVFrame& source, const Orientation& orientation, F
 
 /// Fills `target`, a frame from the pool or a part of one, with the picture as it is displayed.
 Result FrameFitter::Place(const AVFrame& source, const Orientation& orientation, AVFrame& target) {
-  if (orientation.IsUpright()) return Scale(source, target);
   const int width = orientation.IsSideways() ? target.height : target.width;
   const int height = orientation.IsSideways() ? target.width : target.height;
   if (IsOutputFormat(source) && SameSize(source, width, height)) {
     Turn(source, orientation, target);
     return kOk;
   }
+  if (orientation.IsUpright()) return Convert(source, target);
   const FramePtr upright = m_uprightFrames.Get(width, height);
-  VRX_TRY(Scale(source, *upright));
+  VRX_TRY(Convert(source, *upright));
   Turn(*upright, orientation, target);
   return kOk;
 }
 
 bool FrameFitter::HasOutputColour(const AVFrame& source) const {
   const PictureColour colour = ColourOf(source);
-  return !colour.fullRange && WeightsOf(colour.matrix) == WeightsOf(m_colour.matrix);
+  return DynamicRangeOf(source) == VRXDynamicRangeStandard && !colour.fullRange &&
+         WeightsOf(colour.matrix) == WeightsOf(m_colour.matrix);
 }
 
 bool FrameFitter::IsOutputFormat(const AVFrame& source) const {
@@ -140,67 +155,41 @@ void FrameFitter::Turn(const AVFrame& upright, const Orientation& orientation, A
                      static_cast<libyuv::RotationMode>(orientation.clockwise));
 }
 
-/// Brings the picture to the size and format of `target`, and after that to the movie's colours.
-Result FrameFitter::Scale(const AVFrame& source, AVFrame& target) {
-  const bool isPlanar = IsPlanar420(source), hasColour = HasOutputColour(source);
-  const AVFrame* scaled = &target;
-  if (!isPlanar) {
-    VRX_TRY(ChangeFormat(source, target));
-  } else if (!hasColour && SameSize(source, target.width, target.height)) {
-    scaled = &source;
-  } else {
-    libyuv::I420Scale(source.data[0], source.linesize[0], source.data[1], source.linesize[1], source.data[2],
-                      source.linesize[2], source.width, source.height, target.data[0], target.linesize[0],
-                      target.data[1], target.linesize[1], target.data[2], target.linesize[2], target.width,
-                      target.height, libyuv::kFilterBox);
+/// Brings the picture to the size, format and colours of `target`.
+Result FrameFitter::Convert(const AVFrame& source, AVFrame& target) {
+  if (DynamicRangeOf(source) != VRXDynamicRangeStandard) return MapTones(source, target);
+  const PictureColour colour = ColourOf(source);
+  if (!IsShallowYuv(source)) return Scale(source, colour, target, m_colour);
+  // Eight bits have no levels between them that a conversion in two steps would lose.
+  const AVFrame* scaled = &source;
+  if (!IsPlanar420(source) || !SameSize(source, target.width, target.height)) {
+    VRX_TRY(Scale(source, colour, target, colour));
+    scaled = &target;
   }
-  if (hasColour || IsRgb(static_cast<AVPixelFormat>(source.format))) return kOk;
-  m_conversion.Prepare(ColourOf(source), m_colour.matrix);
+  if (HasOutputColour(source)) return kOk;
+  m_conversion.Prepare(colour, m_colour.matrix);
   m_conversion.Apply(PlanarPicture::Of(*scaled), PlanarPicture::Of(target));
   return kOk;
 }
 
-/// Scales as well. The matrix and range stay as they are, but RGB gets those of the movie.
-Result FrameFitter::ChangeFormat(const AVFrame& source, AVFrame& target) {
-  VRX_TRY(PrepareScaler(source, target));
-  const int rows =
-      sws_scale(m_scaler.get(), source.data, source.linesize, 0, source.height, target.data, target.linesize);
-  if (rows >= 0) return kOk;
-  Log(VRXLogError, "a picture cannot be converted: " + AvErrorText(rows));
-  return kSourceUnreadable;
+Result FrameFitter::Scale(const AVFrame& source, const PictureColour& from, AVFrame& target,
+                          const PictureColour& to) {
+  if (IsAligned(target)) return m_scaler.Scale(source, from, target, to);
+  const FramePtr aligned = m_alignedFrames.Get(target.width, target.height);
+  VRX_TRY(m_scaler.Scale(source, from, *aligned, to));
+  Turn(*aligned, Orientation{}, target);
+  return kOk;
 }
 
-Result FrameFitter::PrepareScaler(const AVFrame& source, const AVFrame& target) {
-  const auto format = static_cast<AVPixelFormat>(source.format);
-  const ScalerKey key{source.width, source.height, source.format, target.width, target.height};
-  if (m_scaler && key == m_scalerKey) return kOk;
-  m_scaler.reset(sws_alloc_context());
-  if (!m_scaler) return kOutOfMemory;
-  SwsContext* scaler = m_scaler.get();
-  // Equal ranges mean no conversion. For grey pictures the library takes no other range than full.
-  const int range = IsRgb(format) ? 0 : 1;
-  av_opt_set_int(scaler, "srcw", source.width, 0);
-  av_opt_set_int(scaler, "srch", source.height, 0);
-  av_opt_set_int(scaler, "src_format", WithoutRange(format), 0);
-  av_opt_set_int(scaler, "src_range", range, 0);
-  av_opt_set_int(scaler, "dstw", target.width, 0);
-  av_opt_set_int(scaler, "dsth", target.height, 0);
-  av_opt_set_int(scaler, "dst_format", AV_PIX_FMT_YUV420P, 0);
-  av_opt_set_int(scaler, "dst_range", range, 0);
-  av_opt_set_int(scaler, "sws_flags", kScalerFlags, 0);
-  const int error = sws_init_context(scaler, nullptr, nullptr);
-  if (error < 0) {
-    m_scaler.reset();
-    const char* name = av_get_pix_fmt_name(format);
-    Log(VRXLogError, std::string("pictures of the format ") + (name == nullptr ? "?" : name) +
-                         " cannot be converted: " + AvErrorText(error));
-    return kSourceUnreadable;
+/// After the scaling, which leaves fewer pixels to map where a picture is reduced.
+Result FrameFitter::MapTones(const AVFrame& source, AVFrame& target) {
+  const FramePtr colours = m_deepFrames.Get(target.width, target.height);
+  VRX_TRY(m_scaler.Scale(source, ColourOf(source), *colours, kFullRangeColours));
+  m_toneMapper.Prepare(DynamicRangeOf(source), source.color_primaries, m_colour.matrix);
+  for (int row = 0; row < target.height; row += 2) {
+    m_toneMapper.Apply(ColoursOf(*colours, row), ColoursOf(*colours, row + 1), row,
+                       PlanarPicture::Of(target));
   }
-  // Its error is ignored: it fails for formats without a matrix, which need none.
-  const int* matrix =
-      sws_getCoefficients(MatrixOfHeight(m_height) == OutputMatrix::Bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
-  sws_setColorspaceDetails(scaler, matrix, range, matrix, range, 0, kUnitGain, kUnitGain);
-  m_scalerKey = key;
   return kOk;
 }
 

@@ -1,5 +1,5 @@
-// Brings a decoded picture of any size, shape, orientation and pixel format into the movie's frame. Used on
-// the decode thread and for still pictures.
+// Brings a decoded picture of any size, shape, orientation, pixel format and dynamic range into the movie's
+// frame. Used on the decode thread and for still pictures.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +9,8 @@
 #include "engine/FramePool.h"
 #include "engine/MatrixConversion.h"
 #include "engine/PictureColour.h"
+#include "engine/PictureScaler.h"
+#include "engine/ToneMapper.h"
 
 namespace vrx::engine {
 
@@ -46,28 +48,24 @@ class FrameFitter {
   Result Fit(const AVFrame& source, const Orientation& orientation, FramePtr& fitted);
 
  private:
-  struct ScalerKey {
-    int sourceWidth, sourceHeight, sourceFormat;
-    int width, height;
-    bool operator==(const ScalerKey&) const = default;
-  };
-
   bool IsOutputFormat(const AVFrame& source) const;
   bool HasOutputColour(const AVFrame& source) const;
   Result Place(const AVFrame& source, const Orientation& orientation, AVFrame& target);
   void Turn(const AVFrame& upright, const Orientation& orientation, AVFrame& target) const;
-  Result Scale(const AVFrame& source, AVFrame& target);
-  Result ChangeFormat(const AVFrame& source, AVFrame& target);
-  Result PrepareScaler(const AVFrame& source, const AVFrame& target);
+  Result Convert(const AVFrame& source, AVFrame& target);
+  Result Scale(const AVFrame& source, const PictureColour& from, AVFrame& target, const PictureColour& to);
+  Result MapTones(const AVFrame& source, AVFrame& target);
 
   int m_width;  // pixels of the movie's frame
   int m_height;
   PictureColour m_colour;  // of the movie
   FramePool m_frames;
   FramePool m_uprightFrames;  // scaled, not yet turned
-  ScalerPtr m_scaler;
-  ScalerKey m_scalerKey{};
+  FramePool m_alignedFrames;  // scaled, not yet between their bars
+  FramePool m_deepFrames{AV_PIX_FMT_GBRP12};
+  PictureScaler m_scaler;
   MatrixConversion m_conversion;
+  ToneMapper m_toneMapper;
 };
 
 }  // namespace vrx::engine

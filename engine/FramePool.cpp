@@ -25,7 +25,7 @@ FramePool::~FramePool() { av_buffer_pool_uninit(&m_pool); }
 FramePtr FramePool::Get(int width, int height) {
   if (m_pool == nullptr || width != m_width || height != m_height) {
     av_buffer_pool_uninit(&m_pool);
-    const int size = av_image_get_buffer_size(AV_PIX_FMT_YUV420P, width + kRowSlack, height, kRowAlignment);
+    const int size = av_image_get_buffer_size(m_format, width + kRowSlack, height, kRowAlignment);
     if (size > 0) m_pool = av_buffer_pool_init(static_cast<std::size_t>(size) + kRowAlignment, nullptr);
     if (m_pool == nullptr) throw std::bad_alloc();
     m_width = width;
@@ -35,11 +35,11 @@ FramePtr FramePool::Get(int width, int height) {
   if (!frame) throw std::bad_alloc();
   frame->buf[0] = av_buffer_pool_get(m_pool);
   if (frame->buf[0] == nullptr) throw std::bad_alloc();
-  frame->format = AV_PIX_FMT_YUV420P;
+  frame->format = m_format;
   frame->width = width;
   frame->height = height;
-  av_image_fill_arrays(frame->data, frame->linesize, frame->buf[0]->data, AV_PIX_FMT_YUV420P,
-                       width + kRowSlack, height, kRowAlignment);
+  av_image_fill_arrays(frame->data, frame->linesize, frame->buf[0]->data, m_format, width + kRowSlack, height,
+                       kRowAlignment);
   return frame;
 }
 

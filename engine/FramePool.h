@@ -1,5 +1,5 @@
-// Frames of one size in the movie's pixel format, whose memory is reused. Used wherever the engine makes
-// pictures of its own.
+// Frames of one size and pixel format, the movie's unless told otherwise, whose memory is reused. Used
+// wherever the engine makes pictures of its own.
 #pragma once
 
 #include "engine/AvPointers.h"
@@ -9,16 +9,17 @@ namespace vrx::engine {
 /// Frames may be freed on any thread, and after the pool.
 class FramePool {
  public:
-  FramePool() = default;
+  explicit FramePool(AVPixelFormat format = AV_PIX_FMT_YUV420P) : m_format(format) {}
   FramePool(const FramePool&) = delete;
   FramePool& operator=(const FramePool&) = delete;
   ~FramePool();
 
-  /// A writable 8-bit 4:2:0 frame of `width` x `height` with undefined content. Each row has room after its
-  /// end for a scaler that writes whole vectors. Throws std::bad_alloc.
+  /// A writable frame of `width` x `height` with undefined content. Each row begins where the widest vectors
+  /// may, and has room after its end for a scaler that writes whole ones. Throws std::bad_alloc.
   FramePtr Get(int width, int height);
 
  private:
+  AVPixelFormat m_format;
   AVBufferPool* m_pool = nullptr;
   int m_width = 0;
   int m_height = 0;

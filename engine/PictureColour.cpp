@@ -36,11 +36,36 @@ PictureColour ColourOf(const AVFrame& frame) {
   PictureColour colour = OutputColour(frame.height);
   if (frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RESERVED) {
     colour.matrix = frame.colorspace;
+  } else if (DynamicRangeOf(frame) != VRXDynamicRangeStandard) {
+    colour.matrix = AVCOL_SPC_BT2020_NCL;
   }
   const bool usuallyFull = WithoutRange(format) != format || IsRgb(format) || IsGrey(format);
   const bool saysLimited = frame.color_range == AVCOL_RANGE_MPEG && IsGrey(format);
   colour.fullRange = frame.color_range == AVCOL_RANGE_JPEG || (usuallyFull && !saysLimited);
   return colour;
+}
+
+VRXDynamicRange DynamicRangeOf(const AVFrame& frame) {
+  switch (frame.color_trc) {
+    case AVCOL_TRC_SMPTE2084:
+      return VRXDynamicRangePq;
+    case AVCOL_TRC_ARIB_STD_B67:
+      return VRXDynamicRangeHlg;
+    default:
+      return VRXDynamicRangeStandard;
+  }
+}
+
+const char* NameOf(VRXDynamicRange range) {
+  switch (range) {
+    case VRXDynamicRangePq:
+      return "PQ";
+    case VRXDynamicRangeHlg:
+      return "HLG";
+    case VRXDynamicRangeStandard:
+      break;
+  }
+  return "SDR";
 }
 
 LumaWeights WeightsOf(AVColorSpace matrix) {

@@ -1,8 +1,9 @@
-// Which matrix and range the samples of a picture have: those of a source, stated or assumed, and those of
-// the movie. Used by the fitter, the overlay stage and the encoder.
+// Which matrix, range and transfer the samples of a picture have: those of a source, stated or assumed, and
+// those of the movie. Used by the fitter, the overlay stage and the encoder.
 #pragma once
 
 #include "engine/AvPointers.h"
+#include "vrx/VRXEngine.h"
 
 namespace vrx::engine {
 
@@ -14,6 +15,7 @@ struct PictureColour {
   AVColorPrimaries primaries;
   AVColorTransferCharacteristic transfer;
   bool fullRange;
+  bool operator==(const PictureColour&) const = default;
 };
 
 /// BT.709 for pictures of more than 576 lines, else BT.601.
@@ -22,6 +24,12 @@ PictureColour OutputColour(int height);
 
 /// What `frame` says of itself; where it says nothing, what pictures of its height and format usually are.
 PictureColour ColourOf(const AVFrame& frame);
+
+/// By the transfer alone, whatever the depth; what `frame` does not say, and what is unknown, is standard.
+VRXDynamicRange DynamicRangeOf(const AVFrame& frame);
+
+/// How people call it: "SDR", "PQ" or "HLG".
+const char* NameOf(VRXDynamicRange range);
 
 /// The shares of red and blue in the luma of a matrix; the rest is green's.
 struct LumaWeights {

@@ -94,6 +94,14 @@ struct VRXLogEntry {
 using VRXLogFunction = void (*)(void* context, const VRXLogEntry& entry);
 using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
 
+/// How bright a source's picture may be: as the movie, or more, with the transfer PQ (SMPTE ST 2084) or HLG
+/// (ARIB STD-B67), whose colours the engine brings to the movie's range.
+enum VRXDynamicRange : std::int32_t {
+  VRXDynamicRangeStandard = 0,
+  VRXDynamicRangePq = 1,
+  VRXDynamicRangeHlg = 2
+};
+
 /// Another extra: what the engine finds in a source. Seconds are 0 when they are unknown. On failure
 /// `cause` says why, as the end of a sentence that begins with the path.
 struct VRXSourceProbe {
@@ -102,6 +110,7 @@ struct VRXSourceProbe {
   double videoSeconds = 0.0;
   double audioSeconds = 0.0;
   char cause[128] = "";  // UTF-8
+  VRXDynamicRange dynamicRange = VRXDynamicRangeStandard;
 };
 using VRX_ProbeSourceFunction = std::int32_t (*)(const char16_t* path, VRXSourceProbe* probe);
 
