@@ -23,6 +23,7 @@ struct Picture {
   AVColorSpace matrix;
   AVColorRange range;
   int clockwise = 0;
+  AVColorTransferCharacteristic transfer = AVCOL_TRC_BT709;
 };
 
 constexpr Picture kPictures[] = {
@@ -36,6 +37,12 @@ constexpr Picture kPictures[] = {
     {"10 bit 4:2:2 of another matrix", 1920, 1080, AV_PIX_FMT_YUV422P10LE, AVCOL_SPC_BT2020_NCL,
      AVCOL_RANGE_MPEG},
     {"10 bit between bars", 1440, 1080, AV_PIX_FMT_YUV420P10LE, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG},
+    {"reduced", 3840, 2160, AV_PIX_FMT_YUV420P, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG},
+    {"10 bit HLG", 1920, 1080, AV_PIX_FMT_YUV420P10LE, AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG, 0,
+     AVCOL_TRC_ARIB_STD_B67},
+    {"10 bit PQ, reduced", 3840, 2160, AV_PIX_FMT_YUV420P10LE, AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG, 0,
+     AVCOL_TRC_SMPTE2084},
+    {"10 bit half planar", 1920, 1080, AV_PIX_FMT_P010LE, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG},
     {"RGB", 1920, 1080, AV_PIX_FMT_RGB24, AVCOL_SPC_RGB, AVCOL_RANGE_JPEG},
 };
 
@@ -46,6 +53,7 @@ FramePtr Make(const Picture& picture) {
   frame->height = picture.height;
   frame->colorspace = picture.matrix;
   frame->color_range = picture.range;
+  frame->color_trc = picture.transfer;
   av_frame_get_buffer(frame.get(), 0);
   std::mt19937 random(1);
   for (AVBufferRef* buffer : frame->buf) {

@@ -30,6 +30,14 @@ bool CanSkip(const AVCodecParameters& stream) {
          stream.codec_id == AV_CODEC_ID_MPEG4;
 }
 
+/// What the coded pictures do not say of their colours, the container may.
+void TakeMissingColour(const AVCodecParameters& stream, AVFrame& frame) {
+  if (frame.color_trc == AVCOL_TRC_UNSPECIFIED) frame.color_trc = stream.color_trc;
+  if (frame.color_primaries == AVCOL_PRI_UNSPECIFIED) frame.color_primaries = stream.color_primaries;
+  if (frame.colorspace == AVCOL_SPC_UNSPECIFIED) frame.colorspace = stream.color_space;
+  if (frame.color_range == AVCOL_RANGE_UNSPECIFIED) frame.color_range = stream.color_range;
+}
+
 std::int64_t TicksOfSeconds(std::int64_t seconds, AVRational base) {
   return av_rescale_q(seconds, AVRational{1, 1}, base);
 }
@@ -260,6 +268,7 @@ void FileVideoSource::ChooseSkipping(const AVPacket& packet) {
 
 /// Gives the frame's time; false for a frame that must not be shown.
 bool FileVideoSource::Accept(AVFrame& frame, std::int64_t& ticks) {
+  TakeMissingColour(*m_file->GetStream().codecpar, frame);
   ticks = frame.best_effort_timestamp;
   if (ticks == AV_NOPTS_VALUE) ticks = m_lastTicks == AV_NOPTS_VALUE ? m_origin : m_lastTicks + m_frameTicks;
   // Pictures shown before the key frame refer to the group before it, which was not decoded.

@@ -88,11 +88,18 @@ Result FramePipeline::DecodeClip(const VideoClip& clip) {
   source->BeginClip();
   FramePtr fitted;
   std::uint64_t fittedSerial = 0;
+  bool isNamed = false;
   for (std::int64_t index = 0; index < clip.frameCount && !m_stop.IsSet(); ++index) {
     const AVFrame* frame = nullptr;
     const ExactTime time = SourceTimeOfFrame(clip, index, m_duration);
     VRX_TRY(source->FrameAt(time, frame));
     if (!fitted || source->GetSerial() != fittedSerial) {
+      if (const VRXDynamicRange range = DynamicRangeOf(*frame);
+          range != VRXDynamicRangeStandard && !isNamed) {
+        isNamed = true;
+        Log(VRXLogInfo, clip.path + " is HDR (" + NameOf(range) +
+                            "): its colours are brought to the movie's standard range");
+      }
       VRX_TRY(m_fitter.Fit(*frame, source->GetOrientation(), fitted));
       fittedSerial = source->GetSerial();
     }

@@ -26,6 +26,7 @@ Refusal ProbeVideo(const std::string& path, VRXSourceProbe& probe) {
   std::int64_t units = 0;
   VRX_TRY(source->GetFile().CountFrames(kProbeClock, units));
   probe.hasVideo = true;
+  probe.dynamicRange = DynamicRangeOf(*first);
   probe.videoSeconds = static_cast<double>(units) / static_cast<double>(kProbeClock.scale);
   return {};
 }

@@ -9,11 +9,12 @@ namespace {
 
 constexpr int kCells = 32;  // along an edge of the cube
 constexpr int kNodes = kCells + 1;
-constexpr std::uint32_t kRedStride = kNodes * kNodes, kGreenStride = kNodes, kBlueStride = 1;
+constexpr std::int32_t kRedStride = kNodes * kNodes, kGreenStride = kNodes, kBlueStride = 1;
+constexpr std::int32_t kFarCorner = kRedStride + kGreenStride + kBlueStride;
 constexpr int kStrideBits = 11;  // for the largest of them
-constexpr std::uint32_t kStrideMask = (1U << kStrideBits) - 1;
-constexpr int kPlaceBits = 16;  // after the point
-constexpr std::uint32_t kUnit = 1U << kPlaceBits;
+constexpr std::int32_t kStrideMask = (1 << kStrideBits) - 1;
+constexpr int kPlaceBits = 12;  // after the point
+constexpr std::int32_t kUnit = 1 << kPlaceBits;
 constexpr double kLumaSteps = 219, kChromaSteps = 224;
 constexpr int kDither = 8;      // rows and columns of the pattern
 constexpr int kChromaTaps = 8;  // what the weights of a chroma sample add up to
@@ -45,7 +46,7 @@ void ToneMapper::Prepare(VRXDynamicRange range, AVColorPrimaries primaries, AVCo
   m_places.clear();
   for (int code = 0; code < kCodes; ++code) {
     const double place = curve.SignalOfGrey(double(code) / (kCodes - 1)) * kCells * kUnit;
-    m_places.push_back(std::min(static_cast<std::uint32_t>(place + 0.5), kCells * kUnit - 1));
+    m_places.push_back(std::min(static_cast<std::int32_t>(place + 0.5), kCells * kUnit - 1));
   }
   m_cube.clear();
   m_cube.reserve(std::size_t{kNodes} * kNodes * kNodes);
@@ -86,42 +87,54 @@ void ToneMapper::Apply(const ColourRow& first, const ColourRow& second, int row,
 void ToneMapper::MapRow(const ColourRow& colours, int row, const PlanarPicture& target) {
   const auto& thresholds = kThresholds[static_cast<std::size_t>(row % kDither)];
   std::uint8_t* luma = target.y + row * target.lumaStride;
-  for (int x = 0; x < target.width; ++x) {
-    const Vector sample =
-        Look(m_places[colours.red[x]], m_places[colours.green[x]], m_places[colours.blue[x]]);
-    luma[x] = static_cast<std::uint8_t>(sample[0] + thresholds[static_cast<std::size_t>(x % kDither)]);
-    m_sums[static_cast<std::size_t>(x)].parts += sample;
+  Paths paths;
+  for (int first = 0; first < target.width; first += kRun) {
+    const int count = std::min(kRun, target.width - first);
+    FindPaths({colours.red + first, colours.green + first, colours.blue + first}, count, paths);
+    for (int i = 0; i < count; ++i) {
+      const Sample* corner = m_cube.data() + paths.corner[i];
+      const Vector sample =
+          corner->parts * paths.weight0[i] + corner[paths.step1[i]].parts * paths.weight1[i] +
+          corner[paths.step2[i]].parts * paths.weight2[i] + corner[kFarCorner].parts * paths.weight3[i];
+      luma[first + i] =
+          static_cast<std::uint8_t>(sample[0] + thresholds[static_cast<std::size_t>(i % kDither)]);
+      m_sums[static_cast<std::size_t>(first + i)].parts += sample;
+    }
   }
 }
 
-/// Interpolates in the tetrahedron of the cell that holds the colour. Its corners are reached by going along
-/// the edges in the order of the fractions, the largest first.
-ToneMapper::Vector ToneMapper::Look(std::uint32_t red, std::uint32_t green, std::uint32_t blue) const {
-  // A fraction with the stride of its edge below it, so that both are sorted at once.
-  const auto edge = [](std::uint32_t place, std::uint32_t stride) {
-    return (place % kUnit) << kStrideBits | stride;
+/// A cell is cut into tetrahedra. The corners of the one that holds the colour are reached by going along the
+/// edges in the order of the fractions, the largest first.
+void ToneMapper::FindPaths(const ColourRow& colours, int count, Paths& paths) const {
+  std::array<std::int32_t, kRun> red{}, green{}, blue{};
+  for (int i = 0; i < count; ++i) {
+    const auto at = static_cast<std::size_t>(i);
+    red[at] = m_places[colours.red[i]];
+    green[at] = m_places[colours.green[i]];
+    blue[at] = m_places[colours.blue[i]];
+  }
+  // A fraction with the stride of its edge below it, so that both are sorted at once; a float holds them.
+  const auto edge = [](std::int32_t place, std::int32_t stride) {
+    return static_cast<float>((place & (kUnit - 1)) << kStrideBits | stride);
   };
-  std::uint32_t large = edge(red, kRedStride), middle = edge(green, kGreenStride),
-                small = edge(blue, kBlueStride);
-  const auto sort = [](std::uint32_t& larger, std::uint32_t& smaller) {
-    const std::uint32_t minimum = std::min(larger, smaller);
-    larger = std::max(larger, smaller);
-    smaller = minimum;
-  };
-  sort(large, middle);
-  sort(middle, small);
-  sort(large, middle);
-  const Sample* corner = m_cube.data() + (red >> kPlaceBits) * kRedStride +
-                         (green >> kPlaceBits) * kGreenStride + (blue >> kPlaceBits) * kBlueStride;
-  const auto part = [](std::uint32_t weight) { return static_cast<float>(static_cast<int>(weight)); };
-  Vector sum = corner->parts * part(kUnit - (large >> kStrideBits));
-  corner += large & kStrideMask;
-  sum += corner->parts * part((large >> kStrideBits) - (middle >> kStrideBits));
-  corner += middle & kStrideMask;
-  sum += corner->parts * part((middle >> kStrideBits) - (small >> kStrideBits));
-  corner += small & kStrideMask;
-  sum += corner->parts * part(small >> kStrideBits);
-  return sum * (1.0F / kUnit);
+  const auto fraction = [](float key) { return static_cast<std::int32_t>(key) >> kStrideBits; };
+  const auto stride = [](float key) { return static_cast<std::int32_t>(key) & kStrideMask; };
+  const auto part = [](std::int32_t weight) { return static_cast<float>(weight) * (1.0F / kUnit); };
+  for (std::size_t i = 0; i < kRun; ++i) {
+    const float r = edge(red[i], kRedStride), g = edge(green[i], kGreenStride),
+                b = edge(blue[i], kBlueStride);
+    const float high = std::max(r, g), low = std::min(r, g);
+    const float large = std::max(high, b), small = std::min(low, b),
+                middle = std::max(low, std::min(high, b));
+    paths.corner[i] = (red[i] >> kPlaceBits) * kRedStride + (green[i] >> kPlaceBits) * kGreenStride +
+                      (blue[i] >> kPlaceBits) * kBlueStride;
+    paths.step1[i] = stride(large);
+    paths.step2[i] = stride(large) + stride(middle);
+    paths.weight0[i] = part(kUnit - fraction(large));
+    paths.weight1[i] = part(fraction(large) - fraction(middle));
+    paths.weight2[i] = part(fraction(middle) - fraction(small));
+    paths.weight3[i] = part(fraction(small));
+  }
 }
 
 /// A chroma sample lies on the left one of its columns, which counts twice, and between its rows.

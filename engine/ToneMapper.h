@@ -2,6 +2,7 @@
 // interpolation in a cube. Used by the fitter for sources of high dynamic range.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -37,15 +38,22 @@ class ToneMapper {
     Vector parts;
   };
 
+  static constexpr int kRun = 64;  // pixels whose paths are found together, by vectors
+  /// For each pixel the four nodes of the cube around its colour, as distances, and their weights.
+  struct Paths {
+    std::array<std::int32_t, kRun> corner, step1, step2;
+    std::array<float, kRun> weight0, weight1, weight2, weight3;
+  };
+
   static Sample SampleOf(const Colour& colour, const LumaWeights& weights);
-  Vector Look(std::uint32_t red, std::uint32_t green, std::uint32_t blue) const;
+  void FindPaths(const ColourRow& colours, int count, Paths& paths) const;
   void MapRow(const ColourRow& colours, int row, const PlanarPicture& target);
   void WriteChroma(int row, const PlanarPicture& target) const;
 
   VRXDynamicRange m_range = VRXDynamicRangeStandard;
   AVColorPrimaries m_primaries = AVCOL_PRI_UNSPECIFIED;
   AVColorSpace m_matrix = AVCOL_SPC_UNSPECIFIED;
-  std::vector<std::uint32_t> m_places;  // of each sample along an edge of the cube, with 16 bits of fraction
+  std::vector<std::int32_t> m_places;  // of each sample along an edge of the cube, with a fraction
   std::vector<Sample> m_cube;
   std::vector<Sample> m_sums;  // of two rows, column by column
 };

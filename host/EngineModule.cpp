@@ -48,6 +48,7 @@ check::SourceFacts EngineModule::Probe(const XpString& path) const {
   facts.usable = true;
   facts.hasVideo = found.hasVideo;
   facts.hasAudio = found.hasAudio;
+  facts.dynamicRange = found.dynamicRange;
   facts.videoSeconds = found.videoSeconds;
   facts.audioSeconds = found.audioSeconds;
   return facts;

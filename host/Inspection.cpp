@@ -8,6 +8,18 @@
 namespace vrx::host {
 namespace {
 
+check::Severity SeverityOf(VRXLogSeverity severity) {
+  switch (severity) {
+    case VRXLogInfo:
+      return check::Severity::Note;
+    case VRXLogWarning:
+      return check::Severity::Warning;
+    case VRXLogError:
+      break;
+  }
+  return check::Severity::Error;
+}
+
 /// Lets the engine open the whole job, which finds what only the engine can know.
 void TryJob(const XpString& project, EngineModule& engine, check::ProjectReport& report) {
   job::RenderJob job;
@@ -43,9 +55,7 @@ check::ProjectReport InspectWhole(const XpString& project, EngineModule& engine)
 
 check::Problem ProblemOf(const XpString& project, const EngineLine& line) {
   check::Problem problem{
-      .severity = line.severity == VRXLogError ? check::Severity::Error : check::Severity::Warning,
-      .file = project,
-      .message = XpNarrowString(line.text).ToWide()};
+      .severity = SeverityOf(line.severity), .file = project, .message = XpNarrowString(line.text).ToWide()};
   if (line.track == VRXNoTrack || line.clip == 0) return problem;
   problem.track = line.track == VRXAudioTrack ? project::kAudioTrack.name : project::kVideoTrack.name;
   problem.clip = line.clip;

@@ -112,6 +112,11 @@ class ClipChecker {
     if (!m_isVideo && !facts.hasAudio) {
       Report(Severity::Warning, kSourceFile, row.source + u" has no sound: the clip is silent");
     }
+    if (m_isVideo && facts.dynamicRange != VRXDynamicRangeStandard) {
+      const XpString name = facts.dynamicRange == VRXDynamicRangePq ? u"PQ" : u"HLG";
+      Report(Severity::Note, kSourceFile,
+             row.source + u" is HDR (" + name + u"): its colours are brought to the movie's standard range");
+    }
   }
 
   /// Works out the clip's place in the movie the way the engine does.

@@ -11,6 +11,7 @@
 
 #include "src/project/InputFiles.h"
 #include "src/project/TKLXOutputXml.h"
+#include "vrx/VRXEngine.h"
 #include "vrx/XpString.h"
 
 namespace vrx::check {
@@ -38,6 +39,7 @@ struct SourceFacts {
   bool hasAudio = false;
   double videoSeconds = 0.0;  // 0 when unknown
   double audioSeconds = 0.0;
+  VRXDynamicRange dynamicRange = VRXDynamicRangeStandard;
 };
 
 /// Looks into the file at a native path.
