@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kWhite = 203;                       // cd/m2, reference white of BT.2408
 constexpr double kGamma = 2.4;                       // of a standard display, BT.1886
-constexpr double kShoulder = 0.8;                    // of the movie's signal
+constexpr double kShoulder = 0.75;                   // of the movie's signal
 constexpr double kPqPeak = 10'000, kHlgPeak = 1000;  // cd/m2
 constexpr double kHlgGamma = 1.2;                    // of a display whose peak is 1000 cd/m2
 

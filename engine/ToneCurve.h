@@ -11,11 +11,11 @@ namespace vrx::engine {
 /// Red, green and blue.
 using Colour = std::array<double, 3>;
 
-/// The curve of one transfer and one set of primaries. Up to 80 percent of the movie's signal it is the
-/// inverse of the way in which BT.2408 puts standard pictures into HDR ones (white at 203 cd/m2, a display of
-/// gamma 2.4), so that shadows and mid-tones look the same. From there a shoulder with the same slope runs to
-/// 100 percent at the transfer's peak, 10000 cd/m2 for PQ and 1000 for HLG; white of 203 cd/m2 comes out
-/// at 90 and 91 percent.
+/// The curve of one transfer and one set of primaries. Up to 75 percent of the movie's signal it undoes what
+/// BT.2408 does to put a standard picture into an HDR one (white at 203 cd/m2, a display of gamma 2.4), so
+/// that shadows and mid-tones look the same. From there a shoulder, which begins with the same slope, runs to
+/// 100 percent at the peak of the transfer: 10000 cd/m2 for PQ, 1000 for HLG. White of 203 cd/m2 comes out at
+/// 88 and 89 percent, which leaves the brighter a tenth of the signal.
 class ToneCurve {
  public:
   /// Primaries other than BT.709 and P3 with the white of D65 count as BT.2020.
