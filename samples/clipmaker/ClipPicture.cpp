@@ -69,6 +69,7 @@ void ClipPicture::OpenEncoder() {
   encoder.colorspace = m_clip.bt601 ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_BT709;
   encoder.color_primaries = m_clip.bt601 ? AVCOL_PRI_SMPTE170M : AVCOL_PRI_BT709;
   encoder.color_trc = m_clip.bt601 ? AVCOL_TRC_SMPTE170M : AVCOL_TRC_BT709;
+  if (m_clip.saysHlg) encoder.color_trc = AVCOL_TRC_ARIB_STD_B67;
   encoder.color_range = m_clip.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
   encoder.flags |= AV_CODEC_FLAG_BITEXACT;
   encoder.log_level_offset = AV_LOG_INFO - AV_LOG_ERROR;  // errors only

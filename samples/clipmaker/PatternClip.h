@@ -48,6 +48,7 @@ struct PatternClip {
   int quantizer = 3;       // quality of the other lossy codecs, 1 to 31, lower is better
   bool fullRange = false;  // luma 0 to 255 instead of 16 to 235
   bool bt601 = false;      // matrix of ITU-R BT.601 instead of BT.709
+  bool saysHlg = false;    // names HLG as its transfer, with the same samples
   /// Clockwise turn that the file asks of its player. The picture is stored turned the other way, so that it
   /// comes out upright; 90 and 270 show height x width. .mp4 and .mov only.
   int rotation = 0;

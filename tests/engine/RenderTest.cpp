@@ -281,6 +281,20 @@ TEST_F(EngineRenderTest, StillPicturesArePulledAndMissingOnesAreBlack) {
   EXPECT_FALSE(movie.NextFrame(frame));
 }
 
+TEST_F(EngineRenderTest, EachClipOfHighDynamicRangeIsNamedOnce) {
+  const std::string standard = Write("sdr.mp4", {.frames = 20}), high = Write("hdr.mp4", {.saysHlg = true});
+  RenderJob job(Path("out.mp4"));
+  for (const std::string& source : {high, standard, high}) job.AddClip(source, 0, 10);
+  ASSERT_EQ(job.Run(), kOk) << job.log;
+  const std::string line = high + " is HDR (HLG): its colours are brought to the movie's standard range\n";
+  EXPECT_EQ(job.log, "video 1: " + line + "video 3: " + line);
+  for (const std::string& source : {high, standard}) {
+    VRXSourceProbe probe;
+    ASSERT_EQ(VRX_ProbeSource(textcodec::ToUtf16(source).c_str(), &probe), kOk);
+    EXPECT_EQ(probe.dynamicRange, source == high ? VRXDynamicRangeHlg : VRXDynamicRangeStandard);
+  }
+}
+
 TEST_F(EngineRenderTest, ThousandsOfClipsSkipAndRepeatNoFrame) {
   const std::string source = Write("source.mp4", {.frames = 8});
   RenderJob job(Path("out.mp4"));

@@ -228,7 +228,9 @@ TEST_F(ProjectCheckTest, EndlessTimesAddUpToALongMovie) {
   EXPECT_GT(report.clips[1].firstFrame, 1'000'000'000'000);
 }
 
-TEST_F(ProjectCheckTest, SourceThatCannotGiveItsPictureIsNamed) {
+TEST_F(ProjectCheckTest, SourceThatCannotGiveItsPictureOrColoursIsNamed) {
+  facts.dynamicRange = VRXDynamicRangePq;
+  ExpectLine("a.mp4 is HDR (PQ): its colours are brought to the movie's standard range", true);
   facts.hasVideo = false;
   ExpectLine("has no picture", false);
   facts = {.usable = false, .cause = "is no movie"};
