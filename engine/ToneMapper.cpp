@@ -91,14 +91,15 @@ void ToneMapper::MapRow(const ColourRow& colours, int row, const PlanarPicture& 
   for (int first = 0; first < target.width; first += kRun) {
     const int count = std::min(kRun, target.width - first);
     FindPaths({colours.red + first, colours.green + first, colours.blue + first}, count, paths);
-    for (int i = 0; i < count; ++i) {
+    Sample* sums = m_sums.data() + first;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
       const Sample* corner = m_cube.data() + paths.corner[i];
       const Vector sample =
           corner->parts * paths.weight0[i] + corner[paths.step1[i]].parts * paths.weight1[i] +
           corner[paths.step2[i]].parts * paths.weight2[i] + corner[kFarCorner].parts * paths.weight3[i];
-      luma[first + i] =
-          static_cast<std::uint8_t>(sample[0] + thresholds[static_cast<std::size_t>(i % kDither)]);
-      m_sums[static_cast<std::size_t>(first + i)].parts += sample;
+      luma[static_cast<std::size_t>(first) + i] =
+          static_cast<std::uint8_t>(sample[0] + thresholds[i % kDither]);
+      sums[i].parts += sample;
     }
   }
 }
