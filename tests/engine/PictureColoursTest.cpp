@@ -182,6 +182,16 @@ TEST_P(HdrTest, ColoursOfBt709StayAndOthersAreBroughtIn) {
         if ((bar >> i & 1) != 0) weakestLit = std::min(weakestLit, part);
       }
       EXPECT_GT(weakestLit, darkest + 0.15) << "a bar has lost its hue: " << patch;
+      if (patch < std::size(inside) + 6) {
+        const auto lightOf = [&](std::size_t i) {
+          return kWhite * std::pow(std::max(colours[patch][i], 0.0), 2.4);
+        };
+        const Triple& from = light[patch];
+        const double luminance = 0.2627 * from[0] + 0.678 * from[1] + 0.0593 * from[2];
+        EXPECT_NEAR(0.2126 * lightOf(0) + 0.7152 * lightOf(1) + 0.0722 * lightOf(2), luminance,
+                    luminance / 12)
+            << patch;
+      }
       EXPECT_GT(brightest, patch < std::size(inside) + 6 ? 0.4 : 0.8) << patch;
     }
   }
