@@ -68,6 +68,14 @@ bool IsReal(std::u16string_view text) {
   return TakeReal(text, value) && SkipBlanks(text).empty();
 }
 
+bool IsInteger(std::u16string_view text) {
+  text = SkipBlanks(text);
+  TakeSign(text);
+  if (text.empty() || !IsDigit(text.front())) return false;
+  while (!text.empty() && IsDigit(text.front())) text.remove_prefix(1);
+  return SkipBlanks(text).empty();
+}
+
 XpDateTime ParseDate(std::u16string_view text) {
   constexpr std::int64_t kFieldLimit = 99'999;
   std::array<std::int32_t, 6> fields{};

@@ -20,6 +20,9 @@ double ParseReal(std::u16string_view text);
 /// True when the whole text is a number that ParseReal reads; blanks around it are allowed.
 bool IsReal(std::u16string_view text);
 
+/// True when the whole text is decimal digits with an optional sign, blanks around it allowed.
+bool IsInteger(std::u16string_view text);
+
 /// "2018:01:01T12:00:05Z": six runs of digits, divided by exactly one character of any kind. Fewer runs, or a
 /// year below 100, give an invalid date.
 XpDateTime ParseDate(std::u16string_view text);

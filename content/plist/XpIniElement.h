@@ -79,8 +79,20 @@ class XpIniElement {
   virtual XpResult SetInt(std::int64_t /*value*/) { return XpErrWrongElementType; }
   virtual XpResult SetBool(bool /*value*/) { return XpErrWrongElementType; }
 
+  /// Where an element stands in the document that it was read from, counted from 1; 0 for one that was not
+  /// read from a document.
+  struct Lines {
+    std::uint32_t element = 0;  // of its key or, in an array, of its own tag
+    std::uint32_t text = 0;     // on which the text of a string begins
+  };
+  const Lines& GetLines() const { return m_lines; }
+  void SetLines(const Lines& lines) { m_lines = lines; }
+
  protected:
   XpIniElement() = default;
   XpIniElement(const XpIniElement&) = delete;
   XpIniElement& operator=(const XpIniElement&) = delete;
+
+ private:
+  Lines m_lines;
 };

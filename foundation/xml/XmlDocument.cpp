@@ -83,8 +83,12 @@ bool IsWhiteSpace(std::u16string_view text) {
   return text.find_first_not_of(u" \t\r\n") == std::u16string_view::npos;
 }
 
-std::u16string FirstText(const xercesc::DOMNode* node) {
+std::u16string FirstText(const xercesc::DOMNode* node, std::uint32_t* linesBefore) {
   std::u16string_view blank;
+  std::uint32_t lines = 0;
+  std::uint32_t ignored = 0;
+  std::uint32_t& before = linesBefore == nullptr ? ignored : *linesBefore;
+  before = 0;
   // Depth first, without recursion.
   const xercesc::DOMNode* at = node->getFirstChild();
   while (at != nullptr && at != node) {
@@ -92,8 +96,14 @@ std::u16string FirstText(const xercesc::DOMNode* node) {
     const bool isText = type == xercesc::DOMNode::TEXT_NODE;
     if (isText || type == xercesc::DOMNode::CDATA_SECTION_NODE) {
       const std::u16string_view text = at->getNodeValue();
-      if (!isText || !IsWhiteSpace(text)) return std::u16string(text);
+      if (!isText || !IsWhiteSpace(text)) {
+        before = lines;
+        return std::u16string(text);
+      }
       if (blank.empty()) blank = text;
+    }
+    if (const XMLCh* passed = at->getNodeValue()) {
+      lines += static_cast<std::uint32_t>(std::ranges::count(std::u16string_view(passed), u'\n'));
     }
     if (at->getFirstChild() != nullptr) {
       at = at->getFirstChild();

@@ -75,6 +75,7 @@ bool IsWhiteSpace(std::u16string_view text);
 
 /// Text of the first text or CDATA node met when walking down from `node`; empty when there is none. White
 /// space before it, as before a CDATA section on a line of its own, counts only when nothing else follows.
-std::u16string FirstText(const xercesc::DOMNode* node);
+/// `linesBefore` (may be null) gets how many line breaks lie between the start tag and the text.
+std::u16string FirstText(const xercesc::DOMNode* node, std::uint32_t* linesBefore = nullptr);
 
 }  // namespace vrx::xml

@@ -98,9 +98,9 @@ XpResult ReadTennis(const XpIniElement& dict, TennisMetaInfo& info) {
 
 }  // namespace
 
-XpResult TKLXPainterInfoXml::Load(const XpPath& path, vrx::xml::XmlProblem* problem) {
+XpResult TKLXPainterInfoXml::Load(const XpPath& path, vrx::plist::Findings* findings) {
   if (path.GetText().IsEmpty() || !XpPathIsFile(path.GetText())) return XpErrFileNotFound;
-  XpResult result = vrx::plist::ReadFile(path.GetText(), m_document, problem);
+  XpResult result = vrx::plist::ReadFile(path.GetText(), m_document, findings);
   if (result != XpOk) return result;
   const XpIniElement* info = Find(&m_document, kPainterInfo);
   if (info == nullptr) return XpErrFileNotFound;

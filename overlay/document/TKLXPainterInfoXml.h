@@ -3,9 +3,9 @@
 
 #include <memory>
 
+#include "content/plist/PlistReader.h"
 #include "content/plist/XpIniDict.h"
 #include "foundation/text/XpPath.h"
-#include "foundation/xml/XmlDocument.h"
 #include "overlay/document/PainterInfo.h"
 
 class TKLXPainterInfoXml {
@@ -19,7 +19,7 @@ class TKLXPainterInfoXml {
   /// it cannot be read. Otherwise the state of the last one read of VideoWidth, DrawEndTime, Duration of a
   /// log and TrimedShift: XpErrElementNotFound when it is missing or has another type. `problem` (may be
   /// null) gets the parser's words.
-  XpResult Load(const XpPath& path, vrx::xml::XmlProblem* problem = nullptr);
+  XpResult Load(const XpPath& path, vrx::plist::Findings* findings = nullptr);
 
   const PainterInfo& GetPainterInfo() const { return m_info; }
   const XpIniDict& GetDocument() const { return m_document; }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "content/plist/PlistReader.h"
 #include "foundation/file/XpFileOperations.h"
 #include "src/project/ProjectKeys.h"
 
@@ -73,9 +72,18 @@ void ReadTrack(const XpIniElement& wrapper, const Key& key, TKLXOutputXml::Track
 
 }  // namespace
 
-XpResult TKLXOutputXml::LoadXmlFile(const XpString& path, vrx::xml::XmlProblem* problem) {
+XpResult TKLXOutputXml::LoadXmlFile(const XpString& path, vrx::plist::Findings* findings) {
   if (path.IsEmpty() || !XpPathIsFile(path)) return XpErrFileNotFound;
-  if (const XpResult result = vrx::plist::ReadFile(path, *document, problem); result != XpOk) return result;
+  const XpResult result = vrx::plist::ReadFile(path, *document, findings);
+  return result == XpOk ? ReadDocument() : result;
+}
+
+XpResult TKLXOutputXml::LoadXmlBytes(std::span<const char> bytes, vrx::plist::Findings* findings) {
+  const XpResult result = vrx::plist::ReadBytes(bytes, nullptr, *document, findings);
+  return result == XpOk ? ReadDocument() : result;
+}
+
+XpResult TKLXOutputXml::ReadDocument() {
   const XpIniElement* wrapper = Find(document.get(), kRoot);
   if (wrapper == nullptr) return XpErrFileNotFound;
   ReadTrack(*wrapper, kVideoTrack, videoTracks);

@@ -4,11 +4,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
+#include "content/plist/PlistReader.h"
 #include "content/plist/XpIniDict.h"
 #include "foundation/memory/XpSharedPtr.h"
-#include "foundation/xml/XmlDocument.h"
 #include "vrx/VRXOutputSetting.h"
 
 /// One clip of a track as the document gives it.
@@ -28,8 +29,10 @@ class TKLXOutputXml {
 
   /// XpErrFileNotFound when the file, or `VRXWrapper` or `OutputSettings` in it, is missing; the document
   /// layer's code when it cannot be read; XpErrNoObject without audio settings, which is no reason to stop.
-  /// What could be read is kept in every case. `problem` (may be null) gets the parser's words.
-  XpResult LoadXmlFile(const XpString& path, vrx::xml::XmlProblem* problem = nullptr);
+  /// What could be read is kept in every case. `findings` (may be null) gets the reader's words.
+  XpResult LoadXmlFile(const XpString& path, vrx::plist::Findings* findings = nullptr);
+  /// The same for a document in memory.
+  XpResult LoadXmlBytes(std::span<const char> bytes, vrx::plist::Findings* findings = nullptr);
 
   XpString GetOutputFilePath() const { return outputFilePath; }
   XpString GetPainterEffect() const { return painterEffect; }
@@ -43,6 +46,7 @@ class TKLXOutputXml {
   std::unique_ptr<VRXAudioOutputSetting> audioSettings;  // null until read
 
  private:
+  XpResult ReadDocument();
   XpResult ReadVideoSettings(const XpIniElement& output);
   XpResult ReadAudioSettings(const XpIniElement& output);
 };

@@ -13,11 +13,11 @@
 
 namespace {
 
+using vrx::plist::Findings;
 using vrx::plist::ReadBytes;
-using vrx::plist::XmlProblem;
 
-XpResult Read(const std::string& content, XpIniDict& dict, XmlProblem* problem = nullptr) {
-  return ReadBytes(content, nullptr, dict, problem);
+XpResult Read(const std::string& content, XpIniDict& dict, Findings* findings = nullptr) {
+  return ReadBytes(content, nullptr, dict, findings);
 }
 
 std::string InPlist(const std::string& dict) {
@@ -121,15 +121,86 @@ TEST(PlistReadTest, StructureRulesHold) {
 }
 
 TEST(PlistReadTest, ARefusedDocumentReportsCauseAndLine) {
+  struct Case {
+    const char* text;
+    std::uint64_t line;
+    const char* message;  // empty for the words of the XML library
+  };
+  for (const Case& c :
+       {Case{"<plist>\n<dict>\n<key>a</kye>", 3, ""},
+        Case{"<plist>\n<dict><key>a</key>\n<intger>1</intger></dict></plist>", 3,
+             "<intger> is no value of a property list; did you mean <integer>?"},
+        Case{"<plist><dict><key>a</key>\n<array>\n<number>1</number></array></dict></plist>", 3,
+             "<number> is no value of a property list"},
+        Case{"<plist><dict>\n<key>a</key>\n<key>b</key></dict></plist>", 3, "the key a has no value"},
+        Case{"<plist><dict>\n<key>a</key></dict></plist>", 2, "the key a has no value"},
+        Case{"<plist><dict>\n<key>a</key>x</dict></plist>", 1, "text stands where a value belongs"},
+        Case{"\n<plist><array/></plist>", 2, "plist holds no dict"}}) {
+    XpIniDict dict;
+    Findings findings;
+    EXPECT_NE(Read(c.text, dict, &findings), XpOk);
+    EXPECT_EQ(findings.problem.line, c.line) << c.text;
+    EXPECT_FALSE(findings.problem.message.empty());
+    if (*c.message != '\0') {
+      EXPECT_EQ(findings.problem.message, c.message);
+    }
+  }
   XpIniDict dict;
-  XmlProblem problem;
-  EXPECT_EQ(Read("<plist>\n<dict>\n<key>a</kye>", dict, &problem), XpErrNoDocument);
-  EXPECT_EQ(problem.line, 3u);
-  EXPECT_FALSE(problem.message.empty());
-  EXPECT_EQ(ReadBytes(InPlist("<key>a</key><true/>"), nullptr, dict, &problem, {.elements = 3}),
+  Findings findings;
+  EXPECT_EQ(ReadBytes(InPlist("<key>a</key><true/>"), nullptr, dict, &findings, {.elements = 3}),
             XpErrNoDocument);
-  EXPECT_EQ(problem.message, "the document has too many elements");
+  EXPECT_EQ(findings.problem.message, "the document has too many elements");
   EXPECT_EQ(dict.GetCount(), 0u);
+}
+
+TEST(PlistReadTest, ElementsKnowTheirLines) {
+  for (const char* doctype : {"", "<!DOCTYPE plist>"}) {
+    XpIniDict dict;
+    ASSERT_EQ(Read(std::string(doctype) +
+                       "<plist>\n<dict>\n<key>s</key>\n<string><!-- a\n -->\n<![CDATA[\nx]]></string>\n"
+                       "<key>a</key><array>\n<dict>\n<key>n</key><integer>1</integer></dict></array>"
+                       "</dict></plist>",
+                   dict),
+              XpOk);
+    EXPECT_EQ(dict.GetLines().element, 2u);
+    EXPECT_EQ(dict.Get(u"s")->GetLines().element, 3u);
+    EXPECT_EQ(dict.Get(u"s")->GetLines().text, 6u);
+    EXPECT_EQ(dict.Get(u"a")->GetLines().element, 8u);
+    EXPECT_EQ(dict.Get(u"a/0")->GetLines().element, 9u);
+    EXPECT_EQ(dict.Get(u"a/0/n")->GetLines().element, 10u);
+  }
+}
+
+TEST(PlistReadTest, WhatCountsAsSomethingElseIsRemarked) {
+  struct Case {
+    const char* dict;
+    const char16_t* key;
+    const char16_t* message;
+  };
+  for (const Case& c :
+       {Case{"<key>n</key>\n<integer>8M</integer>", u"n",
+             u"is \"8M\", which is no whole number: it counts as 8"},
+        Case{"<key>n</key>\n<integer>1.5</integer>", u"n",
+             u"is \"1.5\", which is no whole number: it counts as 1"},
+        Case{"<key>r</key>\n<real></real>", u"r", u"is \"\", which is no number: it counts as 0"},
+        Case{"<key>a</key><true/>\n<key>a</key><false/>", u"a",
+             u"stands here once more: the first value counts"},
+        Case{"<key>a</key><true/>\n<kay>b</kay><true/>", u"",
+             u"<kay> stands where a key belongs; did you mean <key>? What follows in the dict is not read"},
+        Case{"\n<key></key><true/>", u"",
+             u"a key without a name ends its dict: what follows in it is not read"}}) {
+    XpIniDict dict;
+    Findings findings;
+    ASSERT_EQ(Read(InPlist(c.dict), dict, &findings), XpOk) << c.dict;
+    ASSERT_EQ(findings.remarks.size(), 1u) << c.dict;
+    EXPECT_EQ(findings.remarks[0].key, c.key);
+    EXPECT_EQ(findings.remarks[0].message, c.message);
+    EXPECT_EQ(findings.remarks[0].line, 2u) << c.dict;
+  }
+  XpIniDict dict;
+  Findings findings;
+  Read(InPlist("<key>n</key><integer> -7\n</integer><key>r</key><real> 1,5e3 </real>"), dict, &findings);
+  EXPECT_TRUE(findings.remarks.empty());
 }
 
 TEST(PlistNumbersTest, TextAfterANumberIsIgnored) {
