@@ -5,14 +5,14 @@
 
 #include "drawing/BoxTextRenderer.h"
 #include "overlay/caption/KVSCaptionPainterPlugIn.h"
-#include "src/check/PainterTextCheck.h"
+#include "src/check/CaptionTextCheck.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   PainterInfo info;
   info.captionInfo.captionString =
       XpNarrowString(std::string_view(reinterpret_cast<const char*>(data), size)).ToWide();
   std::vector<vrx::check::Problem> problems;
-  vrx::check::CheckCaptionText(info.captionInfo.captionString, u"", problems);
+  vrx::check::CheckCaptionText({.text = info.captionInfo.captionString, .line = 1}, problems);
   static vrx::drawing::BoxTextRenderer boxes;
   static KVSCaptionPainterPlugIn painter(boxes);
   painter.SetPainterInfo(&info, &info.captionInfo);

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const XpString text = XpNarrowString(std::string_view(reinterpret_cast<const char*>(data), size)).ToWide();
   ParseSlowInfoData(text, records);
   std::vector<vrx::check::Problem> problems;
-  vrx::check::CheckSlowInfoText(text, u"", problems);
+  vrx::check::CheckSlowInfoText({.text = text, .line = 1}, problems);
   VRXGPSTimeGenerate gps;
   VRXTennisMetaTimeGenerate tennis;
   gps.Reset(records);

@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   info.tennisMetaInfo.metaData = XpNarrowString(bytes).ToWide();
   info.tennisMetaInfo.resources = pictures;
   std::vector<vrx::check::Problem> problems;
-  vrx::check::CheckTennis(info, u"", problems);
+  vrx::check::CheckTennis(info, {.text = info.tennisMetaInfo.metaData, .line = 1}, problems);
 
   std::vector<TennisShot> shots;
   vrx::overlay::ParseTennisMetaData(info.tennisMetaInfo.metaData, info.stringTable, shots);

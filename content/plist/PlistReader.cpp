@@ -112,8 +112,8 @@ class Reader {
     return XpErrWrongRoot;
   }
 
-  void Remark(std::uint64_t line, const XpString& key, const XpString& message) {
-    if (m_findings.remarks.size() < kMostRemarks) m_findings.remarks.push_back({key, message, line});
+  void AddRemark(const Remark& remark) {
+    if (m_findings.remarks.size() < kMostRemarks) m_findings.remarks.push_back(remark);
   }
 
   static void SetLines(XpIniElement& element, std::uint64_t line, std::uint64_t textLine = 0) {
@@ -128,7 +128,7 @@ class Reader {
     if (element != nullptr) {
       SetLines(*element, place.keyLine != 0 ? place.keyLine : line, line + linesBeforeText);
     } else {
-      Remark(place.keyLine, place.key, u"stands here once more: the first value counts");
+      AddRemark({place.key, u"stands here once more: the first value counts", place.keyLine});
     }
     return element;
   }
@@ -182,20 +182,21 @@ class Reader {
     XpString message;
     XpFormat(message, u"is \"%s\", which is %s: it counts as %.15g", XpString(text.substr(0, kMostQuoted)),
              XpString(what), value);
-    Remark(m_source.LineOf(node), place.key, message);
+    AddRemark({place.key, message, place.keyLine != 0 ? place.keyLine : m_source.LineOf(node)});
   }
 
   XpResult ReadDict(const DOMNode* node, XpIniElement& dict) {
     const DOMNode* at = SkipIgnored(node->getFirstChild());
     while (at != nullptr) {
       if (!IsElement(at) || NameOf(at) != u"key") {
-        EndDict(node, at);
+        EndDict(node, dict, at);
         return XpOk;
       }
       const std::uint64_t line = m_source.LineOf(at);
       const XpString key(xml::FirstText(at));
       if (key.IsEmpty()) {
-        Remark(line, key, u"a key without a name ends its dict: what follows in it is not read");
+        AddRemark({key, u"a key without a name ends its dict: what follows in it is not read", line,
+                   dict.GetLines().element});
         return XpOk;
       }
       const DOMNode* value = SkipIgnored(at->getNextSibling());
@@ -207,14 +208,14 @@ class Reader {
   }
 
   /// `at` stands in the dict where a key belongs.
-  void EndDict(const DOMNode* dict, const DOMNode* at) {
+  void EndDict(const DOMNode* node, const XpIniElement& dict, const DOMNode* at) {
     constexpr std::u16string_view kKeyName[] = {u"key"};
     const std::u16string message = IsElement(at)
                                        ? UnknownName(NameOf(at), u"stands where a key belongs", kKeyName)
                                        : u"text stands where a key belongs";
-    const std::uint64_t line = m_source.LineOf(IsElement(at) ? at : dict);
     const char16_t* link = message.back() == u'?' ? u" What" : u": what";
-    Remark(line, XpString(), XpString(message) + link + u" follows in the dict is not read");
+    AddRemark({XpString(), XpString(message) + link + u" follows in the dict is not read",
+               m_source.LineOf(IsElement(at) ? at : node), dict.GetLines().element});
   }
 
   XpResult ReadArray(const DOMNode* node, XpIniElement& array) {

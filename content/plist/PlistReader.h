@@ -18,7 +18,8 @@ using xml::XmlProblem;
 struct Remark {
   XpString key;  // may be empty
   XpString message;
-  std::uint64_t line = 0;  // counted from 1
+  std::uint64_t line = 0;      // counted from 1
+  std::uint64_t dictLine = 0;  // as XpIniElement::Lines, of a dict whose rest is not read; 0 for none
 };
 
 struct Findings {

@@ -13,4 +13,5 @@ struct LogDataEntry {
   XpString gpsLogFilePath;      // the movie whose sidecar holds the log, or the sidecar
   XpDateTime originalDateTime;  // when the clip's recording began, in its own local time
   double duration = 0.0;        // s of the whole clip
+  std::uint64_t line = 0;       // of the document, on which the entry begins; 0 when unknown
 };

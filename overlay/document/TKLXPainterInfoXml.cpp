@@ -60,6 +60,7 @@ XpResult ReadGeneral(const XpIniElement& dict, PainterInfo& info) {
 }
 
 XpResult ReadLogEntry(const XpIniElement& dict, LogDataEntry& entry) {
+  entry.line = dict.GetLines().element;
   ReadInt(dict, kVideoID, entry.videoId);
   ReadReal(dict, kLogStartTime, entry.startTime);
   ReadReal(dict, kLogEndTime, entry.endTime);

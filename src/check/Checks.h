@@ -4,10 +4,14 @@
 
 #include <vector>
 
+#include "content/plist/PlistReader.h"
 #include "content/plist/XpIniDict.h"
 #include "src/check/ProjectReport.h"
 
 namespace vrx::check {
+
+/// What the reader of a property list says of the document `file`.
+Problem RemarkOf(const XpString& file, const plist::Remark& remark);
 
 /// Values of the wrong type, unknown keys, and dicts that are missing.
 void CheckDocument(const XpIniDict& document, const XpString& file, std::vector<Problem>& problems);

@@ -53,6 +53,20 @@ class SourceCache {
 
 double WholeMs(double milliseconds) { return std::trunc(milliseconds); }
 
+/// Whether a source of this length, 0 when unknown, has the clip also if its numbers are seconds.
+bool CanBeSeconds(const TKLXOutputXmlInfo& clip, double sourceSeconds) {
+  return clip.startTime >= 0 && clip.endTime > clip.startTime &&
+         (sourceSeconds <= 0 || clip.endTime <= sourceSeconds);
+}
+
+XpString MeantTimes(const TKLXOutputXmlInfo& clip) {
+  XpString text;
+  XpFormat(text, u" (times are milliseconds; were %.6g and %.6g meant?)",
+           clip.startTime * timeline::kMillisecondsPerSecond,
+           clip.endTime * timeline::kMillisecondsPerSecond);
+  return text;
+}
+
 class ClipChecker {
  public:
   ClipChecker(const XpString& file, const SourceLook& look, ProjectReport& report)
@@ -71,15 +85,43 @@ class ClipChecker {
       ++m_clip;
       CheckClip(*clip);
     }
+    if (isVideo) CheckSeconds(clips);
     if (isVideo && m_clock.IsUsable()) {
       m_report.totalFrames = m_clock.NumberAt(m_movieTime);
       m_report.totalSeconds = m_clock.ToSeconds(m_movieTime);
     }
   }
 
+  /// The movie's sound comes from the audio track alone.
+  void CheckSound(const TKLXOutputXml& project) {
+    if (!m_hasSound || !m_report.audioSettings || !project.audioTracks.empty()) return;
+    m_report.problems.push_back({.severity = Severity::Warning,
+                                 .file = m_file,
+                                 .key = kAudioTrack.name,
+                                 .message =
+                                     u"holds no clip, so the movie is silent: the sound of the clips of "
+                                     u"VideoTrack is not used"});
+  }
+
  private:
   void Report(Severity severity, const Key& key, const XpString& message) {
     m_report.problems.push_back({severity, m_file, m_track, m_clip, key.name, message});
+  }
+
+  /// A movie of moments is no movie that someone wants: one line for all of its clips.
+  void CheckSeconds(const TKLXOutputXml::Track& clips) {
+    constexpr double kMoment = 1.0;
+    std::size_t first = clips.size();
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+      const ClipRow& row = m_report.clips[i];
+      if (clips[i]->sourceType == VRXSourceBaseband || row.wholeSource) continue;
+      const double length = m_lengths[i];
+      if (length <= 0 || !CanBeSeconds(*clips[i], length) || row.seconds >= kMoment) return;
+      first = std::min(first, i);
+    }
+    if (first == clips.size()) return;
+    m_clip = static_cast<std::uint32_t>(first + 1);
+    Report(Severity::Warning, kEndTime, u"every clip lasts less than a second" + MeantTimes(*clips[first]));
   }
 
   void CheckClip(const TKLXOutputXmlInfo& clip) {
@@ -91,6 +133,8 @@ class ClipChecker {
     SourceFacts unknown;
     const SourceFacts& facts = clip.sourceFile.IsEmpty() || isBaseband ? unknown : m_sources.Look(row.source);
     CheckSource(clip, row, facts, isBaseband);
+    if (m_isVideo) m_lengths.push_back(facts.videoSeconds);
+    m_hasSound = m_hasSound || (m_isVideo && m_look.probe && facts.hasAudio);
     LayOut(clip, facts, isBaseband, row);
     if (isBaseband && !clip.sourceFile.IsEmpty()) {
       const std::int64_t frame = std::max<std::int64_t>(m_clock.GetFrameValue(), 1);
@@ -132,7 +176,7 @@ class ClipChecker {
     row.wholeSource = out <= in && !isBaseband;
     const double sourceSeconds = m_isVideo ? facts.videoSeconds : facts.audioSeconds;
     if (row.wholeSource) {
-      CheckWholeSource(clip);
+      CheckWholeSource(clip, sourceSeconds);
       // The engine's rule: the nearest whole number of frames, at least one.
       const double frames =
           sourceSeconds > 0.0 ? std::max(std::round(m_clock.FramesInSeconds(sourceSeconds)), 1.0) : 0.0;
@@ -148,16 +192,19 @@ class ClipChecker {
     m_movieTime = SaturatedAdd(m_movieTime, length);
   }
 
-  void CheckWholeSource(const TKLXOutputXmlInfo& clip) {
+  void CheckWholeSource(const TKLXOutputXmlInfo& clip, double sourceSeconds) {
     const bool isEndSet = clip.endTime >= 0;
     if (!isEndSet && clip.startTime < 0) return;  // the plain way to ask for the whole source
     if (!isEndSet) {
-      return Report(Severity::Warning, kStartTime, u"is not used without EndTime: the whole source is used");
+      return Report(Severity::Warning, kEndTime,
+                    u"is missing, so StartTime is not used: the whole source is used");
     }
-    Report(Severity::Warning, kEndTime,
-           clip.endTime > clip.startTime
-               ? XpString(u"the clip is shorter than a frame: the whole source is used")
-               : XpString(u"does not lie after StartTime: the whole source is used"));
+    XpString message = u"does not lie after StartTime: the whole source is used";
+    if (clip.endTime > clip.startTime) {
+      message = u"the clip is shorter than a frame: the whole source is used";
+      if (CanBeSeconds(clip, sourceSeconds)) message.Append(MeantTimes(clip));
+    }
+    Report(Severity::Warning, kEndTime, message);
   }
 
   void CheckEnd(std::int64_t out, double sourceSeconds) {
@@ -178,7 +225,9 @@ class ClipChecker {
   XpString m_track;
   bool m_isVideo = false;
   std::uint32_t m_clip = 0;
-  std::int64_t m_movieTime = 0;  // where the next clip of the track begins
+  std::int64_t m_movieTime = 0;   // where the next clip of the track begins
+  bool m_hasSound = false;        // of a clip of the video track
+  std::vector<double> m_lengths;  // of the sources of the video track, seconds; 0 when unknown
 };
 
 }  // namespace
@@ -189,12 +238,10 @@ void CheckClips(const XpString& file, const TKLXOutputXml& project, const Source
   checker.RunTrack(kVideoTrack, project.videoTracks, true);
   checker.RunTrack(kAudioTrack, project.audioTracks, false);
   if (project.videoTracks.empty()) {
-    report.problems.push_back({Severity::Error, file, kVideoTrack.name, 0, XpString(), u"holds no clip"});
+    report.problems.push_back(
+        {.severity = Severity::Error, .file = file, .key = kVideoTrack.name, .message = u"holds no clip"});
   }
-  if (!project.audioTracks.empty() && !report.audioSettings) {
-    report.problems.push_back({Severity::Warning, file, kAudioTrack.name, 0, XpString(),
-                               u"has clips, but without AudioOutputSettings the movie has no sound"});
-  }
+  checker.CheckSound(project);
 }
 
 }  // namespace vrx::check

@@ -1,5 +1,7 @@
 #include "src/check/Checks.h"
 
+#include <array>
+
 #include "src/check/KeyCheck.h"
 #include "src/project/ProjectKeys.h"
 
@@ -14,59 +16,71 @@ class DocumentChecker {
       : m_file(file), m_problems(problems) {}
 
   void Run(const XpIniDict& document) {
-    const XpIniElement* wrapper = Require(document, kRoot, Severity::Error);
+    CheckKeys(document, std::array{kRoot});
+    const XpIniElement* wrapper = Require(document, kRoot);
     if (wrapper == nullptr) return;
     CheckKeys(*wrapper, kWrapperKeys);
     CheckTrack(*wrapper, kVideoTrack);
     CheckTrack(*wrapper, kAudioTrack);
-    const XpIniElement* output = Require(*wrapper, kOutputSettings, Severity::Error);
+    const XpIniElement* output = Require(*wrapper, kOutputSettings);
     if (output == nullptr) return;
     CheckKeys(*output, kOutputKeys);
-    if (const XpIniElement* video = Require(*output, kVideoOutputSettings, Severity::Error)) {
-      CheckKeys(*video, kVideoKeys);
-    }
-    if (const XpIniElement* audio = Require(*output, kAudioOutputSettings, Severity::Note,
-                                            u"is missing: the movie will have no sound")) {
+    if (const XpIniElement* video = Require(*output, kVideoOutputSettings)) CheckKeys(*video, kVideoKeys);
+    if (const XpIniElement* audio = Find(output, kAudioOutputSettings)) {
       CheckKeys(*audio, kAudioKeys);
+    } else {
+      ReportNoSound(Find(wrapper, kAudioTrack));
     }
   }
 
  private:
-  void Report(Severity severity, const XpString& key, const XpString& message) {
-    m_problems.push_back({severity, m_file, m_track, m_clip, key, message});
+  void Report(Severity severity, const XpString& key, const XpString& message, std::uint64_t line = 0) {
+    m_problems.push_back({.severity = severity,
+                          .file = m_file,
+                          .track = m_track,
+                          .clip = m_clip,
+                          .key = key,
+                          .message = message,
+                          .line = line});
   }
 
-  /// The element under `key`, or null after reporting that it is not there: `absent` says what that means.
-  const XpIniElement* Require(const XpIniElement& dict, const Key& key, Severity severity,
-                              const char16_t* absent = u"is missing") {
+  /// The element under `key`, or null after reporting that it is not there.
+  const XpIniElement* Require(const XpIniElement& dict, const Key& key) {
     const XpIniElement* element = Find(&dict, key);
-    if (element != nullptr) return element;
-    const bool wrongType = dict.Get(key.name) != nullptr;
-    Report(severity, key.name, wrongType ? u"is not a dict, so it counts as missing" : absent);
-    return nullptr;
+    if (element == nullptr) Report(Severity::Error, key.name, u"is missing");
+    return element;
+  }
+
+  void ReportNoSound(const XpIniElement* audioTrack) {
+    const bool hasClips = audioTrack != nullptr && audioTrack->GetCount() > 0;
+    Report(hasClips ? Severity::Warning : Severity::Note, kAudioOutputSettings.name,
+           hasClips ? u"is missing: the clips of AudioTrack are not heard"
+                    : u"is missing: the movie will have no sound");
   }
 
   void CheckTrack(const XpIniElement& wrapper, const Key& key) {
     const XpIniElement* track = Find(&wrapper, key);
     if (track == nullptr) return;
-    m_track = key.name;
+    std::uint32_t clips = 0;
     for (std::uint32_t i = 0; i < track->GetCount(); ++i) {
-      m_clip = i + 1;
       const XpIniElement& clip = *track->GetAt(i);
       if (clip.GetType() == XpIniType::Dict) {
+        m_track = key.name;
+        m_clip = ++clips;
         CheckKeys(clip, kClipKeys);
+        m_track = XpString();
+        m_clip = 0;
       } else {
-        Report(Severity::Warning, XpString(),
-               u"is a " + TypeName(clip.GetType()) + u", not a dict: left out");
+        Report(Severity::Warning, key.name,
+               u"holds a " + TypeName(clip.GetType()) + u", not a dict: left out", clip.GetLines().element);
       }
     }
-    m_track = XpString();
-    m_clip = 0;
   }
 
   void CheckKeys(const XpIniElement& dict, std::span<const Key> known) {
-    check::CheckKeys(dict, known, [this](Severity severity, const XpString& key, const XpString& message) {
-      Report(severity, key, message);
+    check::CheckKeys(dict, known, ProjectParts(), [this](const KeyProblem& problem) {
+      Report(problem.severity, problem.key, problem.message, problem.line);
+      m_problems.back().meant = problem.meant;
     });
   }
 

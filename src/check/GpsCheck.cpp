@@ -53,10 +53,13 @@ class GpsChecker {
   void Warn(const XpString& key, const XpString& message) {
     m_report.problems.push_back({Severity::Warning, m_report.painterPath, XpString(), 0, key, message});
   }
-  void WarnOfClip(const LogDataEntry& clip, const XpString& message) {
+  /// `because` is the key that would be missing.
+  void WarnOfClip(const LogDataEntry& clip, const Key& because, const XpString& message) {
     XpString whole;
     XpFormat(whole, u"VideoID %d: %s", clip.videoId, message);
     Warn(kLogDataArray.name, whole);
+    m_report.problems.back().line = clip.line;
+    m_report.problems.back().because = because.name;
   }
 
   void CheckKeys() {
@@ -105,24 +108,28 @@ class GpsChecker {
   void JudgeClip(const LogDataEntry& clip, const GpsClipRow& row) {
     std::string log;
     if (clip.gpsLogFilePath.IsEmpty()) {
-      WarnOfClip(clip, u"GPSLogFilePath is empty: no position is shown");
+      WarnOfClip(clip, kGPSLogFilePath, u"GPSLogFilePath is empty: no position is shown");
     } else if (row.fixes == 0 && LoadGPSLogText(clip.gpsLogFilePath, log) != XpOk) {
-      WarnOfClip(clip, u"no log can be read for " + clip.gpsLogFilePath + u": no position is shown");
+      WarnOfClip(clip, kGPSLogFilePath,
+                 u"no log can be read for " + clip.gpsLogFilePath + u": no position is shown");
     } else if (!(row.clipSeconds > 0)) {
-      WarnOfClip(clip, m_timeline.drawTrimmedOutArea ? u"has no Duration: nothing of its log is shown"
-                                                     : u"EndTime does not lie after StartTime");
+      WarnOfClip(clip, m_timeline.drawTrimmedOutArea ? kDuration : kLogEndTime,
+                 m_timeline.drawTrimmedOutArea ? u"has no Duration: nothing of its log is shown"
+                                               : u"EndTime does not lie after StartTime");
     } else if (row.fixes == 0) {
-      WarnOfClip(clip, u"the log of " + clip.gpsLogFilePath +
-                           u" has no position in the time of the clip: does OriginalDateTime fit? (vrx gps "
-                           u"show prints the log's times)");
+      WarnOfClip(clip, kOriginalDateTime,
+                 u"the log of " + clip.gpsLogFilePath +
+                     u" has no position in the time of the clip: does OriginalDateTime fit? (vrx gps "
+                     u"show prints the log's times)");
     } else if (row.firstFixSeconds > kNoticedSeconds) {
-      WarnOfClip(clip, u"its log begins late, at " + Clock(row.firstFixSeconds) + u" of the clip");
+      WarnOfClip(clip, kOriginalDateTime,
+                 u"its log begins late, at " + Clock(row.firstFixSeconds) + u" of the clip");
     } else if (row.lastFixSeconds + kNoticedSeconds < row.clipSeconds) {
-      WarnOfClip(clip,
+      WarnOfClip(clip, kOriginalDateTime,
                  u"its log ends early, at " + Clock(row.lastFixSeconds) + u" of " + Clock(row.clipSeconds));
     }
     if (row.shown.empty() && !m_sections.empty()) {
-      WarnOfClip(clip, u"no record of SlowInfoData names it: it is never current");
+      WarnOfClip(clip, kVideoID, u"no record of SlowInfoData names it: it is never current");
     }
   }
 
@@ -136,6 +143,7 @@ class GpsChecker {
     XpFormat(message, u"record %u: no log has VideoID %d: no position is shown then",
              static_cast<std::uint32_t>(index + 1), id);
     Warn(kSlowInfoData.name, message);
+    m_report.problems.back().because = kVideoID.name;
   }
 
   const PainterInfo& m_info;

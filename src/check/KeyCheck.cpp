@@ -1,28 +1,39 @@
 #include "src/check/KeyCheck.h"
 
+#include <algorithm>
 #include <array>
+#include <vector>
 
+#include "foundation/text/NearestName.h"
 #include "foundation/text/XpFormat.h"
-#include "foundation/text/XpPath.h"
 
 namespace vrx::check {
 namespace {
 
-void CheckKey(const XpString& name, const XpIniElement& element, std::span<const plist::Key> known,
-              const KeyReport& report) {
-  for (const plist::Key& key : known) {
-    if (!(name == key.name)) continue;
-    if (element.GetType() == key.type) return;
-    XpString message;
-    XpFormat(message, u"is %s instead of %s: it is not read", TypeName(element.GetType()),
-             TypeName(key.type));
-    return report(Severity::Warning, name, message);
+bool Holds(std::span<const plist::Key> keys, const XpString& name) {
+  return std::ranges::any_of(keys, [&](const plist::Key& key) { return name == key.name; });
+}
+
+KeyProblem UnknownKey(const XpString& name, const XpIniElement& dict, std::span<const plist::Key> known,
+                      std::span<const DictPart> parts) {
+  std::vector<std::u16string_view> names;
+  for (const plist::Key& key : known) names.emplace_back(key.name);
+  if (const auto nearest = NearestName(name.AsView(), names)) {
+    const XpString meant(*nearest);
+    const bool isThere = dict.Get(meant) != nullptr;
+    return {.severity = Severity::Warning,
+            .key = name,
+            .message = u"is an unknown key; did you mean " + meant + u"?",
+            .meant = isThere ? XpString() : meant};
   }
-  for (const plist::Key& key : known) {
-    if (XpCompareNoCase(name, key.name) != 0) continue;
-    return report(Severity::Warning, name, XpString(u"is an unknown key; did you mean ") + key.name + u"?");
+  for (const DictPart& part : parts) {
+    if (!Holds(part.keys, name)) continue;
+    return {.severity = Severity::Warning,
+            .key = name,
+            .message = XpString(u"belongs into ") + part.name + u": here it is not read",
+            .meant = name};
   }
-  report(Severity::Note, name, u"is an unknown key and is not read");
+  return {.severity = Severity::Note, .key = name, .message = u"is an unknown key and is not read"};
 }
 
 }  // namespace
@@ -33,9 +44,22 @@ XpString TypeName(XpIniType type) {
   return kNames[static_cast<std::size_t>(type)];
 }
 
-void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, const KeyReport& report) {
+void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, std::span<const DictPart> parts,
+               const KeyReport& report) {
   for (const auto& [name, element] : static_cast<const XpIniDict&>(dict).GetElements()) {
-    CheckKey(name, *element, known, report);
+    const auto key = std::ranges::find_if(known, [&](const plist::Key& each) { return name == each.name; });
+    KeyProblem problem;
+    if (key == known.end()) {
+      problem = UnknownKey(name, dict, known, parts);
+    } else if (element->GetType() != key->type) {
+      problem = {.severity = Severity::Warning, .key = name, .meant = name};
+      XpFormat(problem.message, u"is %s instead of %s: it is not read", TypeName(element->GetType()),
+               TypeName(key->type));
+    } else {
+      continue;
+    }
+    problem.line = element->GetLines().element;
+    report(problem);
   }
 }
 

@@ -5,16 +5,25 @@
 #include <functional>
 #include <span>
 
-#include "content/plist/XpIniDict.h"
-#include "content/plist/XpIniKey.h"
-#include "src/check/ProjectReport.h"
+#include "src/check/DocumentParts.h"
 
 namespace vrx::check {
 
-using KeyReport = std::function<void(Severity severity, const XpString& key, const XpString& message)>;
+/// A problem of one key of a dict, without its place.
+struct KeyProblem {
+  Severity severity = Severity::Note;
+  XpString key;
+  XpString message;
+  std::uint64_t line = 0;
+  XpString meant;  // as Problem::meant
+};
+using KeyReport = std::function<void(const KeyProblem& problem)>;
 
-/// Reports values of a wrong type, which are not read, and unknown keys. `dict` must be a dict.
-void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, const KeyReport& report);
+/// Reports values of a wrong type, which are not read, and unknown keys: one that is nearly right, or belongs
+/// into another of the document's `parts`, is a mistake; any other is only worth knowing. `dict` must be a
+/// dict.
+void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, std::span<const DictPart> parts,
+               const KeyReport& report);
 
 /// "dict", "real" and so on, as the elements of a document are called; a boolean is "true or false".
 XpString TypeName(XpIniType type);

@@ -1,5 +1,9 @@
 #include "src/check/Checks.h"
 
+#include <algorithm>
+#include <array>
+#include <limits>
+
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpFormat.h"
@@ -13,6 +17,9 @@ namespace {
 using namespace vrx::project;
 
 constexpr std::int32_t kNotSet = -1;
+/// A QuickTime file is an MP4 file in all that matters here.
+constexpr std::array kMp4Endings{u".mp4", u".m4v", u".mov"};
+constexpr std::array kTransportEndings{u".ts", u".m2ts", u".mts"};
 
 /// A number that the document does not set is read as -1, cut to the width of its field.
 template <class Number>
@@ -89,12 +96,39 @@ class OutputChecker {
 
   /// Numbered as in the engine, where the document's 1, 2 and 3 are 1, 3 and 4.
   void CheckContainer(std::int32_t specificationType) {
+    const XpString& path = m_report.outputPath;
+    if (path.IsEmpty()) return;
     const bool isMp4 = specificationType == 1 || specificationType == 3 || specificationType == 4;
-    const XpString extension = XpPathExtension(m_report.outputPath);
-    const auto is = [&](const char16_t* other) { return XpCompareNoCase(extension, other) == 0; };
-    if (!isMp4 || !(is(u".ts") || is(u".m2ts") || is(u".mts"))) return;
-    Report(Severity::Warning, kVideoSpecificationType,
-           u"asks for an MP4 file, and that is what is written under a name that ends in " + extension);
+    const XpString ending = XpPathExtension(path);
+    const auto isEnding = [&](const char16_t* other) { return XpCompareNoCase(ending, other) == 0; };
+    if (std::ranges::any_of(kMp4Endings, isEnding)) return;
+    const bool isTransportStream = std::ranges::any_of(kTransportEndings, isEnding);
+    const XpString name = ending.IsEmpty() ? XpString(u"without an ending") : u"that ends in " + ending;
+    if (isMp4) {
+      Report(Severity::Warning, isTransportStream ? kVideoSpecificationType : kOutputFilePath,
+             u"an MP4 file is written under a name " + name +
+                 (isTransportStream ? u": VideoSpecificationType asks for one" : u""));
+    } else if (!isTransportStream) {
+      Report(
+          Severity::Warning, kOutputFilePath,
+          u"an MP4 file is written under a name " + name + u" (.mov, .ts, .m2ts and .mts are known as well)");
+    }
+  }
+
+  /// Some host programs count in kilobits.
+  void CheckBitrate(const VRXVideoOutputSetting& video) {
+    const double frames = static_cast<double>(video.frameDuration.scale) /
+                          static_cast<double>(std::max<std::uint64_t>(video.frameDuration.value, 1));
+    const double pixels = static_cast<double>(video.width) * video.height * frames;  // a second
+    // A still scene takes some ten times as much.
+    constexpr double kLeastBitsPerPixel = 0.002;
+    constexpr double kKilo = 1000;
+    const bool canBeKilobits = video.averageBitrate * kKilo <= std::numeric_limits<std::int32_t>::max();
+    if (!(video.averageBitrate < pixels * kLeastBitsPerPixel) || !canBeKilobits) return;
+    XpString message;
+    XpFormat(message, u"%d bits a second are too few for the picture; were %d meant?", video.averageBitrate,
+             video.averageBitrate * static_cast<std::int32_t>(kKilo));
+    Report(Severity::Warning, kAverageBitrate, message);
   }
 
   void CheckVideo(const VRXVideoOutputSetting& video) {
@@ -104,6 +138,8 @@ class OutputChecker {
     CheckContainer(video.specificationType);
     if (video.averageBitrate <= 0) {
       Report(Severity::Note, kAverageBitrate, u"is not set: the engine codes at constant quality");
+    } else {
+      CheckBitrate(video);
     }
   }
 
@@ -123,6 +159,11 @@ class OutputChecker {
     if (!limits::IsUsableSampleRate(audio.samplingRate)) {
       XpFormat(message, u"must lie between %u and %u Hz, and is %s", limits::kMinSampleRate,
                limits::kMaxSampleRate, NumberText(audio.samplingRate));
+      constexpr std::uint32_t kKilo = 1000;
+      if (audio.samplingRate <= limits::kMaxSampleRate &&
+          limits::IsUsableSampleRate(audio.samplingRate * kKilo)) {
+        XpAppendFormat(message, u"; was %u meant?", audio.samplingRate * kKilo);
+      }
       Report(Severity::Error, kSamplingRate, message);
     }
   }

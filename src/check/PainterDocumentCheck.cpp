@@ -1,5 +1,7 @@
 #include "src/check/PainterDocumentCheck.h"
 
+#include <array>
+
 #include "overlay/document/PainterKeys.h"
 #include "src/check/KeyCheck.h"
 
@@ -14,6 +16,7 @@ class PainterDocumentChecker {
       : m_file(file), m_problems(problems) {}
 
   void Run(const XpIniDict& document) {
+    Check(document, XpString(), std::array{kPainterInfo});
     const XpIniElement* info = Find(&document, kPainterInfo);
     if (info == nullptr) {
       return Report(XpString(), Severity::Warning, kPainterInfo.name,
@@ -29,14 +32,17 @@ class PainterDocumentChecker {
   }
 
  private:
-  void Report(const XpString& part, Severity severity, const XpString& key, const XpString& message) {
+  void Report(const XpString& part, Severity severity, const XpString& key, const XpString& message,
+              std::uint64_t line = 0) {
     const XpString place = part.IsEmpty() ? key : key.IsEmpty() ? part : part + u"/" + key;
-    m_problems.push_back({severity, m_file, XpString(), 0, place, message});
+    m_problems.push_back(
+        {.severity = severity, .file = m_file, .key = place, .message = message, .line = line});
   }
 
   void Check(const XpIniElement& dict, const XpString& part, std::span<const Key> known) {
-    CheckKeys(dict, known, [&](Severity severity, const XpString& key, const XpString& message) {
-      Report(part, severity, key, message);
+    CheckKeys(dict, known, PainterParts(), [&](const KeyProblem& problem) {
+      Report(part, problem.severity, problem.key, problem.message, problem.line);
+      m_problems.back().meant = problem.meant;
     });
   }
 
@@ -51,17 +57,18 @@ class PainterDocumentChecker {
         Check(entry, kLogDataArray.name, kLogDataKeys);
       } else {
         Report(kLogDataArray.name, Severity::Warning, XpString(),
-               u"holds a " + TypeName(entry.GetType()) + u", not a dict: left out");
+               u"holds a " + TypeName(entry.GetType()) + u", not a dict: left out", entry.GetLines().element);
       }
     }
   }
 
   void CheckStrings(const XpIniElement* strings) {
     for (std::uint32_t i = 0; strings != nullptr && i < strings->GetCount(); ++i) {
-      const XpIniType type = strings->GetAt(i)->GetType();
-      if (type == XpIniType::String) continue;
+      const XpIniElement& text = *strings->GetAt(i);
+      if (text.GetType() == XpIniType::String) continue;
       Report(kStringManager.name, Severity::Warning, XpString(),
-             u"holds " + TypeName(type) + u", not a string: it counts as empty");
+             u"holds " + TypeName(text.GetType()) + u", not a string: it counts as empty",
+             text.GetLines().element);
     }
   }
 

@@ -7,27 +7,57 @@
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
 #include "src/check/Checks.h"
+#include "src/check/DocumentParts.h"
+#include "src/check/FollowUps.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 
 namespace vrx::check {
 namespace {
 
-/// Why a document could not be read, for people.
-XpString ReadFailure(const XpString& path, XpResult result, const xml::XmlProblem& problem) {
-  XpString message;
-  if (!problem.message.empty()) {
-    message = u"is no readable project document: " + XpNarrowString(problem.message).ToWide();
-    if (problem.line != 0)
-      XpAppendFormat(message, u" (line %I64u, column %I64u)", problem.line, problem.column);
-    return message;
-  }
+/// Why a document could not be read.
+Problem ReadFailure(const XpString& path, XpResult result, const xml::XmlProblem& problem) {
+  Problem failure{.severity = Severity::Error, .file = path, .line = problem.line};
   bool isDirectory = false;
-  if (!XpPathExists(path, &isDirectory)) return u"does not exist";
-  if (isDirectory) return u"is a folder";
-  if (result == XpErrAccessDenied) return u"cannot be read: no permission";
-  XpFormat(message, u"cannot be read (error 0x%04x)", result);
-  return message;
+  if (!problem.message.empty()) {
+    failure.message = u"is no readable project document: " + XpNarrowString(problem.message).ToWide();
+    if (problem.column != 0) XpAppendFormat(failure.message, u" (column %I64u)", problem.column);
+  } else if (!XpPathExists(path, &isDirectory)) {
+    failure.message = u"does not exist";
+  } else if (isDirectory) {
+    failure.message = u"is a folder";
+  } else if (result == XpErrAccessDenied) {
+    failure.message = u"cannot be read: no permission";
+  } else {
+    XpFormat(failure.message, u"cannot be read (error 0x%04x)", result);
+  }
+  return failure;
+}
+
+/// Lets a remark know the clip whose key it is about.
+void FindClipOf(const XpIniDict& document, Problem& problem) {
+  if (problem.key.IsEmpty()) return;
+  for (const plist::Key& track : {project::kVideoTrack, project::kAudioTrack}) {
+    const XpIniElement* clip = nullptr;
+    for (std::uint32_t number = 1; (clip = FindClip(document, track.name, number)) != nullptr; ++number) {
+      const XpIniElement* element = clip->Get(problem.key);
+      if (element == nullptr || element->GetLines().element != problem.line) continue;
+      problem.track = track.name;
+      problem.clip = number;
+      return;
+    }
+  }
+}
+
+/// Everything that the project names.
+void CheckParts(const XpString& file, TKLXOutputXml& project, const SourceLook& look, ProjectReport& report) {
+  report.videoSettings = std::move(project.videoSettings);
+  report.audioSettings = std::move(project.audioSettings);
+  report.outputPath = project::ResolvePath(file, project.outputFilePath);
+  report.inputs = project::ListInputFiles(file, project);
+  CheckClips(file, project, look, report);
+  CheckOutput(file, report);
+  CheckOverlays(file, project, report);
 }
 
 }  // namespace
@@ -50,29 +80,43 @@ void ProjectReport::SortProblems() {
   std::ranges::stable_sort(problems, std::ranges::greater(), &Problem::severity);
 }
 
+Problem RemarkOf(const XpString& file, const plist::Remark& remark) {
+  return {.severity = Severity::Warning,
+          .file = file,
+          .key = remark.key,
+          .message = remark.message,
+          .line = remark.line,
+          .meant = remark.key,
+          .dictLine = remark.dictLine};
+}
+
 ProjectReport CheckProject(const XpString& path, const SourceProbe& probe, StillLook stills) {
   ProjectReport report;
   const XpString file = platform::AbsolutePath(path);
   TKLXOutputXml project;
-  xml::XmlProblem problem;
-  const XpResult result = project.LoadXmlFile(file, &problem);
+  plist::Findings findings;
+  const XpResult result = project.LoadXmlFile(file, &findings);
   // A document that lacks a part was read all the same; what it lacks is reported below.
   const bool wasRead = result == XpOk || result == XpErrNoObject || result == XpErrFileNotFound;
   if (!wasRead || !XpPathIsFile(file)) {
-    report.problems.push_back(
-        {Severity::Error, file, XpString(), 0, XpString(), ReadFailure(file, result, problem)});
+    report.problems.push_back(ReadFailure(file, result, findings.problem));
     return report;
   }
-  CheckDocument(*project.document, file, report.problems);
-  report.SortProblems();
-  if (project::Find(project.document.get(), project::kRoot) == nullptr) return report;
-  report.videoSettings = std::move(project.videoSettings);
-  report.audioSettings = std::move(project.audioSettings);
-  report.outputPath = project::ResolvePath(file, project.outputFilePath);
-  report.inputs = project::ListInputFiles(file, project);
-  CheckClips(file, project, {probe, stills}, report);
-  CheckOutput(file, report);
-  CheckOverlays(file, project, report);
+  const XpIniDict& document = *project.document;
+  for (const plist::Remark& remark : findings.remarks) {
+    report.problems.push_back(RemarkOf(file, remark));
+    FindClipOf(document, report.problems.back());
+  }
+  CheckDocument(document, file, report.problems);
+  if (project::Find(&document, project::kRoot) != nullptr) {
+    CheckParts(file, project, {probe, stills}, report);
+  }
+  for (ClipRow& row : report.clips) {
+    row.line = LineOf(document, ProjectParts(),
+                      {.track = row.track, .clip = row.clip, .key = project::kSourceFile.name});
+  }
+  FillLines(document, ProjectParts(), file, report.problems);
+  DropFollowUps(report.problems);
   report.SortProblems();
   return report;
 }

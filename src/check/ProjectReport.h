@@ -29,6 +29,11 @@ struct Problem {
   XpString message;
   std::uint64_t line = 0;         // of `file`, counted from 1; 0 for none
   bool isMissingPicture = false;  // an error that does not stop the render: frames of its movie are black
+
+  // What the mistake makes wrong as well; DropFollowUps takes such problems out.
+  XpString meant;              // the key that is missing because of it; may be empty
+  std::uint64_t dictLine = 0;  // of a dict whose rest is not read because of it; 0 for none
+  XpString because;            // a key whose absence would cause this problem; may be empty
 };
 
 /// What the engine knows of a source after a look into it.
@@ -51,6 +56,7 @@ struct ClipRow {
   std::uint32_t clip = 0;  // counted from 1
   XpString source;         // native path
   bool wholeSource = false;
+  std::uint64_t line = 0;       // of the project document, on which it names its source
   double sourceStart = 0.0;     // s on the source's clock
   double movieStart = 0.0;      // s on the movie's clock
   double seconds = 0.0;         // length in the movie

@@ -9,7 +9,6 @@
 #include "overlay/tennis/KVSTennisMetaPainterLayoutLight.h"
 #include "overlay/tennis/KVSTennisMetaPainterLayoutNormal.h"
 #include "overlay/tennis/TennisMetaData.h"
-#include "src/check/TextReport.h"
 
 namespace vrx::check {
 namespace {
@@ -24,10 +23,11 @@ constexpr std::int32_t kUnits = 3;
 
 class ShotsChecker {
  public:
-  explicit ShotsChecker(TextReport& report) : m_report(report) {}
+  ShotsChecker(const DocumentText& text, TextReport& report) : m_text(text), m_report(report) {}
 
-  void Run(const XpString& text) {
-    const XpNarrowString narrow = text.ToNarrow();
+  void Run() {
+    const XpNarrowString narrow = m_text.text.ToNarrow();
+    m_line = m_text.line;
     std::string_view rest = narrow.AsView();
     std::size_t number = 0;
     for (std::size_t bar; (bar = rest.find('|')) != rest.npos; rest.remove_prefix(bar + 1)) {
@@ -35,12 +35,18 @@ class ShotsChecker {
         XpString message;
         XpFormat(message, u"holds more than %u shots: the others are not read",
                  static_cast<std::uint32_t>(kMaxTennisShots));
-        m_report.Add(message);
+        m_report.Add(message, m_line);
         return CheckList();
       }
-      CheckRecord(rest.substr(0, bar), ++number);
+      const std::string_view record = rest.substr(0, bar);
+      m_line += LeadingBreaks(record);
+      CheckRecord(record, ++number);
+      m_line += Breaks(record) - LeadingBreaks(record);
     }
-    if (!rest.empty()) m_report.Add(u"record", number + 1, u"does not end with a bar: it is not read");
+    if (!rest.empty()) {
+      m_report.Add(u"record", number + 1, u"does not end with a bar: it is not read",
+                   m_line + LeadingBreaks(rest));
+    }
     CheckList();
   }
 
@@ -50,22 +56,24 @@ class ShotsChecker {
     const std::size_t fields = ReadTennisRecord(text, shot);
     if (fields < kTennisFields) {
       m_report.Add(u"record", number,
-                   XpString(kFieldNames[fields]) + u" cannot be read: the record is left out");
+                   XpString(kFieldNames[fields]) + u" cannot be read: the record is left out", m_line);
       return;
     }
-    if (!text.empty()) m_report.Add(u"record", number, u"more than twelve fields: the others are not read");
+    if (!text.empty())
+      m_report.Add(u"record", number, u"more than twelve fields: the others are not read", m_line);
     XpString message;
     if (FindStroke(shot.swingType) == nullptr) {
       XpFormat(message, u"%d is no swing type: the shot has no name", shot.swingType);
-      m_report.Add(u"record", number, message);
+      m_report.Add(u"record", number, message, m_line);
     }
     if (shot.impactZone < 0 || shot.impactZone >= kImpactZones) {
       XpFormat(message, u"the impact zone %d is not one of 0 to %d: no mark is shown", shot.impactZone,
                kImpactZones - 1);
-      m_report.Add(u"record", number, message);
+      m_report.Add(u"record", number, message, m_line);
     }
     m_shots.push_back(shot);
     m_numbers.push_back(number);
+    m_lines.push_back(m_line);
   }
 
   void CheckList() {
@@ -73,28 +81,33 @@ class ShotsChecker {
     if (const auto unsorted = FindUnsortedShot(m_shots)) {
       return m_report.Add(u"record", m_numbers[*unsorted],
                           u"its time lies before that of the shot before it: shots belong in the order of "
-                          u"their times, and the search tree is not used");
+                          u"their times, and the search tree is not used",
+                          m_lines[*unsorted]);
     }
     if (const auto node = FindWrongTreeNode(m_shots)) {
       m_report.Add(u"record", m_numbers[*node],
-                   u"its children do not make a search tree over all shots: the tree is not used");
+                   u"its children do not make a search tree over all shots: the tree is not used",
+                   m_lines[*node]);
     }
   }
 
+  const DocumentText& m_text;
   TextReport& m_report;
+  std::uint64_t m_line = 0;  // of the document, of the current record
   std::vector<TennisShot> m_shots;
   std::vector<std::size_t> m_numbers;  // of the records that the shots come from
+  std::vector<std::uint64_t> m_lines;  // of the document, likewise
 };
 
 }  // namespace
 
-void CheckTennis(const PainterInfo& info, const XpString& file, std::vector<Problem>& problems) {
+void CheckTennis(const PainterInfo& info, const DocumentText& shots, std::vector<Problem>& problems) {
   const auto warn = [&](const XpString& key, const XpString& message) {
-    problems.push_back({Severity::Warning, file, XpString(), 0, key, message});
+    problems.push_back({Severity::Warning, shots.file, XpString(), 0, key, message});
   };
   {
-    TextReport report(file, kTennisMetaData.name, problems);
-    ShotsChecker(report).Run(info.tennisMetaInfo.metaData);
+    TextReport report(shots, problems);
+    ShotsChecker(shots, report).Run();
   }
   XpString message;
   const std::int32_t layout = info.tennisMetaInfo.layoutType;

@@ -4,13 +4,12 @@
 #include <vector>
 
 #include "overlay/document/PainterInfo.h"
-#include "src/check/ProjectReport.h"
+#include "src/check/TextReport.h"
 
 namespace vrx::check {
 
 /// Damaged records, shots out of order or out of range, a search tree that is not used, and keys without
-/// which the overlay or its clock does not work. `info` is adopted and its tennis record valid; `file` names
-/// the document.
-void CheckTennis(const PainterInfo& info, const XpString& file, std::vector<Problem>& problems);
+/// which the overlay or its clock does not work. `info` is adopted and its tennis record valid.
+void CheckTennis(const PainterInfo& info, const DocumentText& shots, std::vector<Problem>& problems);
 
 }  // namespace vrx::check

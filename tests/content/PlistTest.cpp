@@ -178,11 +178,11 @@ TEST(PlistReadTest, WhatCountsAsSomethingElseIsRemarked) {
     const char16_t* message;
   };
   for (const Case& c :
-       {Case{"<key>n</key>\n<integer>8M</integer>", u"n",
+       {Case{"\n<key>n</key><integer>8M</integer>", u"n",
              u"is \"8M\", which is no whole number: it counts as 8"},
-        Case{"<key>n</key>\n<integer>1.5</integer>", u"n",
+        Case{"\n<key>n</key><integer>1.5</integer>", u"n",
              u"is \"1.5\", which is no whole number: it counts as 1"},
-        Case{"<key>r</key>\n<real></real>", u"r", u"is \"\", which is no number: it counts as 0"},
+        Case{"\n<key>r</key><real></real>", u"r", u"is \"\", which is no number: it counts as 0"},
         Case{"<key>a</key><true/>\n<key>a</key><false/>", u"a",
              u"stands here once more: the first value counts"},
         Case{"<key>a</key><true/>\n<kay>b</kay><true/>", u"",

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "overlay/document/CaptionItem.h"
+#include "src/check/CaptionTextCheck.h"
 
 namespace vrx::check {
 namespace {
@@ -11,11 +12,19 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using Check = void (*)(const XpString&, const XpString&, std::vector<Problem>&);
 
-std::vector<std::string> Messages(Check check, const std::string& text) {
+std::vector<Problem> ProblemsOfCaptions(const std::string& text) {
   std::vector<Problem> problems;
-  check(XpNarrowString(text).ToWide(), u"/p.vrx", problems);
+  CheckCaptionText({XpNarrowString(text).ToWide(), u"/p.vrx", u"CaptionString", 10}, problems);
+  return problems;
+}
+std::vector<Problem> ProblemsOfSections(const std::string& text) {
+  std::vector<Problem> problems;
+  CheckSlowInfoText({XpNarrowString(text).ToWide(), u"/p.vrx", u"SlowInfoData", 10}, problems);
+  return problems;
+}
+
+std::vector<std::string> Messages(const std::vector<Problem>& problems) {
   std::vector<std::string> messages;
   for (const Problem& problem : problems) {
     EXPECT_EQ(problem.severity, Severity::Warning);
@@ -24,6 +33,9 @@ std::vector<std::string> Messages(Check check, const std::string& text) {
   }
   return messages;
 }
+
+std::vector<std::string> Captions(const std::string& text) { return Messages(ProblemsOfCaptions(text)); }
+std::vector<std::string> Sections(const std::string& text) { return Messages(ProblemsOfSections(text)); }
 
 constexpr char kGood[] =
     "<Caption><Text>a < b</Text><FontName>Sans</FontName><FontSize>60,5</FontSize><LayoutType>8</LayoutType>"
@@ -42,8 +54,7 @@ std::string Without(const std::string& part) {
 }
 
 TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
-  EXPECT_THAT(Messages(CheckCaptionText, std::string(kGood) + "\n" + Without("<FontSize>60,5</FontSize>")),
-              IsEmpty());
+  EXPECT_THAT(Captions(std::string(kGood) + "\n" + Without("<FontSize>60,5</FontSize>")), IsEmpty());
   struct Case {
     std::string text;
     std::string message;
@@ -64,22 +75,21 @@ TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
         Case{With("FontColor", "-1"), "FontColor lies outside"},
         Case{With("RightPos", "1e20"), "RightPos is 1e+20: it counts as 2147483647"},
         Case{With("VideoID", "-3e9"), "VideoID is -3e+09: it counts as -2147483648"},
-        Case{With("Text", "a <b> c</Text><Shadow>1</Shadow><Text>d"),
+        Case{With("Text", "a < b> c</Text><Shadow>1</Shadow><Text>d"),
              "caption 1: <Shadow> is an unknown tag"},
         Case{With("Text", "a</Text><Outline>-1</Outline><Text>b"),
              "caption 1: Outline is -1: it counts as 0"},
         Case{With("Text", "a</Text><Box>101</Box><Text>b"), "caption 1: Box is 101: it counts as 100"},
         Case{With("Text", "a</Text><Bold>yes</Bold><Text>b"), "caption 1: Bold is \"yes\", which is neither"},
         Case{With("LeftPos", std::string(500, 'x')), "\"" + std::string(24, 'x') + "...\""}}) {
-    EXPECT_THAT(Messages(CheckCaptionText, c.text), ElementsAre(HasSubstr(c.message)))
-        << c.text.substr(0, 400);
+    EXPECT_THAT(Captions(c.text), ElementsAre(HasSubstr(c.message))) << c.text.substr(0, 400);
   }
 }
 
 TEST(PainterTextCheckTest, DamagedSpeedSectionsAreNamed) {
   const std::string good = "1,0.5,1.0,2.0,3.0,3.0|";
-  EXPECT_THAT(Messages(CheckSlowInfoText, ""), IsEmpty());
-  EXPECT_THAT(Messages(CheckSlowInfoText, good + "1,-1,2.0,3.0,3.0,3.0|"), IsEmpty());
+  EXPECT_THAT(Sections(""), IsEmpty());
+  EXPECT_THAT(Sections(good + "1,-1,2.0,3.0,3.0,3.0|"), IsEmpty());
   struct Case {
     std::string text;
     std::string message;
@@ -93,7 +103,7 @@ TEST(PainterTextCheckTest, DamagedSpeedSectionsAreNamed) {
                         Case{"1,0,1,2,3,3|", "record 1: at a speed of 0"},
                         Case{"|" + good, "record 1: the VideoID cannot be read"},
                         Case{good + "1,0.5,1", "record 2: does not end with a bar"}}) {
-    EXPECT_THAT(Messages(CheckSlowInfoText, c.text), ElementsAre(HasSubstr(c.message))) << c.text;
+    EXPECT_THAT(Sections(c.text), ElementsAre(HasSubstr(c.message))) << c.text;
   }
 }
 
@@ -103,12 +113,12 @@ TEST(PainterTextCheckTest, ManyProblemsAreCountedAndLimitsAreNamed) {
     for (std::size_t i = 0; i < times; ++i) all += text;
     return all;
   };
-  const auto captions = Messages(CheckCaptionText, repeated(With("FontSize", "x"), 1000));
+  const auto captions = Captions(repeated(With("FontSize", "x"), 1000));
   EXPECT_EQ(captions.size(), 51u);
   EXPECT_THAT(captions.back(), HasSubstr("has 950 more problems"));
-  EXPECT_THAT(Messages(CheckCaptionText, kGood + repeated("<Caption></Caption>", overlay::kMaxCaptions)),
+  EXPECT_THAT(Captions(kGood + repeated("<Caption></Caption>", overlay::kMaxCaptions)),
               ElementsAre(HasSubstr("holds more than 200000 captions")));
-  EXPECT_THAT(Messages(CheckSlowInfoText, repeated("1,1,0,1,0,0|", 5000)),
+  EXPECT_THAT(Sections(repeated("1,1,0,1,0,0|", 5000)),
               ElementsAre(HasSubstr("holds more than 2048 records")));
 }
 

@@ -42,6 +42,7 @@ class ProjectCheckTest : public testing::Test {
   ProjectCheckTest() {
     m_folder.Write("a.mp4", "movie");
     project.videoTrack = ClipText("a.mp4", "0", "1001");
+    project.audioTrack = project.videoTrack;
     project.audio = "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>";
   }
   ProjectReport Check() { return CheckText(project.Text()); }
@@ -102,7 +103,7 @@ TEST_F(ProjectCheckTest, GoodProjectHasATimelineAndNoProblems) {
   project.videoTrack += ClipText("a.mp4", "2002", "3003") + ClipText("a.mp4", "-1", "-1");
   const ProjectReport report = Check();
   EXPECT_THAT(Lines(report), testing::IsEmpty());
-  ASSERT_EQ(report.clips.size(), 3u);
+  ASSERT_EQ(report.clips.size(), 4u);
   EXPECT_EQ(report.clips[1].firstFrame, 30);
   EXPECT_EQ(report.clips[1].frames, 30);
   EXPECT_NEAR(report.clips[1].sourceStart, 2.002, 1e-9);
@@ -123,11 +124,11 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
       {ClipText("b.mp4", "0", "1001"), "E VideoTrack/2 SourceFile ", false},
       {ClipText("a.mp4", "900", "900"),
        "W VideoTrack/2 EndTime does not lie after StartTime: the whole source is used", true},
-      {ClipText("a.mp4", "2000", "-1"), "W VideoTrack/2 StartTime is not used without EndTime", true},
+      {ClipText("a.mp4", "2000", "-1"), "W VideoTrack/2 EndTime is missing, so StartTime is not used", true},
       {ClipText("a.mp4", "1", "9"), "W VideoTrack/2 EndTime the clip is shorter than a frame", true},
       {ClipText("a.mp4", "3003", "6006"),
        "W VideoTrack/2 EndTime lies 2.006 s after the source's end: the last frame is held", true},
-      {"<string>a.mp4</string>", "W VideoTrack/2  is a string, not a dict: left out", true},
+      {"<string>a.mp4</string>", "W VideoTrack holds a string, not a dict: left out", true},
   };
   const std::string good = project.videoTrack;
   for (const Case& c : cases) {
@@ -146,13 +147,14 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
   const std::string socket = (m_folder.Path() / "socket").string();
   ASSERT_EQ(mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
   const Case cases[] = {
-      {&ProjectText::videoTrack, "", "E  holds no clip", false},
+      {&ProjectText::videoTrack, "", "E VideoTrack holds no clip", false},
       {&ProjectText::video, "", "E VideoOutputSettings is missing", false},
       {&ProjectText::video, "<key>Width</key><integer>64</integer>", "E TimeScale must be above 0", false},
       {&ProjectText::video, "<key>Width</key><integer>641</integer>", "E Width must be even", false},
       {&ProjectText::video, "<key>interlace</key><true/>",
        "W interlace is an unknown key; did you mean Interlace?", false},
-      {&ProjectText::audio, "", "without AudioOutputSettings", true},
+      {&ProjectText::audio, "", "W AudioOutputSettings is missing: the clips of AudioTrack are not heard",
+       true},
       {&ProjectText::audioTrack, ClipText("", "0", "1001"), "E AudioTrack/1 SourceFile names no source",
        false},
       {&ProjectText::output, "", "E OutputFilePath names no file", false},
@@ -167,7 +169,7 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>"
        "<key>AudioCodecType</key><integer>3</integer><key>BitPerSample</key><integer>20</integer>",
        "E BitPerSample must be 16 or 24 for PCM, and is 20", false},
-      {&ProjectText::output, "out.m2ts", "W VideoSpecificationType asks for an MP4 file", true},
+      {&ProjectText::output, "out.m2ts", "W VideoSpecificationType an MP4 file is written", true},
       {&ProjectText::moreOutput, "<key>PainterEffect</key><string>none.vrx</string>", "W PainterEffect ",
        true},
   };
@@ -276,7 +278,7 @@ TEST_F(ProjectCheckTest, StillsThatLeaveFramesBlackOrSayWhatIsUnknownAreNamed) {
 
 TEST_F(ProjectCheckTest, UnreadableDocumentSaysWhy) {
   for (const auto& [text, line] : {std::pair{"", "the document is empty"},
-                                   {"<plist>\n<dict>", "line 2"},
+                                   {"<plist>\n<dict>", "(column 7)"},
                                    {"<plist><dict/></plist>", "E VRXWrapper is missing"}}) {
     EXPECT_THAT(Lines(CheckText(text)), ElementsAre(HasSubstr(line)));
   }
@@ -332,9 +334,9 @@ TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreReported) {
               ElementsAre(HasSubstr("no frame that is drawn on"), HasSubstr("in the order")));
   const ProjectReport nested = CheckCaptions(Caption(1000, 9000) + Caption(2000, 3000));
   EXPECT_THAT(Causes(nested), ElementsAre("", HasSubstr("earlier captions")));
-  EXPECT_THAT(Lines(nested), Contains(HasSubstr("caption 1 shows only in part")));
+  EXPECT_THAT(Lines(nested), ElementsAre(HasSubstr("caption 2 never shows: earlier captions")));
   const ProjectReport sound = CheckCaptions(Caption(0, 999) + Caption(1000, 2000) + Caption(2001, 3000) +
-                                            Caption(2500, 4000) + Caption(5000, 5033) + Caption(9000, 99000));
+                                            Caption(3000, 4000) + Caption(5000, 5033) + Caption(9000, 99000));
   EXPECT_THAT(Causes(sound), ElementsAre("", "", "", "", "", ""));
   EXPECT_THAT(Lines(sound), ElementsAre());
 }
@@ -356,7 +358,7 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
   const std::string width = "<key>GeneralInfo</key><dict><key>VideoWidth</key>";
   for (const Case& c :
        {Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is real instead of integer"},
-        Case{width + "<real>1</real></dict>", "GeneralInfo/VideoWidth is missing or cannot be read"},
+        Case{"<key>GeneralInfo</key><dict/>", "GeneralInfo/VideoWidth is missing or cannot be read"},
         Case{"<key>TennisMetaInfo</key><dict/>", "TennisMetaInfo/TrimedShift is missing"},
         Case{"<key>TemplateInfo</key><dict><key>LogDataArray</key><array><dict/></array></dict>",
              "LogDataArray/Duration is missing"},
@@ -378,7 +380,7 @@ TEST_F(ProjectCheckTest, MistakeInThePainterDocumentIsNamed) {
   EXPECT_THAT(Lines(CheckPainter("<plist><dict><key>x</key><true/></dict></plist>")),
               Contains(HasSubstr("PainterInfo is missing")));
   EXPECT_THAT(Lines(CheckPainter("<plist>")), Contains(HasSubstr("cannot be read as a painter document")));
-  EXPECT_THAT(Lines(CheckCaptions("junk")), Contains(HasSubstr("holds no <Caption>")));
+  EXPECT_THAT(Lines(CheckCaptions("junk")), Contains(HasSubstr("\"junk\" lies in no <Caption>")));
 }
 
 }  // namespace

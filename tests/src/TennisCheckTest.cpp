@@ -27,7 +27,9 @@ class TennisCheckTest : public testing::Test {
   std::vector<std::string> Messages(const std::string& data) {
     info.tennisMetaInfo.metaData = XpNarrowString(data).ToWide();
     std::vector<Problem> problems;
-    CheckTennis(info, u"/p.vrx", problems);
+    CheckTennis(
+        info, {.text = info.tennisMetaInfo.metaData, .file = u"/p.vrx", .key = u"TennisMetaData", .line = 4},
+        problems);
     std::vector<std::string> messages;
     for (const Problem& problem : problems) {
       EXPECT_EQ(std::tuple(problem.severity, problem.file),
