@@ -5,10 +5,10 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "foundation/platform/Paths.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
@@ -20,19 +20,21 @@ namespace vrx::host {
 namespace {
 
 struct CheckOptions {
-  std::string project;
+  std::vector<std::string> projects;
+  bool strict = false;  // warnings are a refusal
   bool json = false;
   bool allowMissing = false;  // still pictures that are missing are warnings
 };
 
-check::ProjectReport Inspect(const CheckOptions& options) {
-  const XpString project = platform::AbsolutePath(platform::PathFromNative(options.project));
+check::ProjectReport Inspect(const ProjectSource& project) {
   EngineModule engine;
   std::string cause;
   if (engine.Load(cause)) return InspectWhole(project, engine);
-  check::ProjectReport report = check::CheckProject(project, {});
-  report.problems.push_back(
-      {.severity = check::Severity::Error, .file = project, .message = XpNarrowString(cause).ToWide()});
+  check::ProjectReport report = check::CheckProject(project.GetInput(), {});
+  project.NameProblems(report);
+  report.problems.push_back({.severity = check::Severity::Error,
+                             .file = project.GetName(),
+                             .message = XpNarrowString(cause).ToWide()});
   report.SortProblems();
   return report;
 }
@@ -124,6 +126,10 @@ void PrintGpsClips(const check::ProjectReport& report) {
   }
 }
 
+void PrintHeader(const XpString& project, bool isFirst) {
+  std::printf("%sProject  %s\n", isFirst ? "" : "\n", Plain(project).c_str());
+}
+
 void PrintText(const check::ProjectReport& report) {
   if (report.videoSettings) PrintOutput(report);
   if (!report.clips.empty()) PrintTimeline(report);
@@ -139,25 +145,37 @@ void PrintText(const check::ProjectReport& report) {
 }
 
 int RunCheck(const CheckOptions& options) {
-  check::ProjectReport report = Inspect(options);
-  if (options.allowMissing) report.AllowMissingPictures();
-  if (options.json) {
-    PrintJson(ReportJson(options.project, report), 2);
-  } else {
+  const bool areSeveral = options.projects.size() > 1;
+  Json documents = Json::array();
+  int status = kDone;
+  for (const std::string& argument : options.projects) {
+    const ProjectSource project(argument);
+    check::ProjectReport report = Inspect(project);
+    if (options.allowMissing) report.AllowMissingPictures();
+    if (report.HasErrors() || (options.strict && report.HasWarnings())) status = kFailed;
+    if (options.json) {
+      documents.push_back(ReportJson(argument, report));
+      continue;
+    }
+    if (areSeveral) PrintHeader(project.GetName(), &argument == &options.projects.front());
     PrintText(report);
   }
-  return report.HasErrors() ? kFailed : kDone;
+  if (options.json) PrintJson(areSeveral ? documents : documents.front(), 2);
+  return status;
 }
 
 }  // namespace
 
 CommandRun AddCheck(CLI::App& command) {
   const auto options = std::make_shared<CheckOptions>();
-  command.add_option("PROJECT", options->project, "The project document")->required();
-  command.add_flag("--json", options->json, "Print one JSON document");
+  command.add_option("PROJECT", options->projects, "The project document, or several; - for standard input")
+      ->required();
+  command.add_flag("--json", options->json, "Print one JSON document; for several projects an array");
   command.add_flag("--allow-missing", options->allowMissing,
                    "Make warnings of still pictures that are missing");
-  command.footer("Exit status: 0 the project can be rendered, 1 it cannot, 2 wrong use.");
+  command.add_flag("--strict", options->strict, "Fail for warnings as well");
+  command.footer(
+      "Exit status: 0 every project can be rendered, 1 one cannot, or has a warning with --strict, 2 wrong use.");
   return [options] { return RunCheck(*options); };
 }
 

@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
+#include "host/ArgumentChecks.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
@@ -107,21 +108,22 @@ std::string CauseWithout(const XpString& project, std::int64_t frame, std::int64
 }
 
 /// Why the engine gave no picture.
-std::string EngineCause(const XpString& project, EngineModule& engine) {
+std::string EngineCause(const ProjectSource& project, const check::ProjectReport& report, EngineModule& engine) {
   std::string cause = "the conversion engine gives no cause";
   for (const EngineLine& line : engine.TakeLines()) {
-    if (line.severity == VRXLogError) cause = ProblemText(ProblemOf(project, line));
+    if (line.severity == VRXLogError) cause = ProblemText(ProblemOf(project, report, line));
   }
   return cause;
 }
 
 int RunFrame(const FrameOptions& options) {
-  const XpString project = platform::AbsolutePath(platform::PathFromNative(options.project));
+  const ProjectSource source(options.project);
+  const XpString& project = source.GetName();
   EngineModule engine;
   std::string cause;
   if (!engine.Load(cause)) return Fail(cause);
   engine.Listen({});
-  const check::ProjectReport report = InspectQuickly(project, engine);
+  const check::ProjectReport report = InspectQuickly(source, engine);
   if (cause = CauseWithout(project, report); !cause.empty()) return Fail(cause);
   const VRXVideoOutputSetting& video = *report.videoSettings;
   const std::int64_t frame =
@@ -133,7 +135,7 @@ int RunFrame(const FrameOptions& options) {
   }
   engine.TakeLines();
   job::RenderJob job;
-  job.Load(project);
+  job.Load(source.GetPath());
   if (!job.IsUsable()) return Fail(Utf8(project) + ": changed while it was read");
   const auto width = static_cast<std::uint32_t>(video.width);
   const auto height = static_cast<std::uint32_t>(video.height);
@@ -143,7 +145,7 @@ int RunFrame(const FrameOptions& options) {
     DrawOverlay(job, frame, pixels);
   } else {
     if (!engine.RenderFrame(*job.GetTimeline(), *job.GetSystemOutput(), frame, pixels)) {
-      return Fail(EngineCause(project, engine));
+      return Fail(EngineCause(source, report, engine));
     }
     TurnOver(pixels, width);
   }
@@ -153,20 +155,13 @@ int RunFrame(const FrameOptions& options) {
   return kDone;
 }
 
-/// Empty when the text is a time that a movie can have.
-std::string CheckSeconds(const std::string& text) {
-  double seconds = 0.0;
-  const bool isTime = CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) && seconds >= 0.0;
-  return isTime ? "" : text + " is no number of seconds from 0 on";
-}
-
 }  // namespace
 
 CommandRun AddFrame(CLI::App& command) {
   const auto options = std::make_shared<FrameOptions>();
   command.add_option("PROJECT", options->project, "The project document")->required();
   CLI::Option* frame = command.add_option("--frame", options->frame, "Number of the frame, from 0")
-                           ->check(CLI::NonNegativeNumber);
+                           ->check(CheckCount);
   command.add_option("--time", options->seconds, "Seconds on the movie's clock, instead of --frame")
       ->check(CheckSeconds)
       ->excludes(frame);

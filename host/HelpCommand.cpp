@@ -3,9 +3,11 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "host/ArgumentChecks.h"
 #include "host/Console.h"
 
 namespace vrx::host {
@@ -17,12 +19,14 @@ int RunHelp(const CLI::App& app, const std::string& topic) {
     std::fputs(app.get_formatter()->make_help(&app, "vrx", CLI::AppFormatMode::Normal).c_str(), stdout);
     return kDone;
   }
+  std::vector<std::string> names;
   for (const CLI::App* command : app.get_subcommands(nullptr)) {
+    names.push_back(command->get_name());
     if (command->get_name() != topic) continue;
     std::fputs(command->help("vrx").c_str(), stdout);
     return kDone;
   }
-  Say("there is no command " + topic);
+  Say("there is no command " + topic + Suggestion(topic, names));
   return kWrongUse;
 }
 

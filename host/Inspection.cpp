@@ -21,45 +21,65 @@ check::Severity SeverityOf(VRXLogSeverity severity) {
 }
 
 /// Lets the engine open the whole job, which finds what only the engine can know.
-void TryJob(const XpString& project, EngineModule& engine, check::ProjectReport& report) {
+void TryJob(const ProjectSource& project, EngineModule& engine, check::ProjectReport& report) {
   job::RenderJob job;
-  job.Load(project);
+  job.Load(project.GetPath());
   if (!job.IsUsable()) return;
   engine.TakeLines();
   const std::int32_t result = engine.Try(*job.GetTimeline(), *job.GetSystemOutput());
   for (const EngineLine& line : engine.TakeLines()) {
-    if (line.severity != VRXLogInfo) report.problems.push_back(ProblemOf(project, line));
+    if (line.severity != VRXLogInfo) report.problems.push_back(ProblemOf(project, report, line));
   }
   if (result == VRXEngineOk || report.HasErrors()) return;
   report.problems.push_back({.severity = check::Severity::Error,
-                             .file = project,
+                             .file = project.GetName(),
                              .message = u"the conversion engine refuses the project"});
+}
+
+/// The movie has sound, but no clip that gives it any.
+bool LacksSound(const check::ProjectReport& report) {
+  return report.audioSettings && std::ranges::none_of(report.clips, [](const check::ClipRow& row) {
+           return row.track == project::kAudioTrack.name;
+         });
 }
 
 }  // namespace
 
-check::ProjectReport InspectQuickly(const XpString& project, const EngineModule& engine) {
-  check::ProjectReport report = check::CheckProject(project, {});
-  if (std::ranges::none_of(report.clips, &check::ClipRow::wholeSource)) return report;
-  return check::CheckProject(project, [&](const XpString& path) { return engine.Probe(path); });
+check::ProjectReport InspectQuickly(const ProjectSource& project, const EngineModule& engine) {
+  check::ProjectReport report = check::CheckProject(project.GetInput(), {});
+  const bool hasLengths = std::ranges::none_of(report.clips, &check::ClipRow::wholeSource);
+  if (!hasLengths || LacksSound(report)) {
+    report = check::CheckProject(project.GetInput(), [&](const XpString& path) { return engine.Probe(path); });
+  }
+  project.NameProblems(report);
+  return report;
 }
 
-check::ProjectReport InspectWhole(const XpString& project, EngineModule& engine) {
+check::ProjectReport InspectWhole(const ProjectSource& project, EngineModule& engine) {
   engine.Listen({});  // what it says of single sources is in the report already
   check::ProjectReport report = check::CheckProject(
-      project, [&](const XpString& path) { return engine.Probe(path); }, check::StillLook::Whole);
+      project.GetInput(), [&](const XpString& path) { return engine.Probe(path); }, check::StillLook::Whole);
+  project.NameProblems(report);
   if (report.FindError(false) == nullptr) TryJob(project, engine, report);
   report.SortProblems();
   return report;
 }
 
-check::Problem ProblemOf(const XpString& project, const EngineLine& line) {
+check::Problem ProblemOf(const ProjectSource& project, const check::ProjectReport& report,
+                         const EngineLine& line) {
   check::Problem problem{
-      .severity = SeverityOf(line.severity), .file = project, .message = XpNarrowString(line.text).ToWide()};
+      .severity = SeverityOf(line.severity),
+      .file = project.GetName(),
+      .message = XpNarrowString(line.text).ToWide()};
   if (line.track == VRXNoTrack || line.clip == 0) return problem;
   problem.track = line.track == VRXAudioTrack ? project::kAudioTrack.name : project::kVideoTrack.name;
   problem.clip = line.clip;
   problem.key = project::kSourceFile.name;
+  const auto isClip = [&](const check::ClipRow& row) {
+    return row.track == problem.track && row.clip == problem.clip;
+  };
+  const auto row = std::ranges::find_if(report.clips, isClip);
+  if (row != report.clips.end()) problem.line = row->line;
   return problem;
 }
 

@@ -15,6 +15,7 @@
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/log/LogChannel.h"
 #include "foundation/platform/Signals.h"
+#include "host/ArgumentChecks.h"
 #include "host/Console.h"
 
 namespace vrx::host {
@@ -181,7 +182,7 @@ CommandRun AddLogs(CLI::App& command) {
                                                       {"output", SfLogOutput},
                                                       {"database", SfLogDatabase}};
   command.add_option("--channel", options->channel, "Whose log")
-      ->transform(CLI::CheckedTransformer(channels))
+      ->transform(NamedValues(channels))
       ->type_name("CHANNEL")
       ->option_text("CHANNEL  output (renders; the default), importer, start, database");
   command.footer("Exit status: 0 done, 1 nothing was logged yet, 2 wrong use.");

@@ -13,6 +13,7 @@
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpPath.h"
 #include "host/Commands.h"
+#include "host/ArgumentChecks.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
 #include "host/PictureFile.h"
@@ -247,7 +248,7 @@ CommandRun AddMpo(CLI::App& mpo) {
                    "The JPEG file to write, or a folder: of several pictures each gets a file there")
       ->required();
   CLI::Option* frame = extract->add_option("--frame", options->frame, "This frame only, from 0")
-                           ->check(CLI::NonNegativeNumber)
+                           ->check(CheckCount)
                            ->option_text("N");
   extract->add_flag("--all", options->all, "Also pictures that are parts of others, such as thumbnails")
       ->excludes(frame);

@@ -1,15 +1,17 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <future>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "foundation/platform/Paths.h"
 #include "foundation/text/XpFormat.h"
+#include "host/ArgumentChecks.h"
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/EngineModule.h"
@@ -24,7 +26,8 @@ namespace vrx::host {
 namespace {
 
 struct RenderOptions {
-  std::string project;
+  std::vector<std::string> projects;
+  bool strict = false;  // warnings are a refusal
   ProgressStyle progress = ProgressStyle::Auto;
   bool quiet = false;
   bool allowMissing = false;  // still pictures that are missing do not fail the render
@@ -44,10 +47,10 @@ Problem Failure(const XpString& file, const XpString& message) {
 /// One `vrx render`, from the inspection of the project to the closing line.
 class RenderRun {
  public:
-  explicit RenderRun(const RenderOptions& options)
+  RenderRun(const RenderOptions& options, const ProjectSource& project)
       : m_options(options),
         m_progress(RenderProgress::Make(options.progress, options.quiet)),
-        m_project(platform::AbsolutePath(platform::PathFromNative(options.project))),
+        m_project(project),
         m_events(m_waiter) {}
   RenderRun(const RenderRun&) = delete;
   RenderRun& operator=(const RenderRun&) = delete;
@@ -65,9 +68,13 @@ class RenderRun {
       m_wrapper->Release();
       return Fail(XpErrNoObject, CauseOf(XpErrNoObject));
     }
+    for (const Problem& problem : m_report.problems) Show(problem);
+    if (m_options.strict && m_report.HasWarnings()) {
+      m_wrapper->Release();
+      return Refuse();
+    }
     ListenToEngine();
     m_wrapper->SetCallback(&m_events);
-    for (const Problem& problem : m_report.problems) Show(problem);
     m_progress->OnStart({Utf8(m_report.outputPath), m_report.totalFrames, m_report.totalSeconds});
     m_wrapper->StartRender();
     Follow();
@@ -93,9 +100,10 @@ class RenderRun {
     auto prepared = std::async(std::launch::async, [this] {
       const AtEnd atEnd{*this};
       m_engine.Listen({});  // what it says of a source now it says again when the render opens it
-      m_report = InspectQuickly(m_project, m_engine);
+      // What a strict render refuses has to be found before it begins.
+      m_report = m_options.strict ? InspectWhole(m_project, m_engine) : InspectQuickly(m_project, m_engine);
       if (m_options.allowMissing) m_report.AllowMissingPictures();
-      m_wrapper->SetProjectFile(m_project);
+      m_wrapper->SetProjectFile(m_project.GetPath());
       m_engine.TakeLines();
     });
     while (!m_isPrepared) {
@@ -106,7 +114,7 @@ class RenderRun {
 
   void ListenToEngine() {
     m_engine.Listen([this](const EngineLine& line) {
-      if (line.severity == VRXLogWarning) m_events.Add(ProblemOf(m_project, line));
+      if (line.severity == VRXLogWarning) m_events.Add(ProblemOf(m_project, m_report, line));
     });
   }
 
@@ -143,6 +151,9 @@ class RenderRun {
     for (const Problem& problem : m_state.problems) {
       if (!AddFound(problem)) continue;
       Show(m_found.back());
+      if (!m_options.strict || m_found.back().severity != Severity::Warning || m_isRefused) continue;
+      m_isRefused = true;
+      m_wrapper->Cancel();
     }
     if (!m_state.percent) return;
     m_hasStarted = true;
@@ -170,6 +181,7 @@ class RenderRun {
 
   int Finish() {
     if (m_state.error) return Fail(*m_state.error, CauseOf(*m_state.error));
+    if (m_isRefused) return Refuse();
     if (!m_events.IsComplete()) {
       if (!m_hasOutput) return kFailed;
       m_progress->OnCancelled();
@@ -187,6 +199,10 @@ class RenderRun {
                             " (--allow-missing accepts that)");
     }
     return isWhole && missing == 0 ? kDone : kFailed;
+  }
+
+  int Refuse() {
+    return Fail(XpErrFailed, Failure(m_project.GetName(), u"has warnings, which --strict refuses"));
   }
 
   static void AddToResult(const Problem& problem, RenderResult& result) {
@@ -213,7 +229,7 @@ class RenderRun {
     XpString message;
     XpFormat(message, u"the movie has %I64d frames, but the project asks for %I64d", result.frames,
              m_report.totalFrames);
-    result.problems.push_back(Failure(m_project, message));
+    result.problems.push_back(Failure(m_project.GetName(), message));
     return false;
   }
 
@@ -221,10 +237,10 @@ class RenderRun {
   Problem CauseOf(std::uint32_t code) {
     const Problem* shown = m_report.FindError(false);
     if (shown != nullptr && code != XpErrDiskFull) return *shown;
-    Problem cause = Failure(m_project, u"the conversion engine gives no cause");
+    Problem cause = Failure(m_project.GetName(), u"the conversion engine gives no cause");
     for (const EngineLine& line : m_engine.TakeLines()) {
       if (line.severity != VRXLogError || (line.clip == 0 && cause.clip != 0)) continue;
-      cause = ProblemOf(m_project, line);
+      cause = ProblemOf(m_project, m_report, line);
     }
     return cause;
   }
@@ -243,7 +259,7 @@ class RenderRun {
   const RenderOptions& m_options;
   InterruptWaiter m_waiter;
   std::unique_ptr<RenderProgress> m_progress;
-  const XpString m_project;
+  const ProjectSource& m_project;
   EngineModule m_engine;
   IVRXWrapper* m_wrapper = nullptr;
   ProjectReport m_report;
@@ -253,16 +269,39 @@ class RenderRun {
   std::atomic<bool> m_isPrepared = false;
   bool m_hasStarted = false;
   bool m_isCancelled = false;
+  bool m_isRefused = false;  // because of a warning during the render
   bool m_hasOutput = true;  // stdout can still be written to
 };
 
-int RunRender(const RenderOptions& options) { return RenderRun(options).Run(); }
+/// Which of several projects comes now.
+void PrintHeader(const RenderOptions& options, const ProjectSource& project) {
+  if (options.projects.size() == 1) return;
+  if (options.progress == ProgressStyle::JsonLines) {
+    PrintJson({{"event", "project"}, {"project", Utf8(project.GetName())}}, -1);
+  } else if (!options.quiet) {
+    std::printf("Project %s\n", Plain(project.GetName()).c_str());
+  }
+  std::fflush(stdout);
+}
+
+/// The worst exit status of the projects, which follow each other until one is cancelled.
+int RunRender(const RenderOptions& options) {
+  int status = kDone;
+  for (const std::string& argument : options.projects) {
+    const ProjectSource project(argument);
+    PrintHeader(options, project);
+    status = std::max(status, RenderRun(options, project).Run());
+    if (status == kCancelled) break;
+  }
+  return status;
+}
 
 }  // namespace
 
 CommandRun AddRender(CLI::App& command) {
   const auto options = std::make_shared<RenderOptions>();
-  command.add_option("PROJECT", options->project, "The project document")->required();
+  command.add_option("PROJECT", options->projects, "The project document, or several; - for standard input")
+      ->required();
   const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
                                                     {"bar", ProgressStyle::Bar},
                                                     {"json", ProgressStyle::JsonLines},
@@ -270,14 +309,16 @@ CommandRun AddRender(CLI::App& command) {
   command
       .add_option("--progress", options->progress,
                   "auto (a bar on a terminal), bar, json (one object a line) or none")
-      ->transform(CLI::CheckedTransformer(styles))
+      ->transform(NamedValues(styles))
       ->type_name("STYLE")
       ->option_text("STYLE");
   command.add_flag("--quiet", options->quiet, "Print errors only");
   command.add_flag("--allow-missing", options->allowMissing,
                    "Succeed although still pictures are missing: their frames are black");
+  command.add_flag("--strict", options->strict, "Write nothing when there are warnings");
   command.footer(
-      "Exit status: 0 done, 1 the render failed or a still picture is missing, 2 wrong use, 130 cancelled.");
+      "Exit status: 0 done, 1 a render failed, a still picture is missing, or there are warnings with --strict, "
+      "2 wrong use, 130 cancelled.");
   return [options] { return RunRender(*options); };
 }
 

@@ -12,6 +12,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/Paths.h"
 #include "gps/receiver/UtcTime.h"
+#include "host/ArgumentChecks.h"
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/FileCauses.h"
@@ -97,14 +98,14 @@ CommandRun AddTennis(CLI::App& tennis) {
       ->required();
   const std::map<std::string, std::int32_t> layouts{{"1", 1}, {"2", 2}};
   command->add_option("--layout", options->layout, "1 the full panel (the default), 2 the short one")
-      ->transform(CLI::CheckedTransformer(layouts))
+      ->transform(NamedValues(layouts))
       ->type_name("LAYOUT")
       ->option_text("LAYOUT");
   const std::map<std::string, std::int32_t> units{{"km/h", 0}, {"mph", 1}, {"knots", 2}};
   command
       ->add_option("--unit", options->unit,
                    "The unit in which speeds are shown: km/h (the default), mph or knots")
-      ->transform(CLI::CheckedTransformer(units))
+      ->transform(NamedValues(units))
       ->type_name("UNIT")
       ->option_text("UNIT");
   command

@@ -76,6 +76,10 @@ void ProjectReport::AllowMissingPictures() {
   SortProblems();
 }
 
+bool ProjectReport::HasWarnings() const {
+  return std::ranges::find(problems, Severity::Warning, &Problem::severity) != problems.end();
+}
+
 void ProjectReport::SortProblems() {
   std::ranges::stable_sort(problems, std::ranges::greater(), &Problem::severity);
 }
@@ -90,15 +94,16 @@ Problem RemarkOf(const XpString& file, const plist::Remark& remark) {
           .dictLine = remark.dictLine};
 }
 
-ProjectReport CheckProject(const XpString& path, const SourceProbe& probe, StillLook stills) {
+ProjectReport CheckProject(const ProjectInput& input, const SourceProbe& probe, StillLook stills) {
   ProjectReport report;
-  const XpString file = platform::AbsolutePath(path);
+  const XpString file = platform::AbsolutePath(input.path);
   TKLXOutputXml project;
   plist::Findings findings;
-  const XpResult result = project.LoadXmlFile(file, &findings);
+  const XpResult result = input.bytes != nullptr ? project.LoadXmlBytes(*input.bytes, &findings)
+                                                 : project.LoadXmlFile(file, &findings);
   // A document that lacks a part was read all the same; what it lacks is reported below.
   const bool wasRead = result == XpOk || result == XpErrNoObject || result == XpErrFileNotFound;
-  if (!wasRead || !XpPathIsFile(file)) {
+  if (!wasRead || (input.bytes == nullptr && !XpPathIsFile(file))) {
     report.problems.push_back(ReadFailure(file, result, findings.problem));
     return report;
   }

@@ -127,15 +127,25 @@ struct ProjectReport {
   const Problem* FindError(bool withMissingPictures) const;
   /// Makes warnings of the errors that only leave frames black.
   void AllowMissingPictures();
+  bool HasWarnings() const;
   void SortProblems();
 };
 
 /// How far still pictures are looked into: their size alone, or decoded as a render would.
 enum class StillLook { Size, Whole };
 
-/// Reads the document at `path` and inspects it with everything that it names. Each source is probed once; an
-/// empty `probe` only asks the file system.
-ProjectReport CheckProject(const XpString& path, const SourceProbe& probe,
+/// A document to inspect: the file at `path`, or bytes in memory as if they lay there.
+struct ProjectInput {
+  XpString path;
+  const std::vector<char>* bytes = nullptr;  // null for the file
+
+  ProjectInput(const XpString& documentPath, const std::vector<char>* documentBytes = nullptr)
+      : path(documentPath), bytes(documentBytes) {}
+};
+
+/// Reads the document and inspects it with everything that it names. Each source is probed once; an empty
+/// `probe` only asks the file system.
+ProjectReport CheckProject(const ProjectInput& input, const SourceProbe& probe,
                            StillLook stills = StillLook::Size);
 
 }  // namespace vrx::check
