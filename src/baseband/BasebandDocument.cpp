@@ -1,10 +1,13 @@
 #include "src/baseband/BasebandDocument.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
 #include <string_view>
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "foundation/text/NearestName.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/xml/XpXmlParser.h"
 
@@ -20,6 +23,9 @@ constexpr char16_t kSystemType[] = u"SystemType";
 constexpr char16_t kSourceType[] = u"SourceType";
 constexpr char16_t kTimeline[] = u"Timeline";
 constexpr char16_t kDecImage[] = u"DecImage";
+constexpr std::array<std::u16string_view, 10> kAttributes{u"ImageId",    u"ImagePath", u"InFrame",   u"OutFrame",
+                                                        u"RectTop",    u"RectBottom", u"RectLeft", u"RectRight",
+                                                        u"Mirror",     u"Rotation"};
 constexpr std::size_t kMostProblems = 100;  // of one document; a fatal one is always kept
 
 const DOMElement* FirstChild(const DOMElement* parent, std::u16string_view name) {
@@ -51,10 +57,13 @@ class Reader {
     }
     if (!CheckKind(*root)) return XpErrWrongElementType;
     for (const DOMElement* at = root->getFirstElementChild(); at; at = at->getNextElementSibling()) {
-      if (std::u16string_view(at->getNodeName()) == kTimeline) ReadTimeline(*at);
+      if (std::u16string_view(at->getNodeName()) == kTimeline) {
+        ReadTimeline(*at);
+      } else {
+        CheckName(*at, kTimeline);
+      }
     }
-    if (m_document.images.empty() && !m_failed)
-      Report(true, root, XpString(), u"holds no DecImage in a Timeline");
+    if (m_document.images.empty() && !m_failed) ReportNoImage(*root);
     return m_failed ? XpErrWrongRoot : XpOk;
   }
 
@@ -76,14 +85,39 @@ class Reader {
       Report(true, &root, XpString(), u"is not the element VRXBaseband");
       return false;
     }
-    const DOMElement* type = FirstChild(FirstChild(&root, kProperties), kBasebandType);
+    const DOMElement* properties = FirstChild(&root, kProperties);
+    const DOMElement* type = FirstChild(properties, kBasebandType);
     if (type == nullptr) {
-      Report(true, &root, XpString(), u"has no BasebandType in its Properties");
+      const DOMElement& parent = properties == nullptr ? root : *properties;
+      const char16_t* wanted = properties == nullptr ? kProperties : kBasebandType;
+      for (const DOMElement* at = parent.getFirstElementChild(); at; at = at->getNextElementSibling()) {
+        CheckName(*at, wanted);
+      }
+      if (!MakeSuggestionFatal()) Report(true, &root, XpString(), u"has no BasebandType in its Properties");
       return false;
     }
     CheckValue(*type, kSystemType, u"Video");
     CheckValue(*type, kSourceType, u"ImageFile");
     return !m_failed;
+  }
+
+  /// Reports an element that is nearly called `wanted`.
+  void CheckName(const DOMElement& element, std::u16string_view wanted) {
+    const std::u16string_view name = element.getNodeName();
+    if (name == wanted || !NearestName(name, {&wanted, 1})) return;
+    m_suggestion = m_suggestion.value_or(m_document.problems.size());
+    Report(false, &element, XpString(), u"is an unknown element; did you mean " + XpString(wanted) + u"?");
+  }
+
+  /// What the document lacks is said by a suggestion, where there is one.
+  bool MakeSuggestionFatal() {
+    if (!m_suggestion || *m_suggestion >= m_document.problems.size()) return false;
+    m_document.problems[*m_suggestion].isFatal = m_failed = true;
+    return true;
+  }
+
+  void ReportNoImage(const DOMElement& root) {
+    if (!MakeSuggestionFatal()) Report(true, &root, XpString(), u"holds no DecImage in a Timeline");
   }
 
   void CheckValue(const DOMElement& element, const char16_t* name, const char16_t* wanted) {
@@ -96,7 +130,11 @@ class Reader {
 
   void ReadTimeline(const DOMElement& timeline) {
     for (const DOMElement* at = timeline.getFirstElementChild(); at; at = at->getNextElementSibling()) {
-      if (std::u16string_view(at->getNodeName()) == kDecImage) ReadImage(*at);
+      if (std::u16string_view(at->getNodeName()) == kDecImage) {
+        ReadImage(*at);
+      } else {
+        CheckName(*at, kDecImage);
+      }
     }
   }
 
@@ -124,8 +162,15 @@ class Reader {
     m_document.images.push_back(image);
   }
 
-  void ReportMissing(const DOMElement& element, const char16_t* name) {
-    Report(true, &element, name, u"is missing");
+  void ReportMissing(const DOMElement& element, std::u16string_view name) {
+    const xercesc::DOMNamedNodeMap* attributes = element.getAttributes();
+    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+      const std::u16string_view other = attributes->item(i)->getNodeName();
+      if (!NearestName(other, {&name, 1}) || std::ranges::find(kAttributes, other) != kAttributes.end()) continue;
+      return Report(true, &element, XpString(other),
+                    u"is an unknown attribute; did you mean " + XpString(name) + u"?");
+    }
+    Report(true, &element, XpString(name), u"is missing");
   }
 
   bool ReadNumber(const DOMElement& element, const char16_t* name, std::int64_t& value) {
@@ -151,6 +196,7 @@ class Reader {
   const xml::XmlDocument& m_source;
   BasebandDocument& m_document;
   bool m_failed = false;
+  std::optional<std::size_t> m_suggestion;  // the first problem of an element that is misspelt
 };
 
 void ReportUnreadable(const xml::XmlProblem& problem, const XpString& otherwise, BasebandDocument& document) {

@@ -15,12 +15,23 @@ namespace {
 
 using namespace overlay;
 
+constexpr double kRoom = 1.5;             // a clip may be so much longer than its log
 constexpr double kNoticedSeconds = 10.0;  // a log may begin or end so much inside its clip without a word
 
 XpString Clock(double seconds) {
   const auto whole = std::max<std::int64_t>(Saturate<std::int64_t>(seconds), 0);
   XpString text;
   XpFormat(text, u"%I64d:%02I64d", whole / 60, whole % 60);
+  return text;
+}
+
+/// A question after a time in seconds that lies far behind `most`, and would not as milliseconds.
+XpString MeantSeconds(double seconds, double most) {
+  constexpr double kFar = 100.0;
+  constexpr double kMillisecond = 1e-3;
+  XpString text;
+  if (seconds < most * kFar || seconds * kMillisecond > most) return text;
+  XpFormat(text, u"; it counts in seconds: was %.6g meant?", seconds * kMillisecond);
   return text;
 }
 
@@ -78,6 +89,11 @@ class GpsChecker {
       Warn(XpString(kTemplateInfo.name) + u"/" + kDrawEndTime.name,
            u"does not lie after DrawStartTime: the clock of the GPS overlay does not run");
     }
+    if (m_report.totalSeconds > 0 && look.drawStartTime >= m_report.totalSeconds) {
+      XpFormat(message, u"is %.6g s, after the movie's end: nothing is drawn%s", look.drawStartTime,
+               MeantSeconds(look.drawStartTime, m_report.totalSeconds));
+      Warn(XpString(kTemplateInfo.name) + u"/" + kDrawStartTime.name, message);
+    }
     if (m_sections.empty()) {
       Warn(kSlowInfoData.name,
            u"has no record: it says when each clip is current, and without it only a clip of VideoID 0 is");
@@ -126,7 +142,8 @@ class GpsChecker {
                  u"its log begins late, at " + Clock(row.firstFixSeconds) + u" of the clip");
     } else if (row.lastFixSeconds + kNoticedSeconds < row.clipSeconds) {
       WarnOfClip(clip, kOriginalDateTime,
-                 u"its log ends early, at " + Clock(row.lastFixSeconds) + u" of " + Clock(row.clipSeconds));
+                 u"its log ends early, at " + Clock(row.lastFixSeconds) + u" of " + Clock(row.clipSeconds) +
+                     MeantSeconds(row.clipSeconds, row.lastFixSeconds * kRoom));
     }
     if (row.shown.empty() && !m_sections.empty()) {
       WarnOfClip(clip, kVideoID, u"no record of SlowInfoData names it: it is never current");

@@ -6,7 +6,9 @@
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/text/XpFormat.h"
 #include "overlay/document/PainterKeys.h"
-#include "src/check/CaptionShowCheck.h"
+#include "drawing/pango/PangoTextRenderer.h"
+#include "overlay/caption/CaptionLayout.h"
+#include "src/check/CaptionLookCheck.h"
 #include "src/check/DocumentParts.h"
 #include "src/check/GpsCheck.h"
 #include "src/check/PainterDocumentCheck.h"
@@ -19,6 +21,8 @@
 
 namespace vrx::check {
 namespace {
+
+constexpr std::int32_t kMargins = 2 * overlay::kCaptionFrameMargin;
 
 class OverlayChecker {
  public:
@@ -136,11 +140,10 @@ class OverlayChecker {
 
   /// Captions keep a margin on each side.
   void CheckRoom(const PainterInfo& info) {
-    constexpr std::int32_t kMargins = 20;  // pixels, both sides together
     if (!info.captionInfo.valid) return;
     const VRXVideoOutputSetting& video = *m_report.videoSettings;
     const XpString& path = m_report.painterPath;
-    if (video.width <= kMargins || video.height <= kMargins) {
+    if (!HasRoom()) {
       return Report(path, Severity::Warning, overlay::kCaptionInfo,
                     u"captions do not show in a movie of 20 pixels or less on a side");
     }
@@ -149,9 +152,7 @@ class OverlayChecker {
     constexpr double kNoticed = 0.1;
     const double squeeze =
         static_cast<double>(video.width - kMargins) / (video.height - kMargins) / kCanvasShape;
-    const auto shows = [](const CaptionRow& row) { return row.hiddenBecause.IsEmpty(); };
-    if (info.captionInfo.keepShape || std::abs(squeeze - 1.0) < kNoticed) return;
-    if (std::ranges::none_of(m_report.captions, shows)) return;
+    if (info.captionInfo.keepShape || std::abs(squeeze - 1.0) < kNoticed || !HasCaptions()) return;
     XpString message;
     XpFormat(message,
              u"the letters are %.2f times as wide as usual, since the movie is not 16 by 9 (KeepShape "
@@ -178,7 +179,23 @@ class OverlayChecker {
     }
     if (!info.captionInfo.valid || !movie.IsUsable()) return;
     const bool hasMovie = m_report.totalFrames > 0;
-    CheckCaptionsShow({info, plan, frame, places, m_areClipsPlaced && hasMovie}, m_report);
+    const CaptionShow show{info, plan, frame, places, m_areClipsPlaced && hasMovie};
+    CheckCaptionsShow(show, m_report);
+    if (!HasRoom() || !HasCaptions()) return;
+    const auto fonts = drawing::FontCheck::OfSystem();
+    drawing::PangoTextRenderer renderer;
+    CheckCaptionsLook(show, *fonts, renderer, m_report);
+  }
+
+  /// Captions that show.
+  bool HasCaptions() const {
+    const auto shows = [](const CaptionRow& row) { return row.hiddenBecause.IsEmpty(); };
+    return std::ranges::any_of(m_report.captions, shows);
+  }
+
+  /// For captions.
+  bool HasRoom() const {
+    return m_report.videoSettings->width > kMargins && m_report.videoSettings->height > kMargins;
   }
 
   const XpString& m_file;

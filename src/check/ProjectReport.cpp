@@ -1,6 +1,7 @@
 #include "src/check/ProjectReport.h"
 
 #include <algorithm>
+#include <map>
 
 #include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
@@ -81,7 +82,12 @@ bool ProjectReport::HasWarnings() const {
 }
 
 void ProjectReport::SortProblems() {
-  std::ranges::stable_sort(problems, std::ranges::greater(), &Problem::severity);
+  std::map<XpString, std::size_t> documents;  // in the order in which the inspection came to them
+  for (const Problem& problem : problems) documents.try_emplace(problem.file, documents.size());
+  std::ranges::stable_sort(problems, [&](const Problem& a, const Problem& b) {
+    if (a.severity != b.severity) return a.severity > b.severity;
+    return std::pair(documents[a.file], a.line) < std::pair(documents[b.file], b.line);
+  });
 }
 
 Problem RemarkOf(const XpString& file, const plist::Remark& remark) {

@@ -128,6 +128,7 @@ struct ProjectReport {
   /// Makes warnings of the errors that only leave frames black.
   void AllowMissingPictures();
   bool HasWarnings() const;
+  /// By severity, document and line.
   void SortProblems();
 };
 

@@ -16,3 +16,10 @@ inline std::string BasebandText(const std::string& images) {
          "<BasebandType SystemType=\"Video\" SourceType=\"ImageFile\"/></Properties><Timeline>\n" +
          images + "</Timeline></VRXBaseband>\n";
 }
+
+/// A picture of one pixel.
+inline std::string PixelBmp() {
+  using namespace std::string_literals;
+  return "BM\x3A\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\1\0\0\0\1\0\x18\0"s + std::string(24, '\0') +
+         std::string(4, '\x7F');
+}

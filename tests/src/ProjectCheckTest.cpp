@@ -30,13 +30,6 @@ std::string Caption(int startMs, int endMs, int layout = 5, int videoId = 0, con
          "</VideoID></Caption>";
 }
 
-/// A picture of one pixel.
-std::string PixelBmp() {
-  using namespace std::string_literals;
-  return "BM\x3A\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\1\0\0\0\1\0\x18\0"s + std::string(24, '\0') +
-         std::string(4, '\x7F');
-}
-
 class ProjectCheckTest : public testing::Test {
  protected:
   ProjectCheckTest() {
@@ -282,7 +275,7 @@ TEST_F(ProjectCheckTest, UnreadableDocumentSaysWhy) {
                                    {"<plist><dict/></plist>", "E VRXWrapper is missing"}}) {
     EXPECT_THAT(Lines(CheckText(text)), ElementsAre(HasSubstr(line)));
   }
-  const ProjectReport missing = vrx::check::CheckProject(u"/no/such.vrx", {});
+  const ProjectReport missing = vrx::check::CheckProject(XpString(u"/no/such.vrx"), {});
   EXPECT_THAT(Lines(missing), ElementsAre(HasSubstr("does not exist")));
 }
 
