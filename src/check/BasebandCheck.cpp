@@ -31,7 +31,9 @@ class BasebandChecker {
       CheckImage(image);
       CheckPicture(image);
     }
-    if (result == XpOk) CheckSpans(document);
+    // What an element that is misspelt leaves open is no mistake of its own.
+    const auto isElement = [](const baseband::DocumentProblem& problem) { return problem.attribute.IsEmpty(); };
+    if (result == XpOk && std::ranges::none_of(document.problems, isElement)) CheckSpans(document);
   }
 
  private:
@@ -51,7 +53,8 @@ class BasebandChecker {
     if (!problem.element.IsEmpty() && problem.attribute.IsEmpty()) message = problem.element + u" ";
     message.Append(problem.message);
     if (!problem.isFatal) return Report(problem.line, problem.attribute, message);
-    message.Append(u": the document is not used, and the clip is black");
+    message.Append(message.AsView().ends_with(u'?') ? u" The" : u": the");
+    message.Append(u" document is not used, and the clip is black");
     Report({.severity = Severity::Error,
             .file = m_clip.document,
             .key = problem.attribute,

@@ -9,9 +9,11 @@
 
 #include "content/plist/PlistNumbers.h"
 #include "drawing/TextRenderer.h"
+#include "foundation/number/Saturate.h"
 #include "foundation/text/NearestName.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/text/XpPath.h"
+#include "overlay/caption/CaptionLayout.h"
 #include "overlay/document/CaptionItem.h"
 #include "src/check/CaptionEscapes.h"
 
@@ -123,6 +125,7 @@ class CaptionTextChecker {
   }
 
   void Add(const XpString& message, View place) {
+    ++m_problems;
     m_places.damaged.insert(m_number);
     m_report.Add(u"caption", m_number, message, m_lines.LineAt(place.data()));
   }
@@ -163,10 +166,20 @@ class CaptionTextChecker {
     std::vector<View> known;  // the elements that are read, tags included
     for (const CaptionField& field : CaptionFields()) {
       View text;
-      if (FindTagged(body, field.tag, text) != TagSearch::Found) continue;
+      if (FindTagged(body, field.tag, text) != TagSearch::Found) {
+        // The value of the caption before, which is wrong there.
+        if (m_damagedFields.contains(&field)) m_places.damaged.insert(m_number);
+        continue;
+      }
       known.emplace_back(text.data() - field.tag.open.size(),
                          field.tag.open.size() + text.size() + field.tag.close.size());
+      const std::size_t before = m_problems;
       CheckValue(field, text);
+      if (m_problems == before) {
+        m_damagedFields.erase(&field);
+      } else {
+        m_damagedFields.insert(&field);
+      }
     }
     CheckMissing(body, CheckUnknownTags(body, known));
   }
@@ -178,7 +191,8 @@ class CaptionTextChecker {
       const TagSearch found = FindTagged(body, field.tag, text);
       if (found == TagSearch::NoClosing) {
         const View from = body.substr(body.find(field.tag.open));
-        Add(ClosingTag(from, field.GetName(), field.tag) + u": the caption keeps the value of the one before",
+        Add(ClosingTag(from, field.GetName(), field.tag) +
+                (m_number == 1 ? u": it is not read" : u": the caption keeps the value of the one before"),
             from);
       } else if (found == TagSearch::NoOpening && m_number == 1 && !field.isOptional &&
                  !meant.contains(field.GetName())) {
@@ -196,7 +210,9 @@ class CaptionTextChecker {
       case CaptionValue::Name:
         return;
       case CaptionValue::Number:
-        ReadNumber(field, text, number);
+        if (ReadNumber(field, text, number) && !IsCaptionPlace(Saturate<std::int32_t>(number))) {
+          Add(NameOf(field) + u" is " + Quoted(text) + u", not one of 1 to 9: nothing is shown", text);
+        }
         return;
       case CaptionValue::Size:
         if (ReadNumber(field, text, number)) CheckFontSize(std::trunc(number), text);
@@ -285,8 +301,15 @@ class CaptionTextChecker {
 
   void CheckInteger(const CaptionField& field, double number, View text) {
     using Limits = std::numeric_limits<std::int32_t>;
-    if (number >= Limits::min() && number <= Limits::max()) return;
     XpString message;
+    // Whoever writes so few with a fraction thinks of seconds.
+    constexpr double kFew = 10;
+    if (std::trunc(number) != number && std::abs(number) < kFew) {
+      XpFormat(message, u"%s is %.6g: it counts as %.6g (times are milliseconds)", NameOf(field), number,
+               std::trunc(number));
+      return Add(message, text);
+    }
+    if (number >= Limits::min() && number <= Limits::max()) return;
     XpFormat(message, u"%s is %.6g: it counts as %d, the limit", NameOf(field), number,
              number < 0 ? Limits::min() : Limits::max());
     Add(message, text);
@@ -311,6 +334,8 @@ class CaptionTextChecker {
   TextReport& m_report;
   std::vector<View> m_names;  // of the tags in a caption
   std::size_t m_number = 0;   // of the caption, counted from 1
+  std::size_t m_problems = 0;
+  std::set<const CaptionField*> m_damagedFields;  // whose last value has a problem
   CaptionPlaces m_places;
   CaptionEscapes m_escapes;
 };

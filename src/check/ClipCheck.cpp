@@ -183,7 +183,7 @@ class ClipChecker {
       length = m_clock.TimeOf(frames);
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
-      if (isBaseband && length <= 0) Report(Severity::Error, kEndTime, u"must lie after StartTime");
+      if (isBaseband && length <= 0 && m_clock.IsUsable()) Report(Severity::Error, kEndTime, u"must lie after StartTime");
       CheckEnd(out, sourceSeconds);
       length = std::max<std::int64_t>(length, 0);
     }
@@ -193,6 +193,7 @@ class ClipChecker {
   }
 
   void CheckWholeSource(const TKLXOutputXmlInfo& clip, double sourceSeconds) {
+    if (!m_clock.IsUsable()) return;  // there is no frame to count in, which is said elsewhere
     const bool isEndSet = clip.endTime >= 0;
     if (!isEndSet && clip.startTime < 0) return;  // the plain way to ask for the whole source
     if (!isEndSet) {

@@ -18,6 +18,7 @@
 #include "src/overlayplan/OverlayRanges.h"
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::check {
 namespace {
@@ -124,6 +125,10 @@ class OverlayChecker {
   /// Overlays are placed by the times in the document, and those of a clip that is used whole do not tell its
   /// length.
   void CheckClipTimes() {
+    // Without a frame to count in no time means anything, which is said elsewhere.
+    const bool hasFrame = m_report.videoSettings &&
+                          timeline::FrameClock(m_report.videoSettings->frameDuration).IsUsable();
+    if (!hasFrame) return;
     for (const ClipRow& clip : m_report.clips) {
       if (!clip.wholeSource || !(clip.track == project::kVideoTrack.name)) continue;
       m_areClipsPlaced = false;
@@ -140,8 +145,9 @@ class OverlayChecker {
 
   /// Captions keep a margin on each side.
   void CheckRoom(const PainterInfo& info) {
-    if (!info.captionInfo.valid) return;
     const VRXVideoOutputSetting& video = *m_report.videoSettings;
+    const bool isUsable = limits::IsUsableSide(video.width) && limits::IsUsableSide(video.height);
+    if (!info.captionInfo.valid || !isUsable) return;
     const XpString& path = m_report.painterPath;
     if (!HasRoom()) {
       return Report(path, Severity::Warning, overlay::kCaptionInfo,

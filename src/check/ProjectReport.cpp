@@ -57,7 +57,9 @@ void CheckParts(const XpString& file, TKLXOutputXml& project, const SourceLook& 
   report.outputPath = project::ResolvePath(file, project.outputFilePath);
   report.inputs = project::ListInputFiles(file, project);
   CheckClips(file, project, look, report);
-  CheckOutput(file, report);
+  const plist::Key& output = project::kOutputSettings;
+  const XpIniElement* wrapper = project::Find(project.document.get(), project::kRoot);
+  if (project::Find(wrapper, output) != nullptr) CheckOutput(file, report);
   CheckOverlays(file, project, report);
 }
 

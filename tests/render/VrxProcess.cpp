@@ -11,7 +11,8 @@
 
 namespace {
 
-[[noreturn]] void Become(const VrxCall& call, int output, int errors) {
+[[noreturn]] void Become(const VrxCall& call, int input, int output, int errors) {
+  dup2(input, STDIN_FILENO);
   if (call.output == VrxCall::kClosed) {
     close(STDOUT_FILENO);
   } else {
@@ -36,10 +37,15 @@ namespace {
 VrxResult RunVrx(const VrxCall& call) {
   int output[2];
   std::FILE* errors = std::tmpfile();
-  if (errors == nullptr || pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("pipe");
+  std::FILE* input = std::tmpfile();
+  if (errors == nullptr || input == nullptr || pipe2(output, O_CLOEXEC) != 0)
+    throw std::runtime_error("pipe");
+  std::fwrite(call.input.data(), 1, call.input.size(), input);
+  std::rewind(input);
   const pid_t process = fork();
   if (process < 0) throw std::runtime_error("fork");
-  if (process == 0) Become(call, output[1], fileno(errors));
+  if (process == 0) Become(call, fileno(input), output[1], fileno(errors));
+  std::fclose(input);
   close(output[1]);
 
   VrxResult result;

@@ -20,6 +20,7 @@ struct VrxCall {
   std::string program;      // another copy of the program; empty for the built one
   std::string output;       // file that standard output goes to; kClosed for none; empty to read it
   int linesRead = -1;       // of standard output, which is closed after them; -1 for all
+  std::string input;        // on standard input
   static constexpr char kClosed[] = "-";
   /// Gets each line of standard output as it comes, with the process, to which it may send signals.
   std::function<void(const std::string& line, pid_t process)> onLine;

@@ -336,7 +336,7 @@ TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreReported) {
 
 TEST_F(ProjectCheckTest, HiddenCaptionsBeyondFiftyAreCounted) {
   std::string captions;
-  for (int i = 0; i < 1000; ++i) captions += Caption(1000, 2000, 0);
+  for (int i = 0; i < 1000; ++i) captions += Caption(2000, 1000);
   const ProjectReport report = CheckCaptions(captions);
   EXPECT_EQ(report.captions.size(), 1000u);
   EXPECT_LT(report.problems.size(), 60u);
