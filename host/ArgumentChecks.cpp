@@ -58,7 +58,8 @@ std::string CheckSeconds(const std::string& text) {
 }
 
 std::string CheckCount(const std::string& text) {
-  const bool isCount = !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+  const bool isCount =
+      !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
   return isCount ? "" : text + " is no whole number from 0 on";
 }
 

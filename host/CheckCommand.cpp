@@ -175,7 +175,8 @@ CommandRun AddCheck(CLI::App& command) {
                    "Make warnings of still pictures that are missing");
   command.add_flag("--strict", options->strict, "Fail for warnings as well");
   command.footer(
-      "Exit status: 0 every project can be rendered, 1 one cannot, or has a warning with --strict, 2 wrong use.");
+      "Exit status: 0 every project can be rendered, 1 one cannot, or has a warning with --strict, 2 wrong "
+      "use.");
   return [options] { return RunCheck(*options); };
 }
 

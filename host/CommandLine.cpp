@@ -60,7 +60,8 @@ std::string SuggestedOption(const CLI::App& app, std::span<char*> arguments) {
   }
   for (const std::string argument : arguments) {
     const std::string name = argument.substr(0, argument.find('='));
-    if (name.starts_with("--") && std::ranges::find(names, name) == names.end()) return Suggestion(name, names);
+    if (name.starts_with("--") && std::ranges::find(names, name) == names.end())
+      return Suggestion(name, names);
   }
   return {};
 }
@@ -72,8 +73,8 @@ int SayWrongUse(const NamedCommand& named, const std::string& line) {
 }
 
 int SayUnknown(const NamedCommand& named) {
-  return SayWrongUse(named, "there is no command " + named.unknown +
-                                Suggestion(named.unknown, CommandNames(*named.app)));
+  return SayWrongUse(
+      named, "there is no command " + named.unknown + Suggestion(named.unknown, CommandNames(*named.app)));
 }
 
 int SayWrongUse(const NamedCommand& named, std::span<char*> arguments, const CLI::ParseError& error) {

@@ -108,7 +108,8 @@ std::string CauseWithout(const XpString& project, std::int64_t frame, std::int64
 }
 
 /// Why the engine gave no picture.
-std::string EngineCause(const ProjectSource& project, const check::ProjectReport& report, EngineModule& engine) {
+std::string EngineCause(const ProjectSource& project, const check::ProjectReport& report,
+                        EngineModule& engine) {
   std::string cause = "the conversion engine gives no cause";
   for (const EngineLine& line : engine.TakeLines()) {
     if (line.severity == VRXLogError) cause = ProblemText(ProblemOf(project, report, line));
@@ -160,8 +161,8 @@ int RunFrame(const FrameOptions& options) {
 CommandRun AddFrame(CLI::App& command) {
   const auto options = std::make_shared<FrameOptions>();
   command.add_option("PROJECT", options->project, "The project document")->required();
-  CLI::Option* frame = command.add_option("--frame", options->frame, "Number of the frame, from 0")
-                           ->check(CheckCount);
+  CLI::Option* frame =
+      command.add_option("--frame", options->frame, "Number of the frame, from 0")->check(CheckCount);
   command.add_option("--time", options->seconds, "Seconds on the movie's clock, instead of --frame")
       ->check(CheckSeconds)
       ->excludes(frame);

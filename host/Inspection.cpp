@@ -49,7 +49,8 @@ check::ProjectReport InspectQuickly(const ProjectSource& project, const EngineMo
   check::ProjectReport report = check::CheckProject(project.GetInput(), {});
   const bool hasLengths = std::ranges::none_of(report.clips, &check::ClipRow::wholeSource);
   if (!hasLengths || LacksSound(report)) {
-    report = check::CheckProject(project.GetInput(), [&](const XpString& path) { return engine.Probe(path); });
+    report =
+        check::CheckProject(project.GetInput(), [&](const XpString& path) { return engine.Probe(path); });
   }
   project.NameProblems(report);
   return report;

@@ -42,7 +42,8 @@ std::string WithAbsolutePaths(const std::vector<char>& bytes, const XpString& fr
   for (const plist::Key& track : {project::kVideoTrack, project::kAudioTrack}) {
     const XpIniElement* clips = project::Find(wrapper, track);
     for (std::uint32_t i = 0; clips != nullptr && i < clips->GetCount(); ++i) {
-      if (clips->GetAt(i)->GetType() == XpIniType::Dict) MakeAbsolute(clips->GetAt(i), project::kSourceFile, from);
+      if (clips->GetAt(i)->GetType() == XpIniType::Dict)
+        MakeAbsolute(clips->GetAt(i), project::kSourceFile, from);
     }
   }
   const XpIniElement* output = project::Find(wrapper, project::kOutputSettings);

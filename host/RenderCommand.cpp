@@ -270,7 +270,7 @@ class RenderRun {
   bool m_hasStarted = false;
   bool m_isCancelled = false;
   bool m_isRefused = false;  // because of a warning during the render
-  bool m_hasOutput = true;  // stdout can still be written to
+  bool m_hasOutput = true;   // stdout can still be written to
 };
 
 /// Which of several projects comes now.
@@ -317,7 +317,8 @@ CommandRun AddRender(CLI::App& command) {
                    "Succeed although still pictures are missing: their frames are black");
   command.add_flag("--strict", options->strict, "Write nothing when there are warnings");
   command.footer(
-      "Exit status: 0 done, 1 a render failed, a still picture is missing, or there are warnings with --strict, "
+      "Exit status: 0 done, 1 a render failed, a still picture is missing, or there are warnings with "
+      "--strict, "
       "2 wrong use, 130 cancelled.");
   return [options] { return RunRender(*options); };
 }

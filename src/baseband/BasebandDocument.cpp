@@ -23,9 +23,9 @@ constexpr char16_t kSystemType[] = u"SystemType";
 constexpr char16_t kSourceType[] = u"SourceType";
 constexpr char16_t kTimeline[] = u"Timeline";
 constexpr char16_t kDecImage[] = u"DecImage";
-constexpr std::array<std::u16string_view, 10> kAttributes{u"ImageId",    u"ImagePath", u"InFrame",   u"OutFrame",
-                                                        u"RectTop",    u"RectBottom", u"RectLeft", u"RectRight",
-                                                        u"Mirror",     u"Rotation"};
+constexpr std::array<std::u16string_view, 10> kAttributes{
+    u"ImageId",    u"ImagePath", u"InFrame",   u"OutFrame", u"RectTop",
+    u"RectBottom", u"RectLeft",  u"RectRight", u"Mirror",   u"Rotation"};
 constexpr std::size_t kMostProblems = 100;  // of one document; a fatal one is always kept
 
 const DOMElement* FirstChild(const DOMElement* parent, std::u16string_view name) {
@@ -166,7 +166,8 @@ class Reader {
     const xercesc::DOMNamedNodeMap* attributes = element.getAttributes();
     for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
       const std::u16string_view other = attributes->item(i)->getNodeName();
-      if (!NearestName(other, {&name, 1}) || std::ranges::find(kAttributes, other) != kAttributes.end()) continue;
+      if (!NearestName(other, {&name, 1}) || std::ranges::find(kAttributes, other) != kAttributes.end())
+        continue;
       return Report(true, &element, XpString(other),
                     u"is an unknown attribute; did you mean " + XpString(name) + u"?");
     }

@@ -32,7 +32,9 @@ class BasebandChecker {
       CheckPicture(image);
     }
     // What an element that is misspelt leaves open is no mistake of its own.
-    const auto isElement = [](const baseband::DocumentProblem& problem) { return problem.attribute.IsEmpty(); };
+    const auto isElement = [](const baseband::DocumentProblem& problem) {
+      return problem.attribute.IsEmpty();
+    };
     if (result == XpOk && std::ranges::none_of(document.problems, isElement)) CheckSpans(document);
   }
 

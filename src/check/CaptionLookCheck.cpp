@@ -30,8 +30,8 @@ void ForUnusualCharacters(const XpString& text, Function take) {
   const std::u16string_view units = text.AsView();
   for (std::size_t i = 0; i < units.size(); ++i) {
     char32_t c = units[i];
-    const bool isPair = textcodec::IsHighSurrogate(c) && i + 1 < units.size() &&
-                        textcodec::IsLowSurrogate(units[i + 1]);
+    const bool isPair =
+        textcodec::IsHighSurrogate(c) && i + 1 < units.size() && textcodec::IsLowSurrogate(units[i + 1]);
     if (isPair) c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00u);
     if (c >= kFirst) take(c);
   }

@@ -183,7 +183,8 @@ class ClipChecker {
       length = m_clock.TimeOf(frames);
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
-      if (isBaseband && length <= 0 && m_clock.IsUsable()) Report(Severity::Error, kEndTime, u"must lie after StartTime");
+      if (isBaseband && length <= 0 && m_clock.IsUsable())
+        Report(Severity::Error, kEndTime, u"must lie after StartTime");
       CheckEnd(out, sourceSeconds);
       length = std::max<std::int64_t>(length, 0);
     }

@@ -85,14 +85,13 @@ class GpsChecker {
     }
     if (m_info.stringTable.empty()) Warn(kStringManager.name, u"holds no texts: readouts have no labels");
     const TemplateInfo& look = m_info.templateInfo;
-    if (look.drawEndTime <= look.drawStartTime) {
-      Warn(XpString(kTemplateInfo.name) + u"/" + kDrawEndTime.name,
-           u"does not lie after DrawStartTime: the clock of the GPS overlay does not run");
-    }
     if (m_report.totalSeconds > 0 && look.drawStartTime >= m_report.totalSeconds) {
       XpFormat(message, u"is %.6g s, after the movie's end: nothing is drawn%s", look.drawStartTime,
                MeantSeconds(look.drawStartTime, m_report.totalSeconds));
       Warn(XpString(kTemplateInfo.name) + u"/" + kDrawStartTime.name, message);
+    } else if (look.drawEndTime <= look.drawStartTime) {
+      Warn(XpString(kTemplateInfo.name) + u"/" + kDrawEndTime.name,
+           u"does not lie after DrawStartTime: the clock of the GPS overlay does not run");
     }
     if (m_sections.empty()) {
       Warn(kSlowInfoData.name,

@@ -129,7 +129,8 @@ class OutputChecker {
     XpFormat(message, u"%d bits a second are too few for the picture; were %d meant?", video.averageBitrate,
              video.averageBitrate * static_cast<std::int32_t>(kKilo));
     constexpr std::int32_t kLeastBitrate = 1000;  // that encoders take
-    Report(video.averageBitrate < kLeastBitrate ? Severity::Error : Severity::Warning, kAverageBitrate, message);
+    Report(video.averageBitrate < kLeastBitrate ? Severity::Error : Severity::Warning, kAverageBitrate,
+           message);
   }
 
   void CheckVideo(const VRXVideoOutputSetting& video) {

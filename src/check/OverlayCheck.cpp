@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "drawing/pango/PangoTextRenderer.h"
 #include "foundation/file/XpFileOperations.h"
 #include "foundation/text/XpFormat.h"
-#include "overlay/document/PainterKeys.h"
-#include "drawing/pango/PangoTextRenderer.h"
 #include "overlay/caption/CaptionLayout.h"
+#include "overlay/document/PainterKeys.h"
 #include "src/check/CaptionLookCheck.h"
 #include "src/check/DocumentParts.h"
 #include "src/check/GpsCheck.h"
@@ -126,8 +126,8 @@ class OverlayChecker {
   /// length.
   void CheckClipTimes() {
     // Without a frame to count in no time means anything, which is said elsewhere.
-    const bool hasFrame = m_report.videoSettings &&
-                          timeline::FrameClock(m_report.videoSettings->frameDuration).IsUsable();
+    const bool hasFrame =
+        m_report.videoSettings && timeline::FrameClock(m_report.videoSettings->frameDuration).IsUsable();
     if (!hasFrame) return;
     for (const ClipRow& clip : m_report.clips) {
       if (!clip.wholeSource || !(clip.track == project::kVideoTrack.name)) continue;

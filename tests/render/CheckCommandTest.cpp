@@ -74,8 +74,8 @@ Overlays of FOLDER/painter.vrx
 
 Problems
   error: FOLDER/photos.xml:2: VideoTrack clip 2: ImagePath FOLDER/none.png is left out: the file does not exist
-  warning: FOLDER/p.vrx: VideoTrack clip 3: EndTime does not say where the clip ends: overlays count it as empty and may be missing
-  note: FOLDER/p.vrx: AverageBitrate is not set: the engine codes at constant quality
+  warning: FOLDER/p.vrx:1: VideoTrack clip 3: EndTime does not say where the clip ends: overlays count it as empty and may be missing
+  note: FOLDER/p.vrx:1: AverageBitrate is not set: the engine codes at constant quality
 )");
   EXPECT_EQ(m_result.status, 1);
   EXPECT_THAT(Check({"--allow-missing"}), testing::HasSubstr("Problems\n  warning: FOLDER/photos.xml:2: "));
@@ -107,9 +107,9 @@ TEST_F(CheckCommandTest, JsonHoldsTheWholeProjectAndNullForWhatIsNotSet) {
       R"("shows": true}]},)"
       R"("problems": [{"severity": "error","file": "FOLDER/photos.xml","line": 2,"track": "VideoTrack",)"
       R"("clip": 2,"key": "ImagePath","message": "FOLDER/none.png is left out: the file does not exist"},)"
-      R"({"severity": "warning","file": "FOLDER/p.vrx","track": "VideoTrack","clip": 3,"key": "EndTime",)"
+      R"({"severity": "warning","file": "FOLDER/p.vrx","line": 1,"track": "VideoTrack","clip": 3,"key": "EndTime",)"
       R"("message": "does not say where the clip ends: overlays count it as empty and may be missing"},)"
-      R"({"severity": "note","file": "FOLDER/p.vrx","key": "AverageBitrate",)"
+      R"({"severity": "note","file": "FOLDER/p.vrx","line": 1,"key": "AverageBitrate",)"
       R"("message": "is not set: the engine codes at constant quality"}]})");
 }
 

@@ -51,10 +51,10 @@ TEST_F(RenderFaultTest, UnusableSourceIsNamedAndLeavesNoFile) {
     EXPECT_THAT(result.output, HasSubstr(R"("track":"VideoTrack","clip":2,"key":"SourceFile")")) << source;
     const VrxResult text = RunVrx({.arguments = {"render", Path("p.vrx")}});
     EXPECT_THAT(text.errors, HasSubstr("vrx: render failed (" + std::string(isMissing ? "0x8111" : "0x8003") +
-                                       "): " + Path("p.vrx") + ": VideoTrack clip 2: SourceFile "));
+                                       "): " + Path("p.vrx") + ":1: VideoTrack clip 2: SourceFile "));
     EXPECT_THAT(text.errors, HasSubstr(Path(source)));
     EXPECT_THAT(RunVrx({.arguments = {"check", Path("p.vrx")}}).output,
-                HasSubstr("error: " + Path("p.vrx") + ": VideoTrack clip 2: SourceFile " + Path(source)));
+                HasSubstr("error: " + Path("p.vrx") + ":1: VideoTrack clip 2: SourceFile " + Path(source)));
     ExpectNothingLeft(7);
   }
 }
@@ -182,13 +182,39 @@ TEST(CommandLineTest, ControlCharactersOfNamesStayOffTheTerminal) {
               HasSubstr("\\u001b[2J\\n\x7f\xc2\x9b\xe2\x80\xae\xe2\x81\xa6\xef\xbf\xbdä.vrx"));
 }
 
-TEST(CommandLineTest, WrongUseIsNamed) {
-  for (const auto& wrong : {std::vector<std::string>{},
-                            {"render"},
-                            {"paint", "a"},
-                            {"help", "paint"},
-                            {"render", "a", "--progress", "loud"}}) {
-    EXPECT_EQ(RunVrx({wrong}).status, 2) << testing::PrintToString(wrong);
+TEST(CommandLineTest, WrongUseIsNamedInOneLineWithWhatWasMeant) {
+  struct Case {
+    std::vector<std::string> arguments;
+    std::string line;
+  };
+  for (
+      const Case& c :
+      {Case{{}, "vrx needs a command; vrx --help shows the use"},
+       Case{{"render"}, "PROJECT is required; vrx render --help shows the use"},
+       Case{{"paint", "a"}, "there is no command paint; vrx --help shows the use"},
+       Case{{"rendr", "--help"}, "there is no command rendr; did you mean render? vrx --help shows the use"},
+       Case{{"gps", "shw"}, "there is no command shw; did you mean show? vrx gps --help shows the use"},
+       Case{{"help", "chek"}, "there is no command chek; did you mean check?"},
+       Case{{"check", "a", "--jsn"},
+            "The following argument was not expected: --jsn; did you mean --json? vrx check --help shows the "
+            "use"},
+       Case{{"render", "a", "--progress", "jsn"},
+            "--progress: jsn is none of auto, bar, json and none; did you mean json? vrx render --help shows "
+            "the use"},
+       Case{
+           {"frame", "a", "-o", "b", "--time", "1:02:03,5"},
+           "--time: 1:02:03,5 is no number of seconds from 0 on; did you mean 3723.5? vrx frame --help shows "
+           "the use"},
+       Case{{"frame", "a", "-o", "b", "--time", "1500ms"},
+            "--time: 1500ms is no number of seconds from 0 on; did you mean 1.5? vrx frame --help shows the "
+            "use"},
+       Case{{"frame", "a", "-o", "b", "--time", "soon"},
+            "--time: soon is no number of seconds from 0 on; vrx frame --help shows the use"},
+       Case{{"frame", "a", "-o", "b", "--frame", "-1"},
+            "--frame: -1 is no whole number from 0 on; vrx frame --help shows the use"}}) {
+    const VrxResult result = RunVrx({c.arguments});
+    EXPECT_EQ(result.errors, "vrx: " + c.line + "\n");
+    EXPECT_EQ(result.status, 2) << c.line;
   }
   EXPECT_EQ(RunVrx({{"help", "render"}}).status, 0);
   EXPECT_THAT(RunVrx({{"--version"}}).output, HasSubstr("vrx "));

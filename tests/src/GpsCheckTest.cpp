@@ -45,7 +45,8 @@ class GpsCheckTest : public testing::Test {
     return clip;
   }
   std::vector<std::string> Messages() {
-    report = {.painterPath = XpNarrowString((m_folder.Path() / "painter.xml").string()).ToWide()};
+    report = {.painterPath = XpNarrowString((m_folder.Path() / "painter.xml").string()).ToWide(),
+              .totalSeconds = 60};
     PainterInfo resolved = info;
     overlayplan::ResolveLogPaths(report.painterPath, resolved);
     CheckGps(resolved, sections, report);
@@ -97,7 +98,13 @@ TEST_F(GpsCheckTest, EachMistakeHasItsLine) {
        "VideoLayoutType is 0, which is no layout: no GPS overlay is drawn"},
       {[&] { info.videoLayoutType = 16; }, "VideoLayoutType is 16"},
       {[&] { info.stringTable.clear(); }, "StringManager holds no texts"},
-      {[&] { look.drawStartTime = 60; }, "TemplateInfo/DrawEndTime does not lie after DrawStartTime"},
+      {[&] { look.drawEndTime = 0; }, "TemplateInfo/DrawEndTime does not lie after DrawStartTime"},
+      {[&] { look.drawStartTime = 70; },
+       "TemplateInfo/DrawStartTime is 70 s, after the movie's end: nothing"},
+      {[&] { look.drawStartTime = 30'000, look.drawEndTime = 60'000; },
+       "it counts in seconds: was 30 meant?"},
+      {[&] { clip.duration = 40'000; },
+       "its log ends early, at 0:40 of 666:40; it counts in seconds: was 40 meant?"},
       {[&] { sections.clear(); }, "SlowInfoData has no record"},
       {[&] { clip.gpsLogFilePath = u""; }, "LogDataArray VideoID 3: GPSLogFilePath is empty"},
       {[&] { clip.gpsLogFilePath = u"none.mts"; }, "none.mts: no position is shown"},

@@ -86,6 +86,37 @@ TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
   }
 }
 
+TEST(PainterTextCheckTest, ProblemsKnowTheirLinesAndCaptionsTheirDamage) {
+  const std::string inherits = "\n<Caption><Text>x</Text></Caption>";
+  std::vector<Problem> problems;
+  const CaptionPlaces places =
+      CheckCaptionText({XpNarrowString("\n" + With("Text", "a\nb") + "\n" + With("LayoutType", "12") +
+                                       inherits + "\n" + kGood + inherits)
+                            .ToWide(),
+                        u"/p.vrx", u"CaptionString", 10},
+                       problems);
+  EXPECT_THAT(places.lines, ElementsAre(11u, 13u, 14u, 15u, 16u));
+  EXPECT_THAT(places.damaged, ElementsAre(2u, 3u));
+  ASSERT_EQ(problems.size(), 1u);
+  EXPECT_EQ(problems[0].line, 13u);
+  const auto sections = ProblemsOfSections("1,1,0,1,0,0|\n\n1,0,1,2,3,3|\n2,");
+  ASSERT_EQ(sections.size(), 2u);
+  EXPECT_EQ(sections[0].line, 12u);
+  EXPECT_EQ(sections[1].line, 13u);
+}
+
+TEST(PainterTextCheckTest, EscapesAreNamedOnceForEachKind) {
+  EXPECT_THAT(Captions(With("Text", "Fish & chips; a\\b C:\\new <3 {x} <bold> 5 > 4")), IsEmpty());
+  const auto problems = Captions(With("Text", "{\\an8}<i>a</i>") + With("Text", "&lt;b&gt;\\n") +
+                                 With("Text", "a<br/>b &#38; c"));
+  EXPECT_THAT(
+      problems,
+      ElementsAre(HasSubstr("caption 2: \"\\n\" is shown as it stands: a line break in the text begins "
+                            "a new line (more captions with such: 1)"),
+                  HasSubstr("caption 2: \"&lt;\" is shown as it stands: write the character itself (more"),
+                  HasSubstr("caption 1: \"{\\an8}\" is shown as it stands: text has no styles")));
+}
+
 TEST(PainterTextCheckTest, DamagedSpeedSectionsAreNamed) {
   const std::string good = "1,0.5,1.0,2.0,3.0,3.0|";
   EXPECT_THAT(Sections(""), IsEmpty());

@@ -232,6 +232,41 @@ TEST_F(ProjectCheckTest, SourceThatCannotGiveItsPictureOrColoursIsNamed) {
   ExpectLine("a.mp4 is no movie", false);
 }
 
+TEST_F(ProjectCheckTest, TimesInSecondsAndSoundWithoutATrackAreNamed) {
+  facts.videoSeconds = facts.audioSeconds = 500;
+  project.videoTrack = ClipText("a.mp4", "0", "120") + ClipText("a.mp4", "200", "400");
+  EXPECT_THAT(
+      Lines(Check()),
+      ElementsAre("W VideoTrack/1 EndTime every clip lasts less than a second (times are milliseconds; "
+                  "were 0 and 120000 meant?)"));
+  project.videoTrack += ClipText("a.mp4", "0", "2000");  // nobody cuts 2000 s from 500 s
+  project.audioTrack.clear();
+  EXPECT_THAT(Lines(Check()), ElementsAre(HasSubstr("AudioTrack holds no clip, so the movie is silent")));
+  facts.hasAudio = false;
+  EXPECT_THAT(Lines(Check()), testing::IsEmpty());
+  facts.hasAudio = true;
+  project.audio.clear();
+  EXPECT_THAT(Lines(Check()), ElementsAre(HasSubstr("the movie will have no sound")));
+}
+
+TEST_F(ProjectCheckTest, BitratesThatCanOnlyBeKilobitsAreNamed) {
+  const auto linesAt = [&](const std::string& size, const std::string& bitrate) {
+    project.video = size +
+                    "<key>TimeValue</key><integer>1</integer><key>TimeScale</key><integer>25</integer>"
+                    "<key>AverageBitrate</key><integer>" +
+                    bitrate + "</integer>";
+    return Lines(Check());
+  };
+  const std::string large = "<key>Width</key><integer>1920</integer><key>Height</key><integer>1080</integer>";
+  const std::string small = "<key>Width</key><integer>128</integer><key>Height</key><integer>96</integer>";
+  EXPECT_THAT(linesAt(large, "8000"),
+              ElementsAre(HasSubstr("W AverageBitrate 8000 bits a second are too few")));
+  EXPECT_THAT(linesAt(large, "60000"), ElementsAre(HasSubstr("were 60000000 meant?")));
+  EXPECT_THAT(linesAt(small, "128"), ElementsAre(HasSubstr("E AverageBitrate 128 bits a second")));
+  EXPECT_THAT(linesAt(large, "200000"), testing::IsEmpty());
+  EXPECT_THAT(linesAt(small, "20000"), testing::IsEmpty());
+}
+
 TEST_F(ProjectCheckTest, StillsThatLeaveFramesBlackOrSayWhatIsUnknownAreNamed) {
   struct Case {
     std::string images;
