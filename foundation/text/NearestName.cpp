@@ -1,9 +1,9 @@
 #include "foundation/text/NearestName.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <utility>
-#include <vector>
 
 namespace vrx {
 namespace {
@@ -17,9 +17,8 @@ char16_t Lower(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_
 
 std::size_t Distance(View a, View b) {
   // The rows of the last two characters of `a` and of the current one.
-  std::vector<std::size_t> before(b.size() + 1);
-  std::vector<std::size_t> last(b.size() + 1);
-  std::vector<std::size_t> row(b.size() + 1);
+  std::array<std::size_t, kLongestName + 1> rows[3];
+  std::size_t *before = rows[0].data(), *last = rows[1].data(), *row = rows[2].data();
   for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
   for (std::size_t i = 1; i <= a.size(); ++i) {
     std::swap(before, last);
@@ -51,7 +50,9 @@ std::optional<View> NearestName(View name, std::span<const View> names) {
   std::size_t least = AllowedMistakes(name.size()) + 1;
   if (name.size() > kLongestName) return nearest;
   for (const View candidate : names) {
-    if (candidate.size() > kLongestName) continue;
+    const std::size_t longer = std::max(name.size(), candidate.size());
+    // Each character more is a mistake at least.
+    if (longer > kLongestName || longer - std::min(name.size(), candidate.size()) >= least) continue;
     const std::size_t distance = Distance(name, candidate);
     if (distance >= least) continue;
     least = distance;

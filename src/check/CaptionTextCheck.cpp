@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <set>
 #include <span>
 #include <string_view>
@@ -27,6 +28,7 @@ constexpr std::size_t kMostQuoted = 24;  // code units of a text that is no numb
 constexpr double kPictureHeight = 1080;  // of the picture that font sizes are counted in
 constexpr double kLargestColor = 0xFFFFFF;
 constexpr double kWholePercent = 100;
+constexpr int kMostGuesses = 1000;  // of what a tag was meant to be; no text of a person has as many
 constexpr View kCaptionName = u"Caption";
 
 /// Cut to a length that a line of a report has room for.
@@ -52,9 +54,11 @@ View TakeTag(View& text, bool isClosing) {
   return {};
 }
 
-/// The name of the first tag in the text that is nearly `<meant>`; empty when there is none.
+/// The name of the first tag in the text that is nearly `<meant>`; empty when there is none among the first
+/// ones.
 View FindNearTag(View text, bool isClosing, View meant) {
-  for (View name; !(name = TakeTag(text, isClosing)).empty();) {
+  View name;
+  for (int i = 0; i < kMostGuesses && !(name = TakeTag(text, isClosing)).empty(); ++i) {
     if (name != meant && NearestName(name, {&meant, 1})) return name;
   }
   return {};
@@ -263,7 +267,7 @@ class CaptionTextChecker {
     for (View name; !(name = TakeTag(gap, false)).empty();) {
       if (std::ranges::find(m_names, name) != m_names.end()) continue;
       XpString message = u"<" + XpString(name) + u"> is an unknown tag";
-      if (const auto nearest = NearestName(name, m_names)) {
+      if (const auto nearest = m_guesses++ < kMostGuesses ? NearestName(name, m_names) : std::nullopt) {
         message = message + u"; did you mean <" + XpString(*nearest) + u">?";
         meant.insert(*nearest);
       } else {
@@ -335,6 +339,7 @@ class CaptionTextChecker {
   std::vector<View> m_names;  // of the tags in a caption
   std::size_t m_number = 0;   // of the caption, counted from 1
   std::size_t m_problems = 0;
+  int m_guesses = 0;
   std::set<const CaptionField*> m_damagedFields;  // whose last value has a problem
   CaptionPlaces m_places;
   CaptionEscapes m_escapes;

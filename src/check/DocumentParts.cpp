@@ -65,23 +65,31 @@ const DictPart* FindPart(std::span<const DictPart> parts, View key) {
 std::span<const DictPart> ProjectParts() { return kProjectParts; }
 std::span<const DictPart> PainterParts() { return kPainterParts; }
 
-const XpIniElement* FindClip(const XpIniDict& document, const XpString& track, std::uint32_t clip) {
-  const XpIniElement* array = document.Get(XpString(project::kRoot.name) + u"/" + track);
-  if (array == nullptr || array->GetType() != XpIniType::Array) return nullptr;
-  for (std::uint32_t i = 0; i < array->GetCount(); ++i) {
-    const XpIniElement* element = array->GetAt(i);
-    if (element->GetType() == XpIniType::Dict && --clip == 0) return element;
+DocumentLines::DocumentLines(const XpIniDict& document, std::span<const DictPart> parts)
+    : m_document(document), m_parts(parts) {
+  const XpIniElement* wrapper = Find(&document, project::kRoot);
+  for (const Key& key : {project::kVideoTrack, project::kAudioTrack}) {
+    Track& track = m_tracks.emplace_back(Track{key.name, {}});
+    const XpIniElement* array = Find(wrapper, key);
+    for (std::uint32_t i = 0; array != nullptr && i < array->GetCount(); ++i) {
+      const XpIniElement* element = array->GetAt(i);
+      if (element->GetType() == XpIniType::Dict) track.clips.push_back(element);
+    }
   }
-  return nullptr;
 }
 
-std::uint64_t LineOf(const XpIniDict& document, std::span<const DictPart> parts, const Problem& problem) {
-  const XpIniElement* dict = nullptr;
-  if (problem.clip != 0) {
-    dict = FindClip(document, problem.track, problem.clip);
-  } else if (const DictPart* part = FindPart(parts, problem.key.AsView())) {
-    dict = &Deepest(document, part->path);
+const XpIniElement* DocumentLines::FindDict(const Problem& problem) const {
+  if (problem.clip == 0) {
+    const DictPart* part = FindPart(m_parts, problem.key.AsView());
+    return part == nullptr ? nullptr : &Deepest(m_document, part->path);
   }
+  const auto track = std::ranges::find(m_tracks, problem.track, &Track::name);
+  return track == m_tracks.end() || problem.clip > track->clips.size() ? nullptr
+                                                                       : track->clips[problem.clip - 1];
+}
+
+std::uint64_t DocumentLines::LineOf(const Problem& problem) const {
+  const XpIniElement* dict = FindDict(problem);
   if (dict == nullptr) return 0;
   const View key = problem.key.AsView();
   const XpIniElement* element =
@@ -89,10 +97,24 @@ std::uint64_t LineOf(const XpIniDict& document, std::span<const DictPart> parts,
   return (element == nullptr ? dict : element)->GetLines().element;
 }
 
-void FillLines(const XpIniDict& document, std::span<const DictPart> parts, const XpString& file,
-               std::vector<Problem>& problems) {
+void DocumentLines::Fill(const XpString& file, std::vector<Problem>& problems) const {
   for (Problem& problem : problems) {
-    if (problem.line == 0 && problem.file == file) problem.line = LineOf(document, parts, problem);
+    if (problem.line == 0 && problem.file == file) problem.line = LineOf(problem);
+  }
+}
+
+void DocumentLines::FindClipOf(Problem& problem) const {
+  if (problem.key.IsEmpty()) return;
+  for (const Track& track : m_tracks) {
+    const auto isOf = [&](const XpIniElement* clip) {
+      const XpIniElement* element = clip->Get(problem.key);
+      return element != nullptr && element->GetLines().element == problem.line;
+    };
+    const auto found = std::ranges::find_if(track.clips, isOf);
+    if (found == track.clips.end()) continue;
+    problem.track = track.name;
+    problem.clip = static_cast<std::uint32_t>(found - track.clips.begin() + 1);
+    return;
   }
 }
 

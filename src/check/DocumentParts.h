@@ -21,15 +21,30 @@ struct DictPart {
 std::span<const DictPart> ProjectParts();
 std::span<const DictPart> PainterParts();
 
-/// The dict of a track's clip, counted from 1 among the track's dicts; null when there is none.
-const XpIniElement* FindClip(const XpIniDict& document, const XpString& track, std::uint32_t clip);
+/// The lines of a document, which must outlive this.
+class DocumentLines {
+ public:
+  DocumentLines(const XpIniDict& document, std::span<const DictPart> parts);
 
-/// The line of the key that the problem names, or else of the dict where it belongs; 0 for a problem without
-/// a place in the document.
-std::uint64_t LineOf(const XpIniDict& document, std::span<const DictPart> parts, const Problem& problem);
+  /// The line of the key that the problem names, or else of the dict where it belongs; 0 for a problem
+  /// without a place in the document.
+  std::uint64_t LineOf(const Problem& problem) const;
+  /// Gives the problems of `file` that have no line theirs.
+  void Fill(const XpString& file, std::vector<Problem>& problems) const;
+  /// Lets a problem that has a key and a line know the clip that they are of.
+  void FindClipOf(Problem& problem) const;
 
-/// Gives the problems of `file` that have no line theirs.
-void FillLines(const XpIniDict& document, std::span<const DictPart> parts, const XpString& file,
-               std::vector<Problem>& problems);
+ private:
+  /// The dicts of a track, which are its clips.
+  struct Track {
+    XpString name;
+    std::vector<const XpIniElement*> clips;
+  };
+  const XpIniElement* FindDict(const Problem& problem) const;
+
+  const XpIniDict& m_document;
+  std::span<const DictPart> m_parts;
+  std::vector<Track> m_tracks;
+};
 
 }  // namespace vrx::check

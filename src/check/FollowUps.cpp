@@ -1,7 +1,11 @@
 #include "src/check/FollowUps.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 namespace vrx::check {
 namespace {
@@ -24,33 +28,69 @@ View PartOf(const XpString& key) {
 
 bool IsRoot(const Problem& problem) { return !problem.meant.IsEmpty() || problem.dictLine != 0; }
 
-bool Causes(const Problem& root, const Problem& other) {
-  if (!(root.file == other.file)) return false;
-  if (root.dictLine != 0) return other.line == root.dictLine;
-  if (!root.meant.IsEmpty() && other.because == root.meant) return true;
-  if (NameOf(other.key) != root.meant.AsView()) return false;
-  if (root.line != 0 && other.line == root.line) return true;
-  const View a = PartOf(root.key);
-  const View b = PartOf(other.key);
-  const bool isSamePart = a.empty() || b.empty() || a == b;
-  return isSamePart && root.track == other.track && root.clip == other.clip;
-}
+/// The mistakes of a report, by what they can cause. Documents may have very many, so each question is
+/// answered by looking it up.
+class Roots {
+ public:
+  explicit Roots(std::vector<Problem>& problems) {
+    for (Problem& problem : problems) {
+      if (problem.dictLine != 0) m_dicts.try_emplace({problem.file, problem.dictLine}, &problem);
+      if (problem.meant.IsEmpty()) continue;
+      m_keys.try_emplace({problem.file, problem.meant.AsView()}, &problem);
+      m_places.try_emplace(PlaceOf(problem, problem.meant.AsView(), PartOf(problem.key)), &problem);
+      m_lines.try_emplace({problem.file, problem.meant.AsView(), problem.line}, &problem);
+    }
+  }
+
+  bool IsEmpty() const { return m_dicts.empty() && m_keys.empty(); }
+
+  /// The mistake because of which the problem is there; null when there is none.
+  Problem* Find(const Problem& problem) const {
+    const View name = NameOf(problem.key);
+    if (Problem* root = Get(m_dicts, {problem.file, problem.line})) return root;
+    if (Problem* root = Get(m_keys, {problem.file, problem.because.AsView()})) return root;
+    if (Problem* root = Get(m_lines, {problem.file, name, problem.line})) return root;
+    const View part = PartOf(problem.key);
+    if (Problem* root = Get(m_places, PlaceOf(problem, name, part))) return root;
+    if (!part.empty()) return Get(m_places, PlaceOf(problem, name, View()));
+    // A key that does not say its part can be of any.
+    const Place place = PlaceOf(problem, name, View());
+    const auto any = m_places.lower_bound(place);
+    const bool isSame = any != m_places.end() && std::get<0>(any->first) == std::get<0>(place) &&
+                        std::get<1>(any->first) == name && std::get<2>(any->first) == problem.track &&
+                        std::get<3>(any->first) == problem.clip;
+    return isSame ? any->second : nullptr;
+  }
+
+ private:
+  using Place = std::tuple<XpString, View, XpString, std::uint32_t, View>;
+
+  static Place PlaceOf(const Problem& problem, View name, View part) {
+    return {problem.file, name, problem.track, problem.clip, part};
+  }
+  template <class Map>
+  static Problem* Get(const Map& map, const typename Map::key_type& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? nullptr : found->second;
+  }
+
+  std::map<std::pair<XpString, std::uint64_t>, Problem*> m_dicts;
+  std::map<std::pair<XpString, View>, Problem*> m_keys;
+  std::map<std::tuple<XpString, View, std::uint64_t>, Problem*> m_lines;
+  std::map<Place, Problem*> m_places;
+};
 
 }  // namespace
 
 void DropFollowUps(std::vector<Problem>& problems) {
-  std::vector<Problem*> roots;
-  for (Problem& problem : problems) {
-    if (IsRoot(problem)) roots.push_back(&problem);
-  }
-  if (roots.empty()) return;
+  const Roots roots(problems);
+  if (roots.IsEmpty()) return;
   std::vector<bool> isDropped(problems.size());
   for (std::size_t i = 0; i < problems.size(); ++i) {
-    const Problem& other = problems[i];
-    if (IsRoot(other)) continue;
-    const auto root = std::ranges::find_if(roots, [&](const Problem* each) { return Causes(*each, other); });
-    if (root == roots.end()) continue;
-    (*root)->severity = std::max((*root)->severity, other.severity);
+    if (IsRoot(problems[i])) continue;
+    Problem* root = roots.Find(problems[i]);
+    if (root == nullptr) continue;
+    root->severity = std::max(root->severity, problems[i].severity);
     isDropped[i] = true;
   }
   std::size_t i = 0;

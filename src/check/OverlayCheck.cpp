@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 #include "drawing/pango/PangoTextRenderer.h"
 #include "foundation/file/XpFileOperations.h"
@@ -49,7 +50,7 @@ class OverlayChecker {
       Report(path, Severity::Warning, DecidingKey(m_document.GetDocument()),
              u"is missing or cannot be read: the movie will have no overlays");
     }
-    FillLines(m_document.GetDocument(), PainterParts(), path, m_report.problems);
+    DocumentLines(m_document.GetDocument(), PainterParts()).Fill(path, m_report.problems);
   }
 
  private:
@@ -129,14 +130,15 @@ class OverlayChecker {
     const bool hasFrame =
         m_report.videoSettings && timeline::FrameClock(m_report.videoSettings->frameDuration).IsUsable();
     if (!hasFrame) return;
+    std::set<std::uint32_t> said;  // clips whose end is in doubt already
+    for (const Problem& problem : m_report.problems) {
+      const bool isEnd = problem.track == project::kVideoTrack.name && problem.key == project::kEndTime.name;
+      if (isEnd) said.insert(problem.clip);
+    }
     for (const ClipRow& clip : m_report.clips) {
       if (!clip.wholeSource || !(clip.track == project::kVideoTrack.name)) continue;
       m_areClipsPlaced = false;
-      const auto isSaid = [&](const Problem& problem) {
-        return problem.track == clip.track && problem.clip == clip.clip &&
-               problem.key == project::kEndTime.name;
-      };
-      if (std::ranges::any_of(m_report.problems, isSaid)) continue;
+      if (said.contains(clip.clip)) continue;
       m_report.problems.push_back({Severity::Warning, m_file, clip.track, clip.clip, project::kEndTime.name,
                                    u"does not say where the clip ends: overlays count it as empty and may be "
                                    u"missing"});

@@ -35,21 +35,6 @@ Problem ReadFailure(const XpString& path, XpResult result, const xml::XmlProblem
   return failure;
 }
 
-/// Lets a remark know the clip whose key it is about.
-void FindClipOf(const XpIniDict& document, Problem& problem) {
-  if (problem.key.IsEmpty()) return;
-  for (const plist::Key& track : {project::kVideoTrack, project::kAudioTrack}) {
-    const XpIniElement* clip = nullptr;
-    for (std::uint32_t number = 1; (clip = FindClip(document, track.name, number)) != nullptr; ++number) {
-      const XpIniElement* element = clip->Get(problem.key);
-      if (element == nullptr || element->GetLines().element != problem.line) continue;
-      problem.track = track.name;
-      problem.clip = number;
-      return;
-    }
-  }
-}
-
 /// Everything that the project names.
 void CheckParts(const XpString& file, TKLXOutputXml& project, const SourceLook& look, ProjectReport& report) {
   report.videoSettings = std::move(project.videoSettings);
@@ -116,19 +101,19 @@ ProjectReport CheckProject(const ProjectInput& input, const SourceProbe& probe, 
     return report;
   }
   const XpIniDict& document = *project.document;
+  const DocumentLines lines(document, ProjectParts());
   for (const plist::Remark& remark : findings.remarks) {
     report.problems.push_back(RemarkOf(file, remark));
-    FindClipOf(document, report.problems.back());
+    lines.FindClipOf(report.problems.back());
   }
   CheckDocument(document, file, report.problems);
   if (project::Find(&document, project::kRoot) != nullptr) {
     CheckParts(file, project, {probe, stills}, report);
   }
   for (ClipRow& row : report.clips) {
-    row.line = LineOf(document, ProjectParts(),
-                      {.track = row.track, .clip = row.clip, .key = project::kSourceFile.name});
+    row.line = lines.LineOf({.track = row.track, .clip = row.clip, .key = project::kSourceFile.name});
   }
-  FillLines(document, ProjectParts(), file, report.problems);
+  lines.Fill(file, report.problems);
   DropFollowUps(report.problems);
   report.SortProblems();
   return report;
