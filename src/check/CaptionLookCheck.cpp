@@ -20,8 +20,10 @@ namespace {
 using drawing::FontFinding;
 using drawing::FontPresence;
 
-constexpr std::size_t kMostProblems = 50;   // of each kind
-constexpr std::size_t kMostMeasured = 500;  // captions that are laid out
+// What takes long is done for no more than a movie of people needs.
+constexpr std::size_t kMostProblems = 50;      // of each kind
+constexpr std::size_t kMostFaces = 100;        // whose fonts are looked for
+constexpr std::size_t kMostMeasured = 50'000;  // characters of captions that are laid out
 
 /// Calls `take` for the characters of a text that fonts may lack.
 template <class Function>
@@ -68,7 +70,9 @@ class LookChecker {
       ForUnusualCharacters(caption.text, [&](char32_t c) { face.characters.try_emplace(c, i); });
       CheckRoom(caption, i);
     }
+    std::size_t faces = 0;
     for (const auto& [name, face] : m_faces) {
+      if (++faces > kMostFaces) break;
       if (!name.IsEmpty()) CheckFace(name, face.caption);
       if (!face.characters.empty()) CheckCharacters(name, face);
     }
@@ -141,10 +145,13 @@ class LookChecker {
     const VRXVideoOutputSetting& video = *m_report.videoSettings;
     const overlay::CaptionCanvas canvas =
         overlay::MakeCaptionCanvas({video.width, video.height}, m_show.info.captionInfo.keepShape);
-    if (FitsSurely(caption, canvas.size) || m_measured++ >= kMostMeasured) return;
+    if (m_roomProblems >= kMostProblems || FitsSurely(caption, canvas.size)) return;
+    if (m_measured > kMostMeasured) return;
+    m_measured += std::min(caption.text.AsView().size(), drawing::kMaxTextUnits);
     KVSCaptionPainterLayoutBase fonts(m_show.info.captionInfo.layoutKind, video.width, video.height);
     const overlay::CaptionLayout layout = overlay::LayOutCaption(caption, canvas.size, m_renderer, fonts);
-    if (layout.hasAllLines || m_roomProblems++ >= kMostProblems) return;
+    if (layout.hasAllLines) return;
+    ++m_roomProblems;
     XpString message;
     XpFormat(message, u"is %d pixels high in a picture of %d: its last lines are left out",
              static_cast<std::int32_t>(layout.text.height), static_cast<std::int32_t>(canvas.size.height));
@@ -175,7 +182,7 @@ class LookChecker {
   ProjectReport& m_report;
   std::map<XpString, Face> m_faces;
   std::set<char32_t> m_missing;  // named already
-  std::size_t m_measured = 0;
+  std::size_t m_measured = 0;  // characters
   std::size_t m_faceProblems = 0;
   std::size_t m_characterProblems = 0;
   std::size_t m_roomProblems = 0;
