@@ -68,7 +68,10 @@ class RenderRun {
       m_wrapper->Release();
       return Fail(XpErrNoObject, CauseOf(XpErrNoObject));
     }
-    for (const Problem& problem : m_report.problems) Show(problem);
+    // What is only worth knowing is for `check`; of the clips it is said again as they are read.
+    for (const Problem& problem : m_report.problems) {
+      if (problem.severity != Severity::Note) Show(problem);
+    }
     if (m_options.strict && m_report.HasWarnings()) {
       m_wrapper->Release();
       return Refuse();
@@ -114,7 +117,8 @@ class RenderRun {
 
   void ListenToEngine() {
     m_engine.Listen([this](const EngineLine& line) {
-      if (line.severity == VRXLogWarning) m_events.Add(ProblemOf(m_project, m_report, line));
+      // An error is the cause of the end, which follows.
+      if (line.severity != VRXLogError) m_events.Add(ProblemOf(m_project, m_report, line));
     });
   }
 
@@ -175,7 +179,7 @@ class RenderRun {
   /// Errors that stop the render come as its cause.
   void Show(const Problem& problem) {
     const bool isError = problem.severity == Severity::Error;
-    if (isError ? !problem.isMissingPicture : problem.severity != Severity::Warning) return;
+    if (isError && !problem.isMissingPicture) return;
     if (isError || !m_options.quiet) m_progress->OnMessage(ProblemLine(problem));
   }
 

@@ -33,8 +33,8 @@ each in its own</Text><FontName>DejaVu Sans</FontName><FontSize>64</FontSize><La
 <Caption><Text>朝の光の中を走る</Text><FontName>Noto Sans CJK JP</FontName><FontSize>80</FontSize><LayoutType>8</LayoutType><FontColor>16777215</FontColor><LeftPos>14000</LeftPos><RightPos>15800</RightPos><VideoID>1</VideoID><Outline>0</Outline><Bold>0</Bold><Italic>0</Italic></Caption>
 <Caption><Text>الطريق إلى البحيرة</Text><FontName>Noto Sans Arabic</FontName><FontSize>80</FontSize><LayoutType>8</LayoutType><FontColor>16777215</FontColor><LeftPos>16000</LeftPos><RightPos>17800</RightPos><VideoID>1</VideoID></Caption>
 <Caption><Text>Almost there 🚗💨 🎉</Text><FontName>DejaVu Sans</FontName><FontSize>80</FontSize><LayoutType>8</LayoutType><FontColor>6349055</FontColor><LeftPos>18000</LeftPos><RightPos>19800</RightPos><VideoID>1</VideoID></Caption>
-<Caption><Text>The earlier caption wins</Text><FontName>DejaVu Sans</FontName><FontSize>64</FontSize><LayoutType>2</LayoutType><FontColor>16777215</FontColor><LeftPos>20000</LeftPos><RightPos>21000</RightPos><VideoID>1</VideoID></Caption>
-<Caption><Text>over this one, which shows when it has gone</Text><FontName>DejaVu Sans</FontName><FontSize>64</FontSize><LayoutType>2</LayoutType><FontColor>6349055</FontColor><LeftPos>20500</LeftPos><RightPos>22000</RightPos><VideoID>1</VideoID></Caption>
+<Caption><Text>One caption ends</Text><FontName>DejaVu Sans</FontName><FontSize>64</FontSize><LayoutType>2</LayoutType><FontColor>16777215</FontColor><LeftPos>20000</LeftPos><RightPos>21000</RightPos><VideoID>1</VideoID></Caption>
+<Caption><Text>and the next one begins</Text><FontName>DejaVu Sans</FontName><FontSize>64</FontSize><LayoutType>2</LayoutType><FontColor>6349055</FontColor><LeftPos>21100</LeftPos><RightPos>22000</RightPos><VideoID>1</VideoID></Caption>
 <Caption><Text>Slow motion: this stays twice as long</Text><FontName>DejaVu Sans</FontName><FontSize>64</FontSize><LayoutType>8</LayoutType><FontColor>16769184</FontColor><LeftPos>23000</LeftPos><RightPos>24000</RightPos><VideoID>1</VideoID></Caption>]]></string>
     </dict>
   </dict>

@@ -306,7 +306,7 @@ class CaptionTextChecker {
   void CheckInteger(const CaptionField& field, double number, View text) {
     using Limits = std::numeric_limits<std::int32_t>;
     XpString message;
-    // Whoever writes so few with a fraction thinks of seconds.
+    // A small number with a fraction is meant in seconds.
     constexpr double kFew = 10;
     if (std::trunc(number) != number && std::abs(number) < kFew) {
       XpFormat(message, u"%s is %.6g: it counts as %.6g (times are milliseconds)", NameOf(field), number,
