@@ -1,6 +1,7 @@
 // Captions are drawn where, when and how the document says. Text is drawn as boxes, so pixels are known.
 #include <cmath>
 #include <optional>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -98,17 +99,36 @@ TEST_F(CaptionPainterTest, NinePlacesOnTheCanvasInsideTheMargin) {
 }
 
 TEST_F(CaptionPainterTest, ShadowLiesBelowTheTextAndIsHalfAsStrongInSaveMode) {
-  for (const bool saveMode : {false, true}) {
-    Set({Caption(u"x", 0, 10, 5)}, saveMode);
-    const PixmapHolder holder = Draw(5);
-    const Rect box = Drawn(holder);
-    EXPECT_EQ(PixelAt(*holder, box.left + 20, box.top + 20), 0xFFFF0000u);
-    // The right and bottom edges of what is drawn belong to the shadow alone; the outermost pixel is
-    // smoothed.
-    const std::uint32_t shadow = PixelAt(*holder, box.right - 2, box.bottom - 30);
-    EXPECT_EQ(shadow & 0xFFFFFF, 0x000002u) << saveMode;
-    EXPECT_EQ(shadow >> 24 > 0x80, !saveMode) << saveMode;
+  for (const TextResolution resolution : {TextResolution::Frame, TextResolution::Canvas}) {
+    for (const bool saveMode : {false, true}) {
+      painter.emplace(boxes, resolution);
+      Set({Caption(u"x", 0, 10, 5)}, saveMode);
+      const PixmapHolder holder = Draw(5);
+      const Rect box = Drawn(holder);
+      EXPECT_EQ(PixelAt(*holder, box.left + 20, box.top + 20), 0xFFFF0000u);
+      // The right and bottom edges of what is drawn belong to the shadow alone; the outermost pixel is
+      // smoothed.
+      const std::uint32_t shadow = PixelAt(*holder, box.right - 2, box.bottom - 30);
+      EXPECT_EQ(shadow & 0xFFFFFF, 0x000002u) << saveMode;
+      EXPECT_NEAR(shadow >> 24, saveMode ? 0x80 : 0xFF, 1) << saveMode;
+    }
   }
+  // At least a pixel wide, and stretched like the canvas.
+  painter.emplace(boxes);
+  Set({Caption(u"x", 0, 10, 5)});
+  for (const auto& [width, height, right, below] : {std::tuple{300, 200, 1, 1}, {1080, 1920, 1, 4}}) {
+    const PixmapHolder holder = Draw(5, 0, width, height);
+    const Rect box = Drawn(holder);
+    EXPECT_EQ(PixelAt(*holder, box.right - right, box.bottom - 9) & 0xFFFFFF, 0x000002u) << width;
+    EXPECT_EQ(PixelAt(*holder, box.left + 3, box.bottom - below) & 0xFFFFFF, 0x000002u) << width;
+  }
+  // Of a picture too, below which four rows of it are seen.
+  vrx::drawing::PangoTextRenderer letters;
+  painter.emplace(letters);
+  Set({Caption(u"😀", 0, 10, 5)});
+  const PixmapHolder frame = Draw(5, 0, 1080, 1920);
+  const Rect face = Drawn(frame);
+  EXPECT_EQ(PixelAt(*frame, (face.left + face.right) / 2, face.bottom - 3), 0xFF000002u);
 }
 
 TEST_F(CaptionPainterTest, LastLineOfAMultiLineCaptionIsDrawn) {
@@ -140,6 +160,22 @@ TEST_F(CaptionPainterTest, CaptionLeavesNothingOnTheCanvasForTheNextOne) {
       Draw(5);
       EXPECT_EQ(std::memcmp(Draw(25)->data, expected->data, expected->size), 0) << layout;
     }
+  }
+  // Nor its lines, nor those of a frame of another shape.
+  info.captionInfo.keepShape = true;
+  const CaptionItem next = Caption(u"next", 20, 30, 5);
+  std::vector<PixmapHolder> expected;
+  for (const auto& [width, height] : {Size{192, 108}, {108, 192}}) {
+    painter.emplace(boxes);
+    Set({next});
+    expected.push_back(Draw(25, 0, width, height));
+  }
+  Set({Caption(u"two\nlines", 0, 10, 5)});
+  Draw(5, 0, 192, 108);
+  painter->SetCaptionItems({&next, 1});
+  for (const PixmapHolder& picture : expected) {
+    const PixmapHolder drawn = Draw(25, 0, picture->width, picture->height);
+    EXPECT_EQ(std::memcmp(drawn->data, picture->data, picture->size), 0) << picture->width;
   }
 }
 
@@ -202,6 +238,11 @@ TEST_F(CaptionPainterTest, KeptShapeScalesLettersAlikeInsideTheMargin) {
     EXPECT_NEAR(static_cast<double>(box.Width()), 239 * factor + 2 * factor, 2) << width << "x" << height;
     EXPECT_NEAR(static_cast<double>(box.Height()), 80 * factor + 2 * factor, 2) << width << "x" << height;
     EXPECT_NEAR(box.left + box.right, width, 3 + 2 * factor) << width << "x" << height;
+    caption.layoutType = 9;  // in the corner of the canvas, 20 above its edge
+    Set({caption});
+    const Rect corner = Drawn(Draw(5, 0, width, height));
+    EXPECT_NEAR(corner.right, (width + factor * 1080 * width / shorter) / 2, 3) << width << "x" << height;
+    EXPECT_NEAR(corner.bottom, (height + factor * 1080 * height / shorter) / 2 - 20 * factor, 3) << height;
   }
 }
 
@@ -216,22 +257,34 @@ TEST_F(CaptionPainterTest, OptionsOfACaptionAreDrawnInBothWays) {
     };
     CaptionItem caption = Caption(u"x", 0, 10);
     const Rect plain = Drawn(drawn(caption));
-    caption.outline = 7;
+    caption.outline = 30;  // reaches beyond the line
     caption.outlineColor = 0x00FF00;
     PixmapHolder frame = drawn(caption);
-    EXPECT_EQ(Drawn(frame), (Rect{plain.left - 7, plain.top - 7, plain.right + 7, plain.bottom + 7}));
+    EXPECT_EQ(Drawn(frame), (Rect{plain.left - 30, plain.top - 30, plain.right + 30, plain.bottom + 30}));
     EXPECT_EQ(PixelAt(*frame, plain.left - 4, plain.top + 20), 0xFF00FF00u);
     EXPECT_EQ(PixelAt(*frame, plain.left + 4, plain.top + 20), 0xFFFF0000u);
+    caption.outline = 5;
+    caption.layoutType = 4;  // on the canvas's edge, which cuts what is drawn on it
+    EXPECT_EQ(Drawn(drawn(caption)).left, resolution == TextResolution::Frame ? 10 - 2 - 5 : 10);
+    caption.layoutType = 5;
+    caption.outline = 1e300;  // as wide as the letters are high
+    EXPECT_EQ(Drawn(drawn(caption)).Width(), plain.Width() + 2 * 100);
 
     caption.outline = 0;
     caption.boxOpacity = 40;
+    caption.text = u"x\nx";
     frame = drawn(caption);
     const Rect box = Drawn(frame);
     EXPECT_EQ(PixelAt(*frame, box.left, box.top), 0x660B0E12u);
-    EXPECT_EQ(box.Height(), 120 + 2 * 10);
-    EXPECT_EQ(box.Width(), 60 + 2 * 30);
+    EXPECT_EQ(box, (Rect{plain.left - 30, plain.top - 20 - 60 - 10, plain.left + 60 + 30,
+                         plain.top - 20 + 180 + 10}));
+    caption.boxOpacity = 1e9;
+    EXPECT_EQ(PixelAt(*drawn(caption), box.left, box.top), 0xFF0B0E12u);
 
     caption.boxOpacity = 0;
+    caption.text = u"x";
+    caption.margin = -100;
+    EXPECT_EQ(Drawn(drawn(caption)), plain);
     caption.layoutType = 9;
     caption.margin = 100;
     const Rect inset = Drawn(drawn(caption));
@@ -247,6 +300,10 @@ TEST_F(CaptionPainterTest, OptionsOfACaptionAreDrawnInBothWays) {
     const std::int64_t even = Drawn(drawn(caption)).Width();
     EXPECT_NEAR(static_cast<double>(wide), 29 * 60 + 1, 60);
     EXPECT_NEAR(static_cast<double>(even), 19 * 60 + 1, 2);
+    caption.layoutType = 3;
+    EXPECT_EQ(Drawn(drawn(caption)).right, kWidth - 10 - 1);
+    caption.text = u"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaa bbbb";
+    EXPECT_NEAR(static_cast<double>(Drawn(drawn(caption)).Width()), 30 * 60 + 1, 2);
   }
 }
 

@@ -59,8 +59,10 @@ TEST(CaptionStringTest, TagsAreReadMissingOnesInheritedAndDamageStaysInside) {
       u"<Caption><LeftPos>1e30</LeftPos><RightPos>-1e30</RightPos><FontColor>-1</FontColor></Caption>"
       u"x<Caption><Text>a &\n b</Text><FontName>F</FontName><FontSize>12.5</FontSize><LayoutType>9"
       u"</LayoutType><FontColor>16711680</FontColor><LeftPos>10.9</LeftPos><RightPos>-5</RightPos>"
-      u"<VideoID>7</VideoID></Caption>"
-      u"<Caption><LayoutType>12</LayoutType><Text>c</Text></Caption><Caption><Text>lost</Text>");
+      u"<VideoID>7</VideoID><Outline>2.5</Outline><OutlineColor>65280</OutlineColor><Box>40</Box>"
+      u"<Italic>\t TRUE\n</Italic><Margin>30</Margin><Balance>1</Balance></Caption>"
+      u"<Caption><LayoutType>12</LayoutType><Text>c</Text><Bold>1</Bold><Italic>yes</Italic></Caption>"
+      u"<Caption><Text>lost</Text>");
   ASSERT_EQ(items.size(), 5u);
   EXPECT_TRUE(items[0].text.IsEmpty() && items[1].text.IsEmpty());
   EXPECT_EQ(items[2].startMs, std::numeric_limits<std::int32_t>::max());
@@ -76,6 +78,12 @@ TEST(CaptionStringTest, TagsAreReadMissingOnesInheritedAndDamageStaysInside) {
   EXPECT_EQ(items[4].text, u"c");
   EXPECT_EQ(items[4].layoutType, 0);
   EXPECT_EQ(items[4].videoId, 7);
+  EXPECT_EQ(items[4].outline, 2.5);
+  EXPECT_EQ(items[4].outlineColor, 0x00FF00u);
+  EXPECT_EQ(items[4].boxOpacity, 40);
+  EXPECT_EQ(items[4].margin, 30);
+  EXPECT_TRUE(items[3].isItalic && items[4].isBold && items[4].isBalanced);
+  EXPECT_FALSE(items[2].isBalanced || items[3].isBold || items[4].isItalic);
 }
 
 TEST(CaptionStringTest, HugeTextsAreReadOnce) {
@@ -146,6 +154,11 @@ TEST_F(PainterDocumentTest, MissingKeysHaveOtherDefaultsThanMissingDicts) {
   EXPECT_EQ(info.templateInfo.drawEndTime, 9.0);
   EXPECT_EQ(info.subVideoSize, -1);
   EXPECT_EQ(info.stringTable.at(2), u"c");
+  EXPECT_FALSE(info.captionInfo.keepShape);
+  Load(Dict("CaptionInfo", "<key>KeepShape</key><true/>"));
+  PainterInfo adopted;
+  AdoptPainterInfo(document.GetPainterInfo(), adopted);
+  EXPECT_TRUE(adopted.captionInfo.keepShape);
 }
 
 TEST_F(PainterDocumentTest, AdoptionTurnsOffOverlaysWithoutContent) {

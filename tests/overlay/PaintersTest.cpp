@@ -7,10 +7,14 @@
 
 #include <gmock/gmock.h>
 
+#include "foundation/registry/SfRegistry.h"
 #include "overlay/callback/BlendOverlay.h"
 #include "overlay/callback/DrawnArea.h"
 #include "overlay/callback/VRXIntermediateRawOutputCallback.h"
 #include "overlay/painter/IKVSDynamicInfoPainter.h"
+#include "overlay/painter/TextResolution.h"
+#include "tests/foundation/ScopedVariable.h"
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -348,6 +352,17 @@ void FillSparse(XpPixmap32& overlay, std::mt19937& random, int emptyInTen) {
       const auto byte = static_cast<unsigned char>(isAlpha && random() % 3 == 0 ? 255 : random());
       overlay.data[i] = isEmpty ? 0 : byte;
     }
+  }
+}
+
+TEST(TextResolutionTest, IsThatOfTheFrameUnlessTheUserAsksForTheOther) {
+  using vrx::overlay::ChooseTextResolution, vrx::overlay::TextResolution;
+  const TempFolder folder;
+  const ScopedVariable registry("VRX_REGISTRY_DIR", folder.Path());
+  EXPECT_EQ(ChooseTextResolution(), TextResolution::Frame);
+  for (const std::uint32_t stored : {1u, 0u}) {
+    SfRegistryOpenWrite(u"Common", u"Settings")->SetDword(u"StretchedText", stored);
+    EXPECT_EQ(ChooseTextResolution(), stored == 1 ? TextResolution::Canvas : TextResolution::Frame);
   }
 }
 
