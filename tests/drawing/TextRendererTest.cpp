@@ -224,7 +224,8 @@ TEST_P(AnyTextRendererTest, HostileTextsSizesAndRectanglesAreDrawnInsideTheCanva
 
 TEST_P(AnyTextRendererTest, ScaledTextStandsWhereItsLayoutWouldBeAtThatScale) {
   const Font font = FontOf(-60);
-  const std::u16string_view text = u"Hxg hxt words that wrap here";
+  // Of several fonts, one of them of pictures; the first line is the longest.
+  const std::u16string_view text = u"Hxא😀gwxwH that wrap here";
   const Rect rect{20, 10, 380, 390};
   Sheet plain(400, 400);
   renderer->Draw(plain.canvas, text, font, kColor, rect, kCaption | DT_CENTER);
@@ -245,6 +246,9 @@ TEST_P(AnyTextRendererTest, ScaledTextStandsWhereItsLayoutWouldBeAtThatScale) {
     renderer->DrawScaled(outlined.canvas, scaled, {.color = kColor, .outline = 8}, {0, 0, 800, 800});
     EXPECT_NEAR(outlined.Ink().left, std::max(drawn.left - 8 * scale.xFactor, 0.0), 1.5);
     EXPECT_NEAR(outlined.Ink().bottom, drawn.bottom + 8 * scale.yFactor, 1.5);
+    Sheet widest(800, 800);  // as wide as the letters are high
+    renderer->DrawScaled(widest.canvas, scaled, {.color = kColor, .outline = 99}, {0, 0, 800, 800});
+    EXPECT_NEAR(widest.Ink().bottom, drawn.bottom + 60 * scale.yFactor, 1.5);
   }
 }
 
@@ -262,6 +266,12 @@ TEST_P(AnyTextRendererTest, ScaledTextIsCutAtItsClipAloneAndMovedAsAPicture) {
   draw(faint, {.color = kColor, .alpha = 128}, kAll);
   const Rect clip{touched.left + 8, touched.top + 4, touched.right - 9, touched.bottom - 3};
   EXPECT_EQ(draw(cut, {.color = kColor}, clip), Intersect(touched, clip));
+  // Of an outline, where the letter itself is not seen.
+  Sheet outlined, piece;
+  const TextInk outline{.color = kColor, .outline = 8};
+  draw(outlined, outline, kAll);
+  const std::int32_t end = outlined.Ink().top + 3;
+  draw(piece, outline, {0, 0, 400, end});
   for (std::int32_t y = 0; y < 190; ++y) {
     for (std::int32_t x = 0; x < 390; ++x) {
       const std::uint32_t pixel = whole.At(x, y);
@@ -269,6 +279,7 @@ TEST_P(AnyTextRendererTest, ScaledTextIsCutAtItsClipAloneAndMovedAsAPicture) {
       ASSERT_NEAR(faint.At(x, y) >> 24, (pixel >> 24) * 128 / 255.0, 1) << x << "," << y;
       const bool isInside = x >= clip.left && x < clip.right && y >= clip.top && y < clip.bottom;
       ASSERT_EQ(cut.At(x, y), isInside ? pixel : 0u) << x << "," << y;
+      ASSERT_EQ(piece.At(x, y), y < end ? outlined.At(x, y) : 0u) << x << "," << y;
     }
   }
 }
@@ -329,23 +340,28 @@ TEST(PangoTextRendererTest, ScaledLettersHaveTheEdgesOfTheirOutlines) {
   // A block that fills its cell: 60 pixels of an em of 100, moved by fractions of a pixel.
   Font font = FontOf(-100);
   font.face = u"DejaVu Sans Mono";
-  const auto draw = [&](double left) {
+  std::uint32_t topEdge = 0;
+  const auto draw = [&](double left, double top = 10) {
     Sheet page;
     const Rect rect{0, 0, 300, 150};
-    renderer.DrawScaled(page.canvas, {u"\u2588", font, rect, DT_SINGLELINE, {1, 1, left, 10}},
+    renderer.DrawScaled(page.canvas, {u"\u2588 x", font, rect, DT_SINGLELINE, {1, 1, left, top}},
                         {.color = kColor}, {0, 0, 400, 200});
+    topEdge = page.At(80, page.Ink().top);
     return page.At(page.Ink().left, 80) >> 24;
   };
   const double whole = draw(50.0), quarter = draw(50.25), half = draw(50.5);
   EXPECT_NEAR(quarter - whole, -0.25 * 255, 2);
   EXPECT_NEAR(half - whole, -0.5 * 255, 2);
+  const std::uint32_t onWholeRow = topEdge;
+  draw(50.0, 10.4);
+  EXPECT_EQ(topEdge, onWholeRow);  // as baselines lie on whole rows
 }
 
 TEST(PangoTextRendererTest, ScaledColorGlyphsKeepTheirColorsExceptInSilhouettes) {
   PangoTextRenderer renderer;
-  const auto colors = [&](const TextInk& ink) {
+  const auto colors = [&](const TextInk& ink, std::u16string_view text = u"a😀") {
     Sheet page;
-    renderer.DrawScaled(page.canvas, {u"a😀", FontOf(-60), {0, 0, 300, 150}, DT_SINGLELINE, {1.2, 1.2, 5, 5}},
+    renderer.DrawScaled(page.canvas, {text, FontOf(-60), {0, 0, 300, 150}, DT_SINGLELINE, {1.2, 1.2, 5, 5}},
                         ink, {0, 0, 400, 200});
     std::set<std::uint32_t> found;
     const Rect box = page.Ink();
@@ -356,8 +372,11 @@ TEST(PangoTextRendererTest, ScaledColorGlyphsKeepTheirColorsExceptInSilhouettes)
     }
     return found;
   };
-  EXPECT_GT(colors({.color = kColor}).size(), 20u);
+  const std::set<std::uint32_t> found = colors({.color = kColor});
+  EXPECT_GT(found.size(), 20u);
+  EXPECT_TRUE(found.contains(0xC86432));
   EXPECT_EQ(colors({.color = kColor, .isSilhouette = true}), std::set<std::uint32_t>{0xC86432});
+  EXPECT_TRUE(colors({.color = kColor, .outline = 5}, u"😀").empty());
 }
 
 TEST(PangoTextRendererTest, BrokenWordsGetNoHyphen) {

@@ -267,6 +267,8 @@ TEST_F(CaptionPainterTest, OptionsOfACaptionAreDrawnInBothWays) {
     caption.layoutType = 4;  // on the canvas's edge, which cuts what is drawn on it
     EXPECT_EQ(Drawn(drawn(caption)).left, resolution == TextResolution::Frame ? 10 - 2 - 5 : 10);
     caption.layoutType = 5;
+    caption.outline = -5;
+    EXPECT_EQ(Drawn(drawn(caption)), plain);
     caption.outline = 1e300;  // as wide as the letters are high
     EXPECT_EQ(Drawn(drawn(caption)).Width(), plain.Width() + 2 * 100);
 
