@@ -1,6 +1,7 @@
 // The speed graph: which record and what part of it is shown, settings and their limits, and how frames look.
 // Texts are boxes and the pictures are made here, so that pixels are the same everywhere.
 #include <random>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -282,6 +283,15 @@ TEST_F(SpeedLogFrames, LabelsOfAStretchedGraphStandWhereTheStretchedOnesDo) {
     EXPECT_NEAR(sharp.bottom, stretched.bottom, near);
     EXPECT_NEAR(sharpStrength, strength(), 16);
   }
+  // Kept labels are drawn again in another colour.
+  labels(vrx::overlay::TextResolution::Frame, {8, 20, 430, 600});
+  look.labelColor = 0x445566;
+  const Rect again = labels(vrx::overlay::TextResolution::Frame, {8, 20, 430, 600});
+  std::set<std::uint32_t> colors;
+  for (std::int32_t x = again.left; x < again.right; ++x) {
+    colors.insert(PixelAt(frame, x, again.bottom - 5) & 0xFFFFFF);
+  }
+  EXPECT_TRUE(colors.contains(0x665544));
   // A graph that is not stretched is one picture either way.
   const Rect same = {8, 20, 430, 195};
   labels(vrx::overlay::TextResolution::Canvas, same);
