@@ -199,7 +199,8 @@ TEST_F(CaptionPainterTest, SharpLettersStandWhereTheStretchedCanvasHasThem) {
   const std::initializer_list<const char16_t*> texts = {
       u"Hxg", u"A longer caption that wraps on the canvas, for it is too long for a line", u"a\nbb\n\nc"};
   std::int32_t layout = 0;
-  for (const auto& [width, height] : kFrameSizes) {
+  for (const Size& frame : kFrameSizes) {
+    const std::int32_t width = frame.width, height = frame.height;
     for (const char16_t* text : texts) {
       layout = layout % 9 + 1;
       info.captionInfo.keepShape = layout % 2 == 0;
