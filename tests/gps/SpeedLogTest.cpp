@@ -273,7 +273,15 @@ TEST_F(SpeedLogFrames, LabelsOfAStretchedGraphStandWhereTheStretchedOnesDo) {
     const auto strength = [&] {
       return PixelAt(frame, (sharp.left + sharp.right) / 2, sharp.bottom - 2) >> 24;
     };
-    const std::uint32_t sharpStrength = strength();
+    // Of the label at the strip's end, which fades out.
+    const auto endStrength = [&] {
+      std::uint32_t sum = 0;
+      for (std::int32_t x = rect.right - 12; x < rect.right; ++x) {
+        sum += PixelAt(frame, x, sharp.bottom - 2) >> 24;
+      }
+      return sum / 12;
+    };
+    const std::uint32_t sharpStrength = strength(), sharpEnd = endStrength();
     const Rect stretched = labels(vrx::overlay::TextResolution::Canvas, rect);
     ASSERT_FALSE(sharp.IsEmpty());
     const double near = 2 + static_cast<double>(rect.Height()) / scene.canvas.height;
@@ -282,6 +290,7 @@ TEST_F(SpeedLogFrames, LabelsOfAStretchedGraphStandWhereTheStretchedOnesDo) {
     EXPECT_NEAR(sharp.top, stretched.top, near);
     EXPECT_NEAR(sharp.bottom, stretched.bottom, near);
     EXPECT_NEAR(sharpStrength, strength(), 16);
+    EXPECT_NEAR(sharpEnd, endStrength(), 16);
   }
   // Kept labels are drawn again in another colour.
   labels(vrx::overlay::TextResolution::Frame, {8, 20, 430, 600});
