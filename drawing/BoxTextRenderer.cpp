@@ -127,6 +127,11 @@ Size BoxTextRenderer::Measure(std::u16string_view text, const Font& font, std::i
   return SizeOfLines(LayOut(text, font, width, format).sizes);
 }
 
+std::size_t BoxTextRenderer::CountLines(std::u16string_view text, const Font& font, std::int32_t width,
+                                        std::uint32_t format) {
+  return LayOut(text, font, width, format).lines.size();
+}
+
 void BoxTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
                            const Rect& rect, std::uint32_t format) {
   const Rect all = canvas.GetClipBox();
@@ -143,7 +148,7 @@ Rect BoxTextRenderer::DrawScaled(const Canvas& canvas, const ScaledText& text, c
   if (text.rect.IsEmpty() || visible.IsEmpty() || !text.scale.IsUsable()) return {};
   Rect drawn;
   for (const Rect& place : PlaceBoxes(text.text, text.font, text.rect, text.format)) {
-    const double outline = LimitOutline(ink.outline, MetricsOf(text.font).em);
+    const double outline = LimitOutline(ink.outline, MetricsOf(text.font).em, text.text);
     const Rect box = ScaledBox(place, text.scale, outline, ink.offset);
     DrawBox(canvas.GetBitmap(), box, visible, text.font.smooth, ink.color, ink.alpha);
     drawn = Unite(drawn, Intersect(box, visible));

@@ -14,6 +14,8 @@ namespace vrx::drawing {
 class BoxTextRenderer final : public TextRenderer {
  public:
   Size Measure(std::u16string_view text, const Font& font, std::int32_t width, std::uint32_t format) override;
+  std::size_t CountLines(std::u16string_view text, const Font& font, std::int32_t width,
+                         std::uint32_t format) override;
   void Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
             const Rect& rect, std::uint32_t format) override;
   Rect DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,

@@ -38,17 +38,23 @@ inline Rect Intersect(const Rect& a, const Rect& b) {
           std::min(a.bottom, b.bottom)};
 }
 
+/// A 64-bit coordinate held within the 32-bit range.
+inline std::int32_t Saturated(std::int64_t value) {
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, INT32_MIN, INT32_MAX));
+}
+
+/// Grown on all four sides.
+inline Rect Grown(const Rect& rect, std::int32_t by) {
+  return {Saturated(std::int64_t{rect.left} - by), Saturated(std::int64_t{rect.top} - by),
+          Saturated(std::int64_t{rect.right} + by), Saturated(std::int64_t{rect.bottom} + by)};
+}
+
 /// The smallest rectangle with both; an empty one has no influence.
 inline Rect Unite(const Rect& a, const Rect& b) {
   if (a.IsEmpty()) return b.IsEmpty() ? Rect() : b;
   if (b.IsEmpty()) return a;
   return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
           std::max(a.bottom, b.bottom)};
-}
-
-/// A 64-bit coordinate held within the 32-bit range.
-inline std::int32_t Saturated(std::int64_t value) {
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, INT32_MIN, INT32_MAX));
 }
 
 inline Rect Moved(const Rect& rect, std::int64_t dx, std::int64_t dy) {

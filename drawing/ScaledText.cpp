@@ -14,8 +14,14 @@ Rect ScaledOutwards(const Rect& rect, const TextScale& scale) {
           up(scale.left + rect.right * scale.xFactor), up(scale.top + rect.bottom * scale.yFactor)};
 }
 
-double LimitOutline(double outline, double emPixels) {
-  return outline > 0.0 ? std::min({outline, kWidestOutline, emPixels}) : 0.0;
+bool TextScale::IsUsable() const {
+  constexpr double kLargest = 1000.0;
+  return xFactor > 0.0 && yFactor > 0.0 && xFactor <= kLargest && yFactor <= kLargest;
+}
+
+double LimitOutline(double outline, double emPixels, std::u16string_view text) {
+  constexpr std::size_t kMostUnits = 2048;
+  return outline > 0.0 && text.size() <= kMostUnits ? std::min({outline, kWidestOutline, emPixels}) : 0.0;
 }
 
 }  // namespace vrx::drawing

@@ -14,13 +14,13 @@ namespace vrx::drawing {
 struct Font;
 
 /// From the pixels of the layout to those of the bitmap that is drawn on: x' = left + x * xFactor, and so for
-/// y. Without factors above zero nothing is drawn.
+/// y. Without factors above zero, and with one beyond any frame's, nothing is drawn.
 struct TextScale {
   double xFactor = 1.0;
   double yFactor = 1.0;
   double left = 0.0;
   double top = 0.0;
-  bool IsUsable() const { return xFactor > 0.0 && yFactor > 0.0; }
+  bool IsUsable() const;
   friend bool operator==(const TextScale&, const TextScale&) = default;
 };
 
@@ -45,7 +45,9 @@ struct TextInk {
 };
 
 inline constexpr double kWidestOutline = 100.0;
-/// From 0 to the widest, and no wider than the letters' em size: it would hide them, and take long to draw.
-double LimitOutline(double outline, double emPixels);
+/// The outline that letters get: from 0 to the widest, and no wider than their em size, since it would hide
+/// them. A text of more than 2048 code units gets none: no frame shows as many, and drawing them takes
+/// seconds.
+double LimitOutline(double outline, double emPixels, std::u16string_view text);
 
 }  // namespace vrx::drawing

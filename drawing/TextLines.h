@@ -20,8 +20,7 @@ std::size_t TextLimit(double emPixels);
 /// The text as it is laid out: line breaks are "\n" (blanks in a single line), one at the end is dropped,
 /// other control characters are blanks, lone surrogates are U+FFFD, and of a pile of combining marks the
 /// first 30 stay (the stream-safe form of UAX #15; shaping takes quadratic time on more). Without
-/// DT_NOPREFIX, '&' is dropped and
-/// "&&" is one '&'; the character after the mark is not underlined.
+/// DT_NOPREFIX, '&' is dropped and "&&" is one '&'; the character after the mark is not underlined.
 std::u16string CleanText(std::u16string_view text, std::uint32_t format);
 
 /// Where lines go, for lines stacked from the top.

@@ -45,6 +45,10 @@ class TextRenderer {
   virtual Size Measure(std::u16string_view text, const Font& font, std::int32_t width,
                        std::uint32_t format) = 0;
 
+  /// The lines that Measure measures.
+  virtual std::size_t CountLines(std::u16string_view text, const Font& font, std::int32_t width,
+                                 std::uint32_t format) = 0;
+
   /// Draws into `rect`, clipped to it unless DT_NOCLIP is given. An empty or inverted `rect` draws nothing.
   /// With DT_EDITCONTROL, lines after the first that don't fit into the height are left out.
   virtual void Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,

@@ -33,13 +33,8 @@ PangoOwned<PangoAttrList> AttributesOf(const Font& font) {
   return attributes;
 }
 
-Rect Grown(const Rect& rect, std::int32_t by) {
-  return {Saturated(std::int64_t{rect.left} - by), Saturated(std::int64_t{rect.top} - by),
-          Saturated(std::int64_t{rect.right} + by), Saturated(std::int64_t{rect.bottom} + by)};
-}
-
 std::int32_t PixelsUp(int units) {
-  return static_cast<std::int32_t>(std::ceil(double{1} * units / PANGO_SCALE));
+  return static_cast<std::int32_t>(std::ceil(static_cast<double>(units) / PANGO_SCALE));
 }
 
 void CopyCoverage(const unsigned char* row, std::int64_t width, bool smooth, unsigned char* out) {

@@ -117,6 +117,14 @@ Size PangoTextRenderer::Measure(std::u16string_view text, const Font& font, std:
   return text.empty() ? Size{0, size.height} : size;
 }
 
+std::size_t PangoTextRenderer::CountLines(std::u16string_view text, const Font& font, std::int32_t width,
+                                          std::uint32_t format) {
+  const std::scoped_lock lock(m_impl->mutex);
+  const std::size_t lines = m_impl->LayOut(text, font, width, format).layout->GetLineSizes().size();
+  m_impl->Shrink();
+  return lines;
+}
+
 void PangoTextRenderer::Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
                              const Rect& rect, std::uint32_t format) {
   const Rect all = canvas.GetClipBox();
@@ -158,7 +166,7 @@ Rect PangoTextRenderer::DrawScaled(const Canvas& canvas, const ScaledText& text,
     const Point start{TakeWholePixels(view.scale.left), TakeWholePixels(view.scale.top)};
     origin = {Saturated(std::int64_t{start.x} + ink.offset.x),
               Saturated(std::int64_t{start.y} + ink.offset.y)};
-    view.outline = LimitOutline(ink.outline, entry.layout->GetEmPixels());
+    view.outline = LimitOutline(ink.outline, entry.layout->GetEmPixels(), text.text);
     if (entry.layout->IsColored()) {
       view.isSilhouette = ink.isSilhouette;
       if (!ink.isSilhouette) view.color = ink.color;

@@ -30,6 +30,8 @@ class PangoTextRenderer final : public TextRenderer {
   ~PangoTextRenderer() override;
 
   Size Measure(std::u16string_view text, const Font& font, std::int32_t width, std::uint32_t format) override;
+  std::size_t CountLines(std::u16string_view text, const Font& font, std::int32_t width,
+                         std::uint32_t format) override;
   void Draw(const Canvas& canvas, std::u16string_view text, const Font& font, ColorRef color,
             const Rect& rect, std::uint32_t format) override;
   Rect DrawScaled(const Canvas& canvas, const ScaledText& text, const TextInk& ink,

@@ -78,7 +78,6 @@ void SharpSpeedLogLabels::Show(const SpeedLogScene& scene, const XpString& fontN
   }
   OverlaySmoothPixmap(surface.GetTarget(), rect.left, rect.top, size.width, size.height, m_pixmap, size.width,
                       size.height);
-  surface.Touch(rect);
 }
 
 bool SharpSpeedLogLabels::Prepare(Size size) {

@@ -39,10 +39,6 @@ XpRowRange RowsOf(const Rect& rect) {
   return rect.IsEmpty() ? XpRowRange{0, 0} : XpRowRange{rect.top, rect.bottom};
 }
 
-Rect Grown(const Rect& rect, std::int32_t by) {
-  return {rect.left - by, rect.top - by, rect.right + by, rect.bottom + by};
-}
-
 /// The rows of a frame that rows of the canvas fall on, and one more on each side for the rounding.
 XpRowRange RowsOnFrame(XpRowRange rows, const CaptionCanvas& canvas) {
   const auto onFrame = [&](std::int32_t row) {
@@ -57,7 +53,7 @@ CaptionLook LookOf(const CaptionItem& caption, bool saveMovieMode) {
   const double box = std::clamp(caption.boxOpacity, 0.0, kWholeCaptionBox) * kOpaque / kWholeCaptionBox;
   return {.textColor = caption.fontColor,
           .outlineColor = caption.outlineColor,
-          .outline = LimitOutline(caption.outline, kWidestOutline),
+          .outline = caption.outline > 0.0 ? std::min(caption.outline, kWidestOutline) : 0.0,
           .boxAlpha = static_cast<std::uint8_t>(Saturate<std::int32_t>(std::round(box))),
           .hasFaintShadow = saveMovieMode};
 }

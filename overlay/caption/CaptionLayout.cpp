@@ -35,7 +35,8 @@ Size CanvasOfShape(Size frame) {
                                      : Size{kShorterSide, longer(frame.height, frame.width)};
 }
 
-/// The room of a text of this height inside `area`, over the area's whole width.
+/// The room of a text of this height inside `area`, over the area's whole width. In the top row a text that
+/// is too high goes on past the area's end.
 Rect PlaceOf(Row row, const Rect& area, std::int32_t textHeight) {
   const auto areaHeight = static_cast<std::int32_t>(area.Height());
   Rect place{area.left, area.top, area.right, Saturated(std::int64_t{area.top} + textHeight)};
@@ -62,12 +63,12 @@ void Narrow(Rect& place, std::int32_t width, std::uint32_t format) {
 std::int32_t BalancedWidth(TextRenderer& renderer, std::u16string_view text, const Font& font,
                            std::int32_t room, std::uint32_t format) {
   const std::uint32_t wholeWords = format & ~DT_EDITCONTROL;
-  const std::int32_t height = renderer.Measure(text, font, room, format).height;
+  const std::size_t lines = renderer.CountLines(text, font, room, format);
   std::int32_t tooNarrow = 0, width = room;
   while (width - tooNarrow > 1) {
     const std::int32_t middle = tooNarrow + (width - tooNarrow) / 2;
-    const Size size = renderer.Measure(text, font, middle, wholeWords);
-    const bool isEnough = size.height <= height && size.width <= middle;
+    const bool isEnough = renderer.CountLines(text, font, middle, wholeWords) <= lines &&
+                          renderer.Measure(text, font, middle, wholeWords).width <= middle;
     (isEnough ? width : tooNarrow) = middle;
   }
   return width;
@@ -75,7 +76,6 @@ std::int32_t BalancedWidth(TextRenderer& renderer, std::u16string_view text, con
 
 Rect BoxAround(const CaptionLayout& layout, std::int32_t lineHeight) {
   Rect box = layout.place;
-  box.bottom = std::min(box.bottom, Saturated(std::int64_t{box.top} + layout.text.height));
   Narrow(box, std::min(layout.text.width, static_cast<std::int32_t>(box.Width())), layout.format);
   const std::int32_t side = lineHeight / kBoxSidePart, end = lineHeight / kBoxEndPart;
   box = {box.left - side, box.top - end, box.right + side, box.bottom + end};
@@ -114,6 +114,8 @@ CaptionLayout LayOutCaption(const CaptionItem& caption, Size canvas, TextRendere
   if (caption.isBalanced) width = BalancedWidth(renderer, text, layout.font, width, layout.format);
   layout.text = renderer.Measure(text, layout.font, width, layout.format);
   layout.place = PlaceOf(RowOf(caption.layoutType), area, layout.text.height);
+  // A margin is kept free of lines that have no room, too.
+  if (margin > 0) layout.place.bottom = std::min(layout.place.bottom, area.bottom);
   Narrow(layout.place, width, layout.format);
   layout.hasAllLines = layout.text.height <= area.Height();
   const std::int32_t lineHeight = renderer.Measure({}, layout.font, 0, DT_SINGLELINE).height;

@@ -32,7 +32,7 @@ struct CaptionLayout {
   drawing::Rect place;  // of the text's shadow, on the canvas; lines break at its width
   std::uint32_t format = 0;
   drawing::Size text;       // the widest line and all lines, also those that have no room
-  drawing::Rect box;        // around the lines that have room, on the canvas
+  drawing::Rect box;        // around the lines, as far as there is room for them, on the canvas
   bool hasAllLines = true;  // false: the last lines have no room and are left out
 };
 

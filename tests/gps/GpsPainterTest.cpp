@@ -58,6 +58,10 @@ class TextRecorder : public vrx::drawing::TextRenderer {
     if (canvas.GetClipBox().right == kFrameWidth) texts.push_back(XpString(text).ToNarrow().c_str());
     m_boxes.Draw(canvas, text, font, color, rect, format);
   }
+  std::size_t CountLines(std::u16string_view text, const vrx::drawing::Font& font, std::int32_t width,
+                         std::uint32_t format) override {
+    return m_boxes.CountLines(text, font, width, format);
+  }
   vrx::drawing::Rect DrawScaled(const vrx::drawing::Canvas& canvas, const vrx::drawing::ScaledText& text,
                                 const vrx::drawing::TextInk& ink, const vrx::drawing::Rect& clip) override {
     return m_boxes.DrawScaled(canvas, text, ink, clip);
