@@ -11,9 +11,6 @@
 
 namespace vrx::host {
 
-/// Empty when the text is a time that a movie can have, in seconds.
-std::string CheckSeconds(const std::string& text);
-
 /// Empty when the text is a whole number from 0 on.
 std::string CheckCount(const std::string& text);
 

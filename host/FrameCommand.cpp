@@ -14,6 +14,7 @@
 #include "host/Console.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
+#include "host/MovieTime.h"
 #include "host/PngFile.h"
 #include "host/ProblemText.h"
 #include "src/job/RenderJob.h"
@@ -26,17 +27,19 @@ namespace {
 struct FrameOptions {
   std::string project;
   std::string picture;       // PNG file to write
-  std::int64_t frame = -1;   // of the movie; below 0: `seconds` counts
-  double seconds = 0.0;      // on the movie's clock
+  std::int64_t frame = -1;   // of the movie; below 0: `time` counts
+  std::string time = "0";    // on the movie's clock
   bool overlayOnly = false;  // the overlays alone, on a transparent ground
 };
 
-/// The frame that is shown at `seconds`.
-std::int64_t FrameAt(double seconds, const VRXTimeInfo& frameDuration) {
+/// The frame that is shown at `time`.
+std::int64_t FrameAt(const MovieTime& time, const VRXTimeInfo& frameDuration) {
+  if (time.frame) return *time.frame;
   const timeline::FrameClock clock(frameDuration);
   // So that a time that was copied from a frame's own start gives that frame despite its rounding.
   constexpr double kRoundingMs = 1e-6;
-  return clock.IsUsable() ? clock.FloorToFrame(seconds * 1000.0 + kRoundingMs) / clock.GetFrameValue() : 0;
+  return clock.IsUsable() ? clock.FloorToFrame(time.seconds * 1000.0 + kRoundingMs) / clock.GetFrameValue()
+                          : 0;
 }
 
 // Range ends are signed numbers in unsigned fields: a range may end before the movie begins.
@@ -128,7 +131,7 @@ int RunFrame(const FrameOptions& options) {
   if (cause = CauseWithout(project, report); !cause.empty()) return Fail(cause);
   const VRXVideoOutputSetting& video = *report.videoSettings;
   const std::int64_t frame =
-      options.frame >= 0 ? options.frame : FrameAt(options.seconds, video.frameDuration);
+      options.frame >= 0 ? options.frame : FrameAt(*ParseMovieTime(options.time), video.frameDuration);
   if (cause = CauseWithout(project, frame, report.totalFrames); !cause.empty()) return Fail(cause);
   const XpString picture = platform::AbsolutePath(platform::PathFromNative(options.picture));
   if (const auto* input = FindOutputAmongInputs(picture, report.inputs)) {
@@ -163,8 +166,10 @@ CommandRun AddFrame(CLI::App& command) {
   command.add_option("PROJECT", options->project, "The project document")->required();
   CLI::Option* frame =
       command.add_option("--frame", options->frame, "Number of the frame, from 0")->check(CheckCount);
-  command.add_option("--time", options->seconds, "Seconds on the movie's clock, instead of --frame")
-      ->check(CheckSeconds)
+  command
+      .add_option("--time", options->time,
+                  "A time on the movie's clock, instead of --frame: 12.5, 1:02.5, 00:01:02 or 310f")
+      ->check(CheckMovieTime)
       ->excludes(frame);
   command.add_option("-o,--output", options->picture, "The PNG file to write")->required();
   command.add_flag("--overlay-only", options->overlayOnly, "The overlays alone, on a transparent ground");

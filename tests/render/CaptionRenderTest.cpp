@@ -94,20 +94,25 @@ TEST_F(CaptionRenderTest, SingleFrameShowsWhatTheMovieWillShow) {
   const std::string clear = picture({"--frame", "21", "--overlay-only"});
   EXPECT_EQ(picture({"--frame", "50", "--overlay-only"}), clear);
   EXPECT_NE(picture({"--frame", "15", "--overlay-only"}), clear);
+  for (const char* time : {"0.6", "0:00.6", "00:00:00.60", "15f"}) {
+    EXPECT_EQ(picture({"--time", time}), picture({"--frame", "15"})) << time;
+  }
   for (const auto& [option, value] : {std::pair{"--frame", "100"},
                                       {"--frame", "9223372036854775807"},
                                       {"--time", "4.0"},
-                                      {"--time", "1e300"}}) {
+                                      {"--time", "99:59:59"},
+                                      {"--time", "4000000000f"}}) {
     const VrxResult beyond =
         RunVrx({{"frame", document, option, value, "--overlay-only", "-o", Path("no.png")}});
     EXPECT_EQ(beyond.status, 1) << value;
     EXPECT_THAT(beyond.errors,
                 testing::HasSubstr("the movie has 100 frames, from 0 to 99: there is no frame "));
   }
-  for (const char* seconds : {"nan", "inf", "-1", "soon"}) {
+  for (const char* seconds :
+       {"nan", "inf", "-1", "soon", "1e3", "1:60", "1.5:00", "0:0:0:1", ":5", "5:", "-1f", "f", "1.5f"}) {
     const VrxResult wrong = RunVrx({{"frame", document, "--time", seconds, "-o", Path("no.png")}});
     EXPECT_EQ(wrong.status, 2) << seconds;
-    EXPECT_THAT(wrong.errors, testing::HasSubstr("is no number of seconds from 0 on"));
+    EXPECT_THAT(wrong.errors, testing::HasSubstr("is no time such as 12.5"));
   }
   EXPECT_EQ(folder.Count(), 4);
 }

@@ -187,31 +187,34 @@ TEST(CommandLineTest, WrongUseIsNamedInOneLineWithWhatWasMeant) {
     std::vector<std::string> arguments;
     std::string line;
   };
-  for (
-      const Case& c :
-      {Case{{}, "vrx needs a command; vrx --help shows the use"},
-       Case{{"render"}, "PROJECT is required; vrx render --help shows the use"},
-       Case{{"paint", "a"}, "there is no command paint; vrx --help shows the use"},
-       Case{{"rendr", "--help"}, "there is no command rendr; did you mean render? vrx --help shows the use"},
-       Case{{"gps", "shw"}, "there is no command shw; did you mean show? vrx gps --help shows the use"},
-       Case{{"help", "chek"}, "there is no command chek; did you mean check?"},
-       Case{{"check", "a", "--jsn"},
+  for (const Case& c :
+       {Case{{}, "vrx needs a command; vrx --help shows the use"},
+        Case{{"render"}, "PROJECT is required; vrx render --help shows the use"},
+        Case{{"paint", "a"}, "there is no command paint; vrx --help shows the use"},
+        Case{{"rendr", "--help"}, "there is no command rendr; did you mean render? vrx --help shows the use"},
+        Case{{"gps", "shw"}, "there is no command shw; did you mean show? vrx gps --help shows the use"},
+        Case{{"help", "chek"}, "there is no command chek; did you mean check?"},
+        Case{
+            {"check", "a", "--jsn"},
             "The following argument was not expected: --jsn; did you mean --json? vrx check --help shows the "
             "use"},
-       Case{{"render", "a", "--progress", "jsn"},
+        Case{
+            {"render", "a", "--progress", "jsn"},
             "--progress: jsn is none of auto, bar, json and none; did you mean json? vrx render --help shows "
             "the use"},
-       Case{
-           {"frame", "a", "-o", "b", "--time", "1:02:03,5"},
-           "--time: 1:02:03,5 is no number of seconds from 0 on; did you mean 3723.5? vrx frame --help shows "
-           "the use"},
-       Case{{"frame", "a", "-o", "b", "--time", "1500ms"},
-            "--time: 1500ms is no number of seconds from 0 on; did you mean 1.5? vrx frame --help shows the "
-            "use"},
-       Case{{"frame", "a", "-o", "b", "--time", "soon"},
-            "--time: soon is no number of seconds from 0 on; vrx frame --help shows the use"},
-       Case{{"frame", "a", "-o", "b", "--frame", "-1"},
-            "--frame: -1 is no whole number from 0 on; vrx frame --help shows the use"}}) {
+        Case{{"frame", "a", "-o", "b", "--time", "1:02:03,5"},
+             "--time: 1:02:03,5 is no time such as 12.5, 1:02.5, 00:01:02 or 310f; did you mean 3723.5? vrx "
+             "frame --help shows "
+             "the use"},
+        Case{{"frame", "a", "-o", "b", "--time", "1500ms"},
+             "--time: 1500ms is no time such as 12.5, 1:02.5, 00:01:02 or 310f; did you mean 1.5? vrx frame "
+             "--help shows the "
+             "use"},
+        Case{
+            {"frame", "a", "-o", "b", "--time", "soon"},
+            "--time: soon is no time such as 12.5, 1:02.5, 00:01:02 or 310f; vrx frame --help shows the use"},
+        Case{{"frame", "a", "-o", "b", "--frame", "-1"},
+             "--frame: -1 is no whole number from 0 on; vrx frame --help shows the use"}}) {
     const VrxResult result = RunVrx({c.arguments});
     EXPECT_EQ(result.errors, "vrx: " + c.line + "\n");
     EXPECT_EQ(result.status, 2) << c.line;
