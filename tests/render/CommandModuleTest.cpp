@@ -2,9 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <memory>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -57,26 +55,47 @@ std::vector<std::string> HelpsOf(const std::string& name) {
 
 /// The long names of options, `--help` left out.
 std::set<std::string> OptionsOf(const std::string& help) {
-  static const std::regex kOption("--[a-z][a-z-]*");
+  constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz-";
   std::set<std::string> names;
-  for (std::sregex_iterator it(help.begin(), help.end(), kOption), end; it != end; ++it)
-    names.insert(it->str());
+  for (std::size_t at = 0; (at = help.find("--", at)) != help.npos;) {
+    const std::size_t end = std::min(help.find_first_not_of(kLetters, at), help.size());
+    if (end > at + 2) names.insert(help.substr(at, end - at));
+    at = end;
+  }
   names.erase("--help");
   return names;
 }
 
-TEST(CommandModuleTest, ManPageHasEveryCommandWithItsOptions) {
+/// The man page as it was written, with plain hyphens.
+std::string ReadManPage() {
   std::ifstream file(VRX_MAN_PAGE);
-  std::string page(std::istreambuf_iterator<char>(file), {});
+  std::string page;
+  for (char c; file.get(c);) {
+    if (c != '\\' || file.peek() != '-') page += c;
+  }
+  return page;
+}
+
+/// The uses of a command in the synopsis, with those of the commands below it.
+std::string SynopsisOf(const std::string& page, const std::string& name) {
+  const std::string begin = "\n.B vrx " + name;
+  const std::string synopsis = page.substr(0, page.find("\n.SH DESCRIPTION"));
+  std::string uses;
+  for (std::size_t at = 0; (at = synopsis.find(begin, at)) != synopsis.npos; at += begin.size()) {
+    const char next = at + begin.size() < synopsis.size() ? synopsis[at + begin.size()] : '\n';
+    if (next == ' ' || next == '\n') uses += synopsis.substr(at, synopsis.find("\n.br", at) - at);
+  }
+  return uses;
+}
+
+TEST(CommandModuleTest, ManPageHasEveryCommandWithItsOptions) {
+  const std::string page = ReadManPage();
   ASSERT_FALSE(page.empty());
-  page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
   for (const std::string& name : CommandsOf(RunVrx({{"--help"}}).output)) {
     const std::size_t section = page.find("\n.SS " + name + "\n");
     ASSERT_NE(section, page.npos) << name << " has no section";
     const std::string text = page.substr(section, page.find("\n.S", section + 1) - section);
-    const std::regex synopsis("\n\\.B vrx " + name + "[ \n][^]*?(\n\\.br|\n\\.SH)");
-    std::string use;
-    for (std::sregex_iterator it(page.begin(), page.end(), synopsis), end; it != end; ++it) use += it->str();
+    const std::string use = SynopsisOf(page, name);
     EXPECT_NE(use, "") << name << " is not in the synopsis";
     for (const std::string& help : HelpsOf(name)) {
       for (const std::string& option : OptionsOf(help)) {
