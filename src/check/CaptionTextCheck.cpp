@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "content/plist/PlistNumbers.h"
+#include "drawing/ScaledText.h"
 #include "drawing/TextRenderer.h"
 #include "foundation/number/Saturate.h"
 #include "foundation/text/NearestName.h"
@@ -38,7 +39,7 @@ XpString Quoted(View text) {
 }
 
 /// Takes from `text` all up to and with the next tag "<name>", or "</name>" where `isClosing`, and gives the
-/// name; empty when there is none.
+/// name; empty when there is none. Blanks may follow the name, though such a tag is not read.
 View TakeTag(View& text, bool isClosing) {
   constexpr std::size_t kLongestName = 32;
   const auto isLetter = [](char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); };
@@ -46,9 +47,10 @@ View TakeTag(View& text, bool isClosing) {
   for (std::size_t open; (open = text.find(mark)) != text.npos;) {
     text.remove_prefix(open + mark.size());
     const auto end = static_cast<std::size_t>(std::ranges::find_if_not(text, isLetter) - text.begin());
-    if (end == 0 || end > kLongestName || end == text.size() || text[end] != u'>') continue;
+    const std::size_t close = std::min(text.find_first_not_of(u' ', end), text.size());
+    if (end == 0 || end > kLongestName || close == text.size() || text[close] != u'>') continue;
     const View name = text.substr(0, end);
-    text.remove_prefix(end + 1);
+    text.remove_prefix(close + 1);
     return name;
   }
   return {};
@@ -144,7 +146,7 @@ class CaptionTextChecker {
     }
     const std::size_t start = text.find_first_not_of(u" \t\r\n");
     if (start == text.npos) return false;
-    text.remove_prefix(start);
+    text = text.substr(start, text.find_last_not_of(u" \t\r\n") + 1 - start);
     m_report.Add(Quoted(text) + u" lies in no <Caption> and is not read", m_lines.LineAt(text.data()));
     return true;
   }
@@ -230,10 +232,10 @@ class CaptionTextChecker {
         if (ReadNumber(field, text, number)) CheckInteger(field, number, text);
         return;
       case CaptionValue::Length:
-        if (ReadNumber(field, text, number)) CheckRange(field, number, kPictureHeight / 2, text);
+        if (ReadNumber(field, text, number)) CheckRange(field, number, WidestOf(field), text);
         return;
       case CaptionValue::Percent:
-        if (ReadNumber(field, text, number)) CheckRange(field, number, kWholePercent, text);
+        if (ReadNumber(field, text, number)) CheckPercent(field, number, text);
         return;
       case CaptionValue::Switch:
         CheckSwitch(field, text);
@@ -256,16 +258,31 @@ class CaptionTextChecker {
     std::ranges::sort(known, {}, &View::data);
     const char16_t* at = body.data();
     for (const View element : known) {
-      if (element.data() >= at) CheckGap(View(at, static_cast<std::size_t>(element.data() - at)), meant);
+      if (element.data() >= at)
+        CheckGap(View(at, static_cast<std::size_t>(element.data() - at)), known, meant);
       at = std::max(at, element.data() + element.size());
     }
-    CheckGap(View(at, static_cast<std::size_t>(body.data() + body.size() - at)), meant);
+    CheckGap(View(at, static_cast<std::size_t>(body.data() + body.size() - at)), known, meant);
     return meant;
   }
 
-  void CheckGap(View gap, std::set<View>& meant) {
+  static bool IsRead(View name, const std::vector<View>& known) {
+    return std::ranges::any_of(known, [&](View element) {
+      return element.substr(1).starts_with(name) && element[name.size() + 1] == u'>';
+    });
+  }
+
+  void CheckGap(View gap, const std::vector<View>& known, std::set<View>& meant) {
     for (View name; !(name = TakeTag(gap, false)).empty();) {
-      if (std::ranges::find(m_names, name) != m_names.end()) continue;
+      if (std::ranges::find(m_names, name) != m_names.end()) {
+        if (name.data()[name.size()] == u' ') {
+          Add(u"<" + XpString(name) + u" > should be <" + XpString(name) + u">", name);
+          meant.insert(name);
+        } else if (IsRead(name, known)) {
+          Add(u"<" + XpString(name) + u"> stands here once more: the first one counts", name);
+        }
+        continue;
+      }
       XpString message = u"<" + XpString(name) + u"> is an unknown tag";
       if (const auto nearest = m_guesses++ < kMostGuesses ? NearestName(name, m_names) : std::nullopt) {
         message = message + u"; did you mean <" + XpString(*nearest) + u">?";
@@ -316,6 +333,18 @@ class CaptionTextChecker {
     if (number >= Limits::min() && number <= Limits::max()) return;
     XpFormat(message, u"%s is %.6g: it counts as %d, the limit", NameOf(field), number,
              number < 0 ? Limits::min() : Limits::max());
+    Add(message, text);
+  }
+
+  static double WidestOf(const CaptionField& field) {
+    return field.GetName() == u"Margin" ? kWidestCaptionMargin : drawing::kWidestOutline;
+  }
+
+  void CheckPercent(const CaptionField& field, double number, View text) {
+    if (number <= 0 || number >= 1) return CheckRange(field, number, kWholePercent, text);
+    XpString message;
+    XpFormat(message, u"%s is %.6g percent, which is hardly seen; was %.6g meant?", NameOf(field), number,
+             number * kWholePercent);
     Add(message, text);
   }
 

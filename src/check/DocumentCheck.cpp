@@ -1,7 +1,10 @@
 #include "src/check/Checks.h"
 
+#include <algorithm>
 #include <array>
+#include <string_view>
 
+#include "foundation/text/XpFormat.h"
 #include "src/check/KeyCheck.h"
 #include "src/project/ProjectKeys.h"
 
@@ -9,6 +12,15 @@ namespace vrx::check {
 namespace {
 
 using namespace vrx::project;
+
+/// A number that chooses one of several things, from 0 to `last`. Others count as 0.
+struct Choice {
+  Key key;
+  std::int64_t last;
+};
+
+constexpr Choice kChoices[] = {
+    {kSourceType, VRXSourceBaseband}, {kVideoCodecType, 1}, {kAvcEncoderMode, 2}, {kAudioCodecType, 3}};
 
 class DocumentChecker {
  public:
@@ -82,6 +94,21 @@ class DocumentChecker {
       Report(problem.severity, problem.key, problem.message, problem.line);
       m_problems.back().meant = problem.meant;
     });
+    CheckChoices(dict, known);
+  }
+
+  void CheckChoices(const XpIniElement& dict, std::span<const Key> known) {
+    for (const Choice& choice : kChoices) {
+      const auto isIt = [&](const Key& key) { return std::u16string_view(key.name) == choice.key.name; };
+      if (std::ranges::none_of(known, isIt)) continue;
+      const XpIniElement* element = Find(&dict, choice.key);
+      std::int64_t number = 0;
+      if (element != nullptr) element->GetInt64(number);
+      if (number >= 0 && number <= choice.last) continue;
+      XpString message;
+      XpFormat(message, u"is %I64d, not one of 0 to %I64d: it counts as 0", number, choice.last);
+      Report(Severity::Warning, choice.key.name, message, element->GetLines().element);
+    }
   }
 
   const XpString& m_file;

@@ -50,7 +50,8 @@ class OutputChecker {
     if (path.IsEmpty()) return Report(Severity::Error, kOutputFilePath, u"names no file to write");
     platform::FileStatus status;
     if (!platform::StatPath(path, platform::Links::Follow, status)) {
-      if (status.isDirectory) return Report(Severity::Error, kOutputFilePath, path + u" is a folder");
+      m_isFolder = status.isDirectory;
+      if (m_isFolder) return Report(Severity::Error, kOutputFilePath, path + u" is a folder");
       if (status.isSpecial) {
         return Report(Severity::Error, kOutputFilePath, path + u" is a device, a pipe or a socket");
       }
@@ -97,7 +98,7 @@ class OutputChecker {
   /// Numbered as in the engine, where the document's 1, 2 and 3 are 1, 3 and 4.
   void CheckContainer(std::int32_t specificationType) {
     const XpString& path = m_report.outputPath;
-    if (path.IsEmpty()) return;
+    if (path.IsEmpty() || m_isFolder) return;
     const bool isMp4 = specificationType == 1 || specificationType == 3 || specificationType == 4;
     const XpString ending = XpPathExtension(path);
     const auto isEnding = [&](const char16_t* other) { return XpCompareNoCase(ending, other) == 0; };
@@ -115,19 +116,22 @@ class OutputChecker {
     }
   }
 
-  /// Some host programs count in kilobits.
+  /// Some host programs count in kilobits, and some people in megabits.
   void CheckBitrate(const VRXVideoOutputSetting& video) {
     const double frames = static_cast<double>(video.frameDuration.scale) /
                           static_cast<double>(std::max<std::uint64_t>(video.frameDuration.value, 1));
     const double pixels = static_cast<double>(video.width) * video.height * frames;  // a second
     // A still scene takes some ten times as much.
     constexpr double kLeastBitsPerPixel = 0.002;
-    constexpr double kKilo = 1000;
-    const bool canBeKilobits = video.averageBitrate * kKilo <= std::numeric_limits<std::int32_t>::max();
-    if (!(video.averageBitrate < pixels * kLeastBitsPerPixel) || !canBeKilobits) return;
+    constexpr std::int64_t kKilo = 1000;
+    if (!(video.averageBitrate < pixels * kLeastBitsPerPixel)) return;
+    std::int64_t meant = video.averageBitrate;  // in kilobits, or else in megabits
+    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    while (meant <= kMost && static_cast<double>(meant) < pixels * kLeastBitsPerPixel) meant *= kKilo;
+    if (meant > kMost) return;
     XpString message;
-    XpFormat(message, u"%d bits a second are too few for the picture; were %d meant?", video.averageBitrate,
-             video.averageBitrate * static_cast<std::int32_t>(kKilo));
+    XpFormat(message, u"%d bits a second are too few for the picture; were %I64d meant?",
+             video.averageBitrate, meant);
     constexpr std::int32_t kLeastBitrate = 1000;  // that encoders take
     Report(video.averageBitrate < kLeastBitrate ? Severity::Error : Severity::Warning, kAverageBitrate,
            message);
@@ -172,6 +176,7 @@ class OutputChecker {
 
   const XpString& m_file;
   ProjectReport& m_report;
+  bool m_isFolder = false;  // what the output names
 };
 
 }  // namespace

@@ -48,6 +48,11 @@ std::string With(const std::string& tag, const std::string& value) {
   const std::size_t start = text.find("<" + tag + ">") + tag.size() + 2;
   return text.replace(start, text.find("</" + tag + ">") - start, value);
 }
+/// The good caption with more in it.
+std::string Having(const std::string& part) {
+  std::string text = kGood;
+  return text.insert(text.find("<FontName>"), part);
+}
 std::string Without(const std::string& part) {
   std::string text = kGood;
   return text.erase(text.find(part), part.size());
@@ -55,6 +60,7 @@ std::string Without(const std::string& part) {
 
 TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
   EXPECT_THAT(Captions(std::string(kGood) + "\n" + Without("<FontSize>60,5</FontSize>")), IsEmpty());
+  EXPECT_THAT(Captions(Having("<Outline>100</Outline><Margin>480</Margin><Box>1</Box>")), IsEmpty());
   struct Case {
     std::string text;
     std::string message;
@@ -67,7 +73,8 @@ TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
         Case{With("Text", std::string(1'000'000, 'w')), "caption 1: its text has 1000000 characters"},
         Case{With("FontSize", "12px"),
              "caption 1: FontSize is \"12px\", which is no number: it counts as 12"},
-        Case{With("FontSize", "nan"), "it counts as 0"}, Case{With("FontSize", "0.9"), "FontSize is 0"},
+        Case{With("FontSize", "nan"), "it counts as 0"},
+        Case{With("FontSize", "0.9"), "FontSize is 0"},
         Case{With("FontSize", "-5"), "FontSize is -5: below 0"},
         Case{With("FontSize", "10000"), "FontSize is 10000: the letters are larger than the picture"},
         Case{With("LayoutType", ""), "LayoutType is \"\", which is no number"},
@@ -75,12 +82,16 @@ TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
         Case{With("FontColor", "-1"), "FontColor lies outside"},
         Case{With("RightPos", "1e20"), "RightPos is 1e+20: it counts as 2147483647"},
         Case{With("VideoID", "-3e9"), "VideoID is -3e+09: it counts as -2147483648"},
-        Case{With("Text", "a < b> c</Text><Shadow>1</Shadow><Text>d"),
-             "caption 1: <Shadow> is an unknown tag"},
-        Case{With("Text", "a</Text><Outline>-1</Outline><Text>b"),
-             "caption 1: Outline is -1: it counts as 0"},
-        Case{With("Text", "a</Text><Box>101</Box><Text>b"), "caption 1: Box is 101: it counts as 100"},
-        Case{With("Text", "a</Text><Bold>yes</Bold><Text>b"), "caption 1: Bold is \"yes\", which is neither"},
+        Case{Having("< b> c<Shadow>1</Shadow>"), "caption 1: <Shadow> is an unknown tag"},
+        Case{Having("<Outline>-1</Outline>"), "caption 1: Outline is -1: it counts as 0"},
+        Case{Having("<Outline>101</Outline>"), "caption 1: Outline is 101: it counts as 100"},
+        Case{Having("<Margin>481</Margin>"), "caption 1: Margin is 481: it counts as 480"},
+        Case{Having("<Box>101</Box>"), "caption 1: Box is 101: it counts as 100"},
+        Case{Having("<Box>0.6</Box>"), "caption 1: Box is 0.6 percent, which is hardly seen; was 60 meant?"},
+        Case{Having("<Bold>yes</Bold>"), "caption 1: Bold is \"yes\", which is neither"},
+        Case{Having("<Text>b</Text>"), "caption 1: <Text> stands here once more: the first one counts"},
+        Case{Having("<Box >60</Box>"), "caption 1: <Box > should be <Box>"},
+        Case{"two\n" + good, "CaptionString \"two\" lies in no <Caption> and is not read"},
         Case{With("LeftPos", std::string(500, 'x')), "\"" + std::string(24, 'x') + "...\""}}) {
     EXPECT_THAT(Captions(c.text), ElementsAre(HasSubstr(c.message))) << c.text.substr(0, 400);
   }

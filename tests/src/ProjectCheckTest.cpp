@@ -121,6 +121,8 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
       {ClipText("a.mp4", "1", "9"), "W VideoTrack/2 EndTime the clip is shorter than a frame", true},
       {ClipText("a.mp4", "3003", "6006"),
        "W VideoTrack/2 EndTime lies 2.006 s after the source's end: the last frame is held", true},
+      {"<dict><key>SourceFile</key><string>a.mp4</string><key>SourceType</key><integer>5</integer></dict>",
+       "W VideoTrack/2 SourceType is 5, not one of 0 to 4: it counts as 0", true},
       {"<string>a.mp4</string>", "W VideoTrack holds a string, not a dict: left out", true},
   };
   const std::string good = project.videoTrack;
@@ -152,6 +154,8 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        false},
       {&ProjectText::output, "", "E OutputFilePath names no file", false},
       {&ProjectText::output, "none/out.mp4", "E OutputFilePath the folder ", false},
+      {&ProjectText::output, m_folder.Path().string(),
+       "E OutputFilePath " + m_folder.Path().string() + " is a folder", false},
       {&ProjectText::output, "socket", "E OutputFilePath " + socket + " is a device, a pipe or a socket",
        false},
       {&ProjectText::videoTrack, ClipText("socket", "0", "1001"),
@@ -162,6 +166,10 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>"
        "<key>AudioCodecType</key><integer>3</integer><key>BitPerSample</key><integer>20</integer>",
        "E BitPerSample must be 16 or 24 for PCM, and is 20", false},
+      {&ProjectText::audio,
+       "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>48000</integer>"
+       "<key>AudioCodecType</key><integer>4</integer>",
+       "W AudioCodecType is 4, not one of 0 to 3: it counts as 0", true},
       {&ProjectText::output, "out.m2ts", "W VideoSpecificationType an MP4 file is written", true},
       {&ProjectText::moreOutput, "<key>PainterEffect</key><string>none.vrx</string>", "W PainterEffect ",
        true},
@@ -262,6 +270,9 @@ TEST_F(ProjectCheckTest, BitratesThatCanOnlyBeKilobitsAreNamed) {
   EXPECT_THAT(linesAt(large, "8000"),
               ElementsAre(HasSubstr("W AverageBitrate 8000 bits a second are too few")));
   EXPECT_THAT(linesAt(large, "60000"), ElementsAre(HasSubstr("were 60000000 meant?")));
+  EXPECT_THAT(linesAt(large, "8"),
+              ElementsAre(HasSubstr("E AverageBitrate 8 bits a second are too few for the "
+                                    "picture; were 8000000 meant?")));
   EXPECT_THAT(linesAt(small, "128"), ElementsAre(HasSubstr("E AverageBitrate 128 bits a second")));
   EXPECT_THAT(linesAt(large, "200000"), testing::IsEmpty());
   EXPECT_THAT(linesAt(small, "20000"), testing::IsEmpty());
