@@ -27,7 +27,8 @@ constexpr const char* kFormats =
     "m4v,h261,h263,h264,hevc,av1,obu,vc1,vc1test,dirac,dnxhd,cavsvideo,avs2,avs3,mjpeg,mjpeg_2000,smjpeg,"
     "yuv4mpegpipe,gif,apng,jpeg_pipe,png_pipe,bmp_pipe,tiff_pipe,webp_pipe,j2k_pipe,ppm_pipe,"
     "wav,w64,aiff,au,caf,aac,loas,ac3,eac3,dts,dtshd,truehd,mlp,mp3,flac,ape,wv,tta,tak,amr,mpc,mpc8,voc";
-constexpr const char* kPlaylists = "hls,concat,dash,imf,image2,sdp,rtsp,webm_dash_manifest";
+constexpr const char* kStills = "image2";
+constexpr const char* kPlaylists = "hls,concat,dash,imf,sdp,rtsp,webm_dash_manifest";
 
 std::string ErrorText(int systemError) { return std::generic_category().message(systemError); }
 
@@ -54,6 +55,9 @@ Refusal RefuseLibraryError(int error) {
 
 Refusal RefuseFormat(const AVInputFormat& format) {
   if (av_match_list(format.name, kFormats, ',') > 0) return {};
+  if (av_match_list(format.name, kStills, ',') > 0) {
+    return {kSourceNotMovie, "is a still picture, not a movie: a baseband document shows those"};
+  }
   if (av_match_list(format.name, kPlaylists, ',') > 0) {
     return {kSourceNotMovie, "is a list of other files, not a movie"};
   }

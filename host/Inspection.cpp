@@ -20,6 +20,14 @@ check::Severity SeverityOf(VRXLogSeverity severity) {
   return check::Severity::Error;
 }
 
+/// Whether the report has something of the same source of the same clip: the engine says it once more.
+bool IsKnown(const check::ProjectReport& report, const check::Problem& problem) {
+  return problem.clip != 0 && std::ranges::any_of(report.problems, [&](const check::Problem& other) {
+           return other.severity == problem.severity && other.clip == problem.clip &&
+                  other.track == problem.track && other.key == problem.key;
+         });
+}
+
 /// Lets the engine open the whole job, which finds what only the engine can know.
 void TryJob(const ProjectSource& project, EngineModule& engine, check::ProjectReport& report) {
   job::RenderJob job;
@@ -28,7 +36,9 @@ void TryJob(const ProjectSource& project, EngineModule& engine, check::ProjectRe
   engine.TakeLines();
   const std::int32_t result = engine.Try(*job.GetTimeline(), *job.GetSystemOutput());
   for (const EngineLine& line : engine.TakeLines()) {
-    if (line.severity != VRXLogInfo) report.problems.push_back(ProblemOf(project, report, line));
+    if (line.severity == VRXLogInfo) continue;
+    const check::Problem problem = ProblemOf(project, report, line);
+    if (!IsKnown(report, problem)) report.problems.push_back(problem);
   }
   if (result == VRXEngineOk || report.HasErrors()) return;
   report.problems.push_back({.severity = check::Severity::Error,
@@ -68,10 +78,9 @@ check::ProjectReport InspectWhole(const ProjectSource& project, EngineModule& en
 
 check::Problem ProblemOf(const ProjectSource& project, const check::ProjectReport& report,
                          const EngineLine& line) {
-  check::Problem problem{
-      .severity = SeverityOf(line.severity),
-      .file = project.GetName(),
-      .message = XpNarrowString(line.text).ToWide()};
+  check::Problem problem{.severity = SeverityOf(line.severity),
+                         .file = project.GetName(),
+                         .message = XpNarrowString(line.text).ToWide()};
   if (line.track == VRXNoTrack || line.clip == 0) return problem;
   problem.track = line.track == VRXAudioTrack ? project::kAudioTrack.name : project::kVideoTrack.name;
   problem.clip = line.clip;

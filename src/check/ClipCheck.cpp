@@ -67,6 +67,13 @@ XpString MeantTimes(const TKLXOutputXmlInfo& clip) {
   return text;
 }
 
+XpString EmptyStills(const TKLXOutputXmlInfo& clip) {
+  if (clip.endTime <= clip.startTime) return u"must lie after StartTime";
+  XpString message = u"the clip is shorter than a frame";
+  if (CanBeSeconds(clip, 0)) message.Append(MeantTimes(clip));
+  return message;
+}
+
 class ClipChecker {
  public:
   ClipChecker(const XpString& file, const SourceLook& look, ProjectReport& report)
@@ -184,8 +191,8 @@ class ClipChecker {
     } else {
       row.sourceStart = m_clock.ToSeconds(in);
       if (isBaseband && length <= 0 && m_clock.IsUsable())
-        Report(Severity::Error, kEndTime, u"must lie after StartTime");
-      CheckEnd(out, sourceSeconds);
+        Report(Severity::Error, kEndTime, EmptyStills(clip));
+      CheckEnd(in, out, sourceSeconds);
       length = std::max<std::int64_t>(length, 0);
     }
     row.seconds = m_clock.ToSeconds(length);
@@ -209,14 +216,20 @@ class ClipChecker {
     Report(Severity::Warning, kEndTime, message);
   }
 
-  void CheckEnd(std::int64_t out, double sourceSeconds) {
+  void CheckEnd(std::int64_t in, std::int64_t out, double sourceSeconds) {
     const double beyond = m_clock.ToSeconds(out) - sourceSeconds;
     const double frameSeconds = m_clock.ToSeconds(m_clock.GetFrameValue());
     if (sourceSeconds <= 0.0 || beyond < frameSeconds) return;
+    const double startBeyond = m_clock.ToSeconds(in) - sourceSeconds;
+    const bool isAllBeyond = startBeyond >= 0;
     XpString message;
-    XpFormat(message, u"lies %.3f s after the source's end: %s", beyond,
-             m_isVideo ? u"the last frame is held" : u"the rest is silent");
-    Report(Severity::Warning, kEndTime, message);
+    XpFormat(message, u"lies %.3f s after the source's end: ", isAllBeyond ? startBeyond : beyond);
+    if (m_isVideo) {
+      message.Append(isAllBeyond ? u"the clip is the source's last frame" : u"the last frame is held");
+    } else {
+      message.Append(isAllBeyond ? u"the clip is silent" : u"the rest is silent");
+    }
+    Report(Severity::Warning, isAllBeyond ? kStartTime : kEndTime, message);
   }
 
   const XpString& m_file;

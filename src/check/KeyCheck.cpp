@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <set>
 #include <vector>
 
 #include "foundation/text/NearestName.h"
@@ -14,26 +16,32 @@ bool Holds(std::span<const plist::Key> keys, const XpString& name) {
   return std::ranges::any_of(keys, [&](const plist::Key& key) { return name == key.name; });
 }
 
-KeyProblem UnknownKey(const XpString& name, const XpIniElement& dict, std::span<const plist::Key> known,
-                      std::span<const DictPart> parts) {
+/// `leftOut` are parts of the dict that are missing, of which one line is enough.
+std::optional<KeyProblem> UnknownKey(const XpString& name, const XpIniElement& dict,
+                                     std::span<const plist::Key> known, std::span<const DictPart> parts,
+                                     std::set<XpString>& leftOut) {
   std::vector<std::u16string_view> names;
   for (const plist::Key& key : known) names.emplace_back(key.name);
   if (const auto nearest = NearestName(name.AsView(), names)) {
     const XpString meant(*nearest);
     const bool isThere = dict.Get(meant) != nullptr;
-    return {.severity = Severity::Warning,
-            .key = name,
-            .message = u"is an unknown key; did you mean " + meant + u"?",
-            .meant = isThere ? XpString() : meant};
+    return KeyProblem{.severity = Severity::Warning,
+                      .key = name,
+                      .message = u"is an unknown key; did you mean " + meant + u"?",
+                      .meant = isThere ? XpString() : meant};
   }
   for (const DictPart& part : parts) {
     if (!Holds(part.keys, name)) continue;
-    return {.severity = Severity::Warning,
-            .key = name,
-            .message = XpString(u"belongs into ") + part.name + u": here it is not read",
-            .meant = name};
+    const XpString where = XpString(u"belongs into ") + part.name;
+    // A part that lies in this very dict, and is not there, was left out around its keys.
+    const bool isLeftOut = Holds(known, part.name) && dict.Get(part.name) == nullptr;
+    if (isLeftOut && !leftOut.insert(part.name).second) return std::nullopt;
+    return KeyProblem{.severity = Severity::Warning,
+                      .key = name,
+                      .message = where + (isLeftOut ? u", which is missing" : u": here it is not read"),
+                      .meant = isLeftOut ? XpString(part.name) : name};
   }
-  return {.severity = Severity::Note, .key = name, .message = u"is an unknown key and is not read"};
+  return KeyProblem{.severity = Severity::Note, .key = name, .message = u"is an unknown key and is not read"};
 }
 
 }  // namespace
@@ -46,11 +54,14 @@ XpString TypeName(XpIniType type) {
 
 void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, std::span<const DictPart> parts,
                const KeyReport& report) {
+  std::set<XpString> leftOut;  // parts of the dict that one of their keys has named
   for (const auto& [name, element] : static_cast<const XpIniDict&>(dict).GetElements()) {
     const auto key = std::ranges::find_if(known, [&](const plist::Key& each) { return name == each.name; });
     KeyProblem problem;
     if (key == known.end()) {
-      problem = UnknownKey(name, dict, known, parts);
+      const auto unknown = UnknownKey(name, dict, known, parts, leftOut);
+      if (!unknown) continue;
+      problem = *unknown;
     } else if (element->GetType() != key->type) {
       problem = {.severity = Severity::Warning, .key = name, .meant = name};
       XpFormat(problem.message, u"is %s instead of %s: it is not read", TypeName(element->GetType()),
