@@ -18,6 +18,7 @@
 #include <xercesc/util/XMLUni.hpp>
 #include <xercesc/validators/DTD/DTDElementDecl.hpp>
 
+#include "foundation/xml/Utf8Check.h"
 #include "foundation/xml/XmlDocument.h"
 #include "foundation/xml/XpXmlParser.h"
 #include "vrx/XpTextCodec.h"
@@ -133,6 +134,9 @@ auto ParseGuarded(std::span<const char> bytes, const char* encoding, const XmlLi
     cause = {Narrow(error.getMessage())};
   } catch (const xercesc::OutOfMemoryException&) {
     throw std::bad_alloc();
+  }
+  if (encoding == nullptr) {
+    if (const XmlProblem foreign = FindForeignByte(bytes); !foreign.message.empty()) cause = foreign;
   }
   return nullptr;
 }

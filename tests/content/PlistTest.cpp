@@ -135,7 +135,10 @@ TEST(PlistReadTest, ARefusedDocumentReportsCauseAndLine) {
         Case{"<plist><dict>\n<key>a</key>\n<key>b</key></dict></plist>", 3, "the key a has no value"},
         Case{"<plist><dict>\n<key>a</key></dict></plist>", 2, "the key a has no value"},
         Case{"<plist><dict>\n<key>a</key>x</dict></plist>", 1, "text stands where a value belongs"},
-        Case{"\n<plist><array/></plist>", 2, "plist holds no dict"}}) {
+        Case{"\xEF\xBB\xBF<plist>\n<dict><key>\xC3\xA4\n\xFC</key>", 3, "the byte 0xFC is not UTF-8"},
+        Case{"<?xml version='1.0' encoding='utf-8'?>\n<plist>\xC3", 2, "the byte 0xC3 is not UTF-8"},
+        Case{"<?xml version='1.0' encoding='iso-8859-1'?>\n<plist>\xFC\n</a>", 3, ""},
+        Case{"<?xml encoding=", 1, ""}, Case{"\n<plist><array/></plist>", 2, "plist holds no dict"}}) {
     XpIniDict dict;
     Findings findings;
     EXPECT_NE(Read(c.text, dict, &findings), XpOk);
