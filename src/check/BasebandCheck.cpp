@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "foundation/text/XpFormat.h"
 #include "imaging/loader/StillImage.h"
@@ -121,20 +122,31 @@ class BasebandChecker {
 
   void CheckSpans(const baseband::BasebandDocument& document) {
     m_next = m_clip.firstFrame;
+    // One that is out of place leaves its own frames without an image.
+    m_isBroken = HasMisplaced(document.images);
     for (const BasebandImage& image : document.images) CheckSpan(image);
     if (m_clip.frames <= 0 || m_isBroken) return;
     const std::int64_t end = m_clip.firstFrame + m_clip.frames;
+    const std::uint64_t line = document.images.empty() ? 0 : document.images.back().line;
     XpString message;
     if (m_next < end) {
       XpFormat(message,
                u"the images end with frame %I64d, the clip with frame %I64d: the frames between are black",
                m_next - 1, end - 1);
-      Report(0, XpString(), message);
+      Report(line, XpString(), message);
     } else if (m_next > end) {
       XpFormat(message, u"the images go on to frame %I64d, the clip ends with frame %I64d", m_next - 1,
                end - 1);
-      Report(0, XpString(), message);
+      Report(line, XpString(), message);
     }
+  }
+
+  static bool HasMisplaced(const std::vector<BasebandImage>& images) {
+    std::int64_t last = 0;
+    return std::ranges::any_of(images, [&](const BasebandImage& image) {
+      const std::int64_t before = std::exchange(last, image.span.inFrame);
+      return image.span.inFrame < before || image.span.outFrame < image.span.inFrame;
+    });
   }
 
   /// Frames are asked for in rising order, and a frame on no span ends the clip's pictures.
@@ -172,7 +184,7 @@ class BasebandChecker {
   std::int64_t m_next = 0;                                            // the first frame without an image
   std::int64_t m_lastIn = 0;
   bool m_hasSpan = false;
-  bool m_isBroken = false;  // a gap ends the pictures
+  bool m_isBroken = false;  // where the pictures end says nothing of its own
 };
 
 }  // namespace

@@ -247,7 +247,10 @@ class ShowChecker {
     }
     if (m_count++ >= kMostCaptionProblems) return;
     Add(message, number);
-    if (verdict.kind == Verdict::NotItsClip) m_report.problems.back().because = overlay::kSaveMovieMode.name;
+    if (verdict.kind == Verdict::NotItsClip) {
+      m_report.problems.back().because =
+          XpString(overlay::kGeneralInfo.name) + u"/" + overlay::kSaveMovieMode.name;
+    }
   }
 
   const CaptionShow& m_show;

@@ -11,6 +11,7 @@
 #include "src/project/ProjectKeys.h"
 #include "src/project/ProjectPath.h"
 #include "src/timeline/FrameClock.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::check {
 namespace {
@@ -61,10 +62,18 @@ bool CanBeSeconds(const TKLXOutputXmlInfo& clip, double sourceSeconds) {
 
 XpString MeantTimes(const TKLXOutputXmlInfo& clip) {
   XpString text;
-  XpFormat(text, u" (times are milliseconds; were %.6g and %.6g meant?)",
+  XpFormat(text, u" (times are milliseconds; were %.10g and %.10g meant?)",
            clip.startTime * timeline::kMillisecondsPerSecond,
            clip.endTime * timeline::kMillisecondsPerSecond);
   return text;
+}
+
+/// None, so that nothing is counted, where the settings have none that movies can have; that is said
+/// elsewhere.
+VRXTimeInfo FrameOf(const ProjectReport& report) {
+  if (!report.videoSettings) return {};
+  const VRXTimeInfo& frame = report.videoSettings->frameDuration;
+  return limits::IsUsableFrameLength(frame.value, frame.scale) ? frame : VRXTimeInfo();
 }
 
 XpString EmptyStills(const TKLXOutputXmlInfo& clip) {
@@ -77,11 +86,7 @@ XpString EmptyStills(const TKLXOutputXmlInfo& clip) {
 class ClipChecker {
  public:
   ClipChecker(const XpString& file, const SourceLook& look, ProjectReport& report)
-      : m_file(file),
-        m_look(look),
-        m_sources(look.probe),
-        m_report(report),
-        m_clock(report.videoSettings ? report.videoSettings->frameDuration : VRXTimeInfo()) {}
+      : m_file(file), m_look(look), m_sources(look.probe), m_report(report), m_clock(FrameOf(report)) {}
 
   void RunTrack(const Key& track, const TKLXOutputXml::Track& clips, bool isVideo) {
     m_track = track.name;

@@ -84,7 +84,8 @@ class DocumentChecker {
         m_clip = 0;
       } else {
         Report(Severity::Warning, key.name,
-               u"holds a " + TypeName(clip.GetType()) + u", not a dict: left out", clip.GetLines().element);
+               u"holds " + TypeWithArticle(clip.GetType()) + u", not a dict: left out",
+               clip.GetLines().element);
       }
     }
   }

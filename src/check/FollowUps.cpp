@@ -34,11 +34,15 @@ class Roots {
  public:
   explicit Roots(std::vector<Problem>& problems) {
     for (Problem& problem : problems) {
-      if (problem.dictLine != 0) m_dicts.try_emplace({problem.file, problem.dictLine}, &problem);
       if (problem.meant.IsEmpty()) continue;
+      if (problem.dictLine == 0) m_unread.try_emplace({problem.file, problem.line}, &problem);
       m_keys.try_emplace({problem.file, problem.meant.AsView()}, &problem);
       m_places.try_emplace(PlaceOf(problem, problem.meant.AsView(), PartOf(problem.key)), &problem);
       m_lines.try_emplace({problem.file, problem.meant.AsView(), problem.line}, &problem);
+    }
+    for (Problem& problem : problems) {
+      if (problem.dictLine == 0 || FindUnreadDict(problem) != nullptr) continue;
+      m_dicts.try_emplace({problem.file, problem.dictLine}, &problem);
     }
   }
 
@@ -48,7 +52,9 @@ class Roots {
   Problem* Find(const Problem& problem) const {
     const View name = NameOf(problem.key);
     if (Problem* root = Get(m_dicts, {problem.file, problem.line})) return root;
-    if (Problem* root = Get(m_keys, {problem.file, problem.because.AsView()})) return root;
+    for (const View cause : {NameOf(problem.because), PartOf(problem.because)}) {
+      if (Problem* root = Get(m_keys, {problem.file, cause})) return root;
+    }
     if (Problem* root = Get(m_lines, {problem.file, name, problem.line})) return root;
     const View part = PartOf(problem.key);
     if (Problem* root = Get(m_places, PlaceOf(problem, name, part))) return root;
@@ -60,6 +66,12 @@ class Roots {
                         std::get<1>(any->first) == name && std::get<2>(any->first) == problem.track &&
                         std::get<3>(any->first) == problem.clip;
     return isSame ? any->second : nullptr;
+  }
+
+  /// The mistake because of which nothing of the dict is read in which another one is; null when there is
+  /// none.
+  Problem* FindUnreadDict(const Problem& inside) const {
+    return inside.dictLine == 0 ? nullptr : Get(m_unread, {inside.file, inside.dictLine});
   }
 
  private:
@@ -75,6 +87,7 @@ class Roots {
   }
 
   std::map<std::pair<XpString, std::uint64_t>, Problem*> m_dicts;
+  std::map<std::pair<XpString, std::uint64_t>, Problem*> m_unread;
   std::map<std::pair<XpString, View>, Problem*> m_keys;
   std::map<std::tuple<XpString, View, std::uint64_t>, Problem*> m_lines;
   std::map<Place, Problem*> m_places;
@@ -87,8 +100,7 @@ void DropFollowUps(std::vector<Problem>& problems) {
   if (roots.IsEmpty()) return;
   std::vector<bool> isDropped(problems.size());
   for (std::size_t i = 0; i < problems.size(); ++i) {
-    if (IsRoot(problems[i])) continue;
-    Problem* root = roots.Find(problems[i]);
+    Problem* root = IsRoot(problems[i]) ? roots.FindUnreadDict(problems[i]) : roots.Find(problems[i]);
     if (root == nullptr) continue;
     root->severity = std::max(root->severity, problems[i].severity);
     isDropped[i] = true;

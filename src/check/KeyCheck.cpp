@@ -52,6 +52,12 @@ XpString TypeName(XpIniType type) {
   return kNames[static_cast<std::size_t>(type)];
 }
 
+XpString TypeWithArticle(XpIniType type) {
+  if (type == XpIniType::Bool) return TypeName(type);
+  const bool isVowel = type == XpIniType::Array || type == XpIniType::Int;
+  return (isVowel ? u"an " : u"a ") + TypeName(type);
+}
+
 void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, std::span<const DictPart> parts,
                const KeyReport& report) {
   std::set<XpString> leftOut;  // parts of the dict that one of their keys has named

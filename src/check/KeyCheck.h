@@ -27,5 +27,7 @@ void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, std:
 
 /// "dict", "real" and so on, as the elements of a document are called; a boolean is "true or false".
 XpString TypeName(XpIniType type);
+/// "an array", "a string".
+XpString TypeWithArticle(XpIniType type);
 
 }  // namespace vrx::check

@@ -104,6 +104,7 @@ class OutputChecker {
     const auto isEnding = [&](const char16_t* other) { return XpCompareNoCase(ending, other) == 0; };
     if (std::ranges::any_of(kMp4Endings, isEnding)) return;
     const bool isTransportStream = std::ranges::any_of(kTransportEndings, isEnding);
+    m_isTransportStream = isTransportStream && !isMp4;
     const XpString name = ending.IsEmpty() ? XpString(u"without an ending") : u"that ends in " + ending;
     if (isMp4) {
       Report(Severity::Warning, isTransportStream ? kVideoSpecificationType : kOutputFilePath,
@@ -156,6 +157,9 @@ class OutputChecker {
       Report(Severity::Error, kChannel, message);
     }
     constexpr std::int32_t kPcm = 3;
+    if (audio.codecType == kPcm && m_isTransportStream) {
+      Report(Severity::Error, kAudioCodecType, u"is 3, PCM, which an MPEG transport stream does not hold");
+    }
     const std::uint16_t bits = audio.bitsPerSample;
     const bool isUsableDepth = bits == static_cast<std::uint16_t>(kNotSet) || bits == 16 || bits == 24;
     if (audio.codecType == kPcm && !isUsableDepth) {
@@ -177,6 +181,7 @@ class OutputChecker {
   const XpString& m_file;
   ProjectReport& m_report;
   bool m_isFolder = false;  // what the output names
+  bool m_isTransportStream = false;
 };
 
 }  // namespace

@@ -127,9 +127,7 @@ class OverlayChecker {
   /// length.
   void CheckClipTimes() {
     // Without a frame to count in no time means anything, which is said elsewhere.
-    const bool hasFrame =
-        m_report.videoSettings && timeline::FrameClock(m_report.videoSettings->frameDuration).IsUsable();
-    if (!hasFrame) return;
+    if (!HasFrame()) return;
     std::set<std::uint32_t> said;  // clips whose end is in doubt already
     for (const Problem& problem : m_report.problems) {
       const bool isEnd = problem.track == project::kVideoTrack.name && problem.key == project::kEndTime.name;
@@ -185,7 +183,7 @@ class OverlayChecker {
       m_report.overlays.push_back({context.clock.NumberAt(range.start), context.clock.NumberAt(range.end),
                                    context.clock.ToSeconds(range.start), context.clock.ToSeconds(range.end)});
     }
-    if (!info.captionInfo.valid || !movie.IsUsable()) return;
+    if (!info.captionInfo.valid || !HasFrame() || !movie.IsUsable()) return;
     const bool hasMovie = m_report.totalFrames > 0;
     const CaptionShow show{info, plan, frame, places, m_areClipsPlaced && hasMovie};
     CheckCaptionsShow(show, m_report);
@@ -199,6 +197,12 @@ class OverlayChecker {
   bool HasCaptions() const {
     const auto shows = [](const CaptionRow& row) { return row.hiddenBecause.IsEmpty(); };
     return std::ranges::any_of(m_report.captions, shows);
+  }
+
+  bool HasFrame() const {
+    if (!m_report.videoSettings) return false;
+    const VRXTimeInfo& frame = m_report.videoSettings->frameDuration;
+    return timeline::FrameClock(frame).IsUsable() && limits::IsUsableFrameLength(frame.value, frame.scale);
   }
 
   /// For captions.

@@ -57,7 +57,8 @@ class PainterDocumentChecker {
         Check(entry, kLogDataArray.name, kLogDataKeys);
       } else {
         Report(kLogDataArray.name, Severity::Warning, XpString(),
-               u"holds a " + TypeName(entry.GetType()) + u", not a dict: left out", entry.GetLines().element);
+               u"holds " + TypeWithArticle(entry.GetType()) + u", not a dict: left out",
+               entry.GetLines().element);
       }
     }
   }

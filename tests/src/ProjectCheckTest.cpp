@@ -123,6 +123,9 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
        "W VideoTrack/2 EndTime lies 2.006 s after the source's end: the last frame is held", true},
       {"<dict><key>SourceFile</key><string>a.mp4</string><key>SourceType</key><integer>5</integer></dict>",
        "W VideoTrack/2 SourceType is 5, not one of 0 to 4: it counts as 0", true},
+      {ClipText("a.mp4", "4004", "6006"),
+       "W VideoTrack/2 StartTime lies 0.004 s after the source's end: the clip is the source's last frame",
+       true},
       {"<string>a.mp4</string>", "W VideoTrack holds a string, not a dict: left out", true},
   };
   const std::string good = project.videoTrack;
