@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <tuple>
 
 #include "engine/FrameFitter.h"
 #include "tests/engine/PictureCard.h"
@@ -83,9 +84,14 @@ double HlgCode(double scene) {
                            : 0.17883277 * std::log(12 * scene - 0.28466892) + 0.55991073;
 }
 
-/// The signal for the light of a display, in cd/m2 and with the primaries of BT.2020.
-Triple CodesOf(AVColorTransferCharacteristic transfer, const Triple& light) {
-  const double luminance = 0.2627 * light[0] + 0.678 * light[1] + 0.0593 * light[2];
+double Sum(const Triple& a, const Triple& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+
+constexpr Encoding kWide{AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593, false};
+
+/// The signal for the light of a display in cd/m2, whose shares in the luminance are `luma`.
+Triple CodesOf(AVColorTransferCharacteristic transfer, const Triple& light,
+               const Triple& luma = {0.2627, 0.678, 0.0593}) {
+  const double luminance = Sum(luma, light);
   Triple codes{};
   for (std::size_t i = 0; i < 3; ++i) {
     const double scene = luminance <= 0 ? 0 : light[i] / 1000 * std::pow(luminance / 1000, -0.2 / 1.2);
@@ -97,10 +103,9 @@ Triple CodesOf(AVColorTransferCharacteristic transfer, const Triple& light) {
 /// What the fitter makes of patches of light; one a patch, each with the movie's own colours between 0 and 1.
 std::vector<Triple> FitLight(AVPixelFormat format, AVColorTransferCharacteristic transfer,
                              const std::vector<Triple>& light, const std::array<int, 2>& movie) {
-  const Encoding from{AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593, false};
   std::vector<Triple> samples, colours;
-  for (const Triple& patch : light) samples.push_back(from.SamplesOf(CodesOf(transfer, patch)));
-  const FramePtr card = MakeCard(format, kLarge[0], kLarge[1], kColumns, from, samples);
+  for (const Triple& patch : light) samples.push_back(kWide.SamplesOf(CodesOf(transfer, patch)));
+  const FramePtr card = MakeCard(format, kLarge[0], kLarge[1], kColumns, kWide, samples);
   card->color_trc = transfer;
   card->color_primaries = AVCOL_PRI_BT2020;
   const FramePtr fitted = FitTo(*card, movie);
@@ -117,6 +122,29 @@ std::vector<Triple> FitLight(AVPixelFormat format, AVColorTransferCharacteristic
 
 /// The signal of a standard display of gamma 2.4 whose white is the reference white.
 double StandardSignal(double light) { return std::pow(light / kWhite, 1 / 2.4); }
+
+/// Primaries of a source and what is linear in them.
+struct Primaries {
+  AVColorPrimaries primaries;
+  Triple luma;
+  std::array<Triple, 3> ofBt709;  // rows
+};
+constexpr Primaries kPrimaries[] = {
+    {AVCOL_PRI_BT709, {0.2126, 0.7152, 0.0722}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}},
+    {AVCOL_PRI_SMPTE432,
+     {0.2290, 0.6917, 0.0793},
+     {{{0.8225, 0.1775, 0}, {0.0332, 0.9668, 0}, {0.0171, 0.0724, 0.9105}}}},
+    {AVCOL_PRI_BT2020,
+     {0.2627, 0.6780, 0.0593},
+     {{{0.6274, 0.3293, 0.0433}, {0.0691, 0.9195, 0.0114}, {0.0164, 0.0880, 0.8956}}}}};
+
+/// The movie's luma for a grey of 10 bits.
+double PqLevel(int code) {
+  const double root = std::pow((code - 64) / 876.0, 32.0 / 2523);
+  const double light =
+      10000 * std::pow((root - 3424.0 / 4096) / (2413.0 / 128 - 2392.0 / 128 * root), 16384.0 / 2610);
+  return 16 + 219 * StandardSignal(light);
+}
 
 class HdrTest : public testing::TestWithParam<AVColorTransferCharacteristic> {};
 INSTANTIATE_TEST_SUITE_P(Transfers, HdrTest, testing::Values(AVCOL_TRC_SMPTE2084, AVCOL_TRC_ARIB_STD_B67));
@@ -194,6 +222,63 @@ TEST_P(HdrTest, ColoursOfBt709StayAndOthersAreBroughtIn) {
       }
       EXPECT_GT(brightest, patch < std::size(inside) + 6 ? 0.4 : 0.8) << patch;
     }
+  }
+}
+
+TEST_P(HdrTest, PrimariesMayChangeFromFrameToFrame) {
+  const Triple colours[] = {{60, 30, 20}, {20, 60, 30}, {30, 20, 60},
+                            {10, 50, 60}, {80, 70, 12}, {9, 60, 20}};
+  FrameFitter fitter(kLarge[0], kLarge[1]);
+  for (const Primaries& from : kPrimaries) {
+    std::vector<Triple> samples;
+    for (std::size_t patch = 0; patch < kColumns * kRows; ++patch) {
+      Triple light{};
+      for (std::size_t i = 0; i < 3; ++i)
+        light[i] = Sum(from.ofBt709[i], colours[patch % std::size(colours)]);
+      samples.push_back(kWide.SamplesOf(CodesOf(GetParam(), light, from.luma)));
+    }
+    const FramePtr card = MakeCard(AV_PIX_FMT_YUV422P10, kLarge[0], kLarge[1], kColumns, kWide, samples);
+    card->color_trc = GetParam();
+    card->color_primaries = from.primaries;
+    FramePtr fitted;
+    ASSERT_EQ(fitter.Fit(*card, Orientation{}, fitted), kOk);
+    for (int patch = 0; patch < kColumns; ++patch) {
+      const Triple got = kMovie709.ColoursOf(MiddleOf(*fitted, kColumns, kRows, patch));
+      const Triple& exact = colours[static_cast<std::size_t>(patch)];
+      for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(got[i], StandardSignal(exact[i]), 3.0 / 219)
+            << from.primaries << " " << patch << " " << i;
+      }
+    }
+  }
+}
+
+/// Every pixel of a level between two of the movie's is one of the two, and their mean is the level.
+TEST(PictureColoursTest, LevelsBetweenTheMoviesAreDithered) {
+  for (const auto& [transfer, code, exact] :
+       {std::tuple{AVCOL_TRC_BT709, 401, 100.25}, {AVCOL_TRC_SMPTE2084, 401, PqLevel(401)}}) {
+    FramePtr frame(av_frame_alloc());
+    frame->format = AV_PIX_FMT_YUV420P10;
+    frame->width = 144;
+    frame->height = 96;
+    frame->color_trc = transfer;
+    frame->colorspace = AVCOL_SPC_SMPTE170M;
+    ASSERT_EQ(av_frame_get_buffer(frame.get(), 0), 0);
+    for (std::size_t plane = 0; plane < 3; ++plane) {
+      auto* samples = reinterpret_cast<std::uint16_t*>(frame->data[plane]);
+      std::fill_n(samples, frame->linesize[plane] / 2 * (plane == 0 ? 96 : 48),
+                  static_cast<std::uint16_t>(plane == 0 ? code : 512));
+    }
+    const FramePtr fitted = FitTo(*frame, {144, 96});
+    double sum = 0;
+    for (int y = 0; y < 96; ++y) {
+      for (int x = 0; x < 144; ++x) {
+        const int level = fitted->data[0][y * fitted->linesize[0] + x];
+        ASSERT_LT(std::abs(level - exact), 1.05) << x << " " << y;
+        sum += level;
+      }
+    }
+    EXPECT_NEAR(sum / (144 * 96), exact, 0.1) << transfer;
   }
 }
 

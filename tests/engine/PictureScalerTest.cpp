@@ -8,6 +8,7 @@ extern "C" {
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <tuple>
 #include <vector>
 
 #include "engine/FrameFitter.h"
@@ -144,15 +145,17 @@ TEST(PictureScalerTest, AZonePlateStaysCloseToAnIdealFilters) {
 TEST(PictureScalerTest, ChromaKeepsItsPlace) {
   constexpr int kFrom = 128;
   for (const int size : {64, 96, 192, 256}) {
-    for (const AVChromaLocation location :
-         {AVCHROMA_LOC_UNSPECIFIED, AVCHROMA_LOC_LEFT, AVCHROMA_LOC_CENTER, AVCHROMA_LOC_TOPLEFT}) {
+    for (const AVChromaLocation location : {AVCHROMA_LOC_UNSPECIFIED, AVCHROMA_LOC_LEFT, AVCHROMA_LOC_CENTER,
+                                            AVCHROMA_LOC_TOPLEFT, AVCHROMA_LOC_BOTTOMLEFT}) {
       Plane grey = MakePlane(kFrom);
       std::fill(grey.values.begin(), grey.values.end(), 120);
       const FramePtr source = GreyFrame(AV_PIX_FMT_YUV420P, grey);
       source->colorspace = AVCOL_SPC_SMPTE170M;
       source->chroma_location = location;
       const double columnShift = location == AVCHROMA_LOC_CENTER ? 0.5 : 0;
-      const double rowShift = location == AVCHROMA_LOC_TOPLEFT ? 0 : 0.5;
+      const double rowShift = location == AVCHROMA_LOC_TOPLEFT      ? 0
+                              : location == AVCHROMA_LOC_BOTTOMLEFT ? 1
+                                                                    : 0.5;
       for (int y = 0; y < kFrom / 2; ++y) {
         for (int x = 0; x < kFrom / 2; ++x) {
           source->data[1][y * source->linesize[1] + x] = static_cast<std::uint8_t>(40 + 2 * x + 0 * y);
@@ -170,6 +173,33 @@ TEST(PictureScalerTest, ChromaKeepsItsPlace) {
             << "column " << at << " of " << size << " sited " << location;
         EXPECT_NEAR(fitted->data[2][at * fitted->linesize[2] + size / 4], 40 + row - 0.5 - rowShift, 0.8)
             << "row " << at << " of " << size << " sited " << location;
+      }
+    }
+  }
+}
+
+/// What a fitter keeps for one shape must not be used for another.
+TEST(PictureScalerTest, ShapesMayChangeFromFrameToFrame) {
+  Plane grey = MakePlane(64);
+  std::fill(grey.values.begin(), grey.values.end(), 200);
+  FrameFitter fitter(128, 96);
+  for (const auto& [aspect, format, width] : {std::tuple{AVRational{1, 1}, AV_PIX_FMT_YUV420P, 64},
+                                              {AVRational{3, 1}, AV_PIX_FMT_YUV420P, 64},
+                                              {AVRational{1, 1}, AV_PIX_FMT_YUV420P, 33},
+                                              {AVRational{1, 1}, AV_PIX_FMT_YUV420P, 61},
+                                              {AVRational{1, 1}, AV_PIX_FMT_YUV422P10, 61},
+                                              {AVRational{1, 1}, AV_PIX_FMT_YUV422P10, 64}}) {
+    const FramePtr source = GreyFrame(format, grey);
+    source->width = width;
+    source->sample_aspect_ratio = aspect;
+    FramePtr fitted;
+    ASSERT_EQ(fitter.Fit(*source, Orientation{}, fitted), kOk);
+    const FitRectangle fit = FitPicture(width, 64, aspect, false, 128, 96);
+    for (int y = 0; y < 96; ++y) {
+      for (int x = 0; x < 128; ++x) {
+        const bool isIn = x >= fit.x && x < fit.x + fit.width && y >= fit.y && y < fit.y + fit.height;
+        ASSERT_NEAR(fitted->data[0][y * fitted->linesize[0] + x], isIn ? 200 : 16, 1)
+            << width << " " << x << " " << y;
       }
     }
   }
