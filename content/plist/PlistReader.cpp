@@ -163,6 +163,7 @@ class Reader {
       if (!IsReal(text)) RemarkNumber(node, place, text, u"no number", value);
     } else if (name == u"string") {
       Put(node, place, XpIniType::String, XpString(text), linesBefore);
+      RemarkLostText(node, place);
     } else if (name == u"data") {
       const std::vector<std::byte> bytes = ParseHexadecimal(text);
       Put(node, place, XpIniType::MemChunk, std::span<const std::byte>(bytes));
@@ -174,6 +175,23 @@ class Reader {
       return Refuse(node, UnknownName(name, u"is no value of a property list", kValueNames));
     }
     return XpOk;
+  }
+
+  /// Only the first text of a string is read. Where tags are meant as text, that is a small part of them.
+  void RemarkLostText(const DOMNode* node, const Place& place) {
+    const std::uint64_t line = place.keyLine != 0 ? place.keyLine : m_source.LineOf(node);
+    const DOMNode* first = SkipIgnored(node->getFirstChild());
+    for (const DOMNode* at = first; at != nullptr; at = at->getNextSibling()) {
+      if (IsElement(at)) {
+        return AddRemark({place.key,
+                          XpString(u"holds <") + XpString(NameOf(at)) +
+                              u"> without <![CDATA[ before and ]]> after its text: most of it is not read",
+                          line});
+      }
+      if (at != first && at->getNodeType() == DOMNode::CDATA_SECTION_NODE) {
+        return AddRemark({place.key, u"has text before <![CDATA[: what follows it is not read", line});
+      }
+    }
   }
 
   void RemarkNumber(const DOMNode* node, const Place& place, const std::u16string& text, const char16_t* what,

@@ -190,6 +190,10 @@ TEST(PlistReadTest, WhatCountsAsSomethingElseIsRemarked) {
              u"stands here once more: the first value counts"},
         Case{"<key>a</key><true/>\n<kay>b</kay><true/>", u"",
              u"<kay> stands where a key belongs; did you mean <key>? What follows in the dict is not read"},
+        Case{"\n<key>s</key><string>\n<b>x</b></string>", u"s",
+             u"holds <b> without <![CDATA[ before and ]]> after its text: most of it is not read"},
+        Case{"\n<key>s</key><string>a <![CDATA[b]]></string>", u"s",
+             u"has text before <![CDATA[: what follows it is not read"},
         Case{"\n<key></key><true/>", u"",
              u"a key without a name ends its dict: what follows in it is not read"}}) {
     XpIniDict dict;
@@ -202,7 +206,9 @@ TEST(PlistReadTest, WhatCountsAsSomethingElseIsRemarked) {
   }
   XpIniDict dict;
   Findings findings;
-  Read(InPlist("<key>n</key><integer> -7\n</integer><key>r</key><real> 1,5e3 </real>"), dict, &findings);
+  Read(InPlist("<key>n</key><integer> -7\n</integer><key>r</key><real> 1,5e3 </real>"
+               "<key>s</key><string>\n<!-- a --><![CDATA[<b>]]>\n</string>"),
+       dict, &findings);
   EXPECT_TRUE(findings.remarks.empty());
 }
 

@@ -147,6 +147,8 @@ const std::vector<Mistake>& Mistakes() {
        "milliseconds; were 0 and 2000 meant?)"},
       {Project, "<key>Width</key><integer>320</integer>", "<key>Width</key><dict><real>320</real></dict>",
        "error: p.vrx:32: Width is dict instead of integer: it is not read"},
+      {Project, "<real>2000<", "<real>2s<",
+       "error: p.vrx:16: VideoTrack clip 2: EndTime is \"2s\", which is no number: it counts as 2"},
       {Project, "photos.xml", "b\xFCro.xml",
        "error: p.vrx:13: is no readable project document: the byte 0xFC is not UTF-8 (column 37)"},
       {Project, "VRXWrapper", "VRXWraper",
@@ -158,6 +160,8 @@ const std::vector<Mistake>& Mistakes() {
        "<key>VideoWidth</key><integer>320</integer>\n  </dict>",
        "<key>SaveMovieMode</key><true/>\n    <key>VideoWidth</key><integer>320</integer>",
        "warning: painter.vrx:5: SaveMovieMode belongs into GeneralInfo, which is missing"},
+      {Painter, "<string><![CDATA[", "<string>captions <![CDATA[",
+       "warning: painter.vrx:13: CaptionString has text before <![CDATA[: what follows it is not read"},
       {Painter, ">Two<", ">T\xFC<",
        "warning: painter.vrx:17: cannot be read as a painter document: the movie will have no overlays (the "
        "byte "
@@ -181,6 +185,9 @@ const std::vector<Mistake>& Mistakes() {
        "milliseconds)"},
       {Painter, ">One<", ">One\\NTwo<",
        "warning: painter.vrx:14: CaptionString caption 1: \"\\N\" is shown as it stands: a line break in the "
+       "text begins a new line"},
+      {Painter, ">One<", ">One\nTwo\\nThree<",
+       "warning: painter.vrx:15: CaptionString caption 1: \"\\n\" is shown as it stands: a line break in the "
        "text begins a new line"},
       {Painter, ">One<", ">Fish &amp; chips<",
        "warning: painter.vrx:14: CaptionString caption 1: \"&amp;\" is shown as it stands: write the "

@@ -133,6 +133,11 @@ TEST_F(ProjectCheckTest, MistakeInAClipIsNamedWithItsPlace) {
     project.videoTrack = good + c.clip;
     ExpectLine(c.line, c.renderable);
   }
+  // What is no clip has no number.
+  project.videoTrack = "\n<string>a</string>\n" + good + "\n" + ClipText("b.mp4", "0", "1001");
+  const ProjectReport report = Check();
+  EXPECT_EQ(report.problems[0].clip, 2u);
+  EXPECT_EQ(report.problems[0].line, report.problems[1].line + 2);
 }
 
 TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
@@ -357,11 +362,12 @@ TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
   const ProjectReport report = CheckCaptions(
       Caption(1000, 2000) + Caption(3000, 4000) + Caption(1500, 3500) + Caption(1200, 3900) +
       Caption(5000, 6000, 12) + Caption(5200, 5500) + Caption(7000, 6500) + Caption(7000, 8000, 5, 3) +
-      Caption(50000, 51000) + Caption(8500, 8501) + Caption(9000, 9500, 5, 0, ""));
+      Caption(50000, 51000) + Caption(8500, 8501) + Caption(9000, 9500, 5, 0, "") + Caption(-2000, -1000));
   EXPECT_THAT(Causes(report), ElementsAre("", "", "", HasSubstr("earlier captions"), HasSubstr("LayoutType"),
                                           HasSubstr("earlier captions"), HasSubstr("ends before it starts"),
                                           HasSubstr("VideoID 3"), HasSubstr("after the movie's end"),
-                                          HasSubstr("between two frames"), HasSubstr("text is empty")));
+                                          HasSubstr("between two frames"), HasSubstr("text is empty"),
+                                          HasSubstr("before the movie begins")));
   EXPECT_THAT(Lines(report), Contains(HasSubstr("caption 8 never shows: its VideoID 3")));
   EXPECT_FALSE(report.HasErrors());
   EXPECT_THAT(Causes(CheckCaptions(Caption(7000, 8000, 5, 3),
@@ -371,6 +377,12 @@ TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
 }
 
 TEST_F(ProjectCheckTest, CaptionsThatOthersCutShortAreReported) {
+  // The frame in which two meet is no overlap.
+  for (const auto& [start, isNamed] : {std::pair{1960, false}, {1920, true}}) {
+    const auto named = Contains(HasSubstr("caption 2 shows only in part"));
+    const std::vector<std::string> lines = Lines(CheckCaptions(Caption(1000, 2000) + Caption(start, 3000)));
+    EXPECT_EQ(testing::Matches(named)(lines), isNamed) << start;
+  }
   const ProjectReport unordered = CheckCaptions(Caption(6000, 8000) + Caption(1000, 3000));
   EXPECT_THAT(Causes(unordered),
               ElementsAre(HasSubstr("no frame that is drawn on"), HasSubstr("in the order")));
