@@ -240,6 +240,7 @@ TEST_P(HdrTest, PrimariesMayChangeFromFrameToFrame) {
     const FramePtr card = MakeCard(AV_PIX_FMT_YUV422P10, kLarge[0], kLarge[1], kColumns, kWide, samples);
     card->color_trc = GetParam();
     card->color_primaries = from.primaries;
+    if (from.primaries == AVCOL_PRI_BT2020) card->colorspace = AVCOL_SPC_UNSPECIFIED;
     FramePtr fitted;
     ASSERT_EQ(fitter.Fit(*card, Orientation{}, fitted), kOk);
     for (int patch = 0; patch < kColumns; ++patch) {

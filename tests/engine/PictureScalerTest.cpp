@@ -180,17 +180,18 @@ TEST(PictureScalerTest, ChromaKeepsItsPlace) {
 
 /// What a fitter keeps for one shape must not be used for another.
 TEST(PictureScalerTest, ShapesMayChangeFromFrameToFrame) {
-  Plane grey = MakePlane(64);
+  Plane grey = MakePlane(256);
   std::fill(grey.values.begin(), grey.values.end(), 200);
   FrameFitter fitter(128, 96);
   for (const auto& [aspect, format, width] : {std::tuple{AVRational{1, 1}, AV_PIX_FMT_YUV420P, 64},
                                               {AVRational{3, 1}, AV_PIX_FMT_YUV420P, 64},
                                               {AVRational{1, 1}, AV_PIX_FMT_YUV420P, 33},
-                                              {AVRational{1, 1}, AV_PIX_FMT_YUV420P, 61},
-                                              {AVRational{1, 1}, AV_PIX_FMT_YUV422P10, 61},
+                                              {AVRational{1, 1}, AV_PIX_FMT_YUV420P, 253},
+                                              {AVRational{1, 1}, AV_PIX_FMT_YUV422P10, 253},
                                               {AVRational{1, 1}, AV_PIX_FMT_YUV422P10, 64}}) {
     const FramePtr source = GreyFrame(format, grey);
     source->width = width;
+    source->height = 64;
     source->sample_aspect_ratio = aspect;
     FramePtr fitted;
     ASSERT_EQ(fitter.Fit(*source, Orientation{}, fitted), kOk);
