@@ -60,7 +60,8 @@ std::string Without(const std::string& part) {
 
 TEST(PainterTextCheckTest, DamagedCaptionsAreNamed) {
   EXPECT_THAT(Captions(std::string(kGood) + "\n" + Without("<FontSize>60,5</FontSize>")), IsEmpty());
-  EXPECT_THAT(Captions(Having("<Outline>100</Outline><Margin>480</Margin><Box>1</Box>")), IsEmpty());
+  EXPECT_THAT(Captions(Having("<Outline>100</Outline><Margin>480</Margin><Box>1</Box><Bold>FALSE</Bold>")),
+              IsEmpty());
   struct Case {
     std::string text;
     std::string message;

@@ -183,6 +183,12 @@ TEST_F(ProjectCheckTest, MistakeInTheOutputIsNamedWithItsKey) {
        true},
   };
   project.audioTrack = project.videoTrack;
+  const std::string sound = project.audio;
+  project.audio += "<key>AudioCodecType</key><integer>3</integer>";  // of 16 bits
+  EXPECT_THAT(Lines(Check()), testing::IsEmpty());
+  project.audio = "<key>Channel</key><integer>2</integer><key>SamplingRate</key><integer>4294976</integer>";
+  EXPECT_THAT(Lines(Check()), ElementsAre(testing::EndsWith("and is 4294976")));
+  project.audio = sound;
   const ProjectText good = project;
   for (const Case& c : cases) {
     project = good;
@@ -242,6 +248,8 @@ TEST_F(ProjectCheckTest, EndlessTimesAddUpToALongMovie) {
 TEST_F(ProjectCheckTest, SourceThatCannotGiveItsPictureOrColoursIsNamed) {
   facts.dynamicRange = VRXDynamicRangePq;
   ExpectLine("a.mp4 is HDR (PQ): its colours are brought to the movie's standard range", true);
+  facts.dynamicRange = VRXDynamicRangeHlg;
+  ExpectLine("a.mp4 is HDR (HLG): its", true);
   facts.hasVideo = false;
   ExpectLine("has no picture", false);
   facts = {.usable = false, .cause = "is no movie"};
@@ -359,16 +367,19 @@ TEST_F(ProjectCheckTest, GoodCaptionsAreListedInTheMoviesTime) {
 }
 
 TEST_F(ProjectCheckTest, EachHiddenCaptionHasItsCause) {
-  const ProjectReport report = CheckCaptions(
-      Caption(1000, 2000) + Caption(3000, 4000) + Caption(1500, 3500) + Caption(1200, 3900) +
-      Caption(5000, 6000, 12) + Caption(5200, 5500) + Caption(7000, 6500) + Caption(7000, 8000, 5, 3) +
-      Caption(50000, 51000) + Caption(8500, 8501) + Caption(9000, 9500, 5, 0, "") + Caption(-2000, -1000));
+  const ProjectReport report =
+      CheckCaptions(Caption(1000, 2000) + Caption(3000, 4000) + Caption(1500, 3500) + Caption(1200, 3900) +
+                    Caption(5000, 6000, 12) + Caption(5200, 5500) + Caption(7000, 6500) +
+                    Caption(7000, 8000, 5, 3) + Caption(50000, 51000) + Caption(8500, 8501) +
+                    Caption(9000, 9500, 5, 0, "") + Caption(-2000, -1000) + Caption(9600, 9700, 5, 3));
   EXPECT_THAT(Causes(report), ElementsAre("", "", "", HasSubstr("earlier captions"), HasSubstr("LayoutType"),
                                           HasSubstr("earlier captions"), HasSubstr("ends before it starts"),
                                           HasSubstr("VideoID 3"), HasSubstr("after the movie's end"),
                                           HasSubstr("between two frames"), HasSubstr("text is empty"),
-                                          HasSubstr("before the movie begins")));
-  EXPECT_THAT(Lines(report), Contains(HasSubstr("caption 8 never shows: its VideoID 3")));
+                                          HasSubstr("before the movie begins"), HasSubstr("VideoID 3")));
+  EXPECT_THAT(
+      Lines(report),
+      Contains(testing::ContainsRegex("caption 8 never shows: its VideoID 3.*; more captions like it: 1$")));
   EXPECT_FALSE(report.HasErrors());
   EXPECT_THAT(Causes(CheckCaptions(Caption(7000, 8000, 5, 3),
                                    "<key>GeneralInfo</key><dict><key>SaveMovieMode</key><true/>"
