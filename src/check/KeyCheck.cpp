@@ -61,7 +61,9 @@ XpString TypeWithArticle(XpIniType type) {
 void CheckKeys(const XpIniElement& dict, std::span<const plist::Key> known, std::span<const DictPart> parts,
                const KeyReport& report) {
   std::set<XpString> leftOut;  // parts of the dict that one of their keys has named
-  for (const auto& [name, element] : static_cast<const XpIniDict&>(dict).GetElements()) {
+  for (const auto& entry : static_cast<const XpIniDict&>(dict).GetElements()) {
+    const XpString& name = entry.first;
+    const auto& element = entry.second;
     const auto key = std::ranges::find_if(known, [&](const plist::Key& each) { return name == each.name; });
     KeyProblem problem;
     if (key == known.end()) {
