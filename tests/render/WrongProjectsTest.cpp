@@ -339,10 +339,13 @@ TEST_F(WrongProjectsTest, StandardInputIsAProjectOfTheWorkingFolder) {
   WriteWith({}, 1);
   const std::string good = folder.Read("p.vrx-1");
   std::filesystem::current_path(folder.Path());
+  ASSERT_EQ(RunVrx({{"render", "p.vrx-1"}}).status, 0);
+  const std::string movie = folder.Read("out.mp4");  // with the captions
+  std::filesystem::remove(Path("out.mp4"));
   VrxResult result = RunVrx({.arguments = {"render", "-", "--strict"}, .input = good});
   EXPECT_EQ(result.errors, "");
   EXPECT_EQ(result.status, 0);
-  EXPECT_TRUE(std::filesystem::exists(Path("out.mp4")));
+  EXPECT_TRUE(folder.Read("out.mp4") == movie);
   std::string wrong = good;
   Replace(wrong, "Width<", "Widht<");
   for (const char* command : {"check", "render"}) {
