@@ -14,7 +14,10 @@ struct CaptionPlaces {
   std::vector<std::uint64_t> lines;  // of the document, on which each begins
   std::set<std::size_t> damaged;     // captions with a problem that can keep them from showing
 
-  std::uint64_t LineOf(std::size_t number) const { return number <= lines.size() ? lines[number - 1] : 0; }
+  /// 0 for a caption that is not there, such as number 0.
+  std::uint64_t LineOf(std::size_t number) const {
+    return number >= 1 && number <= lines.size() ? lines[number - 1] : 0;
+  }
 };
 
 /// Damaged captions and tags, numbers that are none, sizes and colours that cannot be meant, and escapes that

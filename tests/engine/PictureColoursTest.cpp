@@ -303,9 +303,9 @@ TEST(PictureColoursTest, TheBrightestPqStaysBelowWhiteAndOddPicturesAreMappedToo
         frame->width = width;
         frame->height = height;
         frame->color_trc = static_cast<AVColorTransferCharacteristic>(value);
-        frame->colorspace = static_cast<AVColorSpace>(value);
+        frame->colorspace = static_cast<AVColorSpace>(std::min<int>(value, AVCOL_SPC_NB));
         frame->color_primaries = static_cast<AVColorPrimaries>(value);
-        frame->chroma_location = static_cast<AVChromaLocation>(value);
+        frame->chroma_location = static_cast<AVChromaLocation>(std::min<int>(value, AVCHROMA_LOC_NB));
         ASSERT_EQ(av_frame_get_buffer(frame.get(), 0), 0);
         for (AVBufferRef* buffer : frame->buf) {
           if (buffer != nullptr) std::fill_n(buffer->data, buffer->size, std::uint8_t{90});
