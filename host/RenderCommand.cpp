@@ -206,6 +206,7 @@ class RenderRun {
   }
 
   int Refuse() {
+    if (const Problem* error = m_report.FindError(false)) return Fail(XpErrFailed, *error);
     return Fail(XpErrFailed, Failure(m_project.GetName(), u"has warnings, which --strict refuses"));
   }
 
