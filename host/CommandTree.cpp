@@ -16,12 +16,14 @@ CommandOption OptionOf(const CLI::Option& option) {
 }
 
 void Add(const CLI::App& app, const std::string& place, std::vector<CommandNode>& nodes) {
-  CommandNode node{place, app.get_name(), app.get_description(), {}, {}};
+  CommandNode node{place, {}, {}};
   for (const CLI::Option* option : app.get_options()) {
     if (!option->get_positional()) node.options.push_back(OptionOf(*option));
   }
   const auto commands = app.get_subcommands(nullptr);
-  for (const CLI::App* command : commands) node.children.push_back(place + " " + command->get_name());
+  for (const CLI::App* command : commands) {
+    node.commands.push_back({command->get_name(), command->get_description()});
+  }
   nodes.push_back(std::move(node));
   for (const CLI::App* command : commands) Add(*command, place + " " + command->get_name(), nodes);
 }

@@ -18,11 +18,14 @@ struct CommandOption {
   bool takesValue = false;
 };
 
+struct CommandName {
+  std::string name;     // "import"
+  std::string summary;  // a line of the help
+};
+
 struct CommandNode {
-  std::string place;  // "vrx gps import"
-  std::string name;   // "import"
-  std::string summary;
-  std::vector<std::string> children;  // places
+  std::string place;                  // "vrx gps import"
+  std::vector<CommandName> commands;  // those below it
   std::vector<CommandOption> options;
 };
 

@@ -1,6 +1,5 @@
 #include "host/CompletionScripts.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace vrx::host {
@@ -32,8 +31,10 @@ std::string Alternatives(std::span<const CommandNode> nodes, std::string_view se
   return text;
 }
 
-std::string NameOf(std::span<const CommandNode> nodes, const std::string& place) {
-  return std::ranges::find(nodes, place, &CommandNode::place)->name;
+std::string Names(const std::vector<CommandName>& commands) {
+  std::string names;
+  for (const CommandName& command : commands) names += (names.empty() ? "" : " ") + command.name;
+  return names;
 }
 
 std::string OptionNames(const CommandNode& node) {
@@ -67,11 +68,8 @@ std::string BashCompletion(std::span<const CommandNode> nodes) {
       "  done\n"
       "  case $place in\n";
   for (const CommandNode& node : nodes) {
-    std::string commands;
-    for (const std::string& child : node.children) {
-      commands += (commands.empty() ? "" : " ") + NameOf(nodes, child);
-    }
-    text += "    '" + node.place + "') commands='" + commands + "' options='" + OptionNames(node) + "' ;;\n";
+    text += "    '" + node.place + "') commands='" + Names(node.commands) + "' options='" +
+            OptionNames(node) + "' ;;\n";
   }
   return text +
          "  esac\n"
@@ -103,8 +101,7 @@ std::string ZshCompletion(std::span<const CommandNode> nodes) {
       "  case $place in\n";
   for (const CommandNode& node : nodes) {
     text += "    ('" + node.place + "')\n      commands=(";
-    for (const std::string& child : node.children) {
-      const CommandNode& command = *std::ranges::find(nodes, child, &CommandNode::place);
+    for (const CommandName& command : node.commands) {
       text += "\n        " + Described(command.name, command.summary);
     }
     text += ")\n      options=(";
@@ -124,7 +121,8 @@ std::string ZshCompletion(std::span<const CommandNode> nodes) {
          "    _files\n"
          "  fi\n"
          "}\n"
-         // Found by its name in a folder of functions, it is called at once; read by a shell, it is announced.
+         // Found by its name in a folder of functions, it is called at once; read by a shell, it is
+         // announced.
          "if [[ $funcstack[1] == _vrx ]]; then _vrx; else compdef _vrx vrx; fi\n";
 }
 
@@ -145,8 +143,7 @@ std::string FishCompletion(std::span<const CommandNode> nodes) {
       "end\n";
   for (const CommandNode& node : nodes) {
     const std::string begin = "complete -c vrx -n \"test (__vrx_place) = '" + node.place + "'\"";
-    for (const std::string& child : node.children) {
-      const CommandNode& command = *std::ranges::find(nodes, child, &CommandNode::place);
+    for (const CommandName& command : node.commands) {
       text += begin + " -f -a " + command.name + " -d " + ForFish(command.summary) + "\n";
     }
     for (const CommandOption& option : node.options) {

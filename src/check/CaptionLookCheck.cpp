@@ -182,7 +182,7 @@ class LookChecker {
   ProjectReport& m_report;
   std::map<XpString, Face> m_faces;
   std::set<char32_t> m_missing;  // named already
-  std::size_t m_measured = 0;  // characters
+  std::size_t m_measured = 0;    // characters
   std::size_t m_faceProblems = 0;
   std::size_t m_characterProblems = 0;
   std::size_t m_roomProblems = 0;

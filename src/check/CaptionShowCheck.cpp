@@ -17,7 +17,7 @@ namespace {
 
 using timeline::kMillisecondsPerSecond;
 
-constexpr double kCountableFrames = 1e15;  // up to here doubles can be told apart
+constexpr double kCountableFrames = 1e15;  // up to here a double holds every whole number
 constexpr std::size_t kMostCaptionProblems = 50;
 
 /// Times or frames that are taken, as intervals that do not touch, by their start. Both ends belong to them.

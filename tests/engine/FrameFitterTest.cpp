@@ -199,36 +199,26 @@ TEST(FrameFitterTest, WritesNothingBesideThePicture) {
   }
 }
 
-/// The samples of a saturated orange with the given matrix, range and depth.
-std::array<int, 3> OrangeIn(double kr, double kb, bool fullRange, int depth) {
+/// The samples of a saturated orange with the given matrix and range.
+std::array<int, 3> OrangeIn(double kr, double kb, bool fullRange) {
   constexpr double kRed = 200, kGreen = 100, kBlue = 40;
   const double y = kr * kRed + (1 - kr - kb) * kGreen + kb * kBlue;
-  const double scale = 1 << (depth - 8);
   const double luma = fullRange ? y : 16 + y * 219 / 255;
   const double gain = fullRange ? 1 : 224.0 / 255;
   const double u = 128 + (kBlue - y) / (2 * (1 - kb)) * gain;
   const double v = 128 + (kRed - y) / (2 * (1 - kr)) * gain;
-  return {static_cast<int>(luma * scale + 0.5), static_cast<int>(u * scale + 0.5),
-          static_cast<int>(v * scale + 0.5)};
+  return {static_cast<int>(luma + 0.5), static_cast<int>(u + 0.5), static_cast<int>(v + 0.5)};
 }
 
-TEST(FrameFitterTest, BringsEveryMatrixAndRangeToTheMovies) {
-  const auto bt709 = [](bool full, int depth = 8) { return OrangeIn(0.2126, 0.0722, full, depth); };
-  const auto bt601 = [](bool full) { return OrangeIn(0.299, 0.114, full, 8); };
-  const auto bt2020 = [](bool full, int depth = 8) { return OrangeIn(0.2627, 0.0593, full, depth); };
+TEST(FrameFitterTest, FormatAndHeightSayWhatThePictureLeavesOpen) {
+  const auto bt601 = [](bool full) { return OrangeIn(0.299, 0.114, full); };
   const FramePtr sources[] = {
-      Uniform(AV_PIX_FMT_YUV420P, bt709(false), AVCOL_SPC_BT709, AVCOL_RANGE_MPEG),
-      Uniform(AV_PIX_FMT_YUV420P, bt601(false), AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG),
       Uniform(AV_PIX_FMT_YUVJ420P, bt601(true), AVCOL_SPC_SMPTE170M, AVCOL_RANGE_UNSPECIFIED),
       Uniform(AV_PIX_FMT_YUV420P, bt601(false), AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED),
-      Uniform(AV_PIX_FMT_YUV444P, bt709(true), AVCOL_SPC_BT709, AVCOL_RANGE_JPEG),
-      Uniform(AV_PIX_FMT_YUV422P10LE, bt709(false, 10), AVCOL_SPC_BT709, AVCOL_RANGE_MPEG),
-      Uniform(AV_PIX_FMT_YUV420P10LE, bt2020(false, 10), AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG),
-      Uniform(AV_PIX_FMT_YUVJ420P, bt2020(true), AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_JPEG),
       Uniform(AV_PIX_FMT_GBRP, {100, 40, 200}, AVCOL_SPC_RGB, AVCOL_RANGE_JPEG),
   };
   for (const int size : {720, 480}) {
-    const std::array<int, 3> expected = size == 720 ? bt709(false) : bt601(false);
+    const std::array<int, 3> expected = size == 720 ? OrangeIn(0.2126, 0.0722, false) : bt601(false);
     for (std::size_t i = 0; i < std::size(sources); ++i) {
       FrameFitter fitter(size, size);
       FramePtr fitted;

@@ -263,7 +263,7 @@ TEST_F(ProjectCheckTest, TimesInSecondsAndSoundWithoutATrackAreNamed) {
       Lines(Check()),
       ElementsAre("W VideoTrack/1 EndTime every clip lasts less than a second (times are milliseconds; "
                   "were 0 and 120000 meant?)"));
-  project.videoTrack += ClipText("a.mp4", "0", "2000");  // nobody cuts 2000 s from 500 s
+  project.videoTrack += ClipText("a.mp4", "0", "2000");  // 2000 s cannot be cut from a source of 500 s
   project.audioTrack.clear();
   EXPECT_THAT(Lines(Check()), ElementsAre(HasSubstr("AudioTrack holds no clip, so the movie is silent")));
   facts.hasAudio = false;
