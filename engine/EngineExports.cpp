@@ -13,6 +13,7 @@ extern "C" {
 
 #include "engine/EngineLog.h"
 #include "engine/EngineResult.h"
+#include "engine/RenderOverrides.h"
 #include "engine/RenderSummary.h"
 #include "engine/Sequence.h"
 #include "engine/SourceProbe.h"
@@ -163,6 +164,10 @@ std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourceProbe* probe) {
 std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary) {
   if (summary == nullptr) return engine::kInvalidArgument;
   return engine::LastRenderSummary(*summary);
+}
+
+std::int32_t VRX_SetRenderOverrides(const VRXRenderOverrides* overrides) {
+  return engine::Guarded("VRX_SetRenderOverrides", [&] { return engine::SetRenderOverrides(overrides); });
 }
 
 std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output, std::uint64_t frame,

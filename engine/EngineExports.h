@@ -2,7 +2,7 @@
 // the engine's tests.
 #pragma once
 
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 #define VRX_ENGINE_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -22,3 +22,4 @@ VRX_ENGINE_EXPORT std::int32_t VRX_ProbeSource(const char16_t* path, VRXSourcePr
 VRX_ENGINE_EXPORT std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output,
                                                std::uint64_t frame, void* buffer, std::uint32_t size);
 VRX_ENGINE_EXPORT std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary);
+VRX_ENGINE_EXPORT std::int32_t VRX_SetRenderOverrides(const VRXRenderOverrides* overrides);

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 namespace vrx::engine {
 

@@ -59,6 +59,18 @@ Result MakeVideoPlan(const VRXVideoOutputSetting& setting, VideoPlan& plan) {
   return MakeFrameDuration(setting.frameDuration, plan.frameDuration);
 }
 
+void Override(const RenderOverrides& overrides, OutputPlan& plan) {
+  VideoPlan& video = plan.video;
+  video.codec = overrides.codec.value_or(video.codec);
+  if (overrides.preset != nullptr) video.preset = overrides.preset;
+  video.quality = overrides.quality;
+  if (video.quality) video.bitrate = 0;
+  video.hardware = overrides.hardware;
+  plan.firstFrame = overrides.firstFrame;
+  plan.frameCount = overrides.frameCount;
+  plan.overlaysAlone = overrides.overlaysAlone;
+}
+
 Result ChooseContainer(std::int32_t systemType, const std::string& path, Container& container) {
   container = Container::Mp4;
   if (systemType == VRXSystemMp4 || systemType == VRXSystemMp4Broadcast) return kOk;
@@ -137,7 +149,8 @@ Result FindTimeZone(const VRXMetaDataSetting& setting, std::string& hex) {
 
 }  // namespace
 
-Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan) {
+Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrides& overrides,
+                      OutputPlan& plan) {
   if (setting.video == nullptr || setting.outputFilePath == nullptr) return kInvalidArgument;
   plan = {};
   plan.path = NativePath(setting.outputFilePath->Get());
@@ -146,6 +159,7 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan) {
     return kOutputFailed;
   }
   VRX_TRY(MakeVideoPlan(*setting.video, plan.video));
+  Override(overrides, plan);
   VRX_TRY(ChooseContainer(setting.systemType, plan.path, plan.container));
   if (setting.audio != nullptr) {
     AudioPlan audio{};

@@ -8,11 +8,11 @@
 
 #include "engine/EngineResult.h"
 #include "engine/ExactTime.h"
+#include "engine/RenderOverrides.h"
 #include "vrx/VRXOutputSetting.h"
 
 namespace vrx::engine {
 
-enum class VideoCodec { H264, Mpeg2 };
 enum class AudioCodec { Aac, Ac3, Pcm16, Pcm24 };
 enum class Container { Mp4, QuickTime, MpegTs };
 
@@ -21,9 +21,11 @@ struct VideoPlan {
   int width;   // pixels, even
   int height;  // pixels, even
   FrameDuration frameDuration;
-  std::int64_t bitrate;  // bits per second; 0 for constant quality
+  std::int64_t bitrate;           // bits per second; 0 for constant quality
+  std::optional<double> quality;  // constant rate factor; none: by the codec
   bool interlaced;
-  const char* preset;  // of the H.264 encoder
+  const char* preset;  // as x264 names them
+  bool hardware;       // by an encoder in hardware where one works
 };
 
 struct AudioPlan {
@@ -37,12 +39,16 @@ struct OutputPlan {
   Container container;
   VideoPlan video;
   std::optional<AudioPlan> audio;
-  std::string timeZone;  // hexadecimal digits of the time-zone item; empty without one
+  std::string timeZone;         // hexadecimal digits of the time-zone item; empty without one
+  std::int64_t firstFrame = 0;  // of the movie: the first that is written
+  std::int64_t frameCount = 0;  // 0: all that are left
+  bool overlaysAlone = false;
 };
 
 /// kInvalidArgument for a record without its parts, kUnusableSettings with a logged line that names the
 /// setting.
-Result MakeOutputPlan(const VRXSystemOutputSetting& setting, OutputPlan& plan);
+Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrides& overrides,
+                      OutputPlan& plan);
 
 /// Samples of a movie of `frames` frames, rounded to the nearest.
 std::int64_t SamplesOfFrames(std::int64_t frames, FrameDuration duration, int sampleRate);

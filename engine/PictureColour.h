@@ -3,7 +3,7 @@
 #pragma once
 
 #include "engine/AvPointers.h"
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 namespace vrx::engine {
 

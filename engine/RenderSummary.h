@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/EngineResult.h"
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 namespace vrx::engine {
 

@@ -29,7 +29,7 @@ Result Sequence::Create(const VRXTimeline& timeline, const VRXSystemOutputSettin
 }
 
 Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output) {
-  VRX_TRY(MakeOutputPlan(output, m_output));
+  VRX_TRY(MakeOutputPlan(output, CurrentRenderOverrides(), m_output));
   const VideoPlan& video = m_output.video;
   VRX_TRY(MakeTimelinePlan(timeline, video.frameDuration, m_timeline));
   VRX_TRY(RefuseSourceAsOutput(m_timeline, m_output.path));

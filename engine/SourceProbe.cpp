@@ -7,12 +7,29 @@
 #include "engine/AudioSource.h"
 #include "engine/FileVideoSource.h"
 #include "engine/SourcePath.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::engine {
 namespace {
 
 /// Fine enough for every frame rate.
 constexpr FrameDuration kProbeClock{1, 90'000};
+
+/// The size in which `frame` is shown: a pixel that is not square makes it wider or narrower.
+void FillSize(const AVFrame& frame, const Orientation& orientation, VRXSourceProbe& probe) {
+  AVRational aspect = frame.sample_aspect_ratio;
+  if (aspect.num <= 0 || aspect.den <= 0) aspect = {1, 1};
+  const auto width = static_cast<std::int32_t>(
+      std::min<std::int64_t>(av_rescale(frame.width, aspect.num, aspect.den), limits::kMaxSide));
+  probe.width = orientation.IsSideways() ? frame.height : width;
+  probe.height = orientation.IsSideways() ? width : frame.height;
+}
+
+void FillFrameDuration(SourceFile& file, VRXSourceProbe& probe) {
+  const AVRational rate = av_guess_frame_rate(&file.GetDemuxer(), &file.GetStream(), nullptr);
+  if (rate.num <= 0 || rate.den <= 0) return;
+  probe.frameDuration = {static_cast<std::uint64_t>(rate.den), static_cast<std::uint64_t>(rate.num)};
+}
 
 Refusal ProbeVideo(const std::string& path, VRXSourceProbe& probe) {
   const StopSignal never;
@@ -27,6 +44,8 @@ Refusal ProbeVideo(const std::string& path, VRXSourceProbe& probe) {
   VRX_TRY(source->GetFile().CountFrames(kProbeClock, units));
   probe.hasVideo = true;
   probe.dynamicRange = DynamicRangeOf(*first);
+  FillSize(*first, source->GetOrientation(), probe);
+  FillFrameDuration(source->GetFile(), probe);
   probe.videoSeconds = static_cast<double>(units) / static_cast<double>(kProbeClock.scale);
   return {};
 }
@@ -37,7 +56,9 @@ void ProbeAudio(const std::string& path, VRXSourceProbe& probe) {
   std::unique_ptr<AudioSource> source;
   if (AudioSource::Open(path, kStereo, never, source) != kOk) return;
   probe.hasAudio = source->HasSound() && source->CanDecode();
-  if (probe.hasAudio) probe.audioSeconds = static_cast<double>(source->MeasureEnd()) / source->GetRate();
+  if (!probe.hasAudio) return;
+  probe.audioSeconds = static_cast<double>(source->MeasureEnd()) / source->GetRate();
+  probe.sampleRate = source->GetRate();
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "engine/EngineResult.h"
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 namespace vrx::engine {
 

@@ -46,7 +46,7 @@ Result FrameOfMovie(const TimelinePlan& plan, std::int64_t number, const VideoPl
 Result RenderStillFrame(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
                         std::uint64_t number, std::span<std::uint32_t> pixels) {
   OutputPlan outputPlan;
-  VRX_TRY(MakeOutputPlan(output, outputPlan));
+  VRX_TRY(MakeOutputPlan(output, {}, outputPlan));
   const VideoPlan& video = outputPlan.video;
   TimelinePlan plan;
   VRX_TRY(MakeTimelinePlan(timeline, video.frameDuration, plan));

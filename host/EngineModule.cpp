@@ -51,7 +51,24 @@ check::SourceFacts EngineModule::Probe(const XpString& path) const {
   facts.dynamicRange = found.dynamicRange;
   facts.videoSeconds = found.videoSeconds;
   facts.audioSeconds = found.audioSeconds;
+  facts.width = found.width;
+  facts.height = found.height;
+  facts.frameDuration = found.frameDuration;
+  facts.sampleRate = found.sampleRate;
   return facts;
+}
+
+bool EngineModule::SetOverrides(const VRXRenderOverrides* overrides, std::string& cause) {
+  const auto set = m_library.Find<VRX_SetRenderOverridesFunction>("VRX_SetRenderOverrides");
+  if (set == nullptr) {
+    cause = "the conversion engine beside this program knows no overrides (it lacks VRX_SetRenderOverrides)";
+    return false;
+  }
+  TakeLines();
+  if (set(overrides) == VRXEngineOk) return true;
+  cause = "the conversion engine refuses the overrides";
+  for (const EngineLine& line : TakeLines()) cause = line.text;
+  return false;
 }
 
 std::int32_t EngineModule::Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const {

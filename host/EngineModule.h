@@ -11,7 +11,7 @@
 
 #include "src/check/ProjectReport.h"
 #include "src/manager/EngineLibrary.h"
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 namespace vrx::host {
 
@@ -38,6 +38,10 @@ class EngineModule {
   std::vector<EngineLine> TakeLines();
 
   check::SourceFacts Probe(const XpString& path) const;
+
+  /// What the engine's next sequences do beyond their records; null: nothing any more. False, with the cause,
+  /// when the module cannot be asked or refuses.
+  bool SetOverrides(const VRXRenderOverrides* overrides, std::string& cause);
 
   /// Has the engine open everything that the job needs, and close it again. Gives the engine's result; the
   /// lines say why.

@@ -66,6 +66,15 @@ class IVRXIntermediateRawOutputCallback {
     first = 0;
     end = std::numeric_limits<std::int32_t>::max();
   }
+  /// Frames `first` to `end` - 1 of the ranges will not come, since only a part of the movie is rendered.
+  /// Called before the first ProcessFrame, in rising order: clocks that run along with the frames pass them.
+  virtual void SkipFrames(std::uint64_t first, std::uint64_t end) {
+    static_cast<void>(first);
+    static_cast<void>(end);
+  }
+  /// What the last ProcessFrame laid over its frame: top-down rows without padding, 4 bytes a pixel, blue
+  /// first, straight alpha. Null when it laid nothing over it. The callback keeps it until the next call.
+  virtual const std::uint32_t* GetDrawing() const { return nullptr; }
 };
 
 /// The functions of the engine module, found by these names.
@@ -77,56 +86,6 @@ using VRX_ReleaseSequenceFunction = std::int32_t (*)(VRXHandle engine, IVRXSeque
 using VRX_IsSmartRenderingCapableFunction = std::int32_t (*)(VRXHandle engine, std::uint32_t first,
                                                              std::uint32_t second);
 using VRX_SetSTPVSettingFunction = std::int32_t (*)(VRXHandle engine, const void* data, std::uint32_t size);
-
-/// An extra of our engine, which the library itself does not need: where its readable log goes. It goes to
-/// stderr until it is called, and again after a null `log`. Calls come from any of the engine's threads, one
-/// at a time.
-enum VRXLogSeverity : std::int32_t { VRXLogInfo = 0, VRXLogWarning = 1, VRXLogError = 2 };
-/// Which track of the timeline an entry speaks of.
-enum VRXTrackKind : std::int32_t { VRXNoTrack = 0, VRXVideoTrack = 1, VRXAudioTrack = 2 };
-/// One entry of the engine's log. `text` is UTF-8 without a line end and lives until the callback returns.
-struct VRXLogEntry {
-  VRXLogSeverity severity;
-  VRXTrackKind track;
-  std::uint32_t clip;  // counted from 1; 0 for none
-  const char* text;
-};
-using VRXLogFunction = void (*)(void* context, const VRXLogEntry& entry);
-using VRX_SetLogCallbackFunction = void (*)(VRXLogFunction log, void* context);
-
-/// How bright a source's picture may be: as the movie, or more, with the transfer PQ (SMPTE ST 2084) or HLG
-/// (ARIB STD-B67), whose colours the engine brings to the movie's range.
-enum VRXDynamicRange : std::int32_t {
-  VRXDynamicRangeStandard = 0,
-  VRXDynamicRangePq = 1,
-  VRXDynamicRangeHlg = 2
-};
-
-/// Another extra: what the engine finds in a source. Seconds are 0 when they are unknown. On failure
-/// `cause` says why, as the end of a sentence that begins with the path.
-struct VRXSourceProbe {
-  bool hasVideo = false;
-  bool hasAudio = false;
-  double videoSeconds = 0.0;
-  double audioSeconds = 0.0;
-  char cause[128] = "";  // UTF-8
-  VRXDynamicRange dynamicRange = VRXDynamicRangeStandard;
-};
-using VRX_ProbeSourceFunction = std::int32_t (*)(const char16_t* path, VRXSourceProbe* probe);
-
-/// A third extra: frame `frame` of the movie as packed bottom-up rows of 4-byte BGR, `size` bytes at most,
-/// with the overlay callback's drawing on it and without rendering the frames before.
-using VRX_RenderFrameFunction = std::int32_t (*)(VRXTimeline* timeline, VRXSystemOutputSetting* output,
-                                                 std::uint64_t frame, void* buffer, std::uint32_t size);
-
-/// A fourth extra: what the last movie holds that got its name in this process. Not VRXEngineOk when there is
-/// none.
-struct VRXRenderSummary {
-  std::uint64_t frames = 0;
-  std::uint64_t soundSamples = 0;  // per channel
-  std::uint64_t bytes = 0;
-};
-using VRX_GetRenderSummaryFunction = std::int32_t (*)(VRXRenderSummary* summary);
 
 #if UINTPTR_MAX == UINT32_MAX
 #include "vrx/VRXEngineLayout.h"  // IWYU pragma: keep

@@ -11,7 +11,7 @@
 
 #include "src/project/InputFiles.h"
 #include "src/project/TKLXOutputXml.h"
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 #include "vrx/XpString.h"
 
 namespace vrx::check {
@@ -45,6 +45,10 @@ struct SourceFacts {
   double videoSeconds = 0.0;  // 0 when unknown
   double audioSeconds = 0.0;
   VRXDynamicRange dynamicRange = VRXDynamicRangeStandard;
+  std::int32_t width = 0;  // pixels of the picture as it is shown; 0 when unknown
+  std::int32_t height = 0;
+  VRXTimeInfo frameDuration;    // that most frames have; 0 when unknown
+  std::int32_t sampleRate = 0;  // Hz; 0 when unknown
 };
 
 /// Looks into the file at a native path.

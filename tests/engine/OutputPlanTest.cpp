@@ -39,7 +39,7 @@ class OutputPlanTest : public testing::Test {
     setting.metaData->Add(zone);
     change(setting);
     m_log.clear();
-    const Result result = MakeOutputPlan(setting, m_plan);
+    const Result result = MakeOutputPlan(setting, {}, m_plan);
     if (setting.metaData->items == nullptr) setting.metaData->count = 0;  // a record that can be destroyed
     return result;
   }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "vrx/VRXEngine.h"
+#include "vrx/VRXEngineExtras.h"
 
 struct ScriptedSlice {
   std::uint64_t processed = 0;

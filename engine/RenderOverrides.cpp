@@ -1,0 +1,103 @@
+#include "engine/RenderOverrides.h"
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "engine/EngineLog.h"
+#include "vrx/VRXLimits.h"
+
+namespace vrx::engine {
+namespace {
+
+constexpr std::array<const char*, 9> kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
+                                              "medium",    "slow",      "slower",   "veryslow"};
+constexpr double kMaxQuality = 51.0;
+constexpr double kMaxAv1Quality = 63.0;
+
+struct Kept {
+  std::mutex lock;
+  RenderOverrides overrides;  // guarded
+};
+
+Kept& TheKept() {
+  static Kept kept;
+  return kept;
+}
+
+Result Unusable(const std::string& what) {
+  Log(VRXLogError, "override not usable: " + what);
+  return kUnusableSettings;
+}
+
+Result ReadCodec(VRXVideoCodec wanted, std::optional<VideoCodec>& codec) {
+  switch (wanted) {
+    case VRXVideoCodecOfRecord:
+      return kOk;
+    case VRXVideoCodecH264:
+      codec = VideoCodec::H264;
+      return kOk;
+    case VRXVideoCodecHevc:
+      codec = VideoCodec::Hevc;
+      return kOk;
+    case VRXVideoCodecAv1:
+      codec = VideoCodec::Av1;
+      return kOk;
+  }
+  return Unusable("codec is " + std::to_string(static_cast<std::int32_t>(wanted)) + ", not 0 to 3");
+}
+
+Result ReadPreset(const char* wanted, const char*& preset) {
+  if (wanted == nullptr) return kOk;
+  const auto found = std::find(kPresets.begin(), kPresets.end(), std::string_view(wanted));
+  if (found == kPresets.end()) return Unusable(std::string("preset is ") + wanted);
+  preset = *found;
+  return kOk;
+}
+
+Result ReadQuality(const VRXRenderOverrides& wanted, std::optional<double>& quality) {
+  if (wanted.crf < 0.0) return kOk;
+  const double most = wanted.codec == VRXVideoCodecAv1 ? kMaxAv1Quality : kMaxQuality;
+  if (!(wanted.crf <= most)) return Unusable("crf is " + std::to_string(wanted.crf));
+  quality = wanted.crf;
+  return kOk;
+}
+
+Result ReadFrames(const VRXRenderOverrides& wanted, RenderOverrides& read) {
+  constexpr std::uint64_t kMost = limits::kMaxMovieFrames;
+  if (wanted.firstFrame > kMost || wanted.frameCount > kMost) return Unusable("the range of frames");
+  read.firstFrame = static_cast<std::int64_t>(wanted.firstFrame);
+  read.frameCount = static_cast<std::int64_t>(wanted.frameCount);
+  return kOk;
+}
+
+}  // namespace
+
+Result SetRenderOverrides(const VRXRenderOverrides* overrides) {
+  RenderOverrides read;
+  if (overrides != nullptr) {
+    if (overrides->structSize < sizeof(VRXRenderOverrides)) return kInvalidArgument;
+    if (overrides->overlays != VRXOverlayInMovie && overrides->overlays != VRXOverlayAlone)
+      return Unusable("overlays is neither in the movie nor alone");
+    VRX_TRY(ReadCodec(overrides->codec, read.codec));
+    VRX_TRY(ReadPreset(overrides->preset, read.preset));
+    VRX_TRY(ReadQuality(*overrides, read.quality));
+    VRX_TRY(ReadFrames(*overrides, read));
+    read.hardware = overrides->hardware;
+    read.overlaysAlone = overrides->overlays == VRXOverlayAlone;
+  }
+  Kept& kept = TheKept();
+  const std::scoped_lock lock(kept.lock);
+  kept.overrides = read;
+  return kOk;
+}
+
+RenderOverrides CurrentRenderOverrides() {
+  Kept& kept = TheKept();
+  const std::scoped_lock lock(kept.lock);
+  return kept.overrides;
+}
+
+}  // namespace vrx::engine
