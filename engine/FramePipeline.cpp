@@ -9,9 +9,10 @@
 namespace vrx::engine {
 namespace {
 
-constexpr std::size_t kMaxQueue = 4;  // frames; more would only cost memory, the slower side sets the pace
+constexpr std::size_t kMaxQueue =
+    8;  // frames; they bridge the search for the next cut, more would only cost memory
 constexpr std::size_t kMinQueue = 2;  // frames
-constexpr std::size_t kQueueBytes = std::size_t{8} << 20;
+constexpr std::size_t kQueueBytes = std::size_t{32} << 20;
 constexpr std::size_t kOpenSources = 3;
 
 std::size_t Capacity(const VideoPlan& video) {
