@@ -31,7 +31,7 @@ check::ProjectReport Inspect(const ProjectSource& project) {
   std::string cause;
   if (engine.Load(cause)) return InspectWhole(project, engine);
   check::ProjectReport report = check::CheckProject(project.GetInput(), {});
-  project.NameProblems(report);
+  project.NameFiles(report);
   report.problems.push_back({.severity = check::Severity::Error,
                              .file = project.GetName(),
                              .message = XpNarrowString(cause).ToWide()});

@@ -58,17 +58,22 @@ check::SourceFacts EngineModule::Probe(const XpString& path) const {
   return facts;
 }
 
-bool EngineModule::SetOverrides(const VRXRenderOverrides* overrides, std::string& cause) {
+bool EngineModule::SetOverrides(const VRXRenderOverrides& overrides, std::string& cause) {
   const auto set = m_library.Find<VRX_SetRenderOverridesFunction>("VRX_SetRenderOverrides");
   if (set == nullptr) {
     cause = "the conversion engine beside this program knows no overrides (it lacks VRX_SetRenderOverrides)";
     return false;
   }
   TakeLines();
-  if (set(overrides) == VRXEngineOk) return true;
+  if (set(&overrides) == VRXEngineOk) return true;
   cause = "the conversion engine refuses the overrides";
   for (const EngineLine& line : TakeLines()) cause = line.text;
   return false;
+}
+
+void EngineModule::DropOverrides() {
+  const auto set = m_library.Find<VRX_SetRenderOverridesFunction>("VRX_SetRenderOverrides");
+  if (set != nullptr) set(nullptr);
 }
 
 std::int32_t EngineModule::Try(VRXTimeline& timeline, VRXSystemOutputSetting& output) const {

@@ -39,9 +39,11 @@ class EngineModule {
 
   check::SourceFacts Probe(const XpString& path) const;
 
-  /// What the engine's next sequences do beyond their records; null: nothing any more. False, with the cause,
-  /// when the module cannot be asked or refuses.
-  bool SetOverrides(const VRXRenderOverrides* overrides, std::string& cause);
+  /// What the engine's next sequences do beyond their records. False, with the cause, when the module cannot
+  /// be asked or refuses.
+  bool SetOverrides(const VRXRenderOverrides& overrides, std::string& cause);
+  /// Nothing beyond their records any more.
+  void DropOverrides();
 
   /// Has the engine open everything that the job needs, and close it again. Gives the engine's result; the
   /// lines say why.

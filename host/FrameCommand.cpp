@@ -18,7 +18,6 @@
 #include "host/PngFile.h"
 #include "host/ProblemText.h"
 #include "src/job/RenderJob.h"
-#include "src/timeline/FrameClock.h"
 #include "vrx/VRXLimits.h"
 
 namespace vrx::host {
@@ -31,16 +30,6 @@ struct FrameOptions {
   std::string time = "0";    // on the movie's clock
   bool overlayOnly = false;  // the overlays alone, on a transparent ground
 };
-
-/// The frame that is shown at `time`.
-std::int64_t FrameAt(const MovieTime& time, const VRXTimeInfo& frameDuration) {
-  if (time.frame) return *time.frame;
-  const timeline::FrameClock clock(frameDuration);
-  // So that a time that was copied from a frame's own start gives that frame despite its rounding.
-  constexpr double kRoundingMs = 1e-6;
-  return clock.IsUsable() ? clock.FloorToFrame(time.seconds * 1000.0 + kRoundingMs) / clock.GetFrameValue()
-                          : 0;
-}
 
 // Range ends are signed numbers in unsigned fields: a range may end before the movie begins.
 std::int64_t SignedValue(std::uint64_t value) { return static_cast<std::int64_t>(value); }

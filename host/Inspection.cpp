@@ -62,7 +62,7 @@ check::ProjectReport InspectQuickly(const ProjectSource& project, const EngineMo
     report =
         check::CheckProject(project.GetInput(), [&](const XpString& path) { return engine.Probe(path); });
   }
-  project.NameProblems(report);
+  project.NameFiles(report);
   return report;
 }
 
@@ -70,7 +70,7 @@ check::ProjectReport InspectWhole(const ProjectSource& project, EngineModule& en
   engine.Listen({});  // what it says of single sources is in the report already
   check::ProjectReport report = check::CheckProject(
       project.GetInput(), [&](const XpString& path) { return engine.Probe(path); }, check::StillLook::Whole);
-  project.NameProblems(report);
+  project.NameFiles(report);
   if (report.FindError(false) == nullptr) TryJob(project, engine, report);
   report.SortProblems();
   return report;

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "src/timeline/FrameClock.h"
+
 namespace vrx::host {
 namespace {
 
@@ -76,6 +78,15 @@ std::string CheckMovieTime(const std::string& text) {
     cause += "; did you mean " + std::string(number) + "?";
   }
   return cause;
+}
+
+std::int64_t FrameAt(const MovieTime& time, const VRXTimeInfo& frameDuration) {
+  if (time.frame) return *time.frame;
+  const timeline::FrameClock clock(frameDuration);
+  // So that a time that was copied from a frame's own start gives that frame despite its rounding.
+  constexpr double kRoundingMs = 1e-6;
+  return clock.IsUsable() ? clock.FloorToFrame(time.seconds * 1000.0 + kRoundingMs) / clock.GetFrameValue()
+                          : 0;
 }
 
 }  // namespace vrx::host

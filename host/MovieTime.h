@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "vrx/VRXTimeline.h"
+
 namespace vrx::host {
 
 /// A moment on the movie's clock: in seconds, or as the number of a frame.
@@ -19,5 +21,8 @@ std::optional<MovieTime> ParseMovieTime(const std::string& text);
 
 /// Empty when the text is such a time; else what is wrong with it, and what may have been meant.
 std::string CheckMovieTime(const std::string& text);
+
+/// The frame that is shown at `time`; 0 for a frame without a length.
+std::int64_t FrameAt(const MovieTime& time, const VRXTimeInfo& frameDuration);
 
 }  // namespace vrx::host

@@ -1,12 +1,11 @@
 #include "host/ProjectSource.h"
 
 #include <cstdio>
+#include <utility>
 
-#include "content/plist/PlistReader.h"
-#include "content/plist/PlistWriter.h"
+#include "foundation/file/XpFile.h"
 #include "foundation/platform/Paths.h"
-#include "src/project/ProjectKeys.h"
-#include "src/project/ProjectPath.h"
+#include "foundation/xml/XmlDocument.h"
 
 namespace vrx::host {
 namespace {
@@ -14,58 +13,58 @@ namespace {
 constexpr char16_t kInputName[] = u"standard input";
 
 /// One byte more than a reader takes is enough to be refused.
+constexpr std::size_t MostBytes() { return xml::XmlLimits().bytes + 1; }
+
 std::vector<char> ReadInput() {
-  const std::size_t most = xml::XmlLimits().bytes + 1;
   std::vector<char> bytes;
   char block[1 << 16];
   for (std::size_t count = 0;
-       bytes.size() < most && (count = std::fread(block, 1, sizeof(block), stdin)) > 0;) {
+       bytes.size() < MostBytes() && (count = std::fread(block, 1, sizeof(block), stdin)) > 0;) {
     bytes.insert(bytes.end(), block, block + count);
   }
   return bytes;
 }
 
-void MakeAbsolute(const XpIniElement* dict, const plist::Key& key, const XpString& from) {
-  if (project::Find(dict, key) == nullptr) return;
-  XpIniElement* element = dict->Get(key.name);
-  XpString path;
-  element->GetString(path);
-  element->SetString(project::ResolvePath(from, path));
-}
-
-/// The document with the paths that the project at `from` means; as it is when it cannot be read.
-std::string WithAbsolutePaths(const std::vector<char>& bytes, const XpString& from) {
-  const std::string unchanged(bytes.begin(), bytes.end());
-  XpIniDict document;
-  if (plist::ReadBytes(bytes, nullptr, document, nullptr) != XpOk) return unchanged;
-  const XpIniElement* wrapper = project::Find(&document, project::kRoot);
-  for (const plist::Key& track : {project::kVideoTrack, project::kAudioTrack}) {
-    const XpIniElement* clips = project::Find(wrapper, track);
-    for (std::uint32_t i = 0; clips != nullptr && i < clips->GetCount(); ++i) {
-      if (clips->GetAt(i)->GetType() == XpIniType::Dict)
-        MakeAbsolute(clips->GetAt(i), project::kSourceFile, from);
-    }
-  }
-  const XpIniElement* output = project::Find(wrapper, project::kOutputSettings);
-  MakeAbsolute(output, project::kOutputFilePath, from);
-  MakeAbsolute(output, project::kPainterEffect, from);
-  std::string text;
-  return plist::WriteDocument(document, text) == XpOk ? text : unchanged;
+/// False for a file that cannot be read; its own reader says why.
+bool ReadFile(const XpString& path, std::vector<char>& bytes) {
+  XpFile file(path);
+  if (file.Open(XpOpenRead, XpShareRead) != XpOk) return false;
+  const std::int64_t size = file.GetSize();
+  if (size < 0 || static_cast<std::uint64_t>(size) >= MostBytes()) return false;
+  bytes.resize(static_cast<std::size_t>(size));
+  std::uint64_t read = 0;
+  return size == 0 || (file.Read(bytes.data(), bytes.size(), &read) == XpOk && read == bytes.size());
 }
 
 }  // namespace
 
-ProjectSource::ProjectSource(const std::string& argument) : m_isInput(argument == "-") {
+ProjectSource::ProjectSource(const std::string& argument, const ProjectChanges& changes)
+    : m_isInput(argument == "-") {
   m_path = platform::AbsolutePath(m_isInput ? XpString(kInputName) : platform::PathFromNative(argument));
   m_name = m_isInput ? XpString(kInputName) : m_path;
-  if (!m_isInput) return;
-  m_bytes = ReadInput();
-  m_copy = std::make_unique<platform::MemoryFile>(WithAbsolutePaths(m_bytes, m_path));
+  if (m_isInput) {
+    m_bytes = ReadInput();
+  } else if (changes.IsEmpty() || !ReadFile(m_path, m_bytes)) {
+    return;
+  }
+  ChangedProject changed = ChangeProject(m_bytes, m_path, changes);
+  if (!changes.IsEmpty()) m_bytes.assign(changed.project.begin(), changed.project.end());
+  m_painterPath = changed.painterPath;
+  m_painter = std::move(changed.painter);
+  m_copy = std::make_unique<platform::MemoryFile>(changed.project);
 }
 
-void ProjectSource::NameProblems(check::ProjectReport& report) const {
+void ProjectSource::NameFiles(check::ProjectReport& report) const {
   for (check::Problem& problem : report.problems) {
+    const bool isPainter = m_painter && problem.file == m_painter->GetPath();
+    if (isPainter || (problem.file == m_path && IsChanged())) problem.line = 0;
+    if (isPainter) problem.file = m_painterPath;
     if (problem.file == m_path) problem.file = m_name;
+  }
+  if (!m_painter) return;
+  report.painterPath = m_painterPath;
+  for (project::InputFile& input : report.inputs) {
+    if (input.path == m_painter->GetPath()) input.path = m_painterPath;
   }
 }
 

@@ -1,5 +1,5 @@
-// A project as the command line names it: a file, or standard input for "-". The commands `check` and
-// `render` take theirs from it.
+// A project as the command line names it: a file, or standard input for "-", and what the command line
+// changes in it. The commands `check`, `frame`, `render` and `make` take theirs from it.
 #pragma once
 
 #include <memory>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/platform/MemoryFile.h"
+#include "host/ProjectChanges.h"
 #include "src/check/ProjectReport.h"
 
 namespace vrx::host {
@@ -14,25 +15,30 @@ namespace vrx::host {
 class ProjectSource {
  public:
   /// Reads standard input for "-".
-  explicit ProjectSource(const std::string& argument);
+  explicit ProjectSource(const std::string& argument, const ProjectChanges& changes = {});
 
   /// What an inspection reads. A project from standard input has its relative paths from the working folder.
-  check::ProjectInput GetInput() const { return {m_path, m_isInput ? &m_bytes : nullptr}; }
+  check::ProjectInput GetInput() const { return {m_path, m_copy ? &m_bytes : nullptr}; }
   /// What problems of the document name: its native path, or "standard input".
   const XpString& GetName() const { return m_name; }
-  /// A path for code that opens the document itself. A project from standard input lies there with absolute
-  /// paths, for as long as this object lives; empty when that cannot be done.
-  const XpString& GetPath() const { return m_isInput ? m_copy->GetPath() : m_path; }
+  /// A path for code that opens the document itself. A project from standard input, or with changes, lies
+  /// there with absolute paths, for as long as this object lives; empty when that cannot be done.
+  const XpString& GetPath() const { return m_copy ? m_copy->GetPath() : m_path; }
 
-  /// Gives the problems of the document its name.
-  void NameProblems(check::ProjectReport& report) const;
+  /// Gives what the report says of the documents their names. Lines of a changed one are dropped, since they
+  /// are not those of its file.
+  void NameFiles(check::ProjectReport& report) const;
 
  private:
+  bool IsChanged() const { return m_copy != nullptr && !m_isInput; }
+
   bool m_isInput = false;
   XpString m_path;  // native; for standard input, of a file that there is not
   XpString m_name;
-  std::vector<char> m_bytes;
-  std::unique_ptr<platform::MemoryFile> m_copy;
+  std::vector<char> m_bytes;                     // of standard input, or with changes
+  std::unique_ptr<platform::MemoryFile> m_copy;  // of standard input, or with changes
+  XpString m_painterPath;                        // of the painter document that m_painter stands for
+  std::unique_ptr<platform::MemoryFile> m_painter;
 };
 
 }  // namespace vrx::host

@@ -1,8 +1,5 @@
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <cstdio>
-#include <future>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,321 +7,107 @@
 
 #include <CLI/CLI.hpp>
 
-#include "foundation/text/XpFormat.h"
+#include "foundation/platform/Paths.h"
 #include "host/ArgumentChecks.h"
 #include "host/Commands.h"
 #include "host/Console.h"
-#include "host/EngineModule.h"
-#include "host/Inspection.h"
-#include "host/ProblemText.h"
-#include "host/RenderEvents.h"
-#include "host/RenderProgress.h"
-#include "src/baseband/PictureProblems.h"
-#include "src/check/BasebandCheck.h"
+#include "host/EncodingArguments.h"
+#include "host/RenderRun.h"
 
 namespace vrx::host {
 namespace {
 
-struct RenderOptions {
+struct RenderArguments {
   std::vector<std::string> projects;
-  bool strict = false;  // warnings are a refusal
-  ProgressStyle progress = ProgressStyle::Auto;
-  bool quiet = false;
-  bool allowMissing = false;  // still pictures that are missing do not fail the render
-};
-
-using check::Problem;
-using check::ProjectReport;
-using check::Severity;
-using platform::InterruptWaiter;
-
-constexpr std::int32_t kForever = -1;
-
-Problem Failure(const XpString& file, const XpString& message) {
-  return {.severity = Severity::Error, .file = file, .message = message};
-}
-
-/// One `vrx render`, from the inspection of the project to the closing line.
-class RenderRun {
- public:
-  RenderRun(const RenderOptions& options, const ProjectSource& project)
-      : m_options(options),
-        m_progress(RenderProgress::Make(options.progress, options.quiet)),
-        m_project(project),
-        m_events(m_waiter) {}
-  RenderRun(const RenderRun&) = delete;
-  RenderRun& operator=(const RenderRun&) = delete;
-  ~RenderRun() { baseband::SetPictureListener({}); }
-
-  int Run() {
-    std::string cause;
-    if (!m_engine.Load(cause) || VRXWrapper::CreateVRXWrapper(true, &m_wrapper) != 0) {
-      if (cause.empty()) cause = "the conversion engine cannot be started";
-      return Fail(XpErrNoObject, Failure({}, XpNarrowString(cause).ToWide()));
-    }
-    Prepare();
-    const auto* input = FindOutputAmongInputs(m_report.outputPath, m_report.inputs);
-    if (input != nullptr) {
-      m_wrapper->Release();
-      return Fail(XpErrNoObject, CauseOf(XpErrNoObject));
-    }
-    // What is only worth knowing is for `check`; of the clips it is said again as they are read.
-    for (const Problem& problem : m_report.problems) {
-      if (problem.severity != Severity::Note) Show(problem);
-    }
-    if (m_options.strict && m_report.HasWarnings()) {
-      m_wrapper->Release();
-      return Refuse();
-    }
-    ListenToEngine();
-    m_wrapper->SetCallback(&m_events);
-    m_progress->OnStart({Utf8(m_report.outputPath), m_report.totalFrames, m_report.totalSeconds});
-    m_wrapper->StartRender();
-    Follow();
-    m_wrapper->Release();
-    TakeEvents();
-    return Finish();
-  }
-
- private:
-  /// Inspects and reads the project. On a thread of its own, since a source on a slow disk can take long, and
-  /// an interrupt must end that wait too: nothing is written yet, so the program ends at once.
-  void Prepare() {
-    struct AtEnd {
-      RenderRun& run;
-      ~AtEnd() {
-        run.m_isPrepared = true;
-        run.m_waiter.Wake();
-      }
-    };
-    // Reading the project starts the decoder of still pictures.
-    baseband::SetPictureListener(
-        [this](const baseband::PictureProblem& problem) { m_events.Add(check::PictureProblemOf(problem)); });
-    auto prepared = std::async(std::launch::async, [this] {
-      const AtEnd atEnd{*this};
-      m_engine.Listen({});  // what it says of a source now it says again when the render opens it
-      // What a strict render refuses has to be found before it begins.
-      m_report = m_options.strict ? InspectWhole(m_project, m_engine) : InspectQuickly(m_project, m_engine);
-      if (m_options.allowMissing) m_report.AllowMissingPictures();
-      m_wrapper->SetProjectFile(m_project.GetPath());
-      m_engine.TakeLines();
-    });
-    while (!m_isPrepared) {
-      if (m_waiter.Wait(kForever) == InterruptWaiter::Event::Interrupt) EndNow();
-    }
-    prepared.get();
-  }
-
-  void ListenToEngine() {
-    m_engine.Listen([this](const EngineLine& line) {
-      // An error is the cause of the end, which follows.
-      if (line.severity != VRXLogError) m_events.Add(ProblemOf(m_project, m_report, line));
-    });
-  }
-
-  /// Waits for the end of the render, showing progress and passing on an interrupt.
-  void Follow() {
-    using Clock = std::chrono::steady_clock;
-    constexpr std::chrono::milliseconds kPatience{900};
-    Clock::time_point deadline;
-    while (!m_state.ended && !m_state.error) {
-      // Before its first frame the engine opens sources, which cannot be interrupted, and writes nothing.
-      const bool isOpening = m_isCancelled && !m_hasStarted;
-      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-      const auto wait =
-          isOpening ? static_cast<std::int32_t>(std::max<std::int64_t>(left.count(), 0)) : kForever;
-      const InterruptWaiter::Event event = m_waiter.Wait(wait);
-      if (isOpening && event == InterruptWaiter::Event::Timeout && Clock::now() >= deadline) EndNow();
-      if (event == InterruptWaiter::Event::Interrupt) {
-        // The second interrupt ends the program at once, even if a temporary file is left.
-        if (m_isCancelled) platform::ExitNow(kCancelled);
-        m_isCancelled = true;
-        deadline = Clock::now() + kPatience;
-        m_wrapper->Cancel();
-      }
-      TakeEvents();
-      if (m_hasOutput && !FlushOutput()) {
-        m_hasOutput = false;  // the reader of the progress has gone
-        m_wrapper->Cancel();
-      }
-    }
-  }
-
-  void TakeEvents() {
-    m_state = m_events.Take();
-    for (const Problem& problem : m_state.problems) {
-      if (!AddFound(problem)) continue;
-      Show(m_found.back());
-      if (!m_options.strict || m_found.back().severity != Severity::Warning || m_isRefused) continue;
-      m_isRefused = true;
-      m_wrapper->Cancel();
-    }
-    if (!m_state.percent) return;
-    m_hasStarted = true;
-    if (!m_state.ended && !m_state.error) m_progress->OnPercent(*m_state.percent);
-  }
-
-  /// False when the inspection has reported it already.
-  bool AddFound(Problem problem) {
-    const auto isKnown = [&](const Problem& known) {
-      return problem.line != 0 && known.line == problem.line && known.file == problem.file &&
-             known.key == problem.key;
-    };
-    if (std::ranges::any_of(m_report.problems, isKnown)) return false;
-    if (m_options.allowMissing && problem.isMissingPicture) problem.severity = Severity::Warning;
-    m_found.push_back(problem);
-    return true;
-  }
-
-  /// Errors that stop the render come as its cause.
-  void Show(const Problem& problem) {
-    const bool isError = problem.severity == Severity::Error;
-    if (isError && !problem.isMissingPicture) return;
-    if (isError || !m_options.quiet) m_progress->OnMessage(ProblemLine(problem));
-  }
-
-  int Finish() {
-    if (m_state.error) return Fail(*m_state.error, CauseOf(*m_state.error));
-    if (m_isRefused) return Refuse();
-    if (!m_events.IsComplete()) {
-      if (!m_hasOutput) return kFailed;
-      m_progress->OnCancelled();
-      return kCancelled;
-    }
-    RenderResult result{m_report.totalFrames, m_report.totalSeconds, 0, {}};
-    for (const Problem& problem : m_report.problems) AddToResult(problem, result);
-    for (const Problem& problem : m_found) AddToResult(problem, result);
-    const auto missing = std::ranges::count(result.problems, Severity::Error, &Problem::severity);
-    const bool isWhole = AddWritten(result);
-    m_progress->OnEnd(result);
-    if (!isWhole) m_progress->OnMessage(ProblemLine(result.problems.back()));
-    if (missing != 0) {
-      m_progress->OnMessage("error: still pictures missing in the movie: " + std::to_string(missing) +
-                            " (--allow-missing accepts that)");
-    }
-    return isWhole && missing == 0 ? kDone : kFailed;
-  }
-
-  int Refuse() {
-    if (const Problem* error = m_report.FindError(false)) return Fail(XpErrFailed, *error);
-    return Fail(XpErrFailed, Failure(m_project.GetName(), u"has warnings, which --strict refuses"));
-  }
-
-  static void AddToResult(const Problem& problem, RenderResult& result) {
-    if (problem.severity == Severity::Warning || problem.isMissingPicture) result.problems.push_back(problem);
-  }
-
-  /// What the engine wrote. False, with a last problem that says so, when that is not what the project asks
-  /// for.
-  bool AddWritten(RenderResult& result) const {
-    VRXRenderSummary written;
-    if (!m_engine.GetSummary(written)) return true;
-    result.frames = static_cast<std::int64_t>(written.frames);
-    result.bytes = written.bytes;
-    if (m_report.totalFrames > 0) {
-      result.seconds = m_report.totalSeconds * static_cast<double>(result.frames) /
-                       static_cast<double>(m_report.totalFrames);
-    }
-    // The length of a clip that is used whole is an estimate, right to a frame.
-    const auto isEstimate = [](const check::ClipRow& clip) {
-      return clip.wholeSource && clip.track == u"VideoTrack";
-    };
-    const std::int64_t difference = std::abs(result.frames - m_report.totalFrames);
-    if (difference <= std::ranges::count_if(m_report.clips, isEstimate)) return true;
-    XpString message;
-    XpFormat(message, u"the movie has %I64d frames, but the project asks for %I64d", result.frames,
-             m_report.totalFrames);
-    result.problems.push_back(Failure(m_project.GetName(), message));
-    return false;
-  }
-
-  /// Why the render failed: what the documents show, or else what the engine says.
-  Problem CauseOf(std::uint32_t code) {
-    const Problem* shown = m_report.FindError(false);
-    if (shown != nullptr && code != XpErrDiskFull) return *shown;
-    Problem cause = Failure(m_project.GetName(), u"the conversion engine gives no cause");
-    for (const EngineLine& line : m_engine.TakeLines()) {
-      if (line.severity != VRXLogError || (line.clip == 0 && cause.clip != 0)) continue;
-      cause = ProblemOf(m_project, m_report, line);
-    }
-    return cause;
-  }
-
-  int Fail(std::uint32_t code, const Problem& cause) {
-    m_progress->OnError(code, cause);
-    return kFailed;
-  }
-
-  [[noreturn]] void EndNow() {
-    m_progress->OnCancelled();
-    FlushOutput();
-    platform::ExitNow(kCancelled);
-  }
-
-  const RenderOptions& m_options;
-  InterruptWaiter m_waiter;
-  std::unique_ptr<RenderProgress> m_progress;
-  const ProjectSource& m_project;
-  EngineModule m_engine;
-  IVRXWrapper* m_wrapper = nullptr;
-  ProjectReport m_report;
-  RenderEvents m_events;
-  RenderEvents::State m_state;
-  std::vector<Problem> m_found;  // during the render
-  std::atomic<bool> m_isPrepared = false;
-  bool m_hasStarted = false;
-  bool m_isCancelled = false;
-  bool m_isRefused = false;  // because of a warning during the render
-  bool m_hasOutput = true;   // stdout can still be written to
+  std::string output;
+  std::string range;
+  bool overlayOnly = false;
+  EncodingArguments encoding;
+  RenderOptions run;
 };
 
 /// Which of several projects comes now.
-void PrintHeader(const RenderOptions& options, const ProjectSource& project) {
-  if (options.projects.size() == 1) return;
-  if (options.progress == ProgressStyle::JsonLines) {
+void PrintHeader(const RenderArguments& arguments, const ProjectSource& project) {
+  if (arguments.projects.size() == 1) return;
+  if (arguments.run.progress == ProgressStyle::JsonLines) {
     PrintJson({{"event", "project"}, {"project", Utf8(project.GetName())}}, -1);
-  } else if (!options.quiet) {
+  } else if (!arguments.run.quiet) {
     std::printf("Project %s\n", Plain(project.GetName()).c_str());
   }
   std::fflush(stdout);
 }
 
 /// The worst exit status of the projects, which follow each other until one is cancelled.
-int RunRender(const RenderOptions& options) {
+int RunRender(RenderArguments& arguments) {
+  ProjectChanges changes;
+  if (!arguments.output.empty())
+    changes.output = platform::AbsolutePath(platform::PathFromNative(arguments.output));
+  arguments.encoding.AddTo(changes);
+  RenderOptions& options = arguments.run;
+  options.overrides = arguments.encoding.GetOverrides();
+  if (arguments.overlayOnly) options.overrides.overlays = VRXOverlayAlone;
+  if (!arguments.range.empty()) options.range = *ParseTimeRange(arguments.range);
   int status = kDone;
-  for (const std::string& argument : options.projects) {
-    const ProjectSource project(argument);
-    PrintHeader(options, project);
-    status = std::max(status, RenderRun(options, project).Run());
+  for (const std::string& argument : arguments.projects) {
+    const ProjectSource project(argument, changes);
+    PrintHeader(arguments, project);
+    status = std::max(status, RenderProject(options, project));
     if (status == kCancelled) break;
   }
   return status;
 }
 
+/// Throws CLI::ValidationError for options that do not go together.
+void CheckRender(const RenderArguments& arguments) {
+  CheckEncoding(arguments.encoding);
+  if (!arguments.output.empty() && arguments.projects.size() > 1)
+    throw CLI::ValidationError("--output", "names one movie, but there are several projects");
+  if (!arguments.overlayOnly) return;
+  const bool isPicture = arguments.output.ends_with(".png");
+  if (!isPicture && !arguments.output.ends_with(".mov"))
+    throw CLI::ValidationError("--overlay-only", "needs -o FILE.mov (ProRes 4444) or -o NAME-%05d.png");
+  if (isPicture && arguments.output.find('%') == std::string::npos)
+    throw CLI::ValidationError("--overlay-only",
+                               "needs the place of the frame's number in the name: -o NAME-%05d.png");
+}
+
 }  // namespace
 
 CommandRun AddRender(CLI::App& command) {
-  const auto options = std::make_shared<RenderOptions>();
+  const auto options = std::make_shared<RenderArguments>();
   command.add_option("PROJECT", options->projects, "The project document, or several; - for standard input")
       ->required();
+  command.add_option("-o,--output", options->output, "The movie to write, in place of the document's")
+      ->option_text("FILE");
+  command
+      .add_option(
+          "--range", options->range,
+          "Only a part, as 0:10-0:20.5 or 300f-600f: from the first time or frame to before the second")
+      ->check(CheckTimeRange)
+      ->option_text("FROM-TO");
+  AddEncodingOptions(command, options->encoding);
+  command.add_flag("--overlay-only", options->overlayOnly,
+                   "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) or "
+                   "-o NAME-%05d.png");
   const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
                                                     {"bar", ProgressStyle::Bar},
                                                     {"json", ProgressStyle::JsonLines},
                                                     {"none", ProgressStyle::None}};
   command
-      .add_option("--progress", options->progress,
+      .add_option("--progress", options->run.progress,
                   "auto (a bar on a terminal), bar, json (one object a line) or none")
       ->transform(NamedValues(styles))
       ->type_name("STYLE")
       ->option_text("STYLE");
-  command.add_flag("--quiet", options->quiet, "Print errors only");
-  command.add_flag("--allow-missing", options->allowMissing,
+  command.add_flag("--quiet", options->run.quiet, "Print errors only");
+  command.add_flag("--allow-missing", options->run.allowMissing,
                    "Succeed although still pictures are missing: their frames are black");
-  command.add_flag("--strict", options->strict, "Write nothing when there are warnings");
+  command.add_flag("--strict", options->run.strict, "Write nothing when there are warnings");
   command.footer(
       "Exit status: 0 done, 1 a render failed, a still picture is missing, or there are warnings with "
       "--strict, "
       "2 wrong use, 130 cancelled.");
+  command.callback([options] { CheckRender(*options); });
   return [options] { return RunRender(*options); };
 }
 

@@ -1,0 +1,82 @@
+#include "host/EncodingArguments.h"
+
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "host/ArgumentChecks.h"
+
+namespace vrx::host {
+namespace {
+
+constexpr double kMostQuality = 51.0;
+constexpr double kMostAv1Quality = 63.0;
+constexpr std::array kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
+                              "medium",    "slow",      "slower",   "veryslow"};
+
+std::string CheckPreset(const std::string& text) {
+  const std::vector<std::string> names(kPresets.begin(), kPresets.end());
+  for (const std::string& name : names) {
+    if (name == text) return {};
+  }
+  return NoneOf(text, names);
+}
+
+}  // namespace
+
+void EncodingArguments::AddTo(ProjectChanges& changes) const {
+  if (!size.empty()) changes.size = ParsePictureSize(size);
+  if (!rate.empty()) changes.frameDuration = ParseFrameRate(rate);
+  if (!bitrate.empty()) changes.bitrate = ParseBitrate(bitrate);
+}
+
+VRXRenderOverrides EncodingArguments::GetOverrides() const {
+  VRXRenderOverrides overrides;
+  overrides.codec = codec;
+  overrides.hardware = hardware;
+  overrides.preset = preset.empty() ? nullptr : preset.c_str();
+  overrides.crf = quality;
+  return overrides;
+}
+
+void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
+  command.add_option("--size", arguments.size, "Size of the picture, as 1920x1080")
+      ->check(CheckPictureSize)
+      ->option_text("SIZE");
+  command.add_option("--rate", arguments.rate, "Frames a second, as 25, 29.97 or 30000/1001")
+      ->check(CheckFrameRate)
+      ->option_text("RATE");
+  CLI::Option* bitrate =
+      command.add_option("--bitrate", arguments.bitrate, "Bits a second of the picture, as 8M or 8000k")
+          ->check(CheckBitrate)
+          ->option_text("BITS");
+  command
+      .add_option("--crf", arguments.quality,
+                  "Constant quality instead of a bitrate: 0 is without loss, 18 very good, 28 small")
+      ->check(CLI::Range(0.0, kMostAv1Quality))
+      ->option_text("NUMBER")
+      ->excludes(bitrate);
+  command.add_option("--preset", arguments.preset, "ultrafast to veryslow: slower makes smaller files")
+      ->check(CheckPreset)
+      ->option_text("NAME");
+  command.add_option("--codec", arguments.codec, "h264 (plays everywhere), hevc or av1 (smaller, slower)")
+      ->transform(NamedValues(std::map<std::string, VRXVideoCodec>{
+          {"h264", VRXVideoCodecH264}, {"hevc", VRXVideoCodecHevc}, {"av1", VRXVideoCodecAv1}}))
+      ->type_name("CODEC")
+      ->option_text("CODEC");
+  command.add_flag("--hardware", arguments.hardware,
+                   "Encode in hardware where that works; a line says why when it does not");
+}
+
+void CheckEncoding(const EncodingArguments& arguments) {
+  if (arguments.quality > kMostQuality && arguments.codec != VRXVideoCodecAv1)
+    throw CLI::ValidationError("--crf", "goes up to 51 (with --codec av1 to 63)");
+}
+
+bool AsksForAnything(const VRXRenderOverrides& overrides) {
+  return overrides.codec != VRXVideoCodecOfRecord || overrides.hardware || overrides.preset != nullptr ||
+         overrides.crf >= 0.0 || overrides.firstFrame != 0 || overrides.frameCount != 0 ||
+         overrides.overlays != VRXOverlayInMovie;
+}
+
+}  // namespace vrx::host

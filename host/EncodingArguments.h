@@ -1,0 +1,37 @@
+// The options that say how a movie is encoded. The commands `render` and `make` share them.
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "host/ProjectChanges.h"
+#include "vrx/VRXEngineExtras.h"
+
+namespace vrx::host {
+
+struct EncodingArguments {
+  std::string size;
+  std::string rate;
+  std::string bitrate;
+  double quality = -1.0;
+  std::string preset;
+  VRXVideoCodec codec = VRXVideoCodecOfRecord;
+  bool hardware = false;
+
+  /// What of it the documents say.
+  void AddTo(ProjectChanges& changes) const;
+  /// What of it the engine has to be asked for; its preset refers to this object.
+  VRXRenderOverrides GetOverrides() const;
+};
+
+/// `arguments` must live as long as the command.
+void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments);
+
+/// Throws CLI::ValidationError for options that do not go together.
+void CheckEncoding(const EncodingArguments& arguments);
+
+/// Whether the engine has to be asked for anything.
+bool AsksForAnything(const VRXRenderOverrides& overrides);
+
+}  // namespace vrx::host

@@ -1,0 +1,24 @@
+// One render of a project through the library, as any other host would do it, with progress and messages on
+// the terminal. The commands `render` and `make` use it.
+#pragma once
+
+#include "host/ProjectSource.h"
+#include "host/RenderProgress.h"
+#include "host/TimeRange.h"
+#include "vrx/VRXEngineExtras.h"
+
+namespace vrx::host {
+
+struct RenderOptions {
+  bool strict = false;  // warnings are a refusal
+  ProgressStyle progress = ProgressStyle::Auto;
+  bool quiet = false;
+  bool allowMissing = false;     // still pictures that are missing do not fail the render
+  TimeRange range;               // of the movie
+  VRXRenderOverrides overrides;  // without a range: that is above
+};
+
+/// Gives the exit status. The movie is written, or nothing under its name.
+int RenderProject(const RenderOptions& options, const ProjectSource& project);
+
+}  // namespace vrx::host
