@@ -101,30 +101,33 @@ class TreeBuilder final : public nlohmann::json_sax<Json> {
   std::size_t m_errorPosition = 0;
 };
 
+/// The length of the string at the front of `text`, with its quotation marks.
+std::size_t StringLength(std::string_view text) {
+  std::size_t at = 1;
+  while (at < text.size() && text[at] != '"') at += text[at] == '\\' ? 2 : 1;
+  return std::min(at + 1, text.size());
+}
+
 /// `text` with null in place of what is neither a number nor JSON, outside of strings.
 std::string WithoutNonNumbers(std::string_view text) {
   constexpr std::string_view kWords[] = {"-Infinity", "Infinity", "NaN"};
-  constexpr std::string_view kNull = "null";
+  constexpr std::string_view kStarts = "\"-IN";
   std::string plain;
   plain.reserve(text.size());
-  bool isInString = false;
   while (!text.empty()) {
-    const auto* word =
-        isInString ? std::end(kWords)
-                   : std::ranges::find_if(kWords, [text](std::string_view w) { return text.starts_with(w); });
-    if (word != std::end(kWords)) {
-      plain += kNull;
-      text.remove_prefix(word->size());
-      continue;
+    std::size_t kept = std::min(text.find_first_of(kStarts), text.size());
+    if (kept == 0) {
+      const auto* word =
+          std::ranges::find_if(kWords, [text](std::string_view w) { return text.starts_with(w); });
+      if (word != std::end(kWords)) {
+        plain += "null";
+        text.remove_prefix(word->size());
+        continue;
+      }
+      kept = text.front() == '"' ? StringLength(text) : 1;
     }
-    if (isInString && text.front() == '\\' && text.size() > 1) {
-      plain += text.front();
-      text.remove_prefix(1);
-    } else if (text.front() == '"') {
-      isInString = !isInString;
-    }
-    plain += text.front();
-    text.remove_prefix(1);
+    plain += text.substr(0, kept);
+    text.remove_prefix(kept);
   }
   return plain;
 }

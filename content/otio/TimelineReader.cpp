@@ -25,7 +25,8 @@ std::string PlaceOf(const std::string& parent, const char* what, std::size_t ind
 /// The name of the schema for messages.
 std::string SchemaText(const Json& object) {
   const std::string schema = TextOf(object, "OTIO_SCHEMA");
-  return schema.empty() ? "without a schema" : "of the unknown schema " + Quoted(schema);
+  if (schema.empty()) return "without a schema";
+  return (SchemaOf(object) == Schema::Unknown ? "of the unknown schema " : "of the schema ") + Quoted(schema);
 }
 
 /// The media that a clip uses; null when it has none.

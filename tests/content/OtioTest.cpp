@@ -339,7 +339,7 @@ TEST(OtioTest, DocumentsThatCannotBeAreRefusedWithTheirPlace) {
       {Edit("", Time("1e300")), "the timeline: global_start_time is more than 1e+07 seconds"},
       {R"({"OTIO_SCHEMA": "Timeline.1", "tracks": null})", "the timeline: its tracks are no stack"},
       {Edit(Object("Track.1", "V1", "null")), "track 1 \"V1\": its children are no list"},
-      {Clip("a", "null"), "the document holds no timeline, but an object of the unknown schema \"Clip.2\"",
+      {Clip("a", "null"), "the document holds no timeline, but an object of the schema \"Clip.2\"",
        XpErrWrongRoot},
       {"[]", "the document holds no timeline, but an object without a schema", XpErrWrongRoot},
       {R"({"OTIO_SCHEMA": "SerializableCollection.1", "children": []})", "the collection holds no timeline",
