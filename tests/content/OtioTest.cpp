@@ -229,7 +229,7 @@ TEST(OtioTest, NestedTracksBecomeItemsWhereThatShowsTheSame) {
   const std::string fitting = Clip("c", Range("0", "25"));
   const std::string marked = R"("effects": [], "markers": [{"OTIO_SCHEMA": "Marker.2", "name": "m"}])";
   std::string disabled = TrackOf("", fitting);
-  disabled.replace(disabled.rfind("true"), 4, "false");
+  disabled.replace(disabled.find("true"), 4, "false");
   struct Case {
     const char* name;
     std::string item;
