@@ -12,7 +12,7 @@
 namespace vrx::otio {
 
 inline constexpr std::size_t kMostBytes = std::size_t{128} << 20;
-inline constexpr std::size_t kMostValues = 2'000'000;  // of JSON, without metadata
+inline constexpr std::size_t kMostValues = 1'000'000;  // of JSON, without metadata
 inline constexpr int kDeepest = 64;
 inline constexpr double kMostSeconds = 10'000'000;  // of any time; some hundred days
 inline constexpr double kHighestRate = 1'000'000;

@@ -260,8 +260,7 @@ class MarkupReader {
         std::from_chars(name.data(), name.data() + name.size(), number, isHex ? kHex : kDecimal);
     if (error != std::errc() || end != name.data() + name.size()) return {};
     if (number > static_cast<std::uint32_t>(kLastCharacter)) return kReplacement;
-    const auto character = static_cast<UChar32>(number);
-    return U_IS_SURROGATE(character) ? kReplacement : character;
+    return static_cast<UChar32>(number);
   }
 
   std::string_view m_rest;
