@@ -14,6 +14,8 @@ using namespace vrx::host;
 /// In the order of the help.
 std::vector<CommandRow> AllCommands() {
   std::vector<CommandRow> rows = {
+      {"make", "Make a movie of clips, pictures and sound", AddMake},
+      {"new", "Write a project document of clips or of an editor's timeline", AddNew},
       {"render", "Render a project document to its movie", AddRender},
       {"check", "Show a project's timeline and everything wrong with it", AddCheck},
       {"frame", "Write one frame of the movie as a picture", AddFrame},

@@ -8,6 +8,12 @@ namespace vrx::host {
 /// Renders a project through the library as any other host would.
 CommandRun AddRender(CLI::App& command);
 
+/// The movie of clips, pictures and sound without a document.
+CommandRun AddMake(CLI::App& command);
+
+/// A project document of clips, or of the timeline of an editor, to go on by hand.
+CommandRun AddNew(CLI::App& command);
+
 /// The timeline of a project, its output and everything that is wrong with it, without rendering.
 CommandRun AddCheck(CLI::App& command);
 

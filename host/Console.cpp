@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include "foundation/text/XpPath.h"
 
 namespace vrx::host {
 namespace {
@@ -63,6 +64,12 @@ std::string Masked(std::string_view text, bool keepsLines) {
 }
 
 std::string Plain(const XpString& text) { return Masked(Utf8(text)); }
+
+std::string FileName(const XpString& path) {
+  XpString stem, extension;
+  XpPathSplit(path, nullptr, &stem, &extension);
+  return Utf8(stem + extension);
+}
 
 std::string CodeText(std::uint32_t code) {
   char text[16];

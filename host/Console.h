@@ -25,6 +25,9 @@ std::string Utf8(const XpString& text);
 std::string Masked(std::string_view text, bool keepsLines = false);
 std::string Plain(const XpString& text);
 
+/// The name of a file without its folder, in UTF-8.
+std::string FileName(const XpString& path);
+
 /// "0x8111", as codes are written everywhere.
 std::string CodeText(std::uint32_t code);
 

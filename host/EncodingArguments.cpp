@@ -39,29 +39,34 @@ VRXRenderOverrides EncodingArguments::GetOverrides() const {
   return overrides;
 }
 
-void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
+void AddFormatOptions(CLI::App& command, EncodingArguments& arguments) {
   command.add_option("--size", arguments.size, "Size of the picture, as 1920x1080")
       ->check(CheckPictureSize)
       ->option_text("SIZE");
   command.add_option("--rate", arguments.rate, "Frames a second, as 25, 29.97 or 30000/1001")
       ->check(CheckFrameRate)
       ->option_text("RATE");
-  CLI::Option* bitrate =
-      command.add_option("--bitrate", arguments.bitrate, "Bits a second of the picture, as 8M or 8000k")
-          ->check(CheckBitrate)
-          ->option_text("BITS");
+  command.add_option("--bitrate", arguments.bitrate, "Bits a second of the picture, as 8M or 8000k")
+      ->check(CheckBitrate)
+      ->option_text("BITS");
+}
+
+void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
+  AddFormatOptions(command, arguments);
   command
       .add_option("--crf", arguments.quality,
                   "Constant quality instead of a bitrate: 0 is without loss, 18 very good, 28 small")
       ->check(CLI::Range(0.0, kMostAv1Quality))
       ->option_text("NUMBER")
-      ->excludes(bitrate);
+      ->excludes(command.get_option("--bitrate"));
   command.add_option("--preset", arguments.preset, "ultrafast to veryslow: slower makes smaller files")
       ->check(CheckPreset)
       ->option_text("NAME");
   command.add_option("--codec", arguments.codec, "h264 (plays everywhere), hevc or av1 (smaller, slower)")
-      ->transform(NamedValues(std::map<std::string, VRXVideoCodec>{
-          {"h264", VRXVideoCodecH264}, {"hevc", VRXVideoCodecHevc}, {"av1", VRXVideoCodecAv1}}))
+      ->transform(NamedValues(std::map<std::string, VRXVideoCodec>{{"h264", VRXVideoCodecH264},
+                                                                   {"hevc", VRXVideoCodecHevc},
+                                                                   {"h265", VRXVideoCodecHevc},
+                                                                   {"av1", VRXVideoCodecAv1}}))
       ->type_name("CODEC")
       ->option_text("CODEC");
   command.add_flag("--hardware", arguments.hardware,

@@ -25,7 +25,9 @@ struct EncodingArguments {
   VRXRenderOverrides GetOverrides() const;
 };
 
-/// `arguments` must live as long as the command.
+/// Size, rate and bitrate, which a project has as well. `arguments` must live as long as the command.
+void AddFormatOptions(CLI::App& command, EncodingArguments& arguments);
+/// Those and what a project has no place for.
 void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments);
 
 /// Throws CLI::ValidationError for options that do not go together.

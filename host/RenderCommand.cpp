@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,7 +7,6 @@
 #include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
-#include "host/ArgumentChecks.h"
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/EncodingArguments.h"
@@ -89,20 +87,7 @@ CommandRun AddRender(CLI::App& command) {
   command.add_flag("--overlay-only", options->overlayOnly,
                    "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) or "
                    "-o NAME-%05d.png");
-  const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
-                                                    {"bar", ProgressStyle::Bar},
-                                                    {"json", ProgressStyle::JsonLines},
-                                                    {"none", ProgressStyle::None}};
-  command
-      .add_option("--progress", options->run.progress,
-                  "auto (a bar on a terminal), bar, json (one object a line) or none")
-      ->transform(NamedValues(styles))
-      ->type_name("STYLE")
-      ->option_text("STYLE");
-  command.add_flag("--quiet", options->run.quiet, "Print errors only");
-  command.add_flag("--allow-missing", options->run.allowMissing,
-                   "Succeed although still pictures are missing: their frames are black");
-  command.add_flag("--strict", options->run.strict, "Write nothing when there are warnings");
+  AddProgressOptions(command, options->run);
   command.footer(
       "Exit status: 0 done, 1 a render failed, a still picture is missing, or there are warnings with "
       "--strict, "

@@ -7,6 +7,10 @@
 #include "host/TimeRange.h"
 #include "vrx/VRXEngineExtras.h"
 
+namespace CLI {
+class App;
+}
+
 namespace vrx::host {
 
 struct RenderOptions {
@@ -17,6 +21,9 @@ struct RenderOptions {
   TimeRange range;               // of the movie
   VRXRenderOverrides overrides;  // without a range: that is above
 };
+
+/// --progress, --quiet, --allow-missing and --strict. `options` must live as long as the command.
+void AddProgressOptions(CLI::App& command, RenderOptions& options);
 
 /// Gives the exit status. The movie is written, or nothing under its name.
 int RenderProject(const RenderOptions& options, const ProjectSource& project);

@@ -22,31 +22,6 @@ bool IsXmlCharacter(char32_t c) {
          c >= 0x10000;
 }
 
-void AppendEscaped(std::string& out, std::u16string_view text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t c = text[i];
-    if (textcodec::IsHighSurrogate(c) && i + 1 < text.size() && textcodec::IsLowSurrogate(text[i + 1])) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - char32_t{0xDC00});
-    }
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;  // a plain one would be read as a line feed
-      default:
-        textcodec::AppendUtf8(out, IsXmlCharacter(c) ? c : kReplacement);
-    }
-  }
-}
-
 void AppendElement(std::string& out, std::string_view name, std::string_view content) {
   if (content.empty()) {
     out.append("<").append(name).append("/>");
@@ -142,6 +117,31 @@ bool IsWithinLimits(const XpIniElement& element, int depth, std::size_t& element
 }
 
 }  // namespace
+
+void AppendEscaped(std::string& out, std::u16string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t c = text[i];
+    if (textcodec::IsHighSurrogate(c) && i + 1 < text.size() && textcodec::IsLowSurrogate(text[i + 1])) {
+      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - char32_t{0xDC00});
+    }
+    switch (c) {
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '\r':
+        out += "&#13;";
+        break;  // a plain one would be read as a line feed
+      default:
+        textcodec::AppendUtf8(out, IsXmlCharacter(c) ? c : kReplacement);
+    }
+  }
+}
 
 XpResult WriteDocument(const XpIniDict& dict, std::string& text) {
   std::size_t elements = 1;        // plist itself

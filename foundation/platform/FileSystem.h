@@ -75,6 +75,8 @@ std::error_code SetFileTimes(const XpString& path, const std::uint64_t* written,
 /// A link is removed itself, never what it points to.
 std::error_code RemoveFile(const XpString& path);
 std::error_code Rename(const XpString& from, const XpString& to, bool replace);
+/// A symbolic link at `path` to `target`. A link that is there is replaced; EEXIST for anything else.
+std::error_code ReplaceLink(const XpString& target, const XpString& path);
 /// True for an error that may go away soon, because another program is using the file.
 bool IsBusy(const std::error_code& error);
 /// Copies a file with its permissions, mark and time of writing; replaces an older file only when

@@ -145,6 +145,16 @@ std::error_code Rename(const XpString& from, const XpString& to, bool replace) {
   return rename(source.c_str(), target.c_str()) == 0 ? std::error_code() : LastCode();
 }
 
+std::error_code ReplaceLink(const XpString& target, const XpString& path) {
+  std::string targetBytes, bytes;
+  if (const auto error = posix::PathBytes(target, targetBytes)) return error;
+  if (const auto error = posix::PathBytes(path, bytes)) return error;
+  struct stat state {};
+  if (lstat(bytes.c_str(), &state) == 0 && S_ISLNK(state.st_mode) && unlink(bytes.c_str()) != 0)
+    return LastCode();
+  return symlink(targetBytes.c_str(), bytes.c_str()) == 0 ? std::error_code() : LastCode();
+}
+
 bool IsBusy(const std::error_code& error) {
   return error == std::errc::device_or_resource_busy || error == std::errc::text_file_busy;
 }

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <string>
 
+#include "foundation/platform/KnownFolders.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/platform/posix/FileStatus.h"
 
@@ -31,6 +33,15 @@ bool MakePrivateFolder(const XpString& path) {
   if (posix::PathBytes(path, bytes)) return false;
   if (mkdir(bytes.c_str(), kOwnerOnly) != 0 && errno != EEXIST) return false;
   return IsPrivateFolder(path, 1);
+}
+
+std::error_code MakeTemporaryFolder(XpString& path) {
+  std::string bytes;
+  if (const auto error = posix::PathBytes(TemporaryFolder(), bytes)) return error;
+  bytes += "/vrx-XXXXXX";
+  if (mkdtemp(bytes.data()) == nullptr) return {errno, std::generic_category()};
+  path = PathFromNative(bytes);
+  return {};
 }
 
 bool IsPrivateFolder(const XpString& path, int levels) {
