@@ -92,7 +92,7 @@ void SetUpAom(const VideoPlan& plan, AVCodecContext& codec) {
 }
 
 constexpr CodecFacts kH264{.name = "H.264",
-                           .software = {{{"libx264", 1, &SetUpX264}}},
+                           .software = {{{"libx264", &SetUpX264}}},
                            .hardware = {"h264_nvenc", "h264_qsv", "h264_vaapi", "h264_v4l2m2m"},
                            .quality = 20.0,
                            .takesQuality = true,
@@ -100,7 +100,7 @@ constexpr CodecFacts kH264{.name = "H.264",
                            .inQuickTime = true,
                            .inTransportStream = true};
 constexpr CodecFacts kMpeg2{.name = "MPEG-2",
-                            .software = {{{"mpeg2video", 1, &SetUpMpeg2}}},
+                            .software = {{{"mpeg2video", &SetUpMpeg2}}},
                             .hardware = {},
                             .quality = 0.0,
                             .takesQuality = false,
@@ -108,7 +108,7 @@ constexpr CodecFacts kMpeg2{.name = "MPEG-2",
                             .inQuickTime = true,
                             .inTransportStream = true};
 constexpr CodecFacts kHevc{.name = "HEVC",
-                           .software = {{{"libx265", 16, &SetUpX265}}},
+                           .software = {{{"libx265", &SetUpX265}}},
                            .hardware = {"hevc_nvenc", "hevc_qsv", "hevc_vaapi", "hevc_v4l2m2m"},
                            .quality = 22.0,
                            .takesQuality = true,
@@ -116,7 +116,7 @@ constexpr CodecFacts kHevc{.name = "HEVC",
                            .inQuickTime = true,
                            .inTransportStream = true};
 constexpr CodecFacts kAv1{.name = "AV1",
-                          .software = {{{"libsvtav1", 64, &SetUpSvtAv1, true}, {"libaom-av1", 1, &SetUpAom}}},
+                          .software = {{{"libsvtav1", &SetUpSvtAv1, true}, {"libaom-av1", &SetUpAom}}},
                           .hardware = {"av1_nvenc", "av1_qsv", "av1_vaapi"},
                           .quality = 30.0,
                           .takesQuality = true,
@@ -181,11 +181,12 @@ Result CheckCodec(const OutputPlan& plan) {
   const bool fits = plan.container == Container::Mp4 ||
                     (plan.container == Container::QuickTime ? facts.inQuickTime : facts.inTransportStream);
   if (fits) return kOk;
-  // QuickTime files have this ending too when their sound is PCM.
-  return Unusable(plan.path + " cannot hold " + name +
-                  (plan.container == Container::QuickTime
-                       ? ", which needs a name that ends in .mp4, and no PCM"
-                       : ", which needs a name that ends in .mp4"));
+  const bool pcm =
+      plan.audio && (plan.audio->codec == AudioCodec::Pcm16 || plan.audio->codec == AudioCodec::Pcm24);
+  if (pcm)
+    return Unusable("no file takes " + name +
+                    " together with PCM; use AAC or AC-3 and a name that ends in .mp4");
+  return Unusable(plan.path + " cannot hold " + name + ", which needs a name that ends in .mp4");
 }
 
 }  // namespace vrx::engine

@@ -12,7 +12,6 @@ namespace vrx::engine {
 /// An encoder of libav that runs on the processor.
 struct SoftwareEncoder {
   const char* name;  // libav's
-  int leastSide;     // pixels that a picture needs each way
   /// Its own options, after SetUpPicture.
   void (*setUp)(const VideoPlan& plan, AVCodecContext& codec);
   bool endsOnlyAfterAFrame = false;  // closing it before hangs
@@ -20,7 +19,7 @@ struct SoftwareEncoder {
 
 struct CodecFacts {
   const char* name;                         // for people
-  std::array<SoftwareEncoder, 2> software;  // the first that is there and takes the size; may end with null
+  std::array<SoftwareEncoder, 2> software;  // the first that takes the plan; may end with null
   std::array<const char*, 4> hardware;      // libav's names, best first; may end with null
   double quality;     // constant rate factor where a movie has neither that nor a bitrate
   bool takesQuality;  // a constant rate factor means something to it

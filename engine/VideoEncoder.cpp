@@ -1,6 +1,5 @@
 #include "engine/VideoEncoder.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <utility>
@@ -47,7 +46,7 @@ Result VideoEncoder::OpenSoftware(const VideoPlan& plan, bool globalHeader) {
   const CodecFacts& facts = FactsOf(plan.codec);
   int error = AVERROR_ENCODER_NOT_FOUND;
   for (const SoftwareEncoder& software : facts.software) {
-    if (software.name == nullptr || std::min(plan.width, plan.height) < software.leastSide) continue;
+    if (software.name == nullptr) break;
     const AVCodec* encoder = avcodec_find_encoder_by_name(software.name);
     if (encoder == nullptr) continue;
     m_codec.reset(avcodec_alloc_context3(encoder));

@@ -150,7 +150,7 @@ TEST_F(OutputPlanTest, CodecThatDoesNotFitTheFileOrTheSettingsIsRefused) {
             {},
             file(u"/a.m2ts"),
             "/a.m2ts cannot hold AV1, which needs a name that ends in .mp4"},
-           {VideoCodec::Av1, {}, pcm, "no PCM"},
+           {VideoCodec::Av1, {}, pcm, "no file takes AV1 together with PCM"},
            {VideoCodec::Av1, {}, interlaced, "AV1 codes no interlaced"},
            {VideoCodec::Hevc, {}, interlaced, "HEVC codes no interlaced"},
            {{}, 20.0, mpeg2, "MPEG-2 has no constant rate factor"},
