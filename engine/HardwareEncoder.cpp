@@ -175,13 +175,13 @@ int DeviceFrames::Bring(const AVFrame& frame, FramePtr& input) {
   return av_frame_copy_props(input.get(), &frame);
 }
 
-void FindHardwareEncoder(const VideoPlan& plan, bool globalHeader, HardwareEncoder& found,
-                         std::string& reasons) {
+void FindHardwareEncoder(std::span<const char* const> names, const VideoPlan& plan, bool globalHeader,
+                         HardwareEncoder& found, std::string& reasons) {
   if (plan.interlaced) {
     reasons = "none takes interlaced pictures";
     return;
   }
-  for (const char* name : FactsOf(plan.codec).hardware) {
+  for (const char* name : names) {
     if (name == nullptr) break;
     const std::string reason = ReasonAgainst(name, plan, globalHeader, found);
     if (reason.empty()) return;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 
 #include "engine/AvPointers.h"
@@ -42,9 +43,10 @@ struct HardwareEncoder {
   const char* name = "";
 };
 
-/// The first encoder in hardware that gives a packet for a grey frame with the settings of `plan`, opened
-/// anew for the movie. `reasons` says of each that was tried before why it is not used.
-void FindHardwareEncoder(const VideoPlan& plan, bool globalHeader, HardwareEncoder& found,
-                         std::string& reasons);
+/// The first of the encoders `names`, libav's and up to a null, that gives a packet for a grey frame with the
+/// settings of `plan`, opened anew for the movie. `reasons` says of each that was tried before why it is not
+/// used.
+void FindHardwareEncoder(std::span<const char* const> names, const VideoPlan& plan, bool globalHeader,
+                         HardwareEncoder& found, std::string& reasons);
 
 }  // namespace vrx::engine

@@ -29,7 +29,7 @@ Result VideoEncoder::Open(const VideoPlan& plan, bool globalHeader) {
   if (!plan.hardware) return OpenSoftware(plan, globalHeader);
   HardwareEncoder hardware;
   std::string reasons;
-  FindHardwareEncoder(plan, globalHeader, hardware, reasons);
+  FindHardwareEncoder(FactsOf(plan.codec).hardware, plan, globalHeader, hardware, reasons);
   if (hardware.codec) {
     Log(VRXLogInfo, std::string("the pictures are encoded in hardware, by ") + hardware.name);
     m_codec = std::move(hardware.codec);

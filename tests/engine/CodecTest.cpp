@@ -119,9 +119,10 @@ TEST_F(CodecTest, PresetAndQualityReachTheEncoder) {
 }
 
 TEST_F(CodecTest, WithoutHardwareTheLogSaysWhyAndTheMovieIsThatOfSoftware) {
-  for (const auto& [codec, candidate, software] : {std::tuple{VRXVideoCodecH264, "h264_nvenc: ", "libx264"},
-                                                   {VRXVideoCodecHevc, "hevc_vaapi: ", "libx265"},
-                                                   {VRXVideoCodecAv1, "av1_qsv: ", "libsvtav1"}}) {
+  for (const auto& [codec, candidate, software] :
+       {std::tuple{VRXVideoCodecH264, "h264_v4l2m2m: needs a bitrate", "libx264"},
+        {VRXVideoCodecHevc, "hevc_vaapi: ", "libx265"},
+        {VRXVideoCodecAv1, "av1_qsv: ", "libsvtav1"}}) {
     VRXRenderOverrides overrides = Of(codec);
     const std::string usual = Render(overrides);
     EXPECT_EQ(log, "");
