@@ -71,13 +71,14 @@ Refusal AudioDecoder::OpenFile() {
     if (m_demuxer->streams[i] != m_stream) m_demuxer->streams[i]->discard = AVDISCARD_ALL;
   }
   m_untouched = true;
+  if (!IsUsable(*m_stream->codecpar)) return {kSourceNotMovie, "has sound in a format that does not exist"};
+  m_rate = m_stream->codecpar->sample_rate;
   return OpenCodec();
 }
 
 Refusal AudioDecoder::OpenCodec() {
   const AVCodecParameters& parameters = *m_stream->codecpar;
-  if (!IsUsable(parameters)) return {kSourceNotMovie, "has sound in a format that does not exist"};
-  m_rate = parameters.sample_rate;
+  m_isFed = false;
   const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
   m_codec = avcodec_alloc_context3(codec);
   if (m_codec == nullptr) return RefuseForMemory();
@@ -125,10 +126,15 @@ std::int64_t AudioDecoder::GetEditedEnd() const {
   return __builtin_add_overflow(m_stream->start_time, m_stream->duration, &end) ? kNoPlace : PlaceOf(end);
 }
 
-void AudioDecoder::Restart() {
-  avcodec_flush_buffers(m_codec);
+/// With a new codec: a flushed one keeps the state of its noise, and a cut must not sound otherwise after one
+/// clip than after another.
+bool AudioDecoder::Restart() {
   m_draining = false;
   m_failed = false;
+  if (!m_isFed) return true;
+  avcodec_free_context(&m_codec);
+  m_failed = !IsOk(OpenCodec());
+  return !m_failed;
 }
 
 bool AudioDecoder::Seek(std::int64_t place) {
@@ -140,8 +146,7 @@ bool AudioDecoder::Seek(std::int64_t place) {
   }
   if (av_seek_frame(m_demuxer, m_stream->index, target, AVSEEK_FLAG_BACKWARD) < 0) return Rewind();
   m_untouched = false;
-  Restart();
-  return true;
+  return Restart();
 }
 
 bool AudioDecoder::Rewind() {
@@ -159,8 +164,7 @@ bool AudioDecoder::Rewind() {
       }
     }
   }
-  Restart();
-  return true;
+  return Restart();
 }
 
 bool AudioDecoder::ReadPacket() {
@@ -200,6 +204,7 @@ const AVFrame* AudioDecoder::Next(std::int64_t& place) {
     }
     m_draining = !ReadPacket();
     if (!m_draining && (m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0) m_damaged = true;
+    m_isFed = true;
     if (avcodec_send_packet(m_codec, m_draining ? nullptr : m_packet) < 0) m_damaged = true;
   }
 }

@@ -69,7 +69,7 @@ class AudioDecoder {
   void Close();
   std::int64_t PlaceOf(std::int64_t timestamp) const;
   bool ReadPacket();
-  void Restart();
+  bool Restart();
 
   std::string m_path;
   const StopSignal& m_stop;
@@ -81,6 +81,7 @@ class AudioDecoder {
   AVFrame* m_frame = nullptr;
   int m_rate = 0;
   bool m_untouched = true;  // no packet read since the file was opened
+  bool m_isFed = false;     // the codec has had packets
   bool m_draining = false;
   bool m_failed = false;
   bool m_damaged = false;

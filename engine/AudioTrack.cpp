@@ -19,6 +19,7 @@ namespace vrx::engine {
 namespace {
 
 constexpr int kMaxChannels = 8;
+constexpr int kPassedBlock = 1024;  // samples
 constexpr std::int64_t kMicroseconds = 1'000'000;
 
 bool IsWhole(const AudioClip& clip) { return clip.end <= clip.start; }
@@ -71,9 +72,9 @@ struct SoundLength {
 
 class ClipSequence : public AudioTrack {
  public:
-  ClipSequence(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
+  ClipSequence(std::vector<AudioClip> clips, AudioFormat format, std::int64_t first, std::int64_t end,
                const StopSignal& stop)
-      : m_clips(std::move(clips)), m_format(format), m_total(totalSamples), m_stop(stop) {}
+      : m_clips(std::move(clips)), m_format(format), m_first(first), m_end(end), m_stop(stop) {}
 
   Result Prepare();
   Result Read(float* const* planes, int count, int& got) override;
@@ -82,11 +83,15 @@ class ClipSequence : public AudioTrack {
   Result CheckArguments() const;
   Result CheckSource(const AudioClip& clip, SoundLength& known, bool first) const;
   bool Continues(std::size_t index) const;
+  void Jump();
+  Result Pass();
+  Result Fill(float* const* planes, int count);
   Result Play(float* const* planes, int count, int& played);
 
   std::vector<AudioClip> m_clips;
   const AudioFormat m_format;
-  const std::int64_t m_total;
+  const std::int64_t m_first;
+  const std::int64_t m_end;
   const StopSignal& m_stop;
   std::vector<std::int64_t> m_ends;  // of the clips, in samples of the movie
   std::size_t m_current = 0;
@@ -102,7 +107,7 @@ Result ClipSequence::CheckArguments() const {
                          std::to_string(m_format.sampleRate) + " Hz");
     return kUnusableSettings;
   }
-  if (m_total < 0) return kInvalidArgument;
+  if (m_first < 0 || m_end < m_first) return kInvalidArgument;
   for (std::size_t i = 0; i < m_clips.size(); ++i) {
     if (m_clips[i].scale != 0) continue;
     const ClipLogScope scope(VRXAudioTrack, i);
@@ -115,7 +120,7 @@ Result ClipSequence::CheckArguments() const {
 Result ClipSequence::Prepare() {
   VRX_TRY(CheckArguments());
   std::map<std::string, SoundLength> lengths;
-  SampleSum sum(m_format.sampleRate, m_total);
+  SampleSum sum(m_format.sampleRate, m_end);
   m_ends.reserve(m_clips.size());
   for (std::size_t i = 0; i < m_clips.size(); ++i) {
     const ClipLogScope scope(VRXAudioTrack, i);
@@ -133,6 +138,7 @@ Result ClipSequence::Prepare() {
     m_ends.push_back(sum.Rounded());
   }
   m_reader.emplace(m_format, m_stop);
+  Jump();
   return kOk;
 }
 
@@ -161,6 +167,32 @@ bool ClipSequence::Continues(std::size_t index) const {
          Int128{before.end} * clip.scale == Int128{clip.start} * before.scale;
 }
 
+/// Goes to the beginning of the clip that has the first sample, or of the first of those that the reader
+/// plays in one go with it: from there it makes the same samples as after all the clips before.
+void ClipSequence::Jump() {
+  while (m_current < m_clips.size() && m_ends[m_current] <= m_first) ++m_current;
+  if (m_current == m_clips.size()) {
+    m_position = m_first;
+    return;
+  }
+  while (Continues(m_current)) --m_current;
+  if (m_current != 0) m_position = m_ends[m_current - 1];
+}
+
+/// Plays what lies before the first sample for nobody.
+Result ClipSequence::Pass() {
+  if (m_position >= m_first) return kOk;
+  std::array<std::array<float, kPassedBlock>, kMaxChannels> unheard;
+  std::array<float*, kMaxChannels> planes{};
+  std::transform(unheard.begin(), unheard.end(), planes.begin(), [](auto& plane) { return plane.data(); });
+  while (m_position < m_first && !m_stop.IsSet()) {
+    VRX_TRY(
+        Fill(planes.data(), static_cast<int>(std::min<std::int64_t>(m_first - m_position, kPassedBlock))));
+  }
+  m_position = std::max(m_position, m_first);
+  return kOk;
+}
+
 Result ClipSequence::Play(float* const* planes, int count, int& played) {
   while (m_current < m_clips.size() && m_position >= m_ends[m_current]) {
     ++m_current;
@@ -185,13 +217,20 @@ Result ClipSequence::Play(float* const* planes, int count, int& played) {
 Result ClipSequence::Read(float* const* planes, int count, int& got) {
   got = 0;
   if (planes == nullptr || count < 0) return kInvalidArgument;
-  count = static_cast<int>(std::min<std::int64_t>(count, m_total - m_position));
-  while (got < count) {
+  VRX_TRY(Pass());
+  count = static_cast<int>(std::min<std::int64_t>(count, m_end - m_position));
+  VRX_TRY(Fill(planes, count));
+  got = count;
+  return kOk;
+}
+
+Result ClipSequence::Fill(float* const* planes, int count) {
+  for (int done = 0; done < count;) {
     std::array<float*, kMaxChannels> out{};
-    for (int c = 0; c < m_format.channels; ++c) out[static_cast<std::size_t>(c)] = planes[c] + got;
+    for (int c = 0; c < m_format.channels; ++c) out[static_cast<std::size_t>(c)] = planes[c] + done;
     int played = 0;
-    VRX_TRY(Play(out.data(), count - got, played));
-    got += played;
+    VRX_TRY(Play(out.data(), count - done, played));
+    done += played;
     m_position += played;
   }
   return kOk;
@@ -199,10 +238,10 @@ Result ClipSequence::Read(float* const* planes, int count, int& got) {
 
 }  // namespace
 
-Result AudioTrack::Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
-                        const StopSignal& stop, std::unique_ptr<AudioTrack>& track) {
+Result AudioTrack::Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t first,
+                        std::int64_t end, const StopSignal& stop, std::unique_ptr<AudioTrack>& track) {
   track.reset();
-  auto sequence = std::make_unique<ClipSequence>(std::move(clips), format, totalSamples, stop);
+  auto sequence = std::make_unique<ClipSequence>(std::move(clips), format, first, end, stop);
   const Result result = sequence->Prepare();
   if (result == kOk) track = std::move(sequence);
   return result;

@@ -31,14 +31,14 @@ class AudioTrack {
  public:
   virtual ~AudioTrack() = default;
 
-  /// Opens every clip once, so that a missing or unusable source fails before anything is written.
-  /// `totalSamples` is the movie's length in samples at the output rate. `stop` must live as long as the
-  /// track; once it is set, what is left is silent.
-  static Result Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t totalSamples,
+  /// Opens every clip once, so that a missing or unusable source fails before anything is written. The track
+  /// has the samples of the movie, at the output rate, from `first` on and below `end`. `stop` must live as
+  /// long as the track; once it is set, what is left is silent.
+  static Result Open(std::vector<AudioClip> clips, AudioFormat format, std::int64_t first, std::int64_t end,
                      const StopSignal& stop, std::unique_ptr<AudioTrack>& track);
 
   /// Writes the next `count` samples of each channel as planar floats; `got` is less than `count` only at the
-  /// end of the movie and 0 after it. Samples without a source are silence.
+  /// end of the track and 0 after it. Samples without a source are silence.
   virtual Result Read(float* const* planes, int count, int& got) = 0;
 };
 

@@ -52,6 +52,7 @@ MovieWriter::~MovieWriter() { Abandon(); }
 
 Result MovieWriter::Create(const OutputPlan& plan) {
   m_path = plan.path;
+  m_container = plan.container;
   VRX_TRY(m_file.Create(plan.path));
   const int error = avformat_alloc_output_context2(&m_muxer, nullptr, MuxerName(plan.container), nullptr);
   if (error < 0) return Fail("the muxer cannot start", error);
@@ -84,6 +85,9 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   }
   const int error = avcodec_parameters_from_context(stream->codecpar, &encoder);
   if (error < 0) return Fail("a stream cannot be added", error);
+  // Some players take no other name of HEVC in these files; its headers are beside the stream, as that says.
+  const bool hevc = encoder.codec_id == AV_CODEC_ID_HEVC && m_container != Container::MpegTs;
+  if (hevc) stream->codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
   index = stream->index;
   m_packets.push_back(0);
   return kOk;

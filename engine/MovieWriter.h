@@ -52,6 +52,7 @@ class MovieWriter {
   AVFormatContext* m_muxer = nullptr;
   AVIOContext* m_io = nullptr;
   std::string m_path;
+  Container m_container = Container::Mp4;
   std::size_t m_timeZoneBytes = 0;
   std::vector<std::uint64_t> m_packets;  // of each stream
   std::uint64_t m_bytes = 0;

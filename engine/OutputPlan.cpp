@@ -5,6 +5,7 @@
 #include <numeric>
 #include <utility>
 
+#include "engine/EncoderTable.h"
 #include "engine/EngineLog.h"
 #include "engine/SourcePath.h"
 #include "vrx/VRXLimits.h"
@@ -169,6 +170,7 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrid
     if (pcm) plan.container = Container::QuickTime;
     plan.audio = audio;
   }
+  if (!plan.overlaysAlone) VRX_TRY(CheckCodec(plan));
   return setting.metaData == nullptr ? kOk : FindTimeZone(*setting.metaData, plan.timeZone);
 }
 

@@ -29,6 +29,16 @@ OverlayStage::OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vec
   m_pair.resize(static_cast<std::size_t>(width) * kPair);
 }
 
+void OverlayStage::SkipTo(std::int64_t number) {
+  for (std::size_t i = m_span; i < m_spans.size() && m_spans[i].first < number; ++i) {
+    OverlaySpan& span = m_spans[i];
+    if (span.first > span.last) continue;
+    const std::int64_t end = std::min(span.last + 1, number);
+    m_callback->SkipFrames(static_cast<std::uint64_t>(span.first), static_cast<std::uint64_t>(end));
+    span.first = end;
+  }
+}
+
 void OverlayStage::Apply(std::int64_t number, FramePtr& frame) {
   const OverlaySpan* span = SpanOf(number);
   if (span == nullptr) return;

@@ -19,6 +19,10 @@ class OverlayStage {
   OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vector<OverlaySpan> spans, int width,
                int height);
 
+  /// Tells the callback of the frames of its spans that lie before frame `number`, which is the first to
+  /// come. Later calls do nothing.
+  void SkipTo(std::int64_t number);
+
   /// Hands frame `number` to the callback if it lies in a span; numbers must rise. If the callback changed
   /// something, `frame` becomes a copy with the changed samples, unless nothing else refers to it.
   void Apply(std::int64_t number, FramePtr& frame);

@@ -35,11 +35,27 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
   VRX_TRY(RefuseSourceAsOutput(m_timeline, m_output.path));
   VRX_TRY(MakeOverlaySpans(output, video.frameDuration, m_spans));
   VRX_TRY(MeasureSources(video.frameDuration, m_timeline, m_total));
+  VRX_TRY(CutToRange());
   VRX_TRY(OpenTracks());
   m_callback = output.rawOutput;
   m_overlay = std::make_unique<OverlayStage>(m_callback, std::move(m_spans), video.width, video.height);
   m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
   return OpenOutput();
+}
+
+Result Sequence::CutToRange() {
+  const std::int64_t movie = m_total;
+  m_first = m_output.firstFrame;
+  m_total = m_output.frameCount == 0 ? movie - m_first : m_output.frameCount;
+  if (m_total <= 0 || m_total > movie - m_first) {
+    Log(VRXLogError, "the frames from " + std::to_string(m_first) +
+                         (m_output.frameCount == 0 ? " on" : " to " + std::to_string(m_first + m_total - 1)) +
+                         " are not in the movie, which has " + std::to_string(movie) + " frames, 0 to " +
+                         std::to_string(movie - 1));
+    return kUnusableSettings;
+  }
+  CutToFrames(m_first, m_total, m_timeline.video);
+  return kOk;
 }
 
 Result Sequence::OpenTracks() {
@@ -48,9 +64,8 @@ Result Sequence::OpenTracks() {
   if (!m_output.audio) return kOk;
   const AudioPlan& audio = *m_output.audio;
   VRX_TRY(m_audioEncoder.Open(audio, header));
-  return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels},
-                          SamplesOfFrames(m_total, m_output.video.frameDuration, audio.sampleRate), m_stop,
-                          m_audio);
+  return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels}, SamplesBefore(m_first),
+                          SamplesBefore(m_first + m_total), m_stop, m_audio);
 }
 
 Result Sequence::OpenOutput() {
@@ -59,9 +74,8 @@ Result Sequence::OpenOutput() {
   if (m_audio) {
     VRX_TRY(m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream));
   }
-  const std::int64_t sound = m_audio ? m_audioEncoder.PacketsOf(SamplesOfFrames(
-                                           m_total, m_output.video.frameDuration, m_output.audio->sampleRate))
-                                     : 0;
+  const std::int64_t sound =
+      m_audio ? m_audioEncoder.PacketsOf(SamplesBefore(m_first + m_total) - SamplesBefore(m_first)) : 0;
   return m_writer.Begin(static_cast<std::uint64_t>(m_total + sound));
 }
 
@@ -105,6 +119,7 @@ void Sequence::GiveUp() {
 
 Result Sequence::DoSlice() {
   if (m_finished) return kOk;
+  if (m_done == 0) m_overlay->SkipTo(m_first);
   const auto end = std::chrono::steady_clock::now() + kSliceLength;
   for (int frames = 0; frames < kFramesPerSlice && m_done < m_total; ++frames) {
     if (m_stop.IsSet()) return kOk;
@@ -136,13 +151,17 @@ Result Sequence::NextFrame(FramePtr& frame) {
 }
 
 Result Sequence::EncodeFrame(FramePtr& frame) {
-  m_overlay->Apply(m_done, frame);
+  m_overlay->Apply(m_first + m_done, frame);
   VRX_TRY(m_videoEncoder.Encode(*frame, m_done, m_writer, m_videoStream));
   ++m_done;
   if (!m_audio) return kOk;
-  const std::int64_t samples =
-      SamplesOfFrames(m_done, m_output.video.frameDuration, m_output.audio->sampleRate);
+  const std::int64_t samples = SamplesBefore(m_first + m_done) - SamplesBefore(m_first);
   return m_audioEncoder.EncodeUpTo(samples, *m_audio, m_writer, m_audioStream);
+}
+
+/// Of the whole movie's sound.
+std::int64_t Sequence::SamplesBefore(std::int64_t frame) const {
+  return SamplesOfFrames(frame, m_output.video.frameDuration, m_output.audio->sampleRate);
 }
 
 Result Sequence::Finish() {

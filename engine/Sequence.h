@@ -38,11 +38,13 @@ class Sequence final : public IVRXSequence {
  private:
   Sequence() = default;
   Result Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output);
+  Result CutToRange();
   Result OpenTracks();
   Result OpenOutput();
   Result DoSlice();
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
+  std::int64_t SamplesBefore(std::int64_t frame) const;
   Result Finish();
   Result Guarded();
   void GiveUp();
@@ -51,7 +53,8 @@ class Sequence final : public IVRXSequence {
   TimelinePlan m_timeline;
   std::vector<OverlaySpan> m_spans;
   IVRXIntermediateRawOutputCallback* m_callback = nullptr;  // not owned
-  std::int64_t m_total = 0;                                 // frames of the movie
+  std::int64_t m_first = 0;                                 // the movie's frame that is rendered first
+  std::int64_t m_total = 0;                                 // frames to render
   std::int64_t m_done = 0;                                  // frames encoded
   std::size_t m_clip = 0;                                   // of the next frame
   std::int64_t m_frameInClip = 0;

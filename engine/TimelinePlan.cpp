@@ -210,8 +210,20 @@ Result MakeOverlaySpans(const VRXSystemOutputSetting& setting, FrameDuration dur
   return kOk;
 }
 
+void CutToFrames(std::int64_t first, std::int64_t count, std::vector<VideoClip>& clips) {
+  for (VideoClip& clip : clips) {
+    const std::int64_t before = std::min(first, clip.frameCount);
+    first -= before;
+    clip.firstFrame += before;
+    clip.firstRawFrame += static_cast<std::uint64_t>(before);
+    clip.frameCount = std::min(clip.frameCount - before, count);
+    count -= clip.frameCount;
+  }
+}
+
 ExactTime SourceTimeOfFrame(const VideoClip& clip, std::int64_t index, FrameDuration duration) {
-  return {Int128{clip.start} * duration.scale + Int128{index} * duration.value * clip.scale,
+  const Int128 frame = Int128{clip.firstFrame} + index;
+  return {Int128{clip.start} * duration.scale + frame * duration.value * clip.scale,
           Int128{clip.scale} * duration.scale};
 }
 

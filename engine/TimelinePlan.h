@@ -22,7 +22,8 @@ struct VideoClip {
   IVRXRawInputCallback* rawInput = nullptr;  // not owned; null for a file clip
   std::int64_t start = 0;                    // file clip: source time in 1 / scale seconds, not negative
   std::int64_t scale = 1;
-  bool wholeSource = false;         // file clip: frameCount is 0 until the source's length is known
+  bool wholeSource = false;     // file clip: frameCount is 0 until the source's length is known
+  std::int64_t firstFrame = 0;  // file clip: frames after `start` that are left out before the first shown
   std::uint64_t firstRawFrame = 0;  // baseband clip: the number of its first picture
   std::int64_t frameCount = 0;
 };
@@ -48,7 +49,11 @@ Result MakeTimelinePlan(const VRXTimeline& timeline, FrameDuration duration, Tim
 Result MakeOverlaySpans(const VRXSystemOutputSetting& setting, FrameDuration duration,
                         std::vector<OverlaySpan>& spans);
 
-/// The moment of the source that frame `index` of `clip` shows.
+/// Leaves of the clips what belongs to `count` frames of the movie from `first` on; clips outside keep their
+/// place in the plan, without frames. Once the frames of every clip are known.
+void CutToFrames(std::int64_t first, std::int64_t count, std::vector<VideoClip>& clips);
+
+/// The moment of the source that the shown frame `index` of `clip` shows.
 ExactTime SourceTimeOfFrame(const VideoClip& clip, std::int64_t index, FrameDuration duration);
 
 /// Frames of a source that lasts `ticks` times `numerator` / `denominator` seconds, rounded to the nearest;

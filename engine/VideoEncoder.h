@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "engine/AvPointers.h"
 #include "engine/EngineResult.h"
+#include "engine/HardwareEncoder.h"
 #include "engine/MovieWriter.h"
 #include "engine/OutputPlan.h"
 #include "engine/StopSignal.h"
@@ -14,6 +16,12 @@ namespace vrx::engine {
 /// Belongs to one thread; the codec has threads of its own.
 class VideoEncoder {
  public:
+  VideoEncoder() = default;
+  VideoEncoder(const VideoEncoder&) = delete;
+  VideoEncoder& operator=(const VideoEncoder&) = delete;
+  ~VideoEncoder();
+
+  /// In hardware where the plan asks for it and such an encoder works; the log says which does, or why none.
   /// kUnusableSettings when the codec refuses the plan, with a logged line.
   Result Open(const VideoPlan& plan, bool globalHeader);
   const AVCodecContext& GetContext() const { return *m_codec; }
@@ -25,12 +33,17 @@ class VideoEncoder {
   Result Drain(MovieWriter& writer, int stream, const StopSignal& stop);
 
  private:
+  Result OpenSoftware(const VideoPlan& plan, bool globalHeader);
+  void FeedBeforeClosing();
   Result Send(const AVFrame* frame);
+  Result Fail(int error) const;
   Result WritePackets(MovieWriter& writer, int stream, const StopSignal& stop);
 
+  std::unique_ptr<DeviceFrames> m_deviceFrames;  // of an encoder in hardware
   CodecPtr m_codec;
   PacketPtr m_packet;
   bool m_interlaced = false;
+  bool m_needsFrame = false;  // the codec had none yet and would not close
 };
 
 }  // namespace vrx::engine

@@ -37,7 +37,7 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
 
   /// Moves the clocks over frames `first` to `end` - 1 as ProcessFrame would, without drawing, so that `end`
   /// can be the first frame that is drawn.
-  void SkipFrames(std::uint64_t first, std::uint64_t end);
+  void SkipFrames(std::uint64_t first, std::uint64_t end) override;
 
   /// True when the frame was handled, which may mean left as it is. Frames whose painters report the content
   /// of the frame before are blended from the picture that is there.

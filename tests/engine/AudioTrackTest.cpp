@@ -66,9 +66,9 @@ class AudioTrackTest : public ::testing::Test {
   }
 
   Planes Play(const std::vector<AudioClip>& clips, std::int64_t total, AudioFormat format = kStereo,
-              int block = 1000) {
+              int block = 1000, std::int64_t first = 0) {
     std::unique_ptr<AudioTrack> track;
-    const Result result = AudioTrack::Open(clips, format, total, m_never, track);
+    const Result result = AudioTrack::Open(clips, format, first, first + total, m_never, track);
     EXPECT_EQ(result, kOk);
     Planes sound(static_cast<std::size_t>(format.channels), Plane(static_cast<std::size_t>(total)));
     if (result != kOk) return sound;
@@ -86,7 +86,7 @@ class AudioTrackTest : public ::testing::Test {
 
   Result Open(const std::vector<AudioClip>& clips, AudioFormat format = kStereo, std::int64_t total = kRate) {
     std::unique_ptr<AudioTrack> track;
-    return AudioTrack::Open(clips, format, total, m_never, track);
+    return AudioTrack::Open(clips, format, 0, total, m_never, track);
   }
 
   const StopSignal m_never;
@@ -173,7 +173,7 @@ TEST_F(AudioTrackTest, ThousandsOfClipsOfAnOddLengthDoNotDriftAndOpenTheirFileOn
   // Each clip is one frame of 30000/1001 a second, which is 1601.6 samples, and begins with a click.
   const std::vector<AudioClip> clips(2000, AudioClip{path, 30000, 31001, 30000});
   std::unique_ptr<AudioTrack> track;
-  ASSERT_EQ(AudioTrack::Open(clips, kStereo, 3203200, m_never, track), kOk);
+  ASSERT_EQ(AudioTrack::Open(clips, kStereo, 0, 3203200, m_never, track), kOk);
   Plane left(3203200), right(8008);
   for (std::size_t at = 0; at < left.size(); at += right.size()) {
     float* planes[] = {&left[at], right.data()};
@@ -199,6 +199,37 @@ TEST_F(AudioTrackTest, ClipCutInPiecesMatchesTheWhole) {
     pieces.push_back({path, (i + 1) * 2002, (i + 2) * 2002, 60000});
   }
   EXPECT_EQ(LargestDifference(whole[0], Play(pieces, 115315, kStereo, 113)[0]), 0);
+}
+
+TEST_F(AudioTrackTest, PartOfATrackHasTheSamplesOfTheWhole) {
+  for (const auto& [file, codec, rate] : {std::tuple("a.wav", "pcm_s16le", 48000),
+                                          {"b.wav", "pcm_f32le", 44100},
+                                          {"c.mp4", "aac", 44100},
+                                          {"d.mp4", "aac", 48000},
+                                          {"e.ts", "ac3", 48000},
+                                          {"f.mkv", "mp2", 44100},
+                                          {"g.ts", "aac", 44100}}) {
+    SCOPED_TRACE(file);
+    const std::string path = Write(
+        file, {.style = ClipSoundStyle::kClickOverTone, .rate = rate, .codec = codec, .samples = 4 * rate});
+    const std::string other = WriteClicks("other.wav", 1);
+    // The second goes on where the first ends, between two samples; the third jumps.
+    const std::vector<AudioClip> clips{{path, 1001, 2002, 1000},
+                                       {path, 6006, 9009, 3000},
+                                       {path, 300, 1500, 1000},
+                                       {other, 0, 0, 1},
+                                       {path, 1000, 9000, 1000}};
+    const Planes whole = Play(clips, 12 * kRate);
+    for (const std::int64_t first :
+         {0, 1, 48047, 48048, 60000, 96096, 96097, 140000, 153696, 160000, 300000, 13 * kRate}) {
+      const auto count = std::clamp<std::int64_t>(12 * kRate - first, 0, 9999);
+      const Planes part = Play(clips, count, kStereo, 377, first);
+      for (std::size_t c = 0; c < 2 && count != 0; ++c) {
+        const auto from = whole[c].begin() + first;
+        EXPECT_TRUE(std::equal(part[c].begin(), part[c].end(), from, from + count)) << first;
+      }
+    }
+  }
 }
 
 TEST_F(AudioTrackTest, ShortSourcesArePaddedAndWholeSourcesEndWithTheirSound) {
@@ -291,7 +322,8 @@ TEST_F(AudioTrackTest, StoppedSoundIsSilentAtItsEndAndNotTakenForDamage) {
       SCOPED_TRACE(testing::Message() << name << " stopped at " << stopAt);
       StopSignal stop;
       std::unique_ptr<AudioTrack> track;
-      ASSERT_EQ(AudioTrack::Open({{path, 0, 5, 1}, {path, 3, 5, 1}}, kStereo, 7 * kRate, stop, track), kOk);
+      ASSERT_EQ(AudioTrack::Open({{path, 0, 5, 1}, {path, 3, 5, 1}}, kStereo, 0, 7 * kRate, stop, track),
+                kOk);
       Plane left(7 * kRate), right(7 * kRate);
       float* planes[] = {left.data(), right.data()};
       int got = 0;
@@ -300,7 +332,7 @@ TEST_F(AudioTrackTest, StoppedSoundIsSilentAtItsEndAndNotTakenForDamage) {
       EXPECT_EQ(track->Read(planes, 7 * kRate, got), kOk);
       EXPECT_EQ(got, 7 * kRate - stopAt);
       EXPECT_EQ(LoudestBetween(left, got - kRate, got), 0);
-      EXPECT_NE(AudioTrack::Open({{path, 0, 5, 1}}, kStereo, kRate, stop, track), kOk);
+      EXPECT_NE(AudioTrack::Open({{path, 0, 5, 1}}, kStereo, 0, kRate, stop, track), kOk);
     }
   }
   EXPECT_THAT(m_errors, IsEmpty());
@@ -314,7 +346,8 @@ TEST_F(AudioTrackTest, EveryTruncationOfAFileGivesSoundOrAnError) {
     for (std::size_t length = 0; length < bytes.size(); length += 97) {
       m_folder.Write(name, bytes.substr(0, length));
       std::unique_ptr<AudioTrack> track;
-      if (AudioTrack::Open({{path, 0, 0, 1}, {path, 100, 200, 1000}}, kStereo, kRate, m_never, track) != kOk)
+      if (AudioTrack::Open({{path, 0, 0, 1}, {path, 100, 200, 1000}}, kStereo, 0, kRate, m_never, track) !=
+          kOk)
         continue;
       Plane left(kRate), right(kRate);
       float* planes[] = {left.data(), right.data()};

@@ -21,7 +21,7 @@ class OutputPlanTest : public testing::Test {
   using Change = std::function<void(VRXSystemOutputSetting&)>;
 
   /// The answer to a full HD movie with stereo sound and a time zone after `change`.
-  Result PlanAfter(const Change& change) {
+  Result PlanAfter(const Change& change, const RenderOverrides& overrides = {}) {
     VRXSystemOutputSetting setting;
     setting.systemType = VRXSystemByExtension;
     setting.outputFilePath = new VRXPathHolder(u"/movie.mp4");
@@ -39,7 +39,7 @@ class OutputPlanTest : public testing::Test {
     setting.metaData->Add(zone);
     change(setting);
     m_log.clear();
-    const Result result = MakeOutputPlan(setting, {}, m_plan);
+    const Result result = MakeOutputPlan(setting, overrides, m_plan);
     if (setting.metaData->items == nullptr) setting.metaData->count = 0;  // a record that can be destroyed
     return result;
   }
@@ -127,6 +127,49 @@ TEST_F(OutputPlanTest, EveryUnusableSettingIsRefusedByItsName) {
   for (const Case& c : cases) {
     EXPECT_EQ(PlanAfter(c.change), c.expected) << c.logged;
     EXPECT_NE(m_log.find(c.logged), std::string::npos) << c.logged << " is not in: " << m_log;
+  }
+}
+
+TEST_F(OutputPlanTest, CodecThatDoesNotFitTheFileOrTheSettingsIsRefused) {
+  const auto file = [](std::u16string_view path) { return [=](Setting& s) { s.outputFilePath->Set(path); }; };
+  const auto pcm = [](Setting& s) { s.audio->codecType = 3, s.audio->bitsPerSample = 16; };
+  const auto interlaced = [](Setting& s) { s.video->interlace = true; };
+  const auto mpeg2 = [](Setting& s) { s.video->codecType = 1; };
+  struct Case {
+    std::optional<VideoCodec> codec;
+    std::optional<double> quality;
+    Change change;
+    const char* logged;  // empty where it fits
+  };
+  for (const Case& c : {
+           Case{VideoCodec::Av1,
+                {},
+                file(u"/a.mov"),
+                "/a.mov cannot hold AV1, which needs a name that ends in .mp4"},
+           {VideoCodec::Av1,
+            {},
+            file(u"/a.m2ts"),
+            "/a.m2ts cannot hold AV1, which needs a name that ends in .mp4"},
+           {VideoCodec::Av1, {}, pcm, "no file takes AV1 together with PCM"},
+           {VideoCodec::Av1, {}, interlaced, "AV1 codes no interlaced"},
+           {VideoCodec::Hevc, {}, interlaced, "HEVC codes no interlaced"},
+           {{}, 20.0, mpeg2, "MPEG-2 has no constant rate factor"},
+           {VideoCodec::Av1, 63.0, [](Setting&) {}, ""},
+           {VideoCodec::Hevc, 20.0, pcm, ""},
+           {VideoCodec::Hevc, {}, file(u"/a.mov"), ""},
+           {VideoCodec::Hevc, {}, file(u"/a.mts"), ""},
+           {VideoCodec::H264, 20.0, mpeg2, ""},
+           {{}, {}, mpeg2, ""},
+       }) {
+    RenderOverrides overrides;
+    overrides.codec = c.codec;
+    overrides.quality = c.quality;
+    EXPECT_EQ(PlanAfter(c.change, overrides), *c.logged == 0 ? kOk : kUnusableSettings) << c.logged << m_log;
+    EXPECT_NE(m_log.find(c.logged), std::string::npos) << c.logged << " is not in: " << m_log;
+    EXPECT_EQ(m_log.empty(), *c.logged == 0);
+    // Overlays alone have a codec of their own.
+    overrides.overlaysAlone = true;
+    EXPECT_EQ(PlanAfter(c.change, overrides), kOk);
   }
 }
 

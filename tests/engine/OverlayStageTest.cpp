@@ -25,7 +25,12 @@ class Painter : public IVRXIntermediateRawOutputCallback {
     if (paint) paint(static_cast<std::uint8_t*>(buffer));
     return result;
   }
+  void SkipFrames(std::uint64_t first, std::uint64_t end) override {
+    EXPECT_TRUE(calls.empty());
+    skipped.push_back({static_cast<int>(first), static_cast<int>(end)});
+  }
   std::vector<std::array<int, 3>> calls;
+  std::vector<std::array<int, 2>> skipped;
   void GetChangedRows(std::int32_t& first, std::int32_t& end) const override {
     if (!rows) return IVRXIntermediateRawOutputCallback::GetChangedRows(first, end);
     first = rows->first;
@@ -60,6 +65,22 @@ TEST(OverlayStageTest, CallsOnceForEachFrameOfTheSpans) {
   }
   EXPECT_THAT(painter.calls, testing::ElementsAre(std::array{2, 2, 5}, std::array{3, 2, 5},
                                                   std::array{4, 7, 8}, std::array{9, 1, 1}));
+}
+
+TEST(OverlayStageTest, FramesOfTheSpansBeforeTheFirstAreSkippedOnce) {
+  Painter painter;
+  OverlayStage stage(&painter, {{2, 3, 2, 5}, {4, 9, 7, 8}, {12, 13, 1, 1}}, kWidth, kHeight);
+  stage.SkipTo(0);
+  EXPECT_TRUE(painter.skipped.empty());
+  for (int i = 0; i < 2; ++i) stage.SkipTo(9);
+  EXPECT_THAT(painter.skipped, testing::ElementsAre(std::array{2, 4}, std::array{4, 9}));
+  FramePool pool;
+  for (int n = 9; n < 14; ++n) {
+    FramePtr frame = Gradient(pool);
+    stage.Apply(n, frame);
+  }
+  EXPECT_THAT(painter.calls,
+              testing::ElementsAre(std::array{9, 7, 8}, std::array{12, 1, 1}, std::array{13, 1, 1}));
 }
 
 TEST(OverlayStageTest, LooksForChangesWhereTheCallbackMadeThem) {
