@@ -10,8 +10,10 @@ namespace {
 
 constexpr std::string_view kFirstTags =
     "<FontName>DejaVu Sans</FontName><FontSize>60</FontSize><FontColor>16777215</FontColor>"
-    "<Outline>4</Outline><OutlineColor>0</OutlineColor><Margin>40</Margin><Balance>1</Balance>"
+    "<Outline>4</Outline><OutlineColor>0</OutlineColor><Balance>1</Balance>"
     "<VideoID>1</VideoID>";
+constexpr int kMargin = 40;               // pixels of a picture of 1080
+constexpr int kRaisedMargin = 200;        // the instruments take the lowest sixth
 constexpr std::size_t kMostTogether = 4;  // cues; more would not fit into the picture
 
 /// The number of a place in the document.
@@ -73,7 +75,8 @@ std::vector<MovieCaption> ArrangeCaptions(const std::vector<subtitles::Cue>& cue
   return captions;
 }
 
-std::string CaptionString(const std::vector<MovieCaption>& captions, double startMs) {
+std::string CaptionString(const std::vector<MovieCaption>& captions, double startMs,
+                          bool isAboveInstruments) {
   std::string text;
   const auto time = [&](std::int64_t ms) {
     return std::to_string(std::llround(std::max(static_cast<double>(ms) - startMs, 0.0)));
@@ -81,6 +84,8 @@ std::string CaptionString(const std::vector<MovieCaption>& captions, double star
   for (const MovieCaption& caption : captions) {
     text += "<Caption><Text>" + WithoutTags(caption.text) + "</Text>";
     if (&caption == &captions.front()) text += kFirstTags;
+    const bool isRaised = isAboveInstruments && caption.place == subtitles::Place::Bottom;
+    text += "<Margin>" + std::to_string(isRaised ? kRaisedMargin : kMargin) + "</Margin>";
     text += "<LayoutType>" + std::to_string(LayoutOf(caption.place)) + "</LayoutType><LeftPos>" +
             time(caption.startMs) + "</LeftPos><RightPos>" + time(caption.endMs) + "</RightPos><Bold>" +
             (caption.bold ? "1" : "0") + "</Bold><Italic>" + (caption.italic ? "1" : "0") +

@@ -23,7 +23,7 @@ struct MovieCaption {
 std::vector<MovieCaption> ArrangeCaptions(const std::vector<subtitles::Cue>& cues, std::int64_t movieMs);
 
 /// The text of the document's key CaptionString, in its tags. `startMs` is what the captions' own times begin
-/// with.
-std::string CaptionString(const std::vector<MovieCaption>& captions, double startMs);
+/// with. With `isAboveInstruments` the lower captions stay clear of those along the lower edge.
+std::string CaptionString(const std::vector<MovieCaption>& captions, double startMs, bool isAboveInstruments);
 
 }  // namespace vrx::host

@@ -234,9 +234,12 @@ class DocumentWriter {
   }
 
   /// When the instruments begin. Pictures do not count as time for overlays, so a movie that has some before
-  /// its last clip states the whole span itself, which only counts when it does not begin at 0.
+  /// its last clip states the whole span itself, which only counts when it does not begin at 0. Captions are
+  /// only drawn while the instruments are.
   double DrawStart() const {
     if (m_overlays.gps.clips.empty()) return 0.0;
+    if (!m_plan.clips.front().IsMovie() && m_overlays.captions.empty())
+      return m_overlays.gps.clips.front().movieStart;
     bool hasPictures = false;
     for (const PlannedClip& clip : m_plan.clips) {
       if (clip.IsMovie() && hasPictures) return m_plan.SecondsOf(1) / 2.0;
@@ -298,7 +301,8 @@ class DocumentWriter {
     std::string text = Open(2, "CaptionInfo", "dict") + Flag(3, "Valid");
     text += Comment(3, "Letters keep their shape in movies that are not 16:9") + Flag(3, "KeepShape");
     text += Comment(3, "A caption that leaves a tag out has the value of the one before it");
-    const std::string captions = CaptionString(m_overlays.captions, DrawStart() * kMillisecondsPerSecond);
+    const std::string captions = CaptionString(m_overlays.captions, DrawStart() * kMillisecondsPerSecond,
+                                               !m_overlays.gps.clips.empty());
     return text + Key(3, "CaptionString", "string", Escaped(Wide(captions))) + Close(2, "dict");
   }
 

@@ -1,0 +1,287 @@
+// `vrx make` and `vrx new`: clips, pictures, captions, logs, music and editors' timelines become a movie, or
+// the documents of one.
+#include <cmath>
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "samples/clipmaker/FramePattern.h"
+#include "samples/logmaker/ReceiverKinds.h"
+#include "samples/route/DriveRoute.h"
+#include "tests/imaging/JpegFiles.h"
+#include "tests/render/RenderFixture.h"
+#include "tests/support/MovieReader.h"
+
+namespace {
+
+using namespace vrx::test_support;
+using Json = nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+/// A JPEG of the test picture `number`, stored so that a value of the orientation tag brings it upright.
+std::string TurnedPattern(int number, int orientation) {
+  constexpr int kWidth = 160, kHeight = 96;
+  RgbImage upright(kWidth, kHeight);
+  DrawPattern(static_cast<std::uint32_t>(number), upright);
+  const bool isSideways = orientation >= 5;
+  const int width = isSideways ? kHeight : kWidth, height = isSideways ? kWidth : kHeight;
+  imagefiles::Samples samples{width, height, 3, {}};
+  for (int i = 0; i < height; ++i) {
+    for (int j = 0; j < width; ++j) {
+      const int right = width - 1 - j, below = height - 1 - i;
+      const std::pair<int, int> places[] = {{i, j}, {i, right}, {below, right}, {below, j},
+                                            {j, i}, {j, below}, {right, below}, {right, i}};
+      const auto [row, column] = places[orientation - 1];
+      for (const std::uint8_t value : upright.At(column, row)) samples.data.push_back(value);
+    }
+  }
+  return jpegfiles::WithSegments(imagefiles::Jpeg(samples),
+                                 {jpegfiles::Exif(jpegfiles::Orientation(orientation))});
+}
+
+class MakeCommandTest : public testing::Test {
+ protected:
+  std::string Path(const std::string& name) const { return (folder.Path() / name).string(); }
+  void Clip(const std::string& name, const PatternClip& clip) const { WritePatternClip(Path(name), clip); }
+
+  /// Runs the command in the folder; arguments that name files there get its path.
+  VrxResult Run(const std::string& command, std::vector<std::string> arguments) const {
+    for (std::string& argument : arguments) {
+      const std::string name = argument.substr(0, argument.rfind('@'));
+      if (name.find_first_not_of("0123456789.:-f/") != name.npos && argument.find('.') != name.npos)
+        argument = Path(argument);
+    }
+    arguments.insert(arguments.begin(), command);
+    return RunVrx({arguments});
+  }
+  std::string Make(std::vector<std::string> arguments) const {
+    const VrxResult result = Run("make", std::move(arguments));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    return result.output;
+  }
+  Json Check(const std::string& project) const {
+    return Json::parse(RunVrx({{"check", Path(project), "--json"}}).output, nullptr, false);
+  }
+  std::vector<int> Numbers(const std::string& movie) const {
+    return MovieReader(Path(movie)).RemainingNumbers();
+  }
+
+  TempFolder folder;
+};
+
+std::vector<int> Counting(int first, int count) {
+  std::vector<int> numbers;
+  for (int i = 0; i < count; ++i) numbers.push_back(first + i);
+  return numbers;
+}
+
+TEST_F(MakeCommandTest, PartsOfClipsAndPicturesFollowEachOtherWithTheirSound) {
+  Clip("a.mp4", {.width = 320, .height = 192, .rateNum = 30, .frames = 90, .hasSound = true});
+  Clip("b@home.mp4", {.rateNum = 30, .frames = 60, .firstNumber = 500, .hasSound = true});
+  folder.Write("tall.jpg", imagefiles::Jpeg(imagefiles::Smooth(64, 32, 4)));
+  const std::string said = Make(
+      {"a.mp4@0.5-2", "tall.jpg", "b@home.mp4", "a.mp4@75f-", "--photo-seconds", "1.5", "-o", "out.mp4"});
+  EXPECT_THAT(said, HasSubstr("Movie: 0:06 of 3 clips and 1 picture\n"
+                              "Picture: 320x192 (as a.mp4), 30 frames a second (as a.mp4)\n"
+                              "Sound: that of the clips, silent where there is none\n"));
+  std::vector<int> wanted = Counting(15, 45);
+  wanted.insert(wanted.end(), 45, -1);
+  for (const auto& part : {Counting(500, 60), Counting(75, 15)})
+    wanted.insert(wanted.end(), part.begin(), part.end());
+  MovieReader movie(Path("out.mp4"));
+  EXPECT_EQ(movie.RemainingNumbers(), wanted);
+  // A click on each whole second of the clips: 1 s of the first, then 0 and 1 s of the second.
+  std::vector<double> seconds;
+  for (const std::int64_t click : movie.ReadSound().Clicks())
+    seconds.push_back(std::round(static_cast<double>(click) / 4800) / 10);
+  EXPECT_THAT(seconds, ElementsAre(0.5, 3.0, 4.0));
+}
+
+TEST_F(MakeCommandTest, PicturesStandUprightAsTheirTagsSay) {
+  std::vector<std::string> arguments{"-o",     "out.mp4", "--size",          "320x192",
+                                     "--rate", "25",      "--photo-seconds", "0.1"};
+  std::vector<int> wanted;
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    const std::string name = "p" + std::to_string(orientation) + ".jpg";
+    folder.Write(name, TurnedPattern(orientation * 100, orientation));
+    arguments.push_back(name);
+    for (int i = 0; i < 3; ++i) wanted.push_back(orientation * 100);
+  }
+  EXPECT_THAT(Make(arguments), HasSubstr("Sound: none"));
+  EXPECT_EQ(Numbers("out.mp4"), wanted);
+}
+
+TEST_F(MakeCommandTest, SavedProjectsMakeTheSameMovieAndAreNotReplaced) {
+  Clip("up.mp4",
+       {.width = 192, .height = 320, .rateNum = 2983, .rateDen = 100, .frames = 45, .rotation = 90});
+  folder.Write("words.srt", "1\n00:00:00,200 --> 00:00:01,000\nFirst </Text> & <second>\n");
+  const std::vector<std::string> arguments{"up.mp4", "--captions", "words.srt", "--bitrate", "2M", "-o"};
+  auto with = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), arguments.begin(), arguments.end());
+    return more;
+  };
+  EXPECT_THAT(Make(with({"one.mp4", "--save-project", "p.vrx"})),
+              HasSubstr("320x192 (as up.mp4), 29.97 frames a second (the usual rate for the 29.83 of up.mp4)"));
+  EXPECT_EQ(Json(Check("p.vrx")["problems"]).dump().find("\"warning\""), std::string::npos);
+  EXPECT_EQ(RunVrx({{"render", Path("p.vrx"), "-o", Path("two.mp4"), "--quiet"}}).status, 0);
+  EXPECT_EQ(folder.Read("one.mp4"), folder.Read("two.mp4"));
+  const VrxResult again = Run("make", with({"one.mp4", "--save-project", "p.vrx"}));
+  EXPECT_EQ(again.status, 1);
+  EXPECT_THAT(again.errors, HasSubstr("p.vrx is there already; --force replaces it"));
+  EXPECT_EQ(Run("make", with({"one.mp4", "--save-project", "p.vrx", "--force", "--quiet"})).output, "");
+}
+
+TEST_F(MakeCommandTest, MusicTakesThePlaceOfTheSoundUntilTheMovieEnds) {
+  Clip("a.mp4", {.rateNum = 25, .frames = 100, .hasSound = true});
+  Clip("tune.m4a",
+       {.rateNum = 25, .frames = 0, .hasSound = true, .sound = {.rate = 44100, .samples = 66150}});
+  EXPECT_THAT(Make({"a.mp4", "--music", "tune.m4a", "-o", "out.mov"}),
+              HasSubstr("which begins again 2 times"));
+  const MovieSound sound = MovieReader(Path("out.mov")).ReadSound();
+  EXPECT_EQ(sound.rate, 44100);
+  std::vector<double> seconds;
+  for (const std::int64_t click : sound.Clicks())
+    seconds.push_back(std::round(static_cast<double>(click) / 4410) / 10);
+  // The tune has 37 whole frames of the movie.
+  EXPECT_THAT(seconds, ElementsAre(0.0, 1.0, 1.5, 2.5, 3.0, 4.0));
+}
+
+TEST_F(MakeCommandTest, CaptionsThatOverlapAreShownTogether) {
+  Clip("a.mp4", {.rateNum = 25, .frames = 250});
+  folder.Write("c.vtt",
+               "WEBVTT\n\n00:01.000 --> 00:04.000\nlong\n\n00:02.000 --> 00:03.000 line:0\nshort\n\n"
+               "00:06.000 --> 00:07.000 line:0\ntop\n\n00:09.000 --> 00:20.000\ncut\n\n00:30.000 --> "
+               "00:31.000\nlate\n");
+  EXPECT_THAT(Run("new", {"p.vrx", "a.mp4", "--captions", "c.vtt"}).output,
+              HasSubstr("Captions: 4 captions of c.vtt\nwarning: c.vtt: 1 caption after the movie's end\n"));
+  std::vector<std::string> shown;
+  for (const Json& caption : Check("p.vrx")["overlays"]["captions"]) {
+    shown.push_back(caption["text"].get<std::string>() + " " +
+                    std::to_string(caption["layoutType"].get<int>()) + " " +
+                    std::to_string(std::lround(caption["start"].get<double>())) + "-" +
+                    std::to_string(std::lround(caption["end"].get<double>())));
+  }
+  EXPECT_THAT(shown, ElementsAre("long 8 1-2", "long\nshort 8 2-3", "long 8 3-4", "top 2 6-7", "cut 8 9-10"));
+}
+
+TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
+  for (const auto& [name, date] :
+       {std::pair{"a.mp4", "2024-05-01T14:00:10+0200"}, {"b.mp4", "2024-05-01T14:01:00+0200"}})
+    Clip(name, {.width = 32, .height = 32, .rateNum = 5, .frames = 100, .codec = "mpeg4", .date = date});
+  folder.Write("photo.jpg", imagefiles::Jpeg(imagefiles::Smooth(64, 32, 4)));
+  folder.Write("ride.nmea", ReceiverKinds().front().write(DriveRoute({})));
+  fs::create_directory(folder.Path() / "made");
+  const VrxResult result =
+      Run("new", {"made/p.vrx", "a.mp4@5-15", "photo.jpg", "b.mp4@10-", "--gps", "ride.nmea"});
+  ASSERT_EQ(result.status, 0) << result.errors;
+  std::vector<std::string> shown;
+  for (const Json& clip : Check("made/p.vrx")["overlays"]["gpsClips"]) {
+    for (const Json& span : clip["current"])
+      shown.push_back(std::to_string(std::lround(span["start"].get<double>())) + "-" +
+                      std::to_string(std::lround(span["end"].get<double>())));
+  }
+  EXPECT_THAT(shown, ElementsAre("0-10", "15-25"));
+  for (const auto& entry : fs::directory_iterator(folder.Path()))
+    EXPECT_NE(entry.path().extension(), ".moff");
+
+  const VrxResult apart = Run("new", {"q.vrx", "a.mp4", "--gps", "ride.nmea", "--offset", "86400"});
+  EXPECT_EQ(apart.status, 1);
+  EXPECT_THAT(apart.errors, HasSubstr("make it without --offset"));
+  EXPECT_FALSE(fs::exists(Path("q.vrx")));
+}
+
+TEST_F(MakeCommandTest, TimelinesOfEditorsBecomeProjects) {
+  Clip("a.mp4", {.rateNum = 25, .frames = 100});
+  Clip("s.m4a", {.frames = 0, .hasSound = true, .sound = {.samples = 240000}});
+  const auto time = [](double value) {
+    return Json{{"OTIO_SCHEMA", "RationalTime.1"}, {"value", value}, {"rate", 25}};
+  };
+  const auto range = [&](double start, double length) {
+    return Json{{"OTIO_SCHEMA", "TimeRange.1"}, {"start_time", time(start)}, {"duration", time(length)}};
+  };
+  const auto clip = [&](const char* url, double start, double length) {
+    return Json{
+        {"OTIO_SCHEMA", "Clip.1"},
+        {"name", url},
+        {"source_range", range(start, length)},
+        {"media_reference",
+         {{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", url}, {"available_range", range(0, 200)}}}};
+  };
+  const auto track = [](const char* kind, Json children) {
+    return Json{
+        {"OTIO_SCHEMA", "Track.1"}, {"kind", kind}, {"name", kind}, {"children", std::move(children)}};
+  };
+  const Json gap{{"OTIO_SCHEMA", "Gap.1"}, {"source_range", range(0, 10)}};
+  const Json transition{
+      {"OTIO_SCHEMA", "Transition.1"}, {"name", "cross"}, {"in_offset", time(5)}, {"out_offset", time(5)}};
+  const Json video =
+      Json::array({clip("a.mp4", 20, 15), gap, clip("a.mp4", 50, 5), transition, clip("a.mp4", 5, 5)});
+  const Json document{{"OTIO_SCHEMA", "Timeline.1"},
+                      {"tracks",
+                       {{"OTIO_SCHEMA", "Stack.1"},
+                        {"children",
+                         {track("Video", video), track("Video", Json::array({clip("a.mp4", 0, 5)})),
+                          track("Audio", Json::array({gap, clip("s.m4a", 0, 25)}))}}}}};
+  folder.Write("cut.otio", document.dump());
+  const VrxResult result = Run("new", {"p.vrx", "--from", "cut.otio"});
+  ASSERT_EQ(result.status, 0) << result.errors;
+  EXPECT_THAT(result.output,
+              HasSubstr("left out: video track \"Video\": a project has one, and the lowest is taken"));
+  EXPECT_THAT(result.output, HasSubstr("left out: ")) << "the transition";
+  EXPECT_THAT(result.output, HasSubstr("cross"));
+  ASSERT_EQ(RunVrx({{"render", Path("p.vrx"), "--quiet"}}).status, 0);
+  std::vector<int> wanted = Counting(20, 15);
+  wanted.insert(wanted.end(), 10, -1);
+  for (const auto& part : {Counting(50, 5), Counting(5, 5)})
+    wanted.insert(wanted.end(), part.begin(), part.end());
+  EXPECT_EQ(Numbers("p.mp4"), wanted);
+  const std::vector<std::int64_t> clicks = MovieReader(Path("p.mp4")).ReadSound().Clicks();
+  ASSERT_EQ(clicks.size(), 1u);
+  EXPECT_NEAR(static_cast<double>(clicks.front()), 0.4 * 48000, 100);
+}
+
+TEST_F(MakeCommandTest, WrongUseIsOneLine) {
+  Clip("a.mp4", {.frames = 50});
+  Clip("s.m4a", {.frames = 0, .hasSound = true, .sound = {.samples = 48000}});
+  folder.Write("text.txt", "no movie");
+  struct Case {
+    std::vector<std::string> arguments;
+    int status;
+    std::string line;
+  };
+  const Case cases[] = {
+      {{"make", "-o", "o.mp4"}, 2, "CLIP is required"},
+      {{"make", "a.mp4"}, 2, "--output is required"},
+      {{"make", "a.mp4", "-o", "o.webm"}, 2, "is no movie: its name ends in .mp4"},
+      {{"make", "a.mp4@3-1", "-o", "o.mp4"}, 2, "3-1 ends before it begins"},
+      {{"make", "a.mp4@1,5-", "-o", "o.mp4"}, 2, "1,5 is no time such as"},
+      {{"make", "a.mp4@9-", "-o", "o.mp4"}, 1, "a.mp4: the clip ends at 0:02, before the range begins"},
+      {{"make", "none.mp4", "-o", "o.mp4"}, 1, "none.mp4 does not exist"},
+      {{"make", "text.txt", "-o", "o.mp4"}, 1, "text.txt "},
+      {{"make", "s.m4a", "-o", "o.mp4"}, 1, "s.m4a has no picture; --music takes sound"},
+      {{"make", "a.mp4", "--music", "a.mp4", "-o", "o.mp4"}, 1, "a.mp4 has no sound"},
+      {{"make", "a.mp4", "-o", "a.mp4"}, 1, "would be overwritten"},
+      {{"make", "a.mp4", "--offset", "5", "-o", "o.mp4"}, 2, "--offset: needs --gps FILE"},
+      {{"make", "a.mp4", "--captions", "text.txt", "-o", "o.mp4"}, 1, "text.txt: "},
+      {{"make", "a.mp4", "--gps", "text.txt", "-o", "o.mp4"}, 1, "text.txt"},
+      {{"make", "a.mp4", "--template", "drvie", "--gps", "x.gpx", "-o", "o.mp4"}, 2, "did you mean drive?"},
+      {{"make", "a.mp4", "--save-project", "p.xml", "-o", "o.mp4"}, 1, "it ends in .vrx"},
+      {{"make", "a.mp4", "--photo-seconds", "0", "-o", "o.mp4"}, 2, "--photo-seconds"},
+      {{"new", "p.vrx"}, 2, "clips, or --from EDIT.otio"},
+      {{"new", "p.vrx", "a.mp4", "--from", "x.otio"}, 2, "exclude each other"},
+      {{"new", "p.vrx", "--from", "text.txt"}, 1, "text.txt: "},
+  };
+  for (const Case& wrong : cases) {
+    std::vector<std::string> arguments(wrong.arguments.begin() + 1, wrong.arguments.end());
+    const VrxResult result = Run(wrong.arguments.front(), arguments);
+    EXPECT_EQ(result.status, wrong.status) << wrong.line << result.errors;
+    EXPECT_THAT(result.errors, HasSubstr(wrong.line));
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    EXPECT_FALSE(fs::exists(Path("o.mp4")));
+  }
+}
+
+}  // namespace
