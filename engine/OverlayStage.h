@@ -2,13 +2,12 @@
 // Used by the sequence.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "engine/BgrConversion.h"
 #include "engine/FramePool.h"
-#include "engine/TimelinePlan.h"
+#include "engine/OverlaySpans.h"
 
 namespace vrx::engine {
 
@@ -24,15 +23,12 @@ class OverlayStage {
   void Apply(std::int64_t number, FramePtr& frame);
 
  private:
-  const OverlaySpan* SpanOf(std::int64_t number);
   /// The rows of the callback's picture from `top` on, counted from the upper edge.
   BgrRows DrawnRows(int top);
   void TakeOver(FramePtr& frame);
   void MakeWritable(FramePtr& frame);
 
-  IVRXIntermediateRawOutputCallback* m_callback;
-  std::vector<OverlaySpan> m_spans;
-  std::size_t m_span = 0;  // the first that does not end before the frame
+  OverlaySpans m_spans;
   int m_width;
   int m_height;
   OutputMatrix m_matrix;

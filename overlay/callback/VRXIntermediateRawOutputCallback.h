@@ -37,13 +37,14 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
 
   /// Moves the clocks over frames `first` to `end` - 1 as ProcessFrame would, without drawing, so that `end`
   /// can be the first frame that is drawn.
-  void SkipFrames(std::uint64_t first, std::uint64_t end);
+  void SkipFrames(std::uint64_t first, std::uint64_t end) override;
 
   /// True when the frame was handled, which may mean left as it is. Frames whose painters report the content
   /// of the frame before are blended from the picture that is there.
   bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                     std::int32_t format) override;
   void GetChangedRows(std::int32_t& first, std::int32_t& end) const override;
+  const std::uint32_t* GetDrawing() const override;
 
   /// The picture that was laid over the last frame: the movie's size, straight alpha. Null before the first.
   const XpPixmap32* GetOverlay() const { return m_overlay.Get(); }
