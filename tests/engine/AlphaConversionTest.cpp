@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "engine/FramePool.h"
 #include "tests/engine/PictureCard.h"
 
@@ -86,11 +88,15 @@ TEST(AlphaConversionTest, HiddenPixelsContinueTheNearestColour) {
   EXPECT_STREQ(name(28, 24), "green");
   EXPECT_STREQ(name(45, 24), "green");
   EXPECT_STREQ(name(46, 24), "black");
-  // Neither over the edges into the next row.
-  for (int y = 0; y < kHeight; ++y) at(kWidth - 1, y) = kGreen;
-  conversion.Convert(drawing.data(), *frame);
-  EXPECT_STREQ(name(0, 24), "black");
   EXPECT_EQ(Sample(*frame, 3, 5, 24), 0);
+  // Rows do not continue in those beside them.
+  for (const int edge : {0, kWidth - 1}) {
+    std::fill(drawing.begin(), drawing.end(), 0);
+    for (int y = 0; y < kHeight; ++y) at(edge, y) = kGreen;
+    conversion.Convert(drawing.data(), *frame);
+    EXPECT_STREQ(name(edge, 24), "green");
+    EXPECT_STREQ(name(kWidth - 1 - edge, 24), "black");
+  }
 }
 
 }  // namespace

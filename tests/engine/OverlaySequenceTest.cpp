@@ -99,15 +99,19 @@ std::uint8_t Level(double colour) {
 Pixels NextOverlay(MovieReader& reader) {
   const AVFrame* frame = reader.NextDecodedFrame();
   if (frame == nullptr) return {};
+  const bool isPicture = frame->format == AV_PIX_FMT_RGBA;
+  if (!isPicture && frame->format != AV_PIX_FMT_YUVA444P12) {
+    ADD_FAILURE() << "pixel format " << frame->format;
+    return {};
+  }
   Pixels pixels(kPixels);
   for (int y = 0; y < kHeight; ++y) {
     const auto row = [&](int plane) { return frame->data[plane] + y * frame->linesize[plane]; };
     for (int x = 0; x < kWidth; ++x) {
       std::array<std::uint8_t, 4> rgba{};
-      if (frame->format == AV_PIX_FMT_RGBA) {
+      if (isPicture) {
         std::copy_n(row(0) + x * 4, 4, rgba.data());
       } else {
-        EXPECT_EQ(frame->format, AV_PIX_FMT_YUVA444P12);
         const auto sample = [&](int plane) { return reinterpret_cast<const std::uint16_t*>(row(plane))[x]; };
         const Triple colours = kMovie601.ColoursOf({sample(0) / 16.0, sample(1) / 16.0, sample(2) / 16.0});
         for (std::size_t i = 0; i < 3; ++i) rgba[i] = Level(colours[i]);
@@ -317,6 +321,10 @@ TEST_F(OverlaySequenceTest, EarlyEndsKeepWholePicturesAndNothingElse) {
     }
     painter.cancelsAt = painter.throwsAt = Painter::kNever;
   }
+  Ask(0, 11);
+  painter.cancelsAt = 10;  // the last
+  EXPECT_EQ(run("alone.mov"), kOk);
+  EXPECT_THAT(Names(), ElementsAre("clip.mp4"));
 }
 
 }  // namespace
