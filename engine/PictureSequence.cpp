@@ -1,9 +1,5 @@
 #include "engine/PictureSequence.h"
 
-extern "C" {
-#include <libavutil/opt.h>
-}
-
 #include <libyuv.h>
 
 #include <filesystem>
@@ -49,7 +45,6 @@ Result PictureSequence::Create(const OutputPlan& plan, const TimelinePlan& timel
   VRX_TRY(RefuseSources(timeline, *path, first, count));
   std::unique_ptr<PictureSequence> made(new PictureSequence(plan.video, *path));
   VRX_TRY(made->m_encoder.Create("png", kFormat, plan.video));
-  av_opt_set(made->m_encoder.GetContext().priv_data, "pred", "up", 0);
   VRX_TRY(made->m_encoder.Open());
   VRX_TRY(made->MakeFile(first));
   output = std::move(made);

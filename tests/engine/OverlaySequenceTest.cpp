@@ -86,7 +86,9 @@ class Painter : public IVRXIntermediateRawOutputCallback {
     };
     fill(3, 19, [](int x, int y) { return (x / 3 + y / 5) % 2 == 0 ? 0xFFFFFFFF : 0xFF000000; });
     fill(21, 37, [](int x, int y) { return static_cast<std::uint32_t>(x * y % 256) << 24 | 0x00FF8000; });
-    fill(39, 52, [](int x, int y) { return (x + y) % 2 == 0 ? 0xFFFF0000 : (x * 5u) << 24 | 0x0000FF; });
+    fill(39, 52, [](int x, int y) {
+      return (x + y) % 2 == 0 ? 0xFFFF0000 : static_cast<std::uint32_t>(x * 5) << 24 | 0x0000FF;
+    });
   }
   bool m_isShown = false;
 };
