@@ -23,7 +23,7 @@ class RenderSequence : public IVRXSequence {
   std::int32_t Execute(VRXProgressInfo* progress, bool* endFlag) final;
 
  protected:
-  // How long one call may take, and a job wait for a picture.
+  // How long one call may take, and how long a job waits for a picture.
   static constexpr std::chrono::milliseconds kSliceLength{50};
 
   RenderSequence() = default;
