@@ -11,10 +11,11 @@ OverlaySpans::OverlaySpans(IVRXIntermediateRawOutputCallback* callback, std::vec
 }
 
 void OverlaySpans::SkipTo(std::int64_t number) {
-  for (const OverlaySpan& span : m_spans) {
-    if (span.first >= number) return;
+  for (OverlaySpan& span : m_spans) {
     const std::int64_t end = std::min(span.last + 1, number);
+    if (span.first >= end) continue;
     m_callback->SkipFrames(static_cast<std::uint64_t>(span.first), static_cast<std::uint64_t>(end));
+    span.first = end;
   }
 }
 
