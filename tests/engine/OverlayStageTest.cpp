@@ -62,20 +62,6 @@ TEST(OverlayStageTest, CallsOnceForEachFrameOfTheSpans) {
                                                   std::array{4, 7, 8}, std::array{9, 1, 1}));
 }
 
-TEST(OverlayStageTest, SkippedFramesAreToldOnce) {
-  struct Clock : Painter {
-    void SkipFrames(std::uint64_t first, std::uint64_t end) override {
-      skipped.emplace_back(static_cast<int>(first), static_cast<int>(end));
-    }
-    std::vector<std::pair<int, int>> skipped;
-  } clock;
-  OverlaySpans spans(&clock, {{2, 3, 2, 5}, {4, 9, 7, 8}, {12, 13, 1, 1}});
-  for (int call = 0; call < 2; ++call) spans.SkipTo(6);
-  EXPECT_THAT(clock.skipped, testing::ElementsAre(std::pair(2, 4), std::pair(4, 6)));
-  EXPECT_EQ(spans.Find(6)->stage, 7);
-  EXPECT_EQ(spans.Find(10), nullptr);
-}
-
 TEST(OverlayStageTest, LooksForChangesWhereTheCallbackMadeThem) {
   Painter painter;
   painter.paint = [](std::uint8_t* bytes) { std::memset(bytes, 255, kWidth * kHeight * 4); };
