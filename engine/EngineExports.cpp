@@ -13,6 +13,7 @@ extern "C" {
 
 #include "engine/EngineLog.h"
 #include "engine/EngineResult.h"
+#include "engine/OverlaySequence.h"
 #include "engine/RenderOverrides.h"
 #include "engine/RenderSummary.h"
 #include "engine/Sequence.h"
@@ -24,7 +25,7 @@ namespace {
 
 struct Engine {
   std::mutex lock;
-  std::vector<std::unique_ptr<Sequence>> sequences;  // guarded
+  std::vector<std::unique_ptr<RenderSequence>> sequences;  // guarded
 };
 
 /// The engines that exist, so that foreign and stale handles are recognised.
@@ -90,8 +91,10 @@ Result CreateSequence(VRXHandle handle, const VRXTimeline& timeline, const VRXSy
                       IVRXSequence** sequence) {
   const std::shared_ptr<Engine> engine = FindEngine(handle);
   if (engine == nullptr) return kInvalidArgument;
-  std::unique_ptr<Sequence> made;
-  VRX_TRY(Sequence::Create(timeline, output, made));
+  const RenderOverrides overrides = CurrentRenderOverrides();
+  const auto create = overrides.overlaysAlone ? &OverlaySequence::Create : &Sequence::Create;
+  std::unique_ptr<RenderSequence> made;
+  VRX_TRY(create(timeline, output, overrides, made));
   const std::scoped_lock guard(engine->lock);
   *sequence = engine->sequences.emplace_back(std::move(made)).get();
   return kOk;
@@ -100,7 +103,7 @@ Result CreateSequence(VRXHandle handle, const VRXTimeline& timeline, const VRXSy
 Result ReleaseSequence(VRXHandle handle, IVRXSequence** sequence) {
   const std::shared_ptr<Engine> engine = FindEngine(handle);
   if (engine == nullptr) return kInvalidArgument;
-  std::unique_ptr<Sequence> released;
+  std::unique_ptr<RenderSequence> released;
   {
     const std::scoped_lock guard(engine->lock);
     auto& all = engine->sequences;

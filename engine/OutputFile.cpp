@@ -131,7 +131,7 @@ void RemoveLeftovers(const std::string& folder, const std::string& prefix) {
 
 OutputFile::~OutputFile() { Discard(); }
 
-Result OutputFile::Create(const std::string& path) {
+Result OutputFile::Create(const std::string& path, const std::string& series) {
   m_systemError = 0;
   OutputTarget target;
   VRX_TRY(FindOutputTarget(path, target));
@@ -139,8 +139,9 @@ Result OutputFile::Create(const std::string& path) {
   m_finalPath = target.path;
   const std::size_t nameStart = m_finalPath.rfind('/') + 1;  // 0 without a slash
   const std::string folder = m_finalPath.substr(0, nameStart);
-  const std::string prefix = TemporaryPrefix(m_finalPath.substr(nameStart));
-  RemoveLeftovers(folder, prefix);
+  const std::string prefix = TemporaryPrefix(series.empty() ? m_finalPath.substr(nameStart) : series);
+  if (folder + prefix != m_tidied) RemoveLeftovers(folder, prefix);
+  m_tidied = folder + prefix;
   std::random_device random;
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
     m_temporaryPath = folder + prefix + RandomLetters(random);

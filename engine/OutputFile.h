@@ -1,5 +1,6 @@
-// The file that the movie is written to: a hidden temporary file in the output's folder, which is renamed to
-// the final name when all is written. Used by the movie writer.
+// The file that the movie is written to, or one picture after the other: a hidden temporary file in the
+// output's folder, which is renamed to the final name when all is written. Used by the movie writer and where
+// overlays are written as pictures.
 #pragma once
 
 #include <cstddef>
@@ -20,8 +21,10 @@ class OutputFile {
 
   /// Makes the temporary file, and removes those that killed renders of the same movie left. A link at
   /// `path` is followed: the file that it leads to will be replaced. The movie takes over the rights of the
-  /// older file. kOutputFailed or kDiskFull with a logged line.
-  Result Create(const std::string& path);
+  /// older file. kOutputFailed or kDiskFull with a logged line. For a series of files that are written one
+  /// after the other, `series` names all of them: then what killed renders of the series left is removed
+  /// once.
+  Result Create(const std::string& path, const std::string& series = {});
 
   /// False on failure; the cause is kept.
   bool Write(const std::uint8_t* data, std::size_t size);
@@ -45,6 +48,7 @@ class OutputFile {
   std::string m_path;       // as it was given
   std::string m_finalPath;  // with links followed
   std::string m_temporaryPath;
+  std::string m_tidied;  // temporary names without their letters that have no leftovers any more
   int m_descriptor = -1;
   int m_systemError = 0;  // errno of the first failure
 };

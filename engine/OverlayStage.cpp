@@ -11,48 +11,26 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-constexpr std::uint32_t kPixelBytes = 4;
 constexpr int kPair = 2;  // rows that share their chroma
 
 }  // namespace
 
 OverlayStage::OverlayStage(IVRXIntermediateRawOutputCallback* callback, std::vector<OverlaySpan> spans,
                            int width, int height)
-    : m_callback(callback),
-      m_spans(std::move(spans)),
+    : m_spans(callback, std::move(spans)),
       m_width(width),
       m_height(height),
       m_matrix(MatrixOfHeight(height)) {
-  if (m_callback == nullptr) m_spans.clear();
-  if (m_spans.empty()) return;
+  if (m_spans.IsEmpty()) return;
   m_buffer.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
   m_pair.resize(static_cast<std::size_t>(width) * kPair);
 }
 
-void OverlayStage::SkipTo(std::int64_t number) {
-  for (std::size_t i = m_span; i < m_spans.size() && m_spans[i].first < number; ++i) {
-    OverlaySpan& span = m_spans[i];
-    if (span.first > span.last) continue;
-    const std::int64_t end = std::min(span.last + 1, number);
-    m_callback->SkipFrames(static_cast<std::uint64_t>(span.first), static_cast<std::uint64_t>(end));
-    span.first = end;
-  }
-}
-
 void OverlayStage::Apply(std::int64_t number, FramePtr& frame) {
-  const OverlaySpan* span = SpanOf(number);
+  const OverlaySpan* span = m_spans.Find(number);
   if (span == nullptr) return;
   PlanarToBgr(PlanarPicture::Of(*frame), m_matrix, DrawnRows(0));
-  const auto size = static_cast<std::uint32_t>(m_buffer.size() * kPixelBytes);
-  if (m_callback->ProcessFrame(static_cast<std::uint64_t>(number), m_buffer.data(), size, span->stage,
-                               span->format)) {
-    TakeOver(frame);
-  }
-}
-
-const OverlaySpan* OverlayStage::SpanOf(std::int64_t number) {
-  while (m_span < m_spans.size() && m_spans[m_span].last < number) ++m_span;
-  return m_span < m_spans.size() && m_spans[m_span].first <= number ? &m_spans[m_span] : nullptr;
+  if (m_spans.Process(number, *span, m_buffer)) TakeOver(frame);
 }
 
 /// Converts rows of the frame again to see what was changed in them, two at a time, which fit into the
@@ -61,7 +39,7 @@ void OverlayStage::TakeOver(FramePtr& frame) {
   const BgrRows before{m_pair.data(), m_width};
   bool writable = false;
   std::int32_t first = 0, end = 0;
-  m_callback->GetChangedRows(first, end);
+  m_spans.GetCallback()->GetChangedRows(first, end);
   end = std::min(end, m_height);
   for (int top = std::max(first, 0) / kPair * kPair; top < end; top += kPair) {
     const int rows = std::min(kPair, m_height - top);

@@ -2,13 +2,12 @@
 // Used by the sequence.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "engine/BgrConversion.h"
 #include "engine/FramePool.h"
-#include "engine/TimelinePlan.h"
+#include "engine/OverlaySpans.h"
 
 namespace vrx::engine {
 
@@ -21,22 +20,19 @@ class OverlayStage {
 
   /// Tells the callback of the frames of its spans that lie before frame `number`, which is the first to
   /// come. Later calls do nothing.
-  void SkipTo(std::int64_t number);
+  void SkipTo(std::int64_t number) { m_spans.SkipTo(number); }
 
   /// Hands frame `number` to the callback if it lies in a span; numbers must rise. If the callback changed
   /// something, `frame` becomes a copy with the changed samples, unless nothing else refers to it.
   void Apply(std::int64_t number, FramePtr& frame);
 
  private:
-  const OverlaySpan* SpanOf(std::int64_t number);
   /// The rows of the callback's picture from `top` on, counted from the upper edge.
   BgrRows DrawnRows(int top);
   void TakeOver(FramePtr& frame);
   void MakeWritable(FramePtr& frame);
 
-  IVRXIntermediateRawOutputCallback* m_callback;
-  std::vector<OverlaySpan> m_spans;
-  std::size_t m_span = 0;  // the first that does not end before the frame
+  OverlaySpans m_spans;
   int m_width;
   int m_height;
   OutputMatrix m_matrix;

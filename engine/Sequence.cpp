@@ -1,10 +1,5 @@
 #include "engine/Sequence.h"
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <new>
-#include <string>
 #include <utility>
 
 #include "engine/EngineLog.h"
@@ -13,49 +8,30 @@
 #include "engine/TimelineSources.h"
 
 namespace vrx::engine {
-namespace {
-
-constexpr int kFramesPerSlice = 8;
-constexpr std::chrono::milliseconds kSliceLength{50};
-
-}  // namespace
 
 Result Sequence::Create(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
-                        std::unique_ptr<Sequence>& sequence) {
+                        const RenderOverrides& overrides, std::unique_ptr<RenderSequence>& sequence) {
   std::unique_ptr<Sequence> made(new Sequence);
-  VRX_TRY(made->Prepare(timeline, output));
+  VRX_TRY(made->Prepare(timeline, output, overrides));
   sequence = std::move(made);
   return kOk;
 }
 
-Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output) {
-  VRX_TRY(MakeOutputPlan(output, CurrentRenderOverrides(), m_output));
+Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
+                         const RenderOverrides& overrides) {
+  VRX_TRY(MakeOutputPlan(output, overrides, m_output));
   const VideoPlan& video = m_output.video;
   VRX_TRY(MakeTimelinePlan(timeline, video.frameDuration, m_timeline));
   VRX_TRY(RefuseSourceAsOutput(m_timeline, m_output.path));
   VRX_TRY(MakeOverlaySpans(output, video.frameDuration, m_spans));
   VRX_TRY(MeasureSources(video.frameDuration, m_timeline, m_total));
-  VRX_TRY(CutToRange());
+  VRX_TRY(CutToRange(m_output));
+  CutToFrames(m_first, m_total, m_timeline.video);
   VRX_TRY(OpenTracks());
   m_callback = output.rawOutput;
   m_overlay = std::make_unique<OverlayStage>(m_callback, std::move(m_spans), video.width, video.height);
   m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
   return OpenOutput();
-}
-
-Result Sequence::CutToRange() {
-  const std::int64_t movie = m_total;
-  m_first = m_output.firstFrame;
-  m_total = m_output.frameCount == 0 ? movie - m_first : m_output.frameCount;
-  if (m_total <= 0 || m_total > movie - m_first) {
-    Log(VRXLogError, "the frames from " + std::to_string(m_first) +
-                         (m_output.frameCount == 0 ? " on" : " to " + std::to_string(m_first + m_total - 1)) +
-                         " are not in the movie, which has " + std::to_string(movie) + " frames, 0 to " +
-                         std::to_string(movie - 1));
-    return kUnusableSettings;
-  }
-  CutToFrames(m_first, m_total, m_timeline.video);
-  return kOk;
 }
 
 Result Sequence::OpenTracks() {
@@ -79,57 +55,16 @@ Result Sequence::OpenOutput() {
   return m_writer.Begin(static_cast<std::uint64_t>(m_total + sound));
 }
 
-std::int32_t Sequence::Execute(VRXProgressInfo* progress, bool* endFlag) {
-  if (progress == nullptr || endFlag == nullptr) return kInvalidArgument;
-  m_stop.Watch(endFlag);
-  if (m_failure == kOk) m_failure = Guarded();
-  m_stop.Watch(nullptr);
-  // The last frame counts only when the movie has been renamed into place: a cancel may come before that.
-  progress->processed = static_cast<std::uint64_t>(m_finished ? m_total : std::min(m_done, m_total - 1));
-  progress->total = static_cast<std::uint64_t>(m_total);
-  if (m_failure != kOk) {
-    GiveUp();
-  } else if (m_finished) {
-    std::atomic_ref<bool>(*endFlag).store(true, std::memory_order_release);
-  }
-  return m_failure;
-}
-
-/// A cancel ends reads early; the failures that this causes are not reported.
-Result Sequence::Guarded() {
-  try {
-    const Result result = DoSlice();
-    return m_stop.IsSet() ? kOk : result;
-  } catch (const std::bad_alloc&) {
-    Log(VRXLogError, "out of memory");
-    return kOutOfMemory;
-  } catch (const std::exception& failure) {
-    Log(VRXLogError, std::string("the render failed: ") + failure.what());
-  } catch (...) {
-    Log(VRXLogError, "the render failed: a callback threw");
-  }
-  return kFailed;
-}
-
-/// Frees everything at once, since the host may keep a failed sequence for long.
 void Sequence::GiveUp() {
   m_pipeline.reset();
   m_writer.Abandon();
 }
 
-Result Sequence::DoSlice() {
-  if (m_finished) return kOk;
+Result Sequence::RenderNext() {
   if (m_done == 0) m_overlay->SkipTo(m_first);
-  const auto end = std::chrono::steady_clock::now() + kSliceLength;
-  for (int frames = 0; frames < kFramesPerSlice && m_done < m_total; ++frames) {
-    if (m_stop.IsSet()) return kOk;
-    if (std::chrono::steady_clock::now() >= end) return kOk;
-    FramePtr frame;
-    VRX_TRY(NextFrame(frame));
-    if (!frame) return kOk;
-    VRX_TRY(EncodeFrame(frame));
-  }
-  return m_done == m_total && !m_stop.IsSet() ? Finish() : kOk;
+  FramePtr frame;
+  VRX_TRY(NextFrame(frame));
+  return frame ? EncodeFrame(frame) : kOk;
 }
 
 /// Leaves `frame` null when the decoder has none ready yet.

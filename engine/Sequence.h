@@ -1,5 +1,5 @@
 // One render job: pulls frames from the sources, sends them through the overlay callback and the encoders,
-// and renames the finished movie into place. Implements IVRXSequence.
+// and renames the finished movie into place.
 #pragma once
 
 #include <cstdint>
@@ -14,52 +14,42 @@
 #include "engine/MovieWriter.h"
 #include "engine/OutputPlan.h"
 #include "engine/OverlayStage.h"
+#include "engine/RenderSequence.h"
 #include "engine/TimelinePlan.h"
 #include "engine/VideoEncoder.h"
 #include "vrx/VRXEngine.h"
 
 namespace vrx::engine {
 
-class Sequence final : public IVRXSequence {
+class Sequence final : public RenderSequence {
  public:
   /// Checks records, sources and encoders and makes the temporary file; a failure leaves none. The
   /// callbacks that the records name must live as long as the sequence.
   static Result Create(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
-                       std::unique_ptr<Sequence>& sequence);
-  Sequence(const Sequence&) = delete;
-  Sequence& operator=(const Sequence&) = delete;
+                       const RenderOverrides& overrides, std::unique_ptr<RenderSequence>& sequence);
   /// Stops at once; an unfinished movie is removed.
   ~Sequence() override = default;
 
-  /// Calls the host's callbacks on the caller's thread. After a failure it gives the same failure again. Once
-  /// it has found `endFlag` set, it does nothing more.
-  std::int32_t Execute(VRXProgressInfo* progress, bool* endFlag) override;
-
  private:
   Sequence() = default;
-  Result Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output);
-  Result CutToRange();
+  Result Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
+                 const RenderOverrides& overrides);
   Result OpenTracks();
   Result OpenOutput();
-  Result DoSlice();
+  Result RenderNext() override;
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
   std::int64_t SamplesBefore(std::int64_t frame) const;
-  Result Finish();
-  Result Guarded();
-  void GiveUp();
+  Result Finish() override;
+  void GiveUp() override;
 
   OutputPlan m_output;
   TimelinePlan m_timeline;
   std::vector<OverlaySpan> m_spans;
   IVRXIntermediateRawOutputCallback* m_callback = nullptr;  // not owned
-  std::int64_t m_first = 0;                                 // the movie's frame that is rendered first
-  std::int64_t m_total = 0;                                 // frames to render
-  std::int64_t m_done = 0;                                  // frames encoded
   std::size_t m_clip = 0;                                   // of the next frame
   std::int64_t m_frameInClip = 0;
 
-  StopSignal m_stop;
   MovieWriter m_writer;
   VideoEncoder m_videoEncoder;
   AudioEncoder m_audioEncoder;
@@ -68,8 +58,6 @@ class Sequence final : public IVRXSequence {
   int m_audioStream = 0;
   std::unique_ptr<OverlayStage> m_overlay;
   std::unique_ptr<BasebandVideoSource> m_baseband;
-  Result m_failure = kOk;
-  bool m_finished = false;
   std::unique_ptr<FramePipeline> m_pipeline;  // last, so that its thread ends before what it uses
 };
 

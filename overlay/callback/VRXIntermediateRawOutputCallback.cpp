@@ -57,6 +57,10 @@ void VRXIntermediateRawOutputCallback::GetChangedRows(std::int32_t& first, std::
   end = m_isBlended ? m_drawn.GetLastRow() : 0;
 }
 
+const std::uint32_t* VRXIntermediateRawOutputCallback::GetDrawing() const {
+  return m_isBlended ? reinterpret_cast<const std::uint32_t*>(m_overlay->data) : nullptr;
+}
+
 bool VRXIntermediateRawOutputCallback::Paint(const PainterTimes& times) {
   if (m_context.painters == nullptr) return false;
   if (!m_overlay) {

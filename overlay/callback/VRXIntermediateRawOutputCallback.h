@@ -44,6 +44,7 @@ class VRXIntermediateRawOutputCallback final : public IVRXIntermediateRawOutputC
   bool ProcessFrame(std::uint64_t frame, void* buffer, std::uint32_t size, std::int32_t stage,
                     std::int32_t format) override;
   void GetChangedRows(std::int32_t& first, std::int32_t& end) const override;
+  const std::uint32_t* GetDrawing() const override;
 
   /// The picture that was laid over the last frame: the movie's size, straight alpha. Null before the first.
   const XpPixmap32* GetOverlay() const { return m_overlay.Get(); }

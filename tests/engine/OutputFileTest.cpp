@@ -52,6 +52,25 @@ TEST(OutputFileTest, LeftoversOfTheSameMovieAreRemovedAndNothingElse) {
   EXPECT_EQ(std::filesystem::file_size(root / "movie.mp4"), 1u);
 }
 
+TEST(OutputFileTest, FilesOfASeriesShareTheirTemporaryName) {
+  TempFolder folder;
+  const std::filesystem::path root = folder.Path();
+  const std::string series = "p-%d.png";
+  const std::uint8_t byte = 'x';
+  folder.Write(".p-%d.png.part-abcdef", "killed");
+  folder.Write(".p-1.png.part-abcdef", "kept");
+  OutputFile file;
+  for (const char* name : {"p-0.png", "p-1.png"}) {
+    ASSERT_EQ(file.Create(root / name, series), kOk);
+    EXPECT_FALSE(NamesIn(root).contains(".p-%d.png.part-abcdef"));
+    OutputFile other;  // renders the rest of the series at the same time
+    ASSERT_EQ(other.Create(root / "p-9.png", series), kOk);
+    ASSERT_TRUE(file.Write(&byte, 1));
+    EXPECT_EQ(file.Commit(), kOk);
+  }
+  EXPECT_EQ(NamesIn(root), (std::set<std::string>{".p-1.png.part-abcdef", "p-0.png", "p-1.png"}));
+}
+
 Result WriteMovie(const std::filesystem::path& path) {
   OutputFile file;
   if (const Result result = file.Create(path); result != kOk) return result;

@@ -228,6 +228,18 @@ class CallbackTest : public FakePaintersTest {
     }
   }
 
+  /// What the callback says it drew gives the same frame.
+  static void ExpectDrawing(const VRXIntermediateRawOutputCallback& callback, const Bytes& bytes) {
+    Bytes laid(kFrameBytes, 50);
+    if (const std::uint32_t* drawing = callback.GetDrawing()) {
+      XpPixmap32 picture;
+      ASSERT_EQ(picture.Allocate(kWidth, kHeight), XpOk);
+      std::memcpy(picture.data, drawing, kFrameBytes);
+      BlendOverlay(picture, laid.data(), kFrameBytes);
+    }
+    EXPECT_EQ(laid, bytes);
+  }
+
   PainterInfo info;
 };
 
@@ -242,6 +254,7 @@ TEST_F(CallbackTest, KeptOverlaysEqualFreshOnesBitForBit) {
       ASSERT_TRUE(callback.ProcessFrame(frame, bytes.data(), kFrameBytes, 2, 5));
       ASSERT_EQ(bytes, PlainFrame(frame)) << frame;
       ExpectChangedRows(callback, bytes);
+      ExpectDrawing(callback, bytes);
     }
     EXPECT_EQ(journal.size(), knowsContent ? 10u : 95u);
   }
@@ -313,7 +326,10 @@ TEST_F(CallbackTest, ChangedPaintersAreDrawnAgain) {
 TEST_F(CallbackTest, RefusesForeignFormatsAndUnusableSizes) {
   VRXIntermediateRawOutputCallback callback(Context());
   Bytes bytes(kFrameBytes, 50);
+  EXPECT_TRUE(callback.ProcessFrame(10, nullptr, kFrameBytes, 2, 5));
+  EXPECT_NE(callback.GetDrawing(), nullptr);
   EXPECT_FALSE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 1, 5));
+  EXPECT_EQ(callback.GetDrawing(), nullptr);
   EXPECT_FALSE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 2, 4));
   for (const std::int32_t side : {0, 1 << 30}) {
     OverlayContext unusable = Context();
@@ -327,6 +343,7 @@ TEST_F(CallbackTest, RefusesForeignFormatsAndUnusableSizes) {
   BlendOverlay(XpPixmap32(), bytes.data(), kFrameBytes);
   info.captionInfo.valid = false;
   EXPECT_TRUE(callback.ProcessFrame(10, bytes.data(), kFrameBytes, 2, 5));
+  EXPECT_EQ(callback.GetDrawing(), nullptr);
   EXPECT_EQ(bytes, Bytes(kFrameBytes, 50));
 }
 

@@ -71,8 +71,12 @@ MovieReader::MovieReader(const std::string& path)
   }
 }
 
+const AVFrame* MovieReader::NextDecodedFrame() {
+  return NextDecoded(*m_demuxer, *m_decoder, m_video, *m_packet, *m_frame) ? m_frame.get() : nullptr;
+}
+
 bool MovieReader::NextFrame(MovieFrame& frame) {
-  if (!NextDecoded(*m_demuxer, *m_decoder, m_video, *m_packet, *m_frame)) return false;
+  if (NextDecodedFrame() == nullptr) return false;
   Convert(frame.image);
   const AVRational timeBase = m_demuxer->streams[m_video]->time_base;
   frame.seconds =

@@ -47,6 +47,8 @@ class MovieReader {
 
   /// The next picture in order of display; false behind the last. Damaged frames throw.
   bool NextFrame(MovieFrame& frame);
+  /// The next picture as the decoder gives it, until the next call; null behind the last.
+  const AVFrame* NextDecodedFrame();
   /// The numbers in the patterns of all remaining frames, -1 for a frame that cannot be read or lies turned.
   std::vector<int> RemainingNumbers();
 
