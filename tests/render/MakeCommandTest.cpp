@@ -123,8 +123,9 @@ TEST_F(MakeCommandTest, SavedProjectsMakeTheSameMovieAndAreNotReplaced) {
     more.insert(more.begin(), arguments.begin(), arguments.end());
     return more;
   };
-  EXPECT_THAT(Make(with({"one.mp4", "--save-project", "p.vrx"})),
-              HasSubstr("320x192 (as up.mp4), 29.97 frames a second (the usual rate for the 29.83 of up.mp4)"));
+  EXPECT_THAT(
+      Make(with({"one.mp4", "--save-project", "p.vrx"})),
+      HasSubstr("320x192 (as up.mp4), 29.97 frames a second (the usual rate for the 29.83 of up.mp4)"));
   EXPECT_EQ(Json(Check("p.vrx")["problems"]).dump().find("\"warning\""), std::string::npos);
   EXPECT_EQ(RunVrx({{"render", Path("p.vrx"), "-o", Path("two.mp4"), "--quiet"}}).status, 0);
   EXPECT_EQ(folder.Read("one.mp4"), folder.Read("two.mp4"));
@@ -158,7 +159,8 @@ TEST_F(MakeCommandTest, CaptionsThatOverlapAreShownTogether) {
   EXPECT_THAT(Run("new", {"p.vrx", "a.mp4", "--captions", "c.vtt"}).output,
               HasSubstr("Captions: 4 captions of c.vtt\nwarning: c.vtt: 1 caption after the movie's end\n"));
   std::vector<std::string> shown;
-  for (const Json& caption : Check("p.vrx")["overlays"]["captions"]) {
+  const Json checked = Check("p.vrx");
+  for (const Json& caption : checked["overlays"]["captions"]) {
     shown.push_back(caption["text"].get<std::string>() + " " +
                     std::to_string(caption["layoutType"].get<int>()) + " " +
                     std::to_string(std::lround(caption["start"].get<double>())) + "-" +
@@ -178,7 +180,8 @@ TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
       Run("new", {"made/p.vrx", "a.mp4@5-15", "photo.jpg", "b.mp4@10-", "--gps", "ride.nmea"});
   ASSERT_EQ(result.status, 0) << result.errors;
   std::vector<std::string> shown;
-  for (const Json& clip : Check("made/p.vrx")["overlays"]["gpsClips"]) {
+  const Json checked = Check("made/p.vrx");
+  for (const Json& clip : checked["overlays"]["gpsClips"]) {
     for (const Json& span : clip["current"])
       shown.push_back(std::to_string(std::lround(span["start"].get<double>())) + "-" +
                       std::to_string(std::lround(span["end"].get<double>())));
