@@ -56,10 +56,8 @@ class RenderRun {
       return Fail(XpErrNoObject, Failure({}, XpNarrowString(cause).ToWide()));
     }
     Prepare();
-    if (!ChooseFrames(cause) || !SetOverrides(cause)) {
-      m_wrapper->Release();
-      return Fail(XpErrNoObject, Failure({}, XpNarrowString(cause).ToWide()));
-    }
+    if (!ChooseFrames(cause)) return GiveUp(kWrongUse, cause);
+    if (!SetOverrides(cause)) return GiveUp(kFailed, cause);
     const auto* input = FindOutputAmongInputs(m_report.outputPath, m_report.inputs);
     if (input != nullptr) {
       m_wrapper->Release();
@@ -110,6 +108,12 @@ class RenderRun {
       if (m_waiter.Wait(kForever) == InterruptWaiter::Event::Interrupt) EndNow();
     }
     prepared.get();
+  }
+
+  int GiveUp(int status, const std::string& cause) {
+    m_wrapper->Release();
+    Fail(XpErrNoObject, Failure({}, XpNarrowString(cause).ToWide()));
+    return status;
   }
 
   /// The frames that are written, of those of the whole movie.
