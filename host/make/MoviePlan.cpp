@@ -10,8 +10,7 @@
 namespace vrx::host {
 namespace {
 
-constexpr PictureSize kLandscape{1920, 1080};
-constexpr PictureSize kPortrait{1080, 1920};
+constexpr PictureSize kFullHd{1920, 1080};
 constexpr std::int32_t kSampleRate = 48'000;      // Hz
 constexpr std::int32_t kDiscSampleRate = 44'100;  // Hz, and its fractions
 
@@ -19,15 +18,23 @@ std::string SizeText(const PictureSize& size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-/// Both sides even and within the limits of a movie, in the shape of the source.
-PictureSize UsableSize(std::int32_t width, std::int32_t height) {
-  const double shrink =
-      std::min(1.0, static_cast<double>(limits::kMaxSide) / static_cast<double>(std::max(width, height)));
+/// The source's size times `scale`, at most 1: both sides even and within the limits of a movie.
+PictureSize UsableSize(std::int32_t width, std::int32_t height, double scale) {
+  const double most = static_cast<double>(limits::kMaxSide) / static_cast<double>(std::max(width, height));
+  const double shrink = std::min({1.0, scale, most});
   const auto side = [&](std::int32_t length) {
     const auto scaled = static_cast<std::int32_t>(std::lround(length * shrink / 2.0)) * 2;
     return std::clamp(scaled, limits::kMinSide, limits::kMaxSide);
   };
   return {side(width), side(height)};
+}
+
+/// The size of a movie of photographs, which are larger than any screen: theirs within full HD, or upright.
+PictureSize SizeForPictures(const ClipSource& picture) {
+  const auto [shorter, longer] = std::minmax(picture.width, picture.height);
+  return UsableSize(
+      picture.width, picture.height,
+      std::min(static_cast<double>(kFullHd.width) / longer, static_cast<double>(kFullHd.height) / shorter));
 }
 
 /// What of the pictures' attributes stands for a value of the orientation tag (Exif).
@@ -97,20 +104,26 @@ class Planner {
     return static_cast<std::size_t>(std::ranges::find_if(m_found, isMovie) - m_found.begin());
   }
 
+  /// The first picture, where there is no movie.
+  std::size_t FirstPicture() const {
+    const auto isThere = [](const ClipSource* source) { return source != nullptr; };
+    return static_cast<std::size_t>(std::ranges::find_if(m_found, isThere) - m_found.begin());
+  }
+
   void ChooseSize() {
     const std::size_t first = FirstMovie();
     if (m_request.size) {
       m_plan.size = *m_request.size;
       m_sizeReason = "as asked";
     } else if (first < m_found.size()) {
-      m_plan.size = UsableSize(m_found[first]->width, m_found[first]->height);
+      m_plan.size = UsableSize(m_found[first]->width, m_found[first]->height, 1.0);
       m_sizeReason = "as " + m_request.clips[first].name;
+    } else if (const std::size_t picture = FirstPicture(); picture < m_found.size()) {
+      m_plan.size = SizeForPictures(*m_found[picture]);
+      m_sizeReason = "the shape of " + m_request.clips[picture].name + " in full HD";
     } else {
-      const auto isUpright = [](const ClipSource* source) {
-        return source != nullptr && source->height > source->width;
-      };
-      m_plan.size = std::ranges::all_of(m_found, isUpright) ? kPortrait : kLandscape;
-      m_sizeReason = "for pictures; --size takes another one";
+      m_plan.size = kFullHd;
+      m_sizeReason = "full HD";
     }
     m_plan.bitrate = m_request.bitrate;
   }
