@@ -179,7 +179,7 @@ void ClipSequence::Jump() {
   if (m_current != 0) m_position = m_ends[m_current - 1];
 }
 
-/// Plays what lies before the first sample for nobody.
+/// Plays what lies before the first sample, without keeping it.
 Result ClipSequence::Pass() {
   if (m_position >= m_first) return kOk;
   std::array<std::array<float, kPassedBlock>, kMaxChannels> unheard;

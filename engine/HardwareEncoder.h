@@ -44,7 +44,7 @@ struct HardwareEncoder {
 };
 
 /// The first of the encoders `names`, libav's and up to a null, that gives a packet for a grey frame with the
-/// settings of `plan`, opened anew for the movie. `reasons` says of each that was tried before why it is not
+/// settings of `plan`, opened again for the movie. `reasons` says of each that was tried before why it is not
 /// used.
 void FindHardwareEncoder(std::span<const char* const> names, const VideoPlan& plan, bool globalHeader,
                          HardwareEncoder& found, std::string& reasons);

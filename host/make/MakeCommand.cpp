@@ -28,7 +28,7 @@ struct MakeOptions {
   RenderOptions run;
 };
 
-/// A folder for documents that nobody keeps.
+/// A folder for documents that are not kept.
 class TemporaryFolder {
  public:
   TemporaryFolder() : m_error(platform::MakeTemporaryFolder(m_path)) {}
