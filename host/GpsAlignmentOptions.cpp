@@ -2,14 +2,19 @@
 
 #include "host/GpsCommands.h"
 #include "host/Moment.h"
+#include "host/MovieTime.h"
 
 namespace vrx::host {
 
 void AddAlignmentOptions(CLI::App& command, const AlignmentArguments& arguments) {
-  constexpr std::int64_t kMostOffset = 2'000'000'000;
+  constexpr double kMostOffset = 2e9;
   constexpr int kMostZone = 14 * 60;
-  command.add_option("--offset", arguments.offsetSeconds, "Seconds to add to the movie's place in the log")
-      ->check(CLI::Range(-kMostOffset, kMostOffset));
+  command
+      .add_option("--offset", arguments.offsetSeconds,
+                  "Time to add to the movie's place in the log, in whole seconds: 90, -1:30 or 1:00:00")
+      ->transform(
+          CLI::Validator([](std::string& text) { return ReadSeconds(text, -kMostOffset, kMostOffset); }, ""))
+      ->option_text("TIME");
   command
       .add_option("--zone", arguments.zoneMinutes,
                   "Time zone of the movie's clock in minutes east of UTC, in place of what the movie states")

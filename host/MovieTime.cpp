@@ -80,6 +80,23 @@ std::string CheckMovieTime(const std::string& text) {
   return cause;
 }
 
+std::string ReadSeconds(std::string& text, double least, double most) {
+  const bool isNegative = least < 0.0 && text.starts_with('-');
+  const std::string amount = isNegative ? text.substr(1) : text;
+  if (std::string cause = CheckMovieTime(amount); !cause.empty()) return cause;
+  const MovieTime time = *ParseMovieTime(amount);
+  if (time.frame) return text + " counts frames; a time such as 12.5 or 1:02.5 is needed";
+  const double seconds = isNegative ? -time.seconds : time.seconds;
+  char number[64];
+  if (!(seconds >= least && seconds <= most)) {
+    std::snprintf(number, sizeof(number), "%.10g to %.10g", least, most);
+    return text + " is not from " + number + " seconds";
+  }
+  std::snprintf(number, sizeof(number), "%.10g", seconds);
+  text = number;
+  return {};
+}
+
 std::int64_t FrameAt(const MovieTime& time, const VRXTimeInfo& frameDuration) {
   if (time.frame) return *time.frame;
   const timeline::FrameClock clock(frameDuration);

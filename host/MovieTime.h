@@ -22,6 +22,10 @@ std::optional<MovieTime> ParseMovieTime(const std::string& text);
 /// Empty when the text is such a time; else what is wrong with it, and what may have been meant.
 std::string CheckMovieTime(const std::string& text);
 
+/// For options that take a length: makes a number of seconds of "90", "1:30" and, where `least` is below 0,
+/// "-1:30". Empty, or what is wrong with the text.
+std::string ReadSeconds(std::string& text, double least, double most);
+
 /// The frame that is shown at `time`; 0 for a frame without a length.
 std::int64_t FrameAt(const MovieTime& time, const VRXTimeInfo& frameDuration);
 

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::array kGpsOptions{"--template", "--units", "--offset",
                                  "--zone",     "--start", "--fix-week-rollover"};
+constexpr double kLeastPhotoSeconds = 0.1;
 constexpr double kMostPhotoSeconds = 3600.0;
 
 XpString PathOf(const std::string& argument) {
@@ -74,8 +75,9 @@ void AddMakeOptions(CLI::App& command, MakeArguments& arguments) {
       ->option_text("FILE");
   command
       .add_option("--photo-seconds", arguments.photoSeconds, "How long each picture is shown (5 without it)")
-      ->check(CLI::Range(0.1, kMostPhotoSeconds))
-      ->option_text("NUMBER");
+      ->transform(CLI::Validator(
+          [](std::string& text) { return ReadSeconds(text, kLeastPhotoSeconds, kMostPhotoSeconds); }, ""))
+      ->option_text("TIME");
   command.add_option("--gps", arguments.gps, "Instruments of a GPS log of the same time: NMEA 0183 or GPX")
       ->option_text("FILE");
   command.add_option("--template", arguments.look, "Their look: drive, sports, walk or graph")
