@@ -173,7 +173,7 @@ class RenderRun {
       if (isOpening && event == InterruptWaiter::Event::Timeout && Clock::now() >= deadline) EndNow();
       if (event == InterruptWaiter::Event::Interrupt) {
         // The second interrupt ends the program at once, even if a temporary file is left.
-        if (m_isCancelled) platform::ExitNow(kCancelled);
+        if (m_isCancelled) Exit();
         m_isCancelled = true;
         deadline = Clock::now() + kPatience;
         m_wrapper->Cancel();
@@ -291,6 +291,11 @@ class RenderRun {
   [[noreturn]] void EndNow() {
     m_progress->OnCancelled();
     FlushOutput();
+    Exit();
+  }
+
+  [[noreturn]] void Exit() const {
+    if (m_options.beforeExit) m_options.beforeExit();
     platform::ExitNow(kCancelled);
   }
 

@@ -2,6 +2,8 @@
 // the terminal. The commands `render` and `make` use it.
 #pragma once
 
+#include <functional>
+
 #include "host/ProjectSource.h"
 #include "host/RenderProgress.h"
 #include "host/TimeRange.h"
@@ -17,9 +19,10 @@ struct RenderOptions {
   bool strict = false;  // warnings are a refusal
   ProgressStyle progress = ProgressStyle::Auto;
   bool quiet = false;
-  bool allowMissing = false;     // still pictures that are missing do not fail the render
-  TimeRange range;               // of the movie
-  VRXRenderOverrides overrides;  // without a range: that is above
+  bool allowMissing = false;         // still pictures that are missing do not fail the render
+  TimeRange range;                   // of the movie
+  VRXRenderOverrides overrides;      // without a range: that is above
+  std::function<void()> beforeExit;  // called when an interrupt ends the program at once; may be empty
 };
 
 /// --progress, --quiet, --allow-missing and --strict. `options` must live as long as the command.

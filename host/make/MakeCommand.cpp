@@ -1,4 +1,7 @@
+#include <atomic>
 #include <cstdio>
+#include <functional>
+#include <future>
 #include <memory>
 
 #include <CLI/CLI.hpp>
@@ -7,6 +10,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/platform/PrivateFolder.h"
+#include "foundation/platform/Signals.h"
 #include "foundation/text/XpPath.h"
 #include "host/Commands.h"
 #include "host/Console.h"
@@ -34,7 +38,8 @@ class TemporaryFolder {
   TemporaryFolder() : m_error(platform::MakeTemporaryFolder(m_path)) {}
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() {
+  ~TemporaryFolder() { Remove(); }
+  void Remove() const {
     if (!m_error) platform::RemoveEntry(XpPathParent(m_path), XpPathStem(m_path) + XpPathExtension(m_path));
   }
 
@@ -45,6 +50,35 @@ class TemporaryFolder {
   XpString m_path;
   std::error_code m_error;
 };
+
+/// As WriteProject, on a thread of its own, so that an interrupt ends the program while sources are looked
+/// into.
+bool WriteProjectUnlessStopped(const MovieRequest& request, const XpString& project, const XpString& output,
+                               std::vector<std::string>& choices, std::string& cause,
+                               const std::function<void()>& beforeExit) {
+  platform::InterruptWaiter waiter;
+  std::atomic<bool> isDone = false;
+  auto written = std::async(std::launch::async, [&] {
+    struct AtEnd {
+      std::atomic<bool>& isDone;
+      platform::InterruptWaiter& waiter;
+      ~AtEnd() {
+        isDone = true;
+        waiter.Wake();
+      }
+    };
+    const AtEnd atEnd{isDone, waiter};
+    return WriteProject(request, project, output, choices, cause);
+  });
+  constexpr std::int32_t kForever = -1;
+  while (!isDone) {
+    if (waiter.Wait(kForever) != platform::InterruptWaiter::Event::Interrupt) continue;
+    beforeExit();
+    Say("cancelled");
+    platform::ExitNow(kCancelled);
+  }
+  return written.get();
+}
 
 int RunMake(const MakeOptions& options) {
   const XpString output = platform::AbsolutePath(platform::PathFromNative(options.output));
@@ -62,14 +96,18 @@ int RunMake(const MakeOptions& options) {
     project = platform::AbsolutePath(platform::PathFromNative(options.project));
     if (cause = CauseAgainstProject(project, options.replaces); !cause.empty()) return Fail(cause);
   }
+  const auto removeFolder = [&] {
+    if (folder) folder->Remove();
+  };
   std::vector<std::string> choices;
-  if (!WriteProject(request, project, output, choices, cause)) return Fail(cause);
+  if (!WriteProjectUnlessStopped(request, project, output, choices, cause, removeFolder)) return Fail(cause);
   const bool isSilent = options.run.quiet || options.run.progress == ProgressStyle::JsonLines;
   if (!isSilent) PrintChoices(choices);
   if (!isSilent && !options.project.empty()) std::printf("Project: %s\n", Masked(options.project).c_str());
   FlushOutput();
   RenderOptions run = options.run;
   run.overrides = options.encoding.GetOverrides();
+  run.beforeExit = removeFolder;
   return RenderProject(run, ProjectSource(Utf8(project)));
 }
 

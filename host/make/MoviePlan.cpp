@@ -170,7 +170,11 @@ class Planner {
     double from = 0.0, to = whole;
     if (clip.range.from) from = SecondsAt(*clip.range.from, source.facts.frameDuration);
     if (clip.range.to) to = SecondsAt(*clip.range.to, source.facts.frameDuration);
-    if (from >= whole && whole > 0.0) {
+    if (whole <= 0.0) {
+      cause = clip.name + ": the length of the clip is not known";
+      return false;
+    }
+    if (from >= whole) {
       cause = clip.name + ": the clip ends at " + ClockText(whole) + ", before the range begins";
       return false;
     }
