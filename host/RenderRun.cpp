@@ -1,10 +1,8 @@
 #include "host/RenderRun.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +12,7 @@
 #include "host/EncodingArguments.h"
 #include "host/EngineModule.h"
 #include "host/Inspection.h"
+#include "host/InterruptibleWork.h"
 #include "host/ProblemText.h"
 #include "host/RenderEvents.h"
 #include "src/baseband/PictureProblems.h"
@@ -85,29 +84,18 @@ class RenderRun {
   /// Inspects and reads the project. On a thread of its own, since a source on a slow disk can take long, and
   /// an interrupt must end that wait too: nothing is written yet, so the program ends at once.
   void Prepare() {
-    struct AtEnd {
-      RenderRun& run;
-      ~AtEnd() {
-        run.m_isPrepared = true;
-        run.m_waiter.Wake();
-      }
-    };
     // Reading the project starts the decoder of still pictures.
     baseband::SetPictureListener(
         [this](const baseband::PictureProblem& problem) { m_events.Add(check::PictureProblemOf(problem)); });
-    auto prepared = std::async(std::launch::async, [this] {
-      const AtEnd atEnd{*this};
+    const auto prepare = [this] {
       m_engine.Listen({});  // what it says of a source now it says again when the render opens it
       // What a strict render refuses has to be found before it begins.
       m_report = m_options.strict ? InspectWhole(m_project, m_engine) : InspectQuickly(m_project, m_engine);
       if (m_options.allowMissing) m_report.AllowMissingPictures();
       m_wrapper->SetProjectFile(m_project.GetPath());
       m_engine.TakeLines();
-    });
-    while (!m_isPrepared) {
-      if (m_waiter.Wait(kForever) == InterruptWaiter::Event::Interrupt) EndNow();
-    }
-    prepared.get();
+    };
+    DoUnlessInterrupted(m_waiter, prepare, [this] { EndNow(); });
   }
 
   int GiveUp(int status, const std::string& cause) {
@@ -312,7 +300,6 @@ class RenderRun {
   RenderEvents m_events;
   RenderEvents::State m_state;
   std::vector<Problem> m_found;  // during the render
-  std::atomic<bool> m_isPrepared = false;
   bool m_hasStarted = false;
   bool m_isCancelled = false;
   bool m_isRefused = false;  // because of a warning during the render

@@ -1,7 +1,4 @@
-#include <atomic>
 #include <cstdio>
-#include <functional>
-#include <future>
 #include <memory>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +12,7 @@
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/EncodingArguments.h"
+#include "host/InterruptibleWork.h"
 #include "host/RenderRun.h"
 #include "host/make/MakeArguments.h"
 #include "host/make/NewProject.h"
@@ -51,40 +49,11 @@ class TemporaryFolder {
   std::error_code m_error;
 };
 
-/// As WriteProject, on a thread of its own, so that an interrupt ends the program while sources are looked
-/// into.
-bool WriteProjectUnlessStopped(const MovieRequest& request, const XpString& project, const XpString& output,
-                               std::vector<std::string>& choices, std::string& cause,
-                               const std::function<void()>& beforeExit) {
-  platform::InterruptWaiter waiter;
-  std::atomic<bool> isDone = false;
-  auto written = std::async(std::launch::async, [&] {
-    struct AtEnd {
-      std::atomic<bool>& isDone;
-      platform::InterruptWaiter& waiter;
-      ~AtEnd() {
-        isDone = true;
-        waiter.Wake();
-      }
-    };
-    const AtEnd atEnd{isDone, waiter};
-    return WriteProject(request, project, output, choices, cause);
-  });
-  constexpr std::int32_t kForever = -1;
-  while (!isDone) {
-    if (waiter.Wait(kForever) != platform::InterruptWaiter::Event::Interrupt) continue;
-    beforeExit();
-    Say("cancelled");
-    platform::ExitNow(kCancelled);
-  }
-  return written.get();
-}
-
 int RunMake(const MakeOptions& options) {
   const XpString output = platform::AbsolutePath(platform::PathFromNative(options.output));
   MovieRequest request = options.make.GetRequest();
-  std::string cause = AddEncoding(options.encoding, request);
-  if (cause.empty()) cause = CauseAgainstOutput(output, request);
+  AddEncoding(options.encoding, request);
+  std::string cause = CauseAgainstOutput(output, request);
   if (!cause.empty()) return Fail(cause);
   std::unique_ptr<TemporaryFolder> folder;
   XpString project;
@@ -100,7 +69,15 @@ int RunMake(const MakeOptions& options) {
     if (folder) folder->Remove();
   };
   std::vector<std::string> choices;
-  if (!WriteProjectUnlessStopped(request, project, output, choices, cause, removeFolder)) return Fail(cause);
+  bool isWritten = false;
+  platform::InterruptWaiter waiter;
+  const auto write = [&] { isWritten = WriteProject(request, project, output, choices, cause); };
+  DoUnlessInterrupted(waiter, write, [&] {
+    removeFolder();
+    Say("cancelled");
+    platform::ExitNow(kCancelled);
+  });
+  if (!isWritten) return Fail(cause);
   const bool isSilent = options.run.quiet || options.run.progress == ProgressStyle::JsonLines;
   if (!isSilent) PrintChoices(choices);
   if (!isSilent && !options.project.empty()) std::printf("Project: %s\n", Masked(options.project).c_str());

@@ -38,8 +38,8 @@ int RunNew(const NewOptions& options) {
     const XpString edit = platform::AbsolutePath(platform::PathFromNative(options.edit));
     if (!ReadEdit(edit, request, leftOut, cause)) return Fail(cause);
   }
-  cause = AddEncoding(options.encoding, request);
-  if (cause.empty()) cause = CauseAgainstOutput(output, request);
+  AddEncoding(options.encoding, request);
+  cause = CauseAgainstOutput(output, request);
   if (!cause.empty()) return Fail(cause);
   if (!WriteProject(request, project, output, choices, cause)) return Fail(cause);
   PrintChoices(choices);

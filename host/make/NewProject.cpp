@@ -9,13 +9,12 @@
 
 namespace vrx::host {
 
-std::string AddEncoding(const EncodingArguments& encoding, MovieRequest& request) {
+void AddEncoding(const EncodingArguments& encoding, MovieRequest& request) {
   ProjectChanges changes;
   encoding.AddTo(changes);
   request.size = changes.size;
   request.frameDuration = changes.frameDuration;
   request.bitrate = changes.bitrate;
-  return {};
 }
 
 std::string CauseAgainstOutput(const XpString& output, const MovieRequest& request) {

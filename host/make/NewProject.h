@@ -9,8 +9,8 @@
 
 namespace vrx::host {
 
-/// Size, rate and bitrate. Empty, or why they cannot be met.
-std::string AddEncoding(const EncodingArguments& encoding, MovieRequest& request);
+/// Size, rate and bitrate.
+void AddEncoding(const EncodingArguments& encoding, MovieRequest& request);
 
 /// Why the movie cannot be written there: a file of the request lies there. Empty when it can.
 std::string CauseAgainstOutput(const XpString& output, const MovieRequest& request);
