@@ -169,7 +169,7 @@ class RenderRun {
       if (isOpening && event == InterruptWaiter::Event::Timeout && Clock::now() >= deadline) EndNow();
       if (event == InterruptWaiter::Event::Interrupt) {
         // The second interrupt ends the program at once, even if a temporary file is left.
-        if (m_isCancelled) platform::ExitNow(kCancelled);
+        if (m_isCancelled) Exit();
         m_isCancelled = true;
         deadline = Clock::now() + kPatience;
         m_wrapper->Cancel();
@@ -198,9 +198,10 @@ class RenderRun {
 
   /// False when the inspection has reported it already.
   bool AddFound(Problem problem) {
+    m_project.NameFile(problem);
     const auto isKnown = [&](const Problem& known) {
-      return problem.line != 0 && known.line == problem.line && known.file == problem.file &&
-             known.key == problem.key;
+      return known.line == problem.line && known.file == problem.file && known.key == problem.key &&
+             (problem.line != 0 || known.message == problem.message);
     };
     if (std::ranges::any_of(m_report.problems, isKnown)) return false;
     if (m_options.allowMissing && problem.isMissingPicture) problem.severity = Severity::Warning;
@@ -287,6 +288,11 @@ class RenderRun {
   [[noreturn]] void EndNow() {
     m_progress->OnCancelled();
     FlushOutput();
+    Exit();
+  }
+
+  [[noreturn]] void Exit() const {
+    if (m_options.atExit) m_options.atExit();
     platform::ExitNow(kCancelled);
   }
 

@@ -2,6 +2,8 @@
 // the terminal. The commands `render` and `make` use it.
 #pragma once
 
+#include <functional>
+
 #include "host/ProjectSource.h"
 #include "host/RenderProgress.h"
 #include "host/TimeRange.h"
@@ -20,6 +22,7 @@ struct RenderOptions {
   bool allowMissing = false;     // still pictures that are missing do not fail the render
   TimeRange range;               // of the movie
   VRXRenderOverrides overrides;  // without a range: that is above
+  std::function<void()> atExit;  // before an interrupt ends the program at once
 };
 
 /// --progress, --quiet, --allow-missing and --strict. `options` must live as long as the command.

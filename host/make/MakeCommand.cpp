@@ -1,4 +1,7 @@
+#include <atomic>
 #include <cstdio>
+#include <functional>
+#include <future>
 #include <memory>
 
 #include <CLI/CLI.hpp>
@@ -7,6 +10,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/platform/PrivateFolder.h"
+#include "foundation/platform/Signals.h"
 #include "foundation/text/XpPath.h"
 #include "host/Commands.h"
 #include "host/Console.h"
@@ -34,7 +38,9 @@ class TemporaryFolder {
   TemporaryFolder() : m_error(platform::MakeTemporaryFolder(m_path)) {}
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() {
+  ~TemporaryFolder() { Remove(); }
+
+  void Remove() const {
     if (!m_error) platform::RemoveEntry(XpPathParent(m_path), XpPathStem(m_path) + XpPathExtension(m_path));
   }
 
@@ -45,6 +51,35 @@ class TemporaryFolder {
   XpString m_path;
   std::error_code m_error;
 };
+
+/// WriteProject on a thread of its own, since a clip on a slow disk can take long, and an interrupt must end
+/// that wait too: the movie is not begun yet, so the program ends at once.
+bool WriteUnlessInterrupted(const MovieRequest& request, const XpString& project, const XpString& output,
+                            const RenderOptions& run, std::vector<std::string>& choices, std::string& cause) {
+  constexpr std::int32_t kForever = -1;
+  platform::InterruptWaiter waiter;
+  std::atomic<bool> isDone = false;
+  struct AtEnd {
+    platform::InterruptWaiter& waiter;
+    std::atomic<bool>& isDone;
+    ~AtEnd() {
+      isDone = true;
+      waiter.Wake();
+    }
+  };
+  auto written = std::async(std::launch::async, [&] {
+    const AtEnd atEnd{waiter, isDone};
+    return WriteProject(request, project, output, choices, cause);
+  });
+  while (!isDone) {
+    if (waiter.Wait(kForever) != platform::InterruptWaiter::Event::Interrupt) continue;
+    RenderProgress::Make(run.progress, run.quiet)->OnCancelled();
+    FlushOutput();
+    run.atExit();
+    platform::ExitNow(kCancelled);
+  }
+  return written.get();
+}
 
 int RunMake(const MakeOptions& options) {
   const XpString output = platform::AbsolutePath(platform::PathFromNative(options.output));
@@ -62,15 +97,20 @@ int RunMake(const MakeOptions& options) {
     project = platform::AbsolutePath(platform::PathFromNative(options.project));
     if (cause = CauseAgainstProject(project, options.replaces); !cause.empty()) return Fail(cause);
   }
+  RenderOptions run = options.run;
+  run.atExit = [&folder] {
+    if (folder) folder->Remove();
+  };
   std::vector<std::string> choices;
-  if (!WriteProject(request, project, output, choices, cause)) return Fail(cause);
+  if (!WriteUnlessInterrupted(request, project, output, run, choices, cause)) return Fail(cause);
   const bool isSilent = options.run.quiet || options.run.progress == ProgressStyle::JsonLines;
   if (!isSilent) PrintChoices(choices);
   if (!isSilent && !options.project.empty()) std::printf("Project: %s\n", Masked(options.project).c_str());
   FlushOutput();
-  RenderOptions run = options.run;
   run.overrides = options.encoding.GetOverrides();
-  return RenderProject(run, ProjectSource(Utf8(project)));
+  ProjectSource source(Utf8(project));
+  if (options.project.empty()) source.HideDocuments(output);
+  return RenderProject(run, source);
 }
 
 }  // namespace
@@ -87,6 +127,7 @@ CommandRun AddMake(CLI::App& command) {
   CLI::Option* save =
       command
           .add_option("--save-project", options->project, "Keep the documents of the movie, to go on by hand")
+          ->check(CheckProjectEnding)
           ->option_text("FILE");
   command.add_flag("--force", options->replaces, "Replace a project that is there already")->needs(save);
   AddProgressOptions(command, options->run);
