@@ -80,7 +80,8 @@ class Planner {
         if (source != nullptr && source->kind == ClipSource::Kind::Sound)
           cause = "has no picture; --music takes sound";
         if (!cause.empty()) {
-          cause = clip.name + " " + cause;
+          const bool isFileName = clip.name == FileName(clip.path);
+          cause = clip.name + (isFileName ? "" : " (" + Utf8(clip.path) + ")") + " " + cause;
           return false;
         }
       }
