@@ -175,10 +175,11 @@ TEST_F(MakeCommandTest, CaptionsThatOverlapAreShownTogether) {
   Clip("a.mp4", {.rateNum = 25, .frames = 250});
   folder.Write("c.vtt",
                "WEBVTT\n\n00:01.000 --> 00:04.000\nlong\n\n00:02.000 --> 00:03.000 line:0\nshort\n\n"
-               "00:06.000 --> 00:07.000 line:0\ntop\n\n00:09.000 --> 00:20.000\ncut\n\n00:30.000 --> "
+               "00:05.985 --> 00:06.998 line:0\ntop\n\n00:06.985 --> 00:08.000 line:0\nnext\n\n00:09.000 --> "
+               "00:20.000\ncut\n\n00:30.000 --> "
                "00:31.000\nlate\n");
   EXPECT_THAT(Run("new", {"p.vrx", "a.mp4", "--captions", "c.vtt"}).output,
-              HasSubstr("Captions: 4 captions of c.vtt\nwarning: c.vtt: 1 caption after the movie's end\n"));
+              HasSubstr("Captions: 5 captions of c.vtt\nwarning: c.vtt: 1 caption after the movie's end\n"));
   std::vector<std::string> shown;
   const Json checked = Check("p.vrx");
   for (const Json& caption : checked["overlays"]["captions"]) {
@@ -187,7 +188,9 @@ TEST_F(MakeCommandTest, CaptionsThatOverlapAreShownTogether) {
                     std::to_string(std::lround(caption["start"].get<double>())) + "-" +
                     std::to_string(std::lround(caption["end"].get<double>())));
   }
-  EXPECT_THAT(shown, ElementsAre("long 8 1-2", "long\nshort 8 2-3", "long 8 3-4", "top 2 6-7", "cut 8 9-10"));
+  EXPECT_THAT(shown, ElementsAre("long 8 1-2", "long\nshort 8 2-3", "long 8 3-4", "top 2 6-7", "next 2 7-8",
+                                 "cut 8 9-10"));
+  EXPECT_EQ(Json(checked["problems"]).dump().find("\"warning\""), std::string::npos);
 }
 
 TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
