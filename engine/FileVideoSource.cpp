@@ -119,8 +119,19 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
     m_atBeginning = false;
     ++m_serial;
   }
+  if (m_ended && IsMissing(target)) Warn("it ends before the time that it states");
   frame = m_current.get();
   return kOk;
+}
+
+/// Whether the file promises a picture there which is not in it, as one whose copy was not finished does.
+bool FileVideoSource::IsMissing(std::int64_t target) const {
+  const AVStream& stream = m_file->GetStream();
+  const bool isGuess = m_file->GetDemuxer().duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+  if (isGuess || stream.duration <= 0 || stream.start_time == AV_NOPTS_VALUE) return false;
+  const std::int64_t shown = m_currentTicks + std::max<std::int64_t>(m_current->pkt_duration, 0);
+  // Statements of a length are often a few frames off.
+  return std::min(target, stream.start_time + stream.duration) - shown > TicksOfSeconds(1, stream.time_base);
 }
 
 std::int64_t FileVideoSource::TargetTicks(const ExactTime& time) const {

@@ -53,6 +53,7 @@ class FileVideoSource {
   void ChooseSkipping(const AVPacket& packet);
   bool Accept(AVFrame& frame, std::int64_t& ticks);
   Result ReportUnlessStopped(const Refusal& refusal) const;
+  bool IsMissing(std::int64_t target) const;
   void Warn(const std::string& cause);
 
   std::string m_path;

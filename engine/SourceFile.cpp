@@ -104,8 +104,11 @@ Refusal SourceFile::CountFrames(FrameDuration duration, std::int64_t& frames) {
   const AVRational base = m_stream->time_base;
   std::int64_t length = HasExactDuration(*GetDemuxer().iformat) ? m_stream->duration : AV_NOPTS_VALUE;
   if (length <= 0) length = LengthFromTail();
+  // What comes before a picture that begins after the sound is a part of the source.
+  const std::int64_t delay =
+      m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time - OriginTicks();
   if (length > 0) {
-    frames = FramesOfSource(length, base.num, base.den, duration);
+    frames = FramesOfSource(length + delay, base.num, base.den, duration);
     return {};
   }
   // Opened again, since the reading position is unknown after a failed search of the tail.
@@ -116,8 +119,8 @@ Refusal SourceFile::CountFrames(FrameDuration duration, std::int64_t& frames) {
   const std::int64_t counted = extent.packets * whole->FrameTicks();
   const bool timed = extent.end != AV_NOPTS_VALUE && extent.end > extent.first;
   const AVRational wholeBase = whole->GetStream().time_base;
-  frames =
-      FramesOfSource(timed ? extent.end - extent.first : counted, wholeBase.num, wholeBase.den, duration);
+  frames = FramesOfSource((timed ? extent.end - extent.first : counted) + delay, wholeBase.num, wholeBase.den,
+                          duration);
   return {};
 }
 

@@ -34,8 +34,8 @@ class SourceFile {
   /// The last key frame at or before `ticks` in the container's index; it may name the one before that near a
   /// key frame. AV_NOPTS_VALUE where the index does not cover that moment.
   std::int64_t KeyFrameBefore(std::int64_t ticks) const;
-  /// Length of the video stream in frames of `duration`. Reads packets where the container does not know, and
-  /// moves the reading position.
+  /// Length of the source from its beginning to its picture's end, in frames of `duration`. Reads packets
+  /// where the container does not know, and moves the reading position.
   Refusal CountFrames(FrameDuration duration, std::int64_t& frames);
 
  private:

@@ -1,6 +1,8 @@
 #include "host/ArgumentChecks.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 
 #include "foundation/text/NearestName.h"
 #include "vrx/XpTextCodec.h"
@@ -10,6 +12,21 @@ std::string CheckCount(const std::string& text) {
   const bool isCount =
       !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
   return isCount ? "" : text + " is no whole number from 0 on";
+}
+
+std::string CheckName(const std::string& text) { return text.empty() ? "an empty name is no file" : ""; }
+
+CLI::Validator NumberWithin(double least, double most) {
+  return CLI::Validator(
+      [least, most](std::string& text) {
+        double number = 0.0;
+        const bool isNumber = CLI::detail::lexical_cast(text, number);
+        if (isNumber && number >= least && number <= most) return std::string();
+        std::array<char, 64> limits{};
+        std::snprintf(limits.data(), limits.size(), "%g to %g", least, most);
+        return text + " is no number from " + limits.data();
+      },
+      "");
 }
 
 std::string Suggestion(std::string_view text, const std::vector<std::string>& names) {

@@ -14,6 +14,12 @@ namespace vrx::host {
 /// Empty when the text is a whole number from 0 on.
 std::string CheckCount(const std::string& text);
 
+/// Empty when the text names anything: an empty one is a variable of a script that has no value.
+std::string CheckName(const std::string& text);
+
+/// For a number from `least` to `most`, as the message writes them.
+CLI::Validator NumberWithin(double least, double most);
+
 /// " did you mean NAME?" after a semicolon, or nothing when no name is near.
 std::string Suggestion(std::string_view text, const std::vector<std::string>& names);
 

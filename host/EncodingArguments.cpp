@@ -56,7 +56,7 @@ void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
   command
       .add_option("--crf", arguments.quality,
                   "Constant quality instead of a bitrate: 0 is without loss, 18 very good, 28 small")
-      ->check(CLI::Range(0.0, kMostAv1Quality))
+      ->check(NumberWithin(0.0, kMostAv1Quality))
       ->option_text("NUMBER")
       ->excludes(command.get_option("--bitrate"));
   command.add_option("--preset", arguments.preset, "ultrafast to veryslow: slower makes smaller files")

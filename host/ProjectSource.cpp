@@ -5,6 +5,7 @@
 
 #include "foundation/file/XpFile.h"
 #include "foundation/platform/Paths.h"
+#include "foundation/text/XpPath.h"
 #include "foundation/xml/XmlDocument.h"
 
 namespace vrx::host {
@@ -39,27 +40,38 @@ bool ReadFile(const XpString& path, std::vector<char>& bytes) {
 }  // namespace
 
 ProjectSource::ProjectSource(const std::string& argument, const ProjectChanges& changes)
-    : m_isInput(argument == "-") {
+    : m_isInput(argument == "-"), m_isChanged(!changes.IsEmpty()) {
   m_path = platform::AbsolutePath(m_isInput ? XpString(kInputName) : platform::PathFromNative(argument));
   m_name = m_isInput ? XpString(kInputName) : m_path;
   if (m_isInput) {
     m_bytes = ReadInput();
-  } else if (changes.IsEmpty() || !ReadFile(m_path, m_bytes)) {
+  } else if (!m_isChanged || !ReadFile(m_path, m_bytes)) {
     return;
   }
   ChangedProject changed = ChangeProject(m_bytes, m_path, changes);
-  if (!changes.IsEmpty()) m_bytes.assign(changed.project.begin(), changed.project.end());
+  if (m_isChanged) m_bytes.assign(changed.project.begin(), changed.project.end());
   m_painterPath = changed.painterPath;
   m_painter = std::move(changed.painter);
   m_copy = std::make_unique<platform::MemoryFile>(changed.project);
 }
 
+void ProjectSource::HideDocuments(const XpString& name) {
+  m_isHidden = true;
+  m_name = name;
+}
+
+void ProjectSource::NameFile(check::Problem& problem) const {
+  const bool isPainter = m_painter && problem.file == m_painter->GetPath();
+  if (isPainter) problem.file = m_painterPath;
+  const bool isHidden = m_isHidden && XpPathDirectory(problem.file) == XpPathDirectory(m_path);
+  if (isPainter || isHidden || (problem.file == m_path && m_isChanged)) problem.line = 0;
+  if (isHidden || problem.file == m_path) problem.file = m_name;
+}
+
 void ProjectSource::NameFiles(check::ProjectReport& report) const {
-  for (check::Problem& problem : report.problems) {
-    const bool isPainter = m_painter && problem.file == m_painter->GetPath();
-    if (isPainter || (problem.file == m_path && IsChanged())) problem.line = 0;
-    if (isPainter) problem.file = m_painterPath;
-    if (problem.file == m_path) problem.file = m_name;
+  for (check::Problem& problem : report.problems) NameFile(problem);
+  if (m_isChanged || m_isHidden) {
+    for (check::ClipRow& clip : report.clips) clip.line = 0;
   }
   if (!m_painter) return;
   report.painterPath = m_painterPath;

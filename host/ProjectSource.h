@@ -25,14 +25,19 @@ class ProjectSource {
   /// there with absolute paths, for as long as this object lives; empty when that cannot be done.
   const XpString& GetPath() const { return m_copy ? m_copy->GetPath() : m_path; }
 
+  /// For documents that nobody keeps: problems of those in the project's folder name `name` instead.
+  void HideDocuments(const XpString& name);
+
   /// Gives what the report says of the documents their names. Lines of a changed one are dropped, since they
   /// are not those of its file.
   void NameFiles(check::ProjectReport& report) const;
+  /// The same for a problem of the render.
+  void NameFile(check::Problem& problem) const;
 
  private:
-  bool IsChanged() const { return m_copy != nullptr && !m_isInput; }
-
   bool m_isInput = false;
+  bool m_isChanged = false;
+  bool m_isHidden = false;
   XpString m_path;  // native; for standard input, of a file that there is not
   XpString m_name;
   std::vector<char> m_bytes;                     // of standard input, or with changes

@@ -2,11 +2,14 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "foundation/platform/Paths.h"
+#include "foundation/text/XpPath.h"
+#include "host/ArgumentChecks.h"
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/EncodingArguments.h"
@@ -55,18 +58,29 @@ int RunRender(RenderArguments& arguments) {
   return status;
 }
 
+/// One % in the file's name, as %d or %05d.
+bool HasOneNumber(std::string_view path) {
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  const std::size_t percent = name.find('%');
+  if (percent == name.npos || name.find('%', percent + 1) != name.npos) return false;
+  const std::string_view rest = name.substr(percent + 1);
+  return rest.starts_with('d') ||
+         (rest.size() > 2 && rest[0] == '0' && rest[1] >= '1' && rest[1] <= '9' && rest[2] == 'd');
+}
+
 /// Throws CLI::ValidationError for options that do not go together.
 void CheckRender(const RenderArguments& arguments) {
   CheckEncoding(arguments.encoding);
   if (!arguments.output.empty() && arguments.projects.size() > 1)
     throw CLI::ValidationError("--output", "names one movie, but there are several projects");
   if (!arguments.overlayOnly) return;
-  const bool isPicture = arguments.output.ends_with(".png");
-  if (!isPicture && !arguments.output.ends_with(".mov"))
+  const XpString ending = XpPathExtension(platform::PathFromNative(arguments.output));
+  const bool isPicture = XpCompareNoCase(ending, u".png") == 0;
+  if (!isPicture && XpCompareNoCase(ending, u".mov") != 0)
     throw CLI::ValidationError("--overlay-only", "needs -o FILE.mov (ProRes 4444) or -o NAME-%05d.png");
-  if (isPicture && arguments.output.find('%') == std::string::npos)
+  if (isPicture && !HasOneNumber(arguments.output))
     throw CLI::ValidationError("--overlay-only",
-                               "needs the place of the frame's number in the name: -o NAME-%05d.png");
+                               "needs one place of the frame's number in the name: -o NAME-%05d.png");
 }
 
 }  // namespace
@@ -74,8 +88,10 @@ void CheckRender(const RenderArguments& arguments) {
 CommandRun AddRender(CLI::App& command) {
   const auto options = std::make_shared<RenderArguments>();
   command.add_option("PROJECT", options->projects, "The project document, or several; - for standard input")
-      ->required();
+      ->required()
+      ->check(CheckName);
   command.add_option("-o,--output", options->output, "The movie to write, in place of the document's")
+      ->check(CheckName)
       ->option_text("FILE");
   command
       .add_option(
@@ -84,9 +100,12 @@ CommandRun AddRender(CLI::App& command) {
       ->check(CheckTimeRange)
       ->option_text("FROM-TO");
   AddEncodingOptions(command, options->encoding);
-  command.add_flag("--overlay-only", options->overlayOnly,
-                   "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) or "
-                   "-o NAME-%05d.png");
+  CLI::Option* alone =
+      command.add_flag("--overlay-only", options->overlayOnly,
+                       "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) "
+                       "or -o NAME-%05d.png");
+  for (const char* option : {"--bitrate", "--crf", "--preset", "--codec", "--hardware"})
+    alone->excludes(command.get_option(option));
   AddProgressOptions(command, options->run);
   command.footer(
       "Exit status: 0 done, 1 a render failed, a still picture is missing, or there are warnings with "

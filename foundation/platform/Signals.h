@@ -9,10 +9,10 @@ namespace vrx::platform {
 /// process.
 void SurviveFileSizeLimit();
 
-/// Takes over the interrupt signals (Ctrl-C, termination, hang-up) for the process and lets a thread wait for
-/// them. Make one in main() before any other thread starts; threads made later inherit the set-up. Also makes
-/// a write past the file size limit, or to a pipe without a reader, fail with an error instead of killing
-/// the process.
+/// Takes over the interrupt signals (Ctrl-C, termination, and hang-up unless the process ignores it, as under
+/// nohup) for the process and lets a thread wait for them. Make one in main() before any other thread starts;
+/// threads made later inherit the set-up. Also makes a write past the file size limit, or to a pipe without a
+/// reader, fail with an error instead of killing the process.
 class InterruptWaiter {
  public:
   enum class Event { Interrupt, Wake, Timeout };

@@ -1,5 +1,10 @@
 #include "host/make/ClipSource.h"
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "foundation/file/XpFile.h"
 #include "foundation/file/XpFileOperations.h"
 #include "host/Console.h"
 #include "host/PictureFile.h"
@@ -24,6 +29,23 @@ bool ReadPicture(const XpString& path, ClipSource& source) {
   return true;
 }
 
+/// The name of a kind of picture that is recognised but not read; empty for all else.
+std::string UnreadablePicture(const XpString& path) {
+  constexpr std::size_t kHead = 12, kBrand = 8;
+  XpFile file(path);
+  std::array<char, kHead> bytes{};
+  std::uint64_t read = 0;
+  if (file.Open(XpOpenRead, XpShareRead) != XpOk || file.Read(bytes.data(), kHead, &read) != XpOk ||
+      read != kHead)
+    return {};
+  const std::string_view head(bytes.data(), kHead), brand = head.substr(kBrand);
+  if (head.starts_with("RIFF") && brand == "WEBP") return "WebP";
+  if (head.substr(4, 4) != "ftyp") return {};
+  if (brand == "avif" || brand == "avis") return "AVIF";
+  constexpr std::array<std::string_view, 5> kHeifBrands{"heic", "heix", "heim", "mif1", "msf1"};
+  return std::ranges::find(kHeifBrands, brand) != kHeifBrands.end() ? "HEIC" : std::string();
+}
+
 }  // namespace
 
 const ClipSource* ClipSources::Find(const XpString& path, std::string& cause) {
@@ -35,6 +57,10 @@ const ClipSource* ClipSources::Find(const XpString& path, std::string& cause) {
   if (!cause.empty()) return nullptr;
   ClipSource source;
   if (!ReadPicture(path, source)) {
+    if (const std::string kind = UnreadablePicture(path); !kind.empty()) {
+      cause = "is a " + kind + " picture, which cannot be read; a JPEG or PNG of it can";
+      return nullptr;
+    }
     source.facts = m_engine.Probe(path);
     if (!source.facts.usable) {
       cause = source.facts.cause;

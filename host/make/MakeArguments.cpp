@@ -31,7 +31,9 @@ std::size_t RangeMark(const std::string& argument) {
 
 std::string CheckClip(const std::string& argument) {
   const std::size_t at = RangeMark(argument);
-  return at == argument.npos ? std::string() : CheckTimeRange(argument.substr(at + 1));
+  if (at == argument.npos) return CheckName(argument);
+  const std::string cause = CheckTimeRange(argument.substr(at + 1));
+  return cause.empty() ? cause : argument + " is no file, and after its @ " + cause;
 }
 
 ClipRequest ClipOf(const std::string& argument) {
@@ -68,10 +70,12 @@ void AddMakeOptions(CLI::App& command, MakeArguments& arguments) {
                   "Movies and pictures in their order; CLIP@FROM-TO takes a part, as ride.mp4@0:10-1:02.5")
       ->check(CheckClip);
   command.add_option("--captions", arguments.captions, "Captions: a SubRip (.srt) or WebVTT (.vtt) file")
+      ->check(CheckName)
       ->option_text("FILE");
   command
       .add_option("--music", arguments.music,
                   "Sound in place of that of the clips; it begins again until the end")
+      ->check(CheckName)
       ->option_text("FILE");
   command
       .add_option("--photo-seconds", arguments.photoSeconds, "How long each picture is shown (5 without it)")
@@ -79,6 +83,7 @@ void AddMakeOptions(CLI::App& command, MakeArguments& arguments) {
           [](std::string& text) { return ReadSeconds(text, kLeastPhotoSeconds, kMostPhotoSeconds); }, ""))
       ->option_text("TIME");
   command.add_option("--gps", arguments.gps, "Instruments of a GPS log of the same time: NMEA 0183 or GPX")
+      ->check(CheckName)
       ->option_text("FILE");
   command.add_option("--template", arguments.look, "Their look: drive, sports, walk or graph")
       ->transform(NamedValues(std::map<std::string, GpsTemplate>{{"drive", GpsTemplate::Drive},
@@ -109,7 +114,13 @@ std::string CheckMovieEnding(const std::string& text) {
   for (const char* known : kEndings) {
     if (XpCompareNoCase(ending, XpNarrowString(known).ToWide()) == 0) return {};
   }
-  return text + " is no movie: its name ends in .mp4, .mov, .m4v, .ts, .m2ts or .mts";
+  return (text.empty() ? "an empty name" : text) +
+         " is no movie: its name ends in .mp4, .mov, .m4v, .ts, .m2ts or .mts";
+}
+
+std::string CheckProjectEnding(const std::string& text) {
+  if (XpCompareNoCase(XpPathExtension(platform::PathFromNative(text)), u".vrx") == 0) return {};
+  return (text.empty() ? "an empty name" : text) + " is no project: its name ends in .vrx";
 }
 
 }  // namespace vrx::host

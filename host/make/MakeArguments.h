@@ -34,7 +34,9 @@ void AddMakeOptions(CLI::App& command, MakeArguments& arguments);
 /// Throws CLI::ValidationError for options that do not go together.
 void CheckMake(const CLI::App& command);
 
-/// The ending of a movie, or of a project, is one of those that are known. Empty, or what is wrong.
+/// Empty when the name has one of the endings of a movie; else what is wrong.
 std::string CheckMovieEnding(const std::string& text);
+/// Empty when the name has the ending of a project; else what is wrong.
+std::string CheckProjectEnding(const std::string& text);
 
 }  // namespace vrx::host

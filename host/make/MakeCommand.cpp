@@ -49,6 +49,22 @@ class TemporaryFolder {
   std::error_code m_error;
 };
 
+/// A clip on a slow disk can take long, and an interrupt ends that wait too. The movie is not begun yet, so
+/// the program ends at once.
+bool WriteUnlessInterrupted(const MovieRequest& request, const XpString& project, const XpString& output,
+                            const RenderOptions& run, std::vector<std::string>& choices, std::string& cause) {
+  platform::InterruptWaiter waiter;
+  bool isWritten = false;
+  const auto write = [&] { isWritten = WriteProject(request, project, output, choices, cause); };
+  DoUnlessInterrupted(waiter, write, [&] {
+    RenderProgress::Make(run.progress, run.quiet)->OnCancelled();
+    FlushOutput();
+    run.beforeExit();
+    platform::ExitNow(kCancelled);
+  });
+  return isWritten;
+}
+
 int RunMake(const MakeOptions& options) {
   const XpString output = platform::AbsolutePath(platform::PathFromNative(options.output));
   MovieRequest request = options.make.GetRequest();
@@ -65,27 +81,20 @@ int RunMake(const MakeOptions& options) {
     project = platform::AbsolutePath(platform::PathFromNative(options.project));
     if (cause = CauseAgainstProject(project, options.replaces); !cause.empty()) return Fail(cause);
   }
-  const auto removeFolder = [&] {
+  RenderOptions run = options.run;
+  run.beforeExit = [&folder] {
     if (folder) folder->Remove();
   };
   std::vector<std::string> choices;
-  bool isWritten = false;
-  platform::InterruptWaiter waiter;
-  const auto write = [&] { isWritten = WriteProject(request, project, output, choices, cause); };
-  DoUnlessInterrupted(waiter, write, [&] {
-    removeFolder();
-    Say("cancelled");
-    platform::ExitNow(kCancelled);
-  });
-  if (!isWritten) return Fail(cause);
+  if (!WriteUnlessInterrupted(request, project, output, run, choices, cause)) return Fail(cause);
   const bool isSilent = options.run.quiet || options.run.progress == ProgressStyle::JsonLines;
   if (!isSilent) PrintChoices(choices);
   if (!isSilent && !options.project.empty()) std::printf("Project: %s\n", Masked(options.project).c_str());
   FlushOutput();
-  RenderOptions run = options.run;
   run.overrides = options.encoding.GetOverrides();
-  run.beforeExit = removeFolder;
-  return RenderProject(run, ProjectSource(Utf8(project)));
+  ProjectSource source(Utf8(project));
+  if (options.project.empty()) source.HideDocuments(output);
+  return RenderProject(run, source);
 }
 
 }  // namespace
@@ -102,6 +111,7 @@ CommandRun AddMake(CLI::App& command) {
   CLI::Option* save =
       command
           .add_option("--save-project", options->project, "Keep the documents of the movie, to go on by hand")
+          ->check(CheckProjectEnding)
           ->option_text("FILE");
   command.add_flag("--force", options->replaces, "Replace a project that is there already")->needs(save);
   AddProgressOptions(command, options->run);

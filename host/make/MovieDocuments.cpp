@@ -40,12 +40,12 @@ std::string Attribute(const XpString& text) {
 
 XpString Wide(const std::string& text) { return XpNarrowString(text).ToWide(); }
 
-/// Three decimals, rounded up: times are rounded down to a frame when they are read.
+/// Three decimals, rounded up: times are rounded down to a frame when they are read. 0 for what is below.
 std::string Number(double number) {
   constexpr double kDecimals = 1000.0, kRounding = 1e-7;
+  const double scaled = std::ceil(number * kDecimals - kRounding);
   std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%.3f",
-                std::max(std::ceil(number * kDecimals - kRounding), 0.0) / kDecimals);
+  std::snprintf(text.data(), text.size(), "%.3f", scaled > 0.0 ? scaled / kDecimals : 0.0);
   return text.data();
 }
 
@@ -71,21 +71,23 @@ std::string Open(int depth, const char* key, const char* type) {
 }
 std::string Close(int depth, const char* type) { return Line(depth, "</" + std::string(type) + ">"); }
 
-/// A tenth of a second of silence: PCM of 16 bits in a WAV file. A longer clip of it goes on in silence.
-std::string SilentSound() {
-  constexpr std::uint32_t kRate = 48'000, kSamples = kRate / 10, kBytes = kSamples * 2;
+/// Silence of at least this length: PCM of 8 bits in a WAV file, whose middle is 128.
+std::string SilentSound(double seconds) {
+  constexpr std::uint32_t kRate = 8'000;
+  constexpr char kSilence = '\x80';
+  const auto bytes = static_cast<std::uint32_t>(std::ceil(seconds * kRate / 2.0)) * 2;  // chunks are even
   std::string file = "RIFF";
-  const auto add = [&](std::uint32_t number, int bytes) {
-    for (int i = 0; i < bytes; ++i) file.push_back(static_cast<char>(number >> (8 * i)));
+  const auto add = [&](std::uint32_t number, int size) {
+    for (int i = 0; i < size; ++i) file.push_back(static_cast<char>(number >> (8 * i)));
   };
-  add(36 + kBytes, 4);
+  add(36 + bytes, 4);
   file += "WAVEfmt ";
-  for (const auto& [number, bytes] :
-       {std::pair{16U, 4}, {1U, 2}, {1U, 2}, {kRate, 4}, {kRate * 2, 4}, {2U, 2}, {16U, 2}})
-    add(number, bytes);
+  for (const auto& [number, size] :
+       {std::pair{16U, 4}, {1U, 2}, {1U, 2}, {kRate, 4}, {kRate, 4}, {1U, 2}, {8U, 2}})
+    add(number, size);
   file += "data";
-  add(kBytes, 4);
-  return file.append(kBytes, '\0');
+  add(bytes, 4);
+  return file.append(bytes, kSilence);
 }
 
 class DocumentWriter {
@@ -127,12 +129,16 @@ class DocumentWriter {
 
   /// Silence and black, where the movie has any.
   bool WriteMedia(std::string& cause) const {
-    bool hasSilence = false, hasBlack = false;
-    for (const PlannedSound& sound : m_plan.sound) hasSilence = hasSilence || sound.source.IsEmpty();
+    bool hasBlack = false;
+    std::int64_t silence = 0;  // frames of the longest
+    for (const PlannedSound& sound : m_plan.sound) {
+      if (sound.source.IsEmpty()) silence = std::max(silence, sound.frames);
+    }
     for (const PlannedClip& clip : m_plan.clips) {
       for (const PlannedPicture& picture : clip.pictures) hasBlack = hasBlack || picture.path.IsEmpty();
     }
-    if (hasSilence && !WriteText(SilencePath(), SilentSound(), cause)) return false;
+    const double seconds = m_plan.SecondsOf(std::min(silence, SilencePart()));
+    if (silence != 0 && !WriteText(SilencePath(), SilentSound(seconds), cause)) return false;
     if (!hasBlack) return true;
     constexpr std::uint32_t kSide = 16;
     const std::vector<std::uint32_t> pixels(kSide * kSide, 0);
@@ -176,6 +182,15 @@ class DocumentWriter {
            Key(4, "EndTime", "real", Number(Milliseconds(first + frames)));
   }
 
+  std::string SoundText(const XpString& source, std::int64_t first, std::int64_t frames) const {
+    return Line(3, "<dict>") + ClipText(source, first, frames) + Close(3, "dict");
+  }
+
+  /// The longest part of a silence, in frames, so that its file stays small: a minute.
+  std::int64_t SilencePart() const {
+    return std::max<std::int64_t>(static_cast<std::int64_t>(60.0 / m_plan.SecondsOf(1)), 1);
+  }
+
   /// Clips of pictures have whole milliseconds.
   std::string PictureClipText(std::size_t index) const {
     const double end = std::ceil(Milliseconds(m_plan.clips[index].frames) - 1e-7);
@@ -199,8 +214,12 @@ class DocumentWriter {
     text += Comment(2, "The sound: these clips follow each other, whatever the pictures do");
     text += Open(2, "AudioTrack", "array");
     for (const PlannedSound& sound : m_plan.sound) {
-      const XpString source = sound.source.IsEmpty() ? SilencePath() : sound.source;
-      text += Line(3, "<dict>") + ClipText(source, sound.sourceFrame, sound.frames) + Close(3, "dict");
+      if (sound.source.IsEmpty()) {
+        for (std::int64_t left = sound.frames; left > 0; left -= SilencePart())
+          text += SoundText(SilencePath(), 0, std::min(left, SilencePart()));
+      } else {
+        text += SoundText(sound.source, sound.sourceFrame, sound.frames);
+      }
     }
     return text + Close(2, "array");
   }
@@ -234,8 +253,8 @@ class DocumentWriter {
   }
 
   /// When the instruments begin. Pictures do not count as time for overlays, so a movie that has some before
-  /// its last clip states the whole span itself, which only counts when it does not begin at 0. Captions are
-  /// only drawn while the instruments are.
+  /// its last clip, or captions over those at its end, states the whole span itself, which only counts when
+  /// it does not begin at 0. Captions are only drawn while the instruments are.
   double DrawStart() const {
     if (m_overlays.gps.clips.empty()) return 0.0;
     if (!m_plan.clips.front().IsMovie() && m_overlays.captions.empty())
@@ -245,7 +264,7 @@ class DocumentWriter {
       if (clip.IsMovie() && hasPictures) return m_plan.SecondsOf(1) / 2.0;
       hasPictures = hasPictures || !clip.IsMovie();
     }
-    return 0.0;
+    return hasPictures && !m_overlays.captions.empty() ? m_plan.SecondsOf(1) / 2.0 : 0.0;
   }
 
   std::string GeneralText() const {

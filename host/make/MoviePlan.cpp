@@ -87,7 +87,8 @@ class Planner {
         if (source != nullptr && source->kind == ClipSource::Kind::Sound)
           cause = "has no picture; --music takes sound";
         if (!cause.empty()) {
-          cause = clip.name + " " + cause;
+          const bool isFileName = clip.name == FileName(clip.path);
+          cause = clip.name + (isFileName ? "" : " (" + Utf8(clip.path) + ")") + " " + cause;
           return false;
         }
       }
@@ -237,6 +238,19 @@ class Planner {
     return true;
   }
 
+  /// The frames of the clip until its sound ends, which may be before its picture.
+  std::int64_t SoundingFrames(const PlannedClip& clip, const ClipSource& source) {
+    constexpr double kNoticeable = 0.5;  // seconds of silence
+    const double seconds = source.facts.audioSeconds;
+    if (seconds <= 0.0) return clip.frames;  // unknown
+    const double end = m_plan.SecondsOf(clip.sourceFrame + clip.frames);
+    if (end - seconds > kNoticeable)
+      m_plan.choices.push_back("note: " + FileName(clip.source) + ": its sound ends at " +
+                               ClockText(seconds) + ", before its picture");
+    const auto sounding = static_cast<std::int64_t>(std::ceil(seconds / FrameSeconds())) - clip.sourceFrame;
+    return std::clamp<std::int64_t>(sounding, 0, clip.frames);
+  }
+
   void AddOwnSound() {
     std::size_t withSound = 0;
     for (const PlannedClip& clip : m_plan.clips) {
@@ -244,7 +258,9 @@ class Planner {
       const ClipSource* source = clip.IsMovie() ? m_sources.Find(clip.source, ignored) : nullptr;
       const bool hasSound = source != nullptr && source->facts.hasAudio;
       if (hasSound && withSound++ == 0) ChooseSampleRate(source->facts.sampleRate);
-      m_plan.sound.push_back({hasSound ? clip.source : XpString(), clip.sourceFrame, clip.frames});
+      const std::int64_t sounding = hasSound ? SoundingFrames(clip, *source) : 0;
+      if (sounding > 0) m_plan.sound.push_back({clip.source, clip.sourceFrame, sounding});
+      if (sounding < clip.frames) m_plan.sound.push_back({{}, 0, clip.frames - sounding});
     }
     if (withSound == 0) m_plan.sound.clear();
     m_plan.choices.push_back(withSound == 0 ? "Sound: none, since no clip has any"

@@ -5,6 +5,7 @@
 
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpPath.h"
+#include "host/ArgumentChecks.h"
 #include "host/Commands.h"
 #include "host/Console.h"
 #include "host/EncodingArguments.h"
@@ -50,19 +51,22 @@ int RunNew(const NewOptions& options) {
 
 void CheckNew(const NewOptions& options) {
   if (options.make.clips.empty() == options.edit.empty())
-    throw CLI::ValidationError("CLIP", options.edit.empty() ? "is missing: clips, or --from EDIT.otio"
-                                                            : "and --from exclude each other");
+    throw CLI::ValidationError("CLIP", options.edit.empty() ? "none is there, and no --from EDIT.otio"
+                                                            : "clips and --from exclude each other");
 }
 
 }  // namespace
 
 CommandRun AddNew(CLI::App& command) {
   const auto options = std::make_shared<NewOptions>();
-  command.add_option("PROJECT", options->project, "The project document to write: .vrx")->required();
+  command.add_option("PROJECT", options->project, "The project document to write: .vrx")
+      ->required()
+      ->check(CheckProjectEnding);
   AddMakeOptions(command, options->make);
   command
       .add_option("--from", options->edit,
                   "The timeline of an editor instead of clips: an OpenTimelineIO document (.otio)")
+      ->check(CheckName)
       ->option_text("FILE");
   command
       .add_option("-o,--output", options->output,

@@ -28,8 +28,6 @@ std::string CauseAgainstOutput(const XpString& output, const MovieRequest& reque
 }
 
 std::string CauseAgainstProject(const XpString& project, bool replaces) {
-  if (XpCompareNoCase(XpPathExtension(project), u".vrx") != 0)
-    return Utf8(project) + " is no name of a project: it ends in .vrx";
   if (XpPathIsDirectory(project)) return Utf8(project) + " is a folder";
   if (!replaces && XpPathExists(project, nullptr))
     return Utf8(project) + " is there already; --force replaces it";

@@ -15,8 +15,8 @@ void AddEncoding(const EncodingArguments& encoding, MovieRequest& request);
 /// Why the movie cannot be written there: a file of the request lies there. Empty when it can.
 std::string CauseAgainstOutput(const XpString& output, const MovieRequest& request);
 
-/// Why the project cannot be written there: one is there and `replaces` is false, or it has no name of a
-/// project. Empty when it can.
+/// Why the project cannot be written there: one is there and `replaces` is false, or it is a folder.
+/// Empty when it can.
 std::string CauseAgainstProject(const XpString& project, bool replaces);
 
 void PrintChoices(const std::vector<std::string>& choices);

@@ -31,6 +31,14 @@ bool ReadCaptions(const XpString& path, MoviePlan& plan, std::vector<MovieCaptio
   }
   const auto movieMs = static_cast<std::int64_t>(std::llround(plan.SecondsOf(plan.frames) * 1000.0));
   captions = ArrangeCaptions(read.cues, movieMs);
+  // Where captions overlap by less than a frame there is nothing to show together.
+  const auto firstFrame = [&](std::int64_t ms) {
+    constexpr double kRounding = 1e-6;
+    return std::ceil(static_cast<double>(ms) / (plan.SecondsOf(1) * 1000.0) - kRounding);
+  };
+  std::erase_if(captions, [&](const MovieCaption& caption) {
+    return firstFrame(caption.startMs) >= firstFrame(caption.endMs);
+  });
   std::size_t late = 0;
   for (const subtitles::Cue& cue : read.cues) late += cue.startMs >= movieMs ? 1 : 0;
   plan.choices.push_back("Captions: " + Counted(read.cues.size() - late, "caption") + " of " + name);

@@ -97,6 +97,16 @@ TEST_F(EngineRenderTest, GoodFramesOfATruncatedSourceAreShown) {
   for (int i = 0; i < 15; ++i) EXPECT_EQ(numbers[static_cast<std::size_t>(i)], i);
   EXPECT_LT(numbers[59], 45);
   EXPECT_EQ(numbers[59], numbers[50]);
+  EXPECT_FALSE(job.Logged("ends before")) << job.log;  // a stream states no time
+
+  RenderJob whole(Path("whole.mp4"));  // its index comes first
+  whole.AddClip(Write("source.mp4", {.frames = 200}), 0, 200);
+  ASSERT_EQ(whole.Run(), kOk) << whole.log;
+  std::filesystem::resize_file(Path("whole.mp4"), std::filesystem::file_size(Path("whole.mp4")) * 5 / 6);
+  RenderJob cut(Path("cut.mp4"));
+  cut.AddClip(Path("whole.mp4"), 0, 200);
+  ASSERT_EQ(cut.Run(), kOk) << cut.log;
+  EXPECT_TRUE(cut.Logged("whole.mp4 is damaged (it ends before the time that it states)")) << cut.log;
 }
 
 /// The names of the boxes of an MP4 file, up to its pictures.

@@ -135,6 +135,27 @@ TEST_F(MakeCommandTest, SavedProjectsMakeTheSameMovieAndAreNotReplaced) {
   EXPECT_EQ(Run("make", with({"one.mp4", "--save-project", "p.vrx", "--force", "--quiet"})).output, "");
 }
 
+TEST_F(MakeCommandTest, SoundAndPictureOfOneClipMayBeginAndEndApart) {
+  Clip("mute.mp4", {.frames = 50});
+  Clip("short.mp4", {.frames = 75, .hasSound = true, .sound = {.samples = 48000}});
+  PatternClip late{.frames = 25, .hasSound = true, .sound = {.samples = 72000}};
+  for (std::int64_t i = 0; i < 25; ++i) late.timesMs.push_back(480 + 40 * i);
+  Clip("late.mp4", late);
+  EXPECT_THAT(
+      Make({"mute.mp4", "short.mp4", "late.mp4", "--strict", "--save-project", "p.vrx", "-o", "o.mp4"}),
+      HasSubstr("note: short.mp4: its sound ends at 0:01, before its picture\n"));
+  EXPECT_EQ(Json(Check("p.vrx")["problems"]).dump().find("\"warning\""), std::string::npos);
+  EXPECT_EQ(folder.Read("p.vrx").find("-0.000"), std::string::npos);
+  std::vector<int> wanted = Counting(0, 50);
+  for (const auto& part : {Counting(0, 75), std::vector<int>(12, 0), Counting(0, 25)})
+    wanted.insert(wanted.end(), part.begin(), part.end());
+  EXPECT_EQ(Numbers("o.mp4"), wanted);
+  std::vector<double> seconds;
+  for (const std::int64_t click : MovieReader(Path("o.mp4")).ReadSound().Clicks())
+    seconds.push_back(std::round(static_cast<double>(click) / 4800) / 10);
+  EXPECT_THAT(seconds, ElementsAre(2.0, 5.0, 6.0));
+}
+
 TEST_F(MakeCommandTest, MusicTakesThePlaceOfTheSoundUntilTheMovieEnds) {
   Clip("a.mp4", {.rateNum = 25, .frames = 100, .hasSound = true});
   Clip("tune.m4a",
@@ -154,10 +175,11 @@ TEST_F(MakeCommandTest, CaptionsThatOverlapAreShownTogether) {
   Clip("a.mp4", {.rateNum = 25, .frames = 250});
   folder.Write("c.vtt",
                "WEBVTT\n\n00:01.000 --> 00:04.000\nlong\n\n00:02.000 --> 00:03.000 line:0\nshort\n\n"
-               "00:06.000 --> 00:07.000 line:0\ntop\n\n00:09.000 --> 00:20.000\ncut\n\n00:30.000 --> "
+               "00:05.985 --> 00:06.998 line:0\ntop\n\n00:06.985 --> 00:08.000 line:0\nnext\n\n00:09.000 --> "
+               "00:20.000\ncut\n\n00:30.000 --> "
                "00:31.000\nlate\n");
   EXPECT_THAT(Run("new", {"p.vrx", "a.mp4", "--captions", "c.vtt"}).output,
-              HasSubstr("Captions: 4 captions of c.vtt\nwarning: c.vtt: 1 caption after the movie's end\n"));
+              HasSubstr("Captions: 5 captions of c.vtt\nwarning: c.vtt: 1 caption after the movie's end\n"));
   std::vector<std::string> shown;
   const Json checked = Check("p.vrx");
   for (const Json& caption : checked["overlays"]["captions"]) {
@@ -166,7 +188,9 @@ TEST_F(MakeCommandTest, CaptionsThatOverlapAreShownTogether) {
                     std::to_string(std::lround(caption["start"].get<double>())) + "-" +
                     std::to_string(std::lround(caption["end"].get<double>())));
   }
-  EXPECT_THAT(shown, ElementsAre("long 8 1-2", "long\nshort 8 2-3", "long 8 3-4", "top 2 6-7", "cut 8 9-10"));
+  EXPECT_THAT(shown, ElementsAre("long 8 1-2", "long\nshort 8 2-3", "long 8 3-4", "top 2 6-7", "next 2 7-8",
+                                 "cut 8 9-10"));
+  EXPECT_EQ(Json(checked["problems"]).dump().find("\"warning\""), std::string::npos);
 }
 
 TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
@@ -189,6 +213,11 @@ TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
   EXPECT_THAT(shown, ElementsAre("0-10", "15-25"));
   for (const auto& entry : fs::directory_iterator(folder.Path()))
     EXPECT_NE(entry.path().extension(), ".moff");
+
+  folder.Write("words.srt", "1\n00:00:21,000 --> 00:00:23,000\nOver the picture at the end\n");
+  EXPECT_EQ(
+      Run("new", {"r.vrx", "a.mp4", "photo.jpg", "--captions", "words.srt", "--gps", "ride.nmea"}).status, 0);
+  EXPECT_EQ(Json(Check("r.vrx")["problems"]).dump().find("never shows"), std::string::npos);
 
   const VrxResult apart = Run("new", {"q.vrx", "a.mp4", "--gps", "ride.nmea", "--offset", "86400"});
   EXPECT_EQ(apart.status, 1);
@@ -250,6 +279,10 @@ TEST_F(MakeCommandTest, WrongUseIsOneLine) {
   Clip("a.mp4", {.frames = 50});
   Clip("s.m4a", {.frames = 0, .hasSound = true, .sound = {.samples = 48000}});
   folder.Write("text.txt", "no movie");
+  folder.Write("p.webp", std::string("RIFF\4\0\0\0WEBPVP8 ", 16));
+  folder.Write("p.heic", std::string("\0\0\0\x18"
+                                     "ftypheic\0\0\0\0",
+                                     16));
   struct Case {
     std::vector<std::string> arguments;
     int status;
@@ -271,9 +304,19 @@ TEST_F(MakeCommandTest, WrongUseIsOneLine) {
       {{"make", "a.mp4", "--captions", "text.txt", "-o", "o.mp4"}, 1, "text.txt: "},
       {{"make", "a.mp4", "--gps", "text.txt", "-o", "o.mp4"}, 1, "text.txt"},
       {{"make", "a.mp4", "--template", "drvie", "--gps", "x.gpx", "-o", "o.mp4"}, 2, "did you mean drive?"},
-      {{"make", "a.mp4", "--save-project", "p.xml", "-o", "o.mp4"}, 1, "it ends in .vrx"},
+      {{"make", "a.mp4", "--save-project", "p.xml", "-o", "o.mp4"}, 2, "its name ends in .vrx"},
+      {{"make", "", "-o", "o.mp4"}, 2, "CLIP: an empty name is no file"},
+      {{"make", "a.mp4", "--music", "", "-o", "o.mp4"}, 2, "--music: an empty name is no file"},
+      {{"make", "b@1.mp4", "-o", "o.mp4"}, 2, "b@1.mp4 is no file, and after its @ 1.mp4 is no range"},
+      {{"make", "a.mp4", "--crf", "nan", "-o", "o.mp4"}, 2, "nan is no number from 0 to 63"},
+      {{"make", "p.webp", "-o", "o.mp4"}, 1, "p.webp is a WebP picture, which cannot be read"},
+      {{"make", "p.heic", "-o", "o.mp4"}, 1, "p.heic is a HEIC picture, which cannot be read"},
+      {{"make", "a.mp4", "-o", "no/o.mp4"}, 1, Path("no/o.mp4") + ": OutputFilePath the folder "},
+      {{"render", "p.vrx", "-o", ""}, 2, "--output: an empty name is no file"},
+      {{"render", "p.vrx", "--overlay-only", "-o", "o%d%d.png"}, 2, "needs one place"},
+      {{"render", "p.vrx", "--overlay-only", "--codec", "av1", "-o", "o.mov"}, 2, "excludes"},
       {{"make", "a.mp4", "--photo-seconds", "0", "-o", "o.mp4"}, 2, "--photo-seconds"},
-      {{"new", "p.vrx"}, 2, "clips, or --from EDIT.otio"},
+      {{"new", "p.vrx"}, 2, "and no --from EDIT.otio"},
       {{"new", "p.vrx", "a.mp4", "--from", "x.otio"}, 2, "exclude each other"},
       {{"new", "p.vrx", "--from", "text.txt"}, 1, "text.txt: "},
   };

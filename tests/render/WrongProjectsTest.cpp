@@ -354,6 +354,9 @@ TEST_F(WrongProjectsTest, StandardInputIsAProjectOfTheWorkingFolder) {
                 HasSubstr("standard input:32: Widht is an unknown key; did you mean Width?\n"));
     EXPECT_EQ(result.status, 1);
   }
+  // The lines of a document with changes are not those that were sent.
+  EXPECT_THAT(RunVrx({.arguments = {"render", "-", "--rate", "25"}, .input = wrong}).errors,
+              HasSubstr("standard input: Widht is an unknown key"));
 }
 
 }  // namespace

@@ -15,7 +15,11 @@ void SurviveFileSizeLimit() { std::signal(SIGXFSZ, SIG_IGN); }
 InterruptWaiter::InterruptWaiter() {
   sigset_t interrupts;
   sigemptyset(&interrupts);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&interrupts, signal);
+  for (const int signal : {SIGINT, SIGTERM}) sigaddset(&interrupts, signal);
+  // A program that is to go on after its terminal has gone is started with this one ignored.
+  struct sigaction hangUp {};
+  sigaction(SIGHUP, nullptr, &hangUp);
+  if (hangUp.sa_handler != SIG_IGN) sigaddset(&interrupts, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &interrupts, nullptr);
   SurviveFileSizeLimit();
   std::signal(SIGPIPE, SIG_IGN);
