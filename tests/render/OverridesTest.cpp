@@ -150,6 +150,9 @@ TEST_F(OverridesTest, RangesHaveTheirFramesAndSoundAndAreCountedAsSuch) {
       EXPECT_THAT(result.output,
                   HasSubstr("{\"event\":\"" + event + "\",\"output\":\"" + path + "\"," + counts));
   }
+  // A frame's start as programs write it, which is a little before it as a number of milliseconds.
+  Movie("one.mp4", {"--rate", "30", "--range", "0.36666666666666664-0.4"});
+  EXPECT_EQ(MovieReader(Path("one.mp4")).RemainingNumbers().size(), 1u);
   for (const auto& [range, cause] :
        {std::pair{"4-", "has frames 0 to 99, and the range begins with frame 100"},
         {"-101f", "has frames 0 to 99, and the range goes on to frame 100"},
