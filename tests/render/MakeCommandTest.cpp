@@ -208,7 +208,7 @@ TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
   folder.Write("photo.jpg", imagefiles::Jpeg(imagefiles::Smooth(64, 32, 4)));
   folder.Write("ride.nmea", ReceiverKinds().front().write(DriveRoute({})));
   fs::create_directory(folder.Path() / "made");
-  folder.Write("words.srt", "1\n00:00:16,000 --> 00:00:18,000\nWords\n");
+  folder.Write("words.srt", "1\n00:00:16,000 --> 00:00:18,000\n<b>Words</b>\n");
   const VrxResult result = Run("new", {"made/p.vrx", "a.mp4@5-15", "photo.jpg", "b.mp4@10-", "--gps",
                                        "ride.nmea", "--captions", "words.srt"});
   ASSERT_EQ(result.status, 0) << result.errors;
@@ -227,6 +227,10 @@ TEST_F(MakeCommandTest, ALogComesToEachClipAndLeavesTheRecordingsFoldersAlone) {
   const std::string document = folder.Read("made/p-overlays.vrx");
   EXPECT_THAT(document, HasSubstr("<string>1,1.0,0.000,9.900,0.0,5.000|3,1.0,14.900,24.900,0.0,10.000|<"));
   EXPECT_THAT(document, HasSubstr("<date>2024:05:01T14:01:00Z<"));
+  EXPECT_THAT(document, HasSubstr("<key>StartTime</key><real>5.000<"));
+  EXPECT_THAT(document, HasSubstr("<key>EndTime</key><real>15.000<"));
+  EXPECT_THAT(document, HasSubstr("Bold&gt;1&lt;/Bold&gt;&lt;Italic&gt;0&lt;"));
+  EXPECT_NEAR(overlays["captions"][0]["start"].get<double>(), 16, 0.05);
   EXPECT_THAT(document, HasSubstr("Margin&gt;200&lt;")) << "above the instruments";
   for (const auto& entry : fs::directory_iterator(folder.Path()))
     EXPECT_NE(entry.path().extension(), ".moff");
