@@ -2,6 +2,7 @@
 // the documents of one.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <tuple>
@@ -110,6 +111,8 @@ TEST_F(MakeCommandTest, PartsOfClipsAndPicturesFollowEachOtherWithTheirSound) {
 
 TEST_F(MakeCommandTest, PartsAreCountedAtTheRateOfTheirClipAndJoinAtThatOfTheMovie) {
   Clip("fast.mp4", {.rateNum = 120, .frames = 60, .sarNum = 4, .sarDen = 3});
+  fs::create_directory(folder.Path() / "temporary");
+  setenv("TMPDIR", Path("temporary").c_str(), 1);
   const std::string said =
       Make({"fast.mp4@40f-46f", "fast.mp4@0.12167-0.26", "fast.mp4@0.4-9", "-o", "out.mp4"});
   EXPECT_THAT(said,
@@ -120,6 +123,8 @@ TEST_F(MakeCommandTest, PartsAreCountedAtTheRateOfTheirClipAndJoinAtThatOfTheMov
     for (int frame = first; frame < end; ++frame) wanted.push_back(2 * frame);
   }
   EXPECT_EQ(Numbers("out.mp4"), wanted);
+  unsetenv("TMPDIR");
+  EXPECT_TRUE(fs::is_empty(Path("temporary"))) << "documents that nobody keeps";
 }
 
 TEST_F(MakeCommandTest, PicturesStandUprightAsTheirTagsSay) {
@@ -308,14 +313,16 @@ TEST_F(MakeCommandTest, TimelinesOfEditorsBecomeProjects) {
   const Json gap{{"OTIO_SCHEMA", "Gap.1"}, {"source_range", range(0, 10)}};
   const Json transition{
       {"OTIO_SCHEMA", "Transition.1"}, {"name", "cross"}, {"in_offset", time(5)}, {"out_offset", time(5)}};
+  Json off = clip("a.mp4", 0, 5);
+  off["enabled"] = false;
   const Json video =
-      Json::array({clip("a.mp4", 20, 15), gap, clip("a.mp4", 50, 5), transition, clip("a.mp4", 5, 5)});
-  const Json document{{"OTIO_SCHEMA", "Timeline.1"},
-                      {"tracks",
-                       {{"OTIO_SCHEMA", "Stack.1"},
-                        {"children",
-                         {track("Video", video), track("Video", Json::array({clip("a.mp4", 0, 5)})),
-                          track("Audio", Json::array({gap, clip("s.m4a", 10, 25)}))}}}}};
+      Json::array({clip("a.mp4", 20, 15), gap, clip("a.mp4", 50, 5), transition, clip("a.mp4", 5, 5), off});
+  Json document{{"OTIO_SCHEMA", "Timeline.1"},
+                {"tracks",
+                 {{"OTIO_SCHEMA", "Stack.1"},
+                  {"children",
+                   {track("Video", video), track("Video", Json::array({clip("a.mp4", 0, 5)})),
+                    track("Audio", Json::array({gap, clip("s.m4a", 10, 25)}))}}}}};
   folder.Write("cut.otio", document.dump());
   const VrxResult result = Run("new", {"p.vrx", "--from", "cut.otio"});
   ASSERT_EQ(result.status, 0) << result.errors;
@@ -328,10 +335,14 @@ TEST_F(MakeCommandTest, TimelinesOfEditorsBecomeProjects) {
   wanted.insert(wanted.end(), 10, -1);
   for (const auto& part : {Counting(50, 5), Counting(5, 5)})
     wanted.insert(wanted.end(), part.begin(), part.end());
+  wanted.insert(wanted.end(), 5, -1);
   EXPECT_EQ(Numbers("p.mp4"), wanted);
   const std::vector<std::int64_t> clicks = MovieReader(Path("p.mp4")).ReadSound().Clicks();
   ASSERT_EQ(clicks.size(), 1u);
   EXPECT_NEAR(static_cast<double>(clicks.front()), 48000, 100);
+  document["tracks"]["children"].erase(2);
+  folder.Write("silent.otio", document.dump());
+  EXPECT_THAT(Run("new", {"q.vrx", "--from", "silent.otio"}).output, HasSubstr("Sound: none, since no clip"));
 }
 
 TEST_F(MakeCommandTest, WrongUseIsOneLine) {
