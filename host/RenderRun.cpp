@@ -60,7 +60,7 @@ class RenderRun {
     const auto* input = FindOutputAmongInputs(m_report.outputPath, m_report.inputs);
     if (input != nullptr) {
       m_wrapper->Release();
-      return Fail(XpErrNoObject, CauseOf(XpErrNoObject));
+      return Fail(XpErrNoObject, OverwriteOf(*input));
     }
     // What is only worth knowing is for `check`; of the clips it is said again as they are read.
     for (const Problem& problem : m_report.problems) {
@@ -270,6 +270,15 @@ class RenderRun {
       cause = ProblemOf(m_project, m_report, line);
     }
     return cause;
+  }
+
+  /// The inspection knows the painter document of a changed project by another path, and found nothing.
+  Problem OverwriteOf(const project::InputFile& input) const {
+    Problem problem = Failure(m_project.GetName(),
+                              m_report.outputPath + u" is " + input.Role() + u" and would be overwritten");
+    problem.key = project::kOutputFilePath.name;
+    const Problem* shown = m_report.FindError(false);
+    return shown == nullptr ? problem : *shown;
   }
 
   int Fail(std::uint32_t code, const Problem& cause) {
