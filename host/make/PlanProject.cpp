@@ -2,7 +2,9 @@
 
 #include <cmath>
 #include <span>
+#include <string_view>
 
+#include "content/plist/PlistWriter.h"
 #include "content/subtitles/Subtitles.h"
 #include "foundation/text/XpPath.h"
 #include "host/Console.h"
@@ -16,6 +18,23 @@ constexpr std::size_t kMostNotes = 5;  // of a subtitle file
 
 std::string Counted(std::size_t count, const char* noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+/// Why the documents cannot name all files; empty when they can.
+std::string CauseAgainstNames(const MovieRequest& request, const XpString& project, const XpString& output) {
+  std::vector<XpString> paths{project, output, request.music};
+  for (const ClipRequest& clip : request.clips) paths.push_back(clip.path);
+  if (request.sound) {
+    for (const SoundRequest& sound : *request.sound) paths.push_back(sound.path);
+  }
+  for (const XpString& path : paths) {
+    constexpr std::string_view kReplaced = "\uFFFD";
+    std::string written;
+    plist::AppendEscaped(written, path.AsView());
+    if (written.find(kReplaced) != written.npos)
+      return Utf8(path) + ": a document cannot hold this name, which is no UTF-8 or has control characters";
+  }
+  return {};
 }
 
 bool ReadCaptions(const XpString& path, MoviePlan& plan, std::vector<MovieCaption>& captions,
@@ -57,6 +76,7 @@ bool ReadCaptions(const XpString& path, MoviePlan& plan, std::vector<MovieCaptio
 
 bool WriteProject(const MovieRequest& request, const XpString& project, const XpString& output,
                   std::vector<std::string>& choices, std::string& cause) {
+  if (cause = CauseAgainstNames(request, project, output); !cause.empty()) return false;
   EngineModule engine;
   if (!engine.Load(cause)) return false;
   engine.Listen({});
