@@ -145,9 +145,11 @@ TEST_F(MakeCommandTest, PicturesStandUprightAsTheirTagsSay) {
   EXPECT_THAT(Make(arguments), HasSubstr("Sound: none"));
   EXPECT_EQ(Numbers("out.mp4"), wanted);
   folder.Write("tall.jpg", imagefiles::Jpeg(imagefiles::Smooth(32, 64, 4)));
-  EXPECT_THAT(Run("new", {"p.vrx", "p6.jpg"}).output, HasSubstr("Picture: 160x96 (the shape of p6.jpg in full HD)"));
-  EXPECT_THAT(Run("new", {"q.vrx", "tall.jpg", "-o", "x.mov"}).output,
-              AllOf(HasSubstr("Picture: 32x64 (the shape of tall.jpg in full HD)"), HasSubstr("/x.mov of it\n")));
+  EXPECT_THAT(Run("new", {"p.vrx", "p6.jpg"}).output,
+              HasSubstr("Picture: 160x96 (the shape of p6.jpg in full HD)"));
+  EXPECT_THAT(
+      Run("new", {"q.vrx", "tall.jpg", "-o", "x.mov"}).output,
+      AllOf(HasSubstr("Picture: 32x64 (the shape of tall.jpg in full HD)"), HasSubstr("/x.mov of it\n")));
 }
 
 TEST_F(MakeCommandTest, SavedProjectsMakeTheSameMovieAndAreNotReplaced) {
