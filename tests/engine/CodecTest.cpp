@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
+#include "engine/RenderOverrides.h"
 #include "samples/clipmaker/FramePattern.h"
 #include "tests/engine/RenderJob.h"
 #include "tests/support/MovieReader.h"
@@ -115,6 +118,29 @@ TEST_F(CodecTest, PresetAndQualityReachTheEncoder) {
     EXPECT_GT(sizes[0], sizes[1]);
     EXPECT_GT(sizes[1], usual.size());
     EXPECT_GT(usual.size(), sizes[2]);
+  }
+}
+
+TEST_F(CodecTest, OverridesThatCannotBeAreRefusedAndKeepThoseBefore) {
+  VRXRenderOverrides usable = Of(VRXVideoCodecAv1);
+  usable.crf = 63;
+  ASSERT_EQ(VRX_SetRenderOverrides(&usable), kOk);
+  using Change = void (*)(VRXRenderOverrides&);
+  const std::pair<Result, Change> refused[] = {
+      {kInvalidArgument, [](auto& o) { o.structSize = sizeof(o) - 1; }},
+      {kUnusableSettings, [](auto& o) { o.overlays = static_cast<decltype(o.overlays)>(2); }},
+      {kUnusableSettings, [](auto& o) { o.codec = static_cast<VRXVideoCodec>(4); }},
+      {kUnusableSettings, [](auto& o) { o.preset = "fats"; }},
+      {kUnusableSettings, [](auto& o) { o.crf = 51.5; }},
+      {kUnusableSettings, [](auto& o) { o.crf = std::numeric_limits<double>::quiet_NaN(); }},
+      {kUnusableSettings, [](auto& o) { o.firstFrame = std::uint64_t{1} << 63; }},
+      {kUnusableSettings, [](auto& o) { o.frameCount = std::uint64_t{1} << 63; }},
+  };
+  for (const auto& [result, change] : refused) {
+    VRXRenderOverrides overrides = Of(VRXVideoCodecHevc);
+    change(overrides);
+    EXPECT_EQ(VRX_SetRenderOverrides(&overrides), result);
+    EXPECT_EQ(CurrentRenderOverrides().codec, VideoCodec::Av1);
   }
 }
 
