@@ -2,12 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "foundation/platform/MemoryFile.h"
 #include "host/MovieFormat.h"
 #include "vrx/XpString.h"
 
@@ -22,16 +20,10 @@ struct ProjectChanges {
   bool IsEmpty() const { return output.IsEmpty() && !size && !frameDuration && !bitrate; }
 };
 
-/// Documents in memory, with absolute paths.
-struct ChangedProject {
-  std::string project;
-  XpString painterPath;  // of the painter document's file; empty when it is as it was
-  std::unique_ptr<platform::MemoryFile> painter;  // that the project then names
-};
-
-/// The project document `bytes`, which lies at `path`, with the changes. What cannot be read stays as it is,
-/// so that its own reader says why.
-ChangedProject ChangeProject(const std::vector<char>& bytes, const XpString& path,
-                             const ProjectChanges& changes);
+/// The project document `bytes`, which lies at `path`, with the changes and with absolute paths. One that
+/// cannot be read stays as it is, so that its own reader says why. Overlays follow the size of the frames
+/// that they are drawn on, so their document needs no change.
+std::string ChangeProject(const std::vector<char>& bytes, const XpString& path,
+                          const ProjectChanges& changes);
 
 }  // namespace vrx::host

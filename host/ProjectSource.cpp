@@ -1,7 +1,6 @@
 #include "host/ProjectSource.h"
 
 #include <cstdio>
-#include <utility>
 
 #include "foundation/file/XpFile.h"
 #include "foundation/platform/Paths.h"
@@ -48,11 +47,9 @@ ProjectSource::ProjectSource(const std::string& argument, const ProjectChanges& 
   } else if (!m_isChanged || !ReadFile(m_path, m_bytes)) {
     return;
   }
-  ChangedProject changed = ChangeProject(m_bytes, m_path, changes);
-  if (m_isChanged) m_bytes.assign(changed.project.begin(), changed.project.end());
-  m_painterPath = changed.painterPath;
-  m_painter = std::move(changed.painter);
-  m_copy = std::make_unique<platform::MemoryFile>(changed.project);
+  const std::string changed = ChangeProject(m_bytes, m_path, changes);
+  if (m_isChanged) m_bytes.assign(changed.begin(), changed.end());
+  m_copy = std::make_unique<platform::MemoryFile>(changed);
 }
 
 void ProjectSource::HideDocuments(const XpString& name) {
@@ -61,10 +58,8 @@ void ProjectSource::HideDocuments(const XpString& name) {
 }
 
 void ProjectSource::NameFile(check::Problem& problem) const {
-  const bool isPainter = m_painter && problem.file == m_painter->GetPath();
-  if (isPainter) problem.file = m_painterPath;
   const bool isHidden = m_isHidden && XpPathDirectory(problem.file) == XpPathDirectory(m_path);
-  if (isPainter || isHidden || (problem.file == m_path && m_isChanged)) problem.line = 0;
+  if (isHidden || (problem.file == m_path && m_isChanged)) problem.line = 0;
   if (isHidden || problem.file == m_path) problem.file = m_name;
 }
 
@@ -72,11 +67,6 @@ void ProjectSource::NameFiles(check::ProjectReport& report) const {
   for (check::Problem& problem : report.problems) NameFile(problem);
   if (m_isChanged || m_isHidden) {
     for (check::ClipRow& clip : report.clips) clip.line = 0;
-  }
-  if (!m_painter) return;
-  report.painterPath = m_painterPath;
-  for (project::InputFile& input : report.inputs) {
-    if (input.path == m_painter->GetPath()) input.path = m_painterPath;
   }
 }
 

@@ -42,8 +42,6 @@ class ProjectSource {
   XpString m_name;
   std::vector<char> m_bytes;                     // of standard input, or with changes
   std::unique_ptr<platform::MemoryFile> m_copy;  // of standard input, or with changes
-  XpString m_painterPath;                        // of the painter document that m_painter stands for
-  std::unique_ptr<platform::MemoryFile> m_painter;
 };
 
 }  // namespace vrx::host
