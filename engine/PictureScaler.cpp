@@ -19,7 +19,10 @@ namespace vrx::engine {
 namespace {
 
 constexpr double kLobes = 3;
-constexpr double kChromaLobes = 2;  // of planes that are smaller already; a tenth of the cost less
+// Of planes that are smaller already, and of pictures that shrink to half or less, where the filter is long
+// and the picture large: it costs a fiftieth of the time of such a render less, and is still as good as
+// bicubic.
+constexpr double kShortLobes = 2;
 constexpr int kAlignment = 64;      // bytes, for the widest vectors
 constexpr int kMaxSubsampling = 2;  // powers of two that zimg takes
 constexpr int kPlanes = 3;
@@ -197,8 +200,9 @@ Result PictureScaler::PrepareGraph(const Kind& from, const Kind& to) {
   zimg_graph_builder_params parameters;
   zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
   parameters.resample_filter = parameters.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
-  parameters.filter_param_a = kLobes;
-  parameters.filter_param_a_uv = kChromaLobes;
+  const bool isHalved = from.width >= 2 * to.width && from.height >= 2 * to.height;
+  parameters.filter_param_a = isHalved ? kShortLobes : kLobes;
+  parameters.filter_param_a_uv = kShortLobes;
   parameters.cpu_type = ZIMG_CPU_AUTO_64B;
   const bool losesDepth = input.depth > output.depth && output.pixel_type == ZIMG_PIXEL_BYTE;
   parameters.dither_type = losesDepth ? ZIMG_DITHER_ORDERED : ZIMG_DITHER_NONE;
