@@ -240,7 +240,8 @@ TEST_F(OverridesTest, ChangedDocumentsKeepTheirNamesAlsoFromStandardInput) {
   std::string painter = folder.Read("painter.vrx");
   folder.Write("painter.vrx", painter.insert(painter.find("]]>"), "stray"));
   WriteProject();
-  const std::string warning = "vrx: warning: " + Path("painter.vrx") + ":1: CaptionString \"stray\" lies in no";
+  const std::string warning =
+      "vrx: warning: " + Path("painter.vrx") + ":1: CaptionString \"stray\" lies in no";
   const VrxResult named = RenderWith({"--size", "160x96"});
   EXPECT_THAT(named.errors, HasSubstr(warning));
   EXPECT_EQ(std::count(named.errors.begin(), named.errors.end(), '\n'), 1) << named.errors;
