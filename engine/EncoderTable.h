@@ -30,7 +30,8 @@ struct CodecFacts {
 
 const CodecFacts& FactsOf(VideoCodec codec);
 
-/// What every encoder is told: size, rate, colour, bitrate. `globalHeader` as MovieWriter::WantsGlobalHeader.
+/// What every encoder receives: size, rate, colour, bitrate. `globalHeader` as
+/// MovieWriter::WantsGlobalHeader.
 void SetUpPicture(const VideoPlan& plan, bool globalHeader, AVCodecContext& codec);
 
 /// The constant rate factor that a plan without a bitrate gets.

@@ -25,7 +25,7 @@ class ProjectSource {
   /// there with absolute paths, for as long as this object lives; empty when that cannot be done.
   const XpString& GetPath() const { return m_copy ? m_copy->GetPath() : m_path; }
 
-  /// For documents that nobody keeps: problems of those in the project's folder name `name` instead.
+  /// For documents that are removed after the render: problems of those in the project's folder name `name` instead.
   void HideDocuments(const XpString& name);
 
   /// Gives what the report says of the documents their names. Lines of a changed one are dropped, since they

@@ -48,7 +48,7 @@ TEST(AlphaConversionTest, ColoursAndAlphaAreExactInBothMatrices) {
 TEST(AlphaConversionTest, HiddenPixelsContinueTheNearestColour) {
   constexpr int kWidth = 80, kHeight = 48;
   constexpr std::uint32_t kRed = 0xFFFF0000, kGreen = 0xFF00FF00, kFaintBlue = 0x080000FF;
-  std::vector<std::uint32_t> drawing(kWidth * kHeight, 0x00FFFFFF);  // white, where nobody sees it
+  std::vector<std::uint32_t> drawing(kWidth * kHeight, 0x00FFFFFF);  // white, but transparent
   const auto at = [&](int x, int y) -> std::uint32_t& {
     return drawing[static_cast<std::size_t>(y * kWidth + x)];
   };

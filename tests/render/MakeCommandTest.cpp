@@ -127,7 +127,7 @@ TEST_F(MakeCommandTest, PartsAreCountedAtTheRateOfTheirClipAndJoinAtThatOfTheMov
   EXPECT_EQ(movie.RemainingNumbers(), wanted);
   EXPECT_EQ(movie.Info().videoCodec, "hevc");
   unsetenv("TMPDIR");
-  EXPECT_TRUE(fs::is_empty(Path("temporary"))) << "documents that nobody keeps";
+  EXPECT_TRUE(fs::is_empty(Path("temporary"))) << "the documents are removed";
 }
 
 TEST_F(MakeCommandTest, PicturesStandUprightAsTheirTagsSay) {
