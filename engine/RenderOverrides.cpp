@@ -1,7 +1,6 @@
 #include "engine/RenderOverrides.h"
 
 #include <algorithm>
-#include <array>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -11,11 +10,6 @@
 
 namespace vrx::engine {
 namespace {
-
-constexpr std::array<const char*, 9> kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
-                                              "medium",    "slow",      "slower",   "veryslow"};
-constexpr double kMaxQuality = 51.0;
-constexpr double kMaxAv1Quality = 63.0;
 
 struct Kept {
   std::mutex lock;
@@ -51,15 +45,15 @@ Result ReadCodec(VRXVideoCodec wanted, std::optional<VideoCodec>& codec) {
 
 Result ReadPreset(const char* wanted, const char*& preset) {
   if (wanted == nullptr) return kOk;
-  const auto found = std::find(kPresets.begin(), kPresets.end(), std::string_view(wanted));
-  if (found == kPresets.end()) return Unusable(std::string("preset is ") + wanted);
+  const auto found = std::find(limits::kPresets.begin(), limits::kPresets.end(), std::string_view(wanted));
+  if (found == limits::kPresets.end()) return Unusable(std::string("preset is ") + wanted);
   preset = *found;
   return kOk;
 }
 
 Result ReadQuality(const VRXRenderOverrides& wanted, std::optional<double>& quality) {
   if (wanted.crf < 0.0) return kOk;
-  const double most = wanted.codec == VRXVideoCodecAv1 ? kMaxAv1Quality : kMaxQuality;
+  const double most = wanted.codec == VRXVideoCodecAv1 ? limits::kMaxAv1Quality : limits::kMaxQuality;
   if (!(wanted.crf <= most)) return Unusable("crf is " + std::to_string(wanted.crf));
   quality = wanted.crf;
   return kOk;

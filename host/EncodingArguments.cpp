@@ -1,25 +1,17 @@
 #include "host/EncodingArguments.h"
 
-#include <array>
-#include <string_view>
+#include <algorithm>
 #include <vector>
 
 #include "host/ArgumentChecks.h"
+#include "vrx/VRXLimits.h"
 
 namespace vrx::host {
 namespace {
 
-constexpr double kMostQuality = 51.0;
-constexpr double kMostAv1Quality = 63.0;
-constexpr std::array kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
-                              "medium",    "slow",      "slower",   "veryslow"};
-
 std::string CheckPreset(const std::string& text) {
-  const std::vector<std::string> names(kPresets.begin(), kPresets.end());
-  for (const std::string& name : names) {
-    if (name == text) return {};
-  }
-  return NoneOf(text, names);
+  const std::vector<std::string> names(limits::kPresets.begin(), limits::kPresets.end());
+  return std::ranges::find(names, text) == names.end() ? NoneOf(text, names) : std::string();
 }
 
 }  // namespace
@@ -56,7 +48,7 @@ void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
   command
       .add_option("--crf", arguments.quality,
                   "Constant quality instead of a bitrate: 0 is without loss, 18 very good, 28 small")
-      ->check(NumberWithin(0.0, kMostAv1Quality))
+      ->check(NumberWithin(0.0, limits::kMaxAv1Quality))
       ->option_text("NUMBER")
       ->excludes(command.get_option("--bitrate"));
   command.add_option("--preset", arguments.preset, "ultrafast to veryslow: slower makes smaller files")
@@ -74,7 +66,7 @@ void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
 }
 
 void CheckEncoding(const EncodingArguments& arguments) {
-  if (arguments.quality > kMostQuality && arguments.codec != VRXVideoCodecAv1)
+  if (arguments.quality > limits::kMaxQuality && arguments.codec != VRXVideoCodecAv1)
     throw CLI::ValidationError("--crf", "goes up to 51 (with --codec av1 to 63)");
 }
 

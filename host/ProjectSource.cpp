@@ -2,10 +2,10 @@
 
 #include <cstdio>
 
-#include "foundation/file/XpFile.h"
 #include "foundation/platform/Paths.h"
 #include "foundation/text/XpPath.h"
 #include "foundation/xml/XmlDocument.h"
+#include "host/WholeFile.h"
 
 namespace vrx::host {
 namespace {
@@ -27,13 +27,11 @@ std::vector<char> ReadInput() {
 
 /// False for a file that cannot be read; its own reader says why.
 bool ReadFile(const XpString& path, std::vector<char>& bytes) {
-  XpFile file(path);
-  if (file.Open(XpOpenRead, XpShareRead) != XpOk) return false;
-  const std::int64_t size = file.GetSize();
-  if (size < 0 || static_cast<std::uint64_t>(size) >= MostBytes()) return false;
-  bytes.resize(static_cast<std::size_t>(size));
-  std::uint64_t read = 0;
-  return size == 0 || (file.Read(bytes.data(), bytes.size(), &read) == XpOk && read == bytes.size());
+  std::string text, cause;
+  if (!ReadWholeFile(path, static_cast<std::int64_t>(xml::XmlLimits().bytes >> 20), "project", text, cause))
+    return false;
+  bytes.assign(text.begin(), text.end());
+  return true;
 }
 
 }  // namespace

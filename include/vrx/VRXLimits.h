@@ -2,6 +2,7 @@
 // start one.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 namespace vrx::limits {
@@ -13,6 +14,12 @@ inline constexpr std::uint32_t kMaxSampleRate = 192000;
 inline constexpr std::uint64_t kMaxFramesPerSecond = 1000;
 inline constexpr std::uint64_t kMaxSecondsPerFrame = 10;
 inline constexpr std::int64_t kMaxMovieFrames = 0x7FFFFFFF;
+
+/// Presets of encoders as x264 names them, the fastest first.
+inline constexpr std::array<const char*, 9> kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
+                                                     "medium",    "slow",      "slower",   "veryslow"};
+inline constexpr double kMaxQuality = 51.0;     // constant rate factor; higher is worse
+inline constexpr double kMaxAv1Quality = 63.0;  // the same of AV1
 
 constexpr bool IsUsableSide(std::int32_t pixels) {
   return pixels >= kMinSide && pixels <= kMaxSide && pixels % 2 == 0;
