@@ -236,7 +236,7 @@ TEST_F(OverlaySequenceTest, AlphaComesBackExactly) {
   for (std::size_t i = 0; i < kPixels; ++i) ASSERT_EQ(overlay[i] >> 24, painter.drawing[i] >> 24) << i;
 }
 
-TEST_F(OverlaySequenceTest, CallbackGetsTheFramesOfItsRangesAndIsToldOfThoseBefore) {
+TEST_F(OverlaySequenceTest, CallbackReceivesTheFramesOfItsRangesAndTheNumbersOfThoseBefore) {
   RenderJob job(Path("alone.mov"));
   SetUp(job);
   Ask(9, 2);
