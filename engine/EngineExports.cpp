@@ -18,6 +18,7 @@ extern "C" {
 #include "engine/RenderSummary.h"
 #include "engine/Sequence.h"
 #include "engine/SourceProbe.h"
+#include "engine/SpanReport.h"
 #include "engine/StillFrame.h"
 
 namespace vrx::engine {
@@ -172,6 +173,8 @@ std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary) {
 std::int32_t VRX_SetRenderOverrides(const VRXRenderOverrides* overrides) {
   return engine::Guarded("VRX_SetRenderOverrides", [&] { return engine::SetRenderOverrides(overrides); });
 }
+
+void VRX_SetSpanCallback(VRXSpanFunction spans, void* context) { engine::SetSpanCallback(spans, context); }
 
 std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemOutputSetting* output, std::uint64_t frame,
                              void* buffer, std::uint32_t size) {

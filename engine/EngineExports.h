@@ -23,3 +23,6 @@ VRX_ENGINE_EXPORT std::int32_t VRX_RenderFrame(VRXTimeline* timeline, VRXSystemO
                                                std::uint64_t frame, void* buffer, std::uint32_t size);
 VRX_ENGINE_EXPORT std::int32_t VRX_GetRenderSummary(VRXRenderSummary* summary);
 VRX_ENGINE_EXPORT std::int32_t VRX_SetRenderOverrides(const VRXRenderOverrides* overrides);
+VRX_ENGINE_EXPORT void VRX_SetSpanCallback(VRXSpanFunction spans, void* context);
+VRX_ENGINE_EXPORT std::int32_t VRX_CreateJoin(VRXHandle engine, const VRXPieces* pieces,
+                                              IVRXSequence** sequence);

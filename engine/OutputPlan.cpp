@@ -70,6 +70,14 @@ void Override(const RenderOverrides& overrides, OutputPlan& plan) {
   plan.firstFrame = overrides.firstFrame;
   plan.frameCount = overrides.frameCount;
   plan.overlaysAlone = overrides.overlaysAlone;
+  plan.tracks = overrides.tracks;
+  plan.piece = overrides.piece;
+}
+
+/// Who asks for a quality wants the movie to be as small as that makes it.
+SmartRendering ChooseSmartRendering(const VRXVideoOutputSetting& setting, const RenderOverrides& overrides) {
+  if (overrides.smart != SmartRendering::ByRecord) return overrides.smart;
+  return setting.forceRerendering || overrides.quality ? SmartRendering::Off : SmartRendering::Auto;
 }
 
 Result ChooseContainer(std::int32_t systemType, const std::string& path, Container& container) {
@@ -161,8 +169,9 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrid
   }
   VRX_TRY(MakeVideoPlan(*setting.video, plan.video));
   Override(overrides, plan);
+  plan.smart = ChooseSmartRendering(*setting.video, overrides);
   VRX_TRY(ChooseContainer(setting.systemType, plan.path, plan.container));
-  if (setting.audio != nullptr) {
+  if (setting.audio != nullptr && plan.tracks != Tracks::Picture) {
     AudioPlan audio{};
     VRX_TRY(MakeAudioPlan(*setting.audio, plan.container, audio));
     // The MP4 muxer does not take PCM, and the QuickTime muxer does.

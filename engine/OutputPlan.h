@@ -43,6 +43,9 @@ struct OutputPlan {
   std::int64_t firstFrame = 0;  // of the movie: the first that is written
   std::int64_t frameCount = 0;  // 0: all that are left
   bool overlaysAlone = false;
+  SmartRendering smart = SmartRendering::Off;  // never by the record
+  Tracks tracks = Tracks::All;
+  std::optional<PieceLabel> piece;  // without its frames
 };
 
 /// kInvalidArgument for a record without its parts, kUnusableSettings with a logged line that names the

@@ -1,6 +1,7 @@
 #include "engine/RenderOverrides.h"
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -67,6 +68,35 @@ Result ReadFrames(const VRXRenderOverrides& wanted, RenderOverrides& read) {
   return kOk;
 }
 
+Result ReadPiece(const VRXRenderOverrides& wanted, std::optional<PieceLabel>& piece) {
+  if (wanted.pieceOf == nullptr) return kOk;
+  constexpr std::size_t kLongest = 64;
+  const std::string movie(wanted.pieceOf, strnlen(wanted.pieceOf, kLongest + 1));
+  const bool isName =
+      !movie.empty() && movie.size() <= kLongest && std::all_of(movie.begin(), movie.end(), [](char letter) {
+        return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= '0' && letter <= '9');
+      });
+  if (!isName) return Unusable("the name of the movie in pieces is not 1 to 64 letters and digits");
+  const bool isSound = wanted.tracks == VRXSoundAlone;
+  if (wanted.pieceCount == 0 || wanted.piece > wanted.pieceCount || isSound != (wanted.piece == 0) ||
+      wanted.tracks == VRXAllTracks)
+    return Unusable("piece " + std::to_string(wanted.piece) + " of " + std::to_string(wanted.pieceCount) +
+                    (isSound ? " with sound" : " without sound"));
+  piece = PieceLabel{.movie = movie, .number = wanted.piece, .count = wanted.pieceCount};
+  return kOk;
+}
+
+/// Enumerators have the same order on both sides.
+template <class Enumeration, class Wanted>
+Result ReadChoice(Wanted wanted, Enumeration last, const char* name, Enumeration& read) {
+  const auto number = static_cast<std::int32_t>(wanted);
+  if (number < 0 || number > static_cast<std::int32_t>(last))
+    return Unusable(std::string(name) + " is " + std::to_string(number));
+  read = static_cast<Enumeration>(number);
+  return kOk;
+}
+
 }  // namespace
 
 Result SetRenderOverrides(const VRXRenderOverrides* overrides) {
@@ -79,6 +109,9 @@ Result SetRenderOverrides(const VRXRenderOverrides* overrides) {
     VRX_TRY(ReadPreset(overrides->preset, read.preset));
     VRX_TRY(ReadQuality(*overrides, read.quality));
     VRX_TRY(ReadFrames(*overrides, read));
+    VRX_TRY(ReadChoice(overrides->smart, SmartRendering::Require, "smart", read.smart));
+    VRX_TRY(ReadChoice(overrides->tracks, Tracks::Sound, "tracks", read.tracks));
+    VRX_TRY(ReadPiece(*overrides, read.piece));
     read.hardware = overrides->hardware;
     read.overlaysAlone = overrides->overlays == VRXOverlayAlone;
   }

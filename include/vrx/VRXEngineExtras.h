@@ -1,6 +1,6 @@
 // What our conversion engine offers beyond the six functions that the library needs: a readable log, a look
-// into a source, single frames, a summary, and overrides of a render. A host finds each by its name and does
-// without those that an engine lacks.
+// into a source, single frames, a summary, overrides of a render, the spans that it copies, and movies made
+// of pieces. A host finds each by its name and does without those that an engine lacks.
 #pragma once
 
 #include "vrx/VRXEngine.h"
@@ -55,6 +55,7 @@ struct VRXRenderSummary {
   std::uint64_t frames = 0;
   std::uint64_t soundSamples = 0;  // per channel
   std::uint64_t bytes = 0;
+  std::uint64_t copiedFrames = 0;  // of `frames`
 };
 using VRX_GetRenderSummaryFunction = std::int32_t (*)(VRXRenderSummary* summary);
 
@@ -74,6 +75,17 @@ enum VRXOverlayOutput : std::int32_t {
   VRXOverlayAlone = 1,
 };
 
+/// Whether pictures that the movie shows as a source holds them are copied as they are coded.
+enum VRXSmartRendering : std::int32_t {
+  VRXSmartByRecord = 0,  // as VRXSmartAuto, unless the record says forceRerendering
+  VRXSmartOff = 1,
+  VRXSmartAuto = 2,
+  VRXSmartRequire = 3,  // as VRXSmartAuto, but no render where a span has to be encoded for its source
+};
+
+/// The tracks of the movie that are written.
+enum VRXTrackChoice : std::int32_t { VRXAllTracks = 0, VRXPictureAlone = 1, VRXSoundAlone = 2 };
+
 /// What a host asks of its renders beyond their records. A default object asks for nothing.
 struct VRXRenderOverrides {
   std::uint32_t structSize = sizeof(VRXRenderOverrides);  // bytes, so that later fields are recognised
@@ -85,8 +97,46 @@ struct VRXRenderOverrides {
   std::uint64_t firstFrame = 0;  // of the movie: the first that is written, with the sound that belongs to it
   std::uint64_t frameCount = 0;  // 0: all that are left
   VRXOverlayOutput overlays = VRXOverlayInMovie;
+  VRXSmartRendering smart = VRXSmartByRecord;
+  VRXTrackChoice tracks = VRXAllTracks;
+  // The movie is a piece of a larger one, and says so in its file: of which one, which of how many, and the
+  // frames of the range. The sound of a movie in pieces is piece 0.
+  const char* pieceOf = nullptr;  // up to 64 letters and digits; null: a movie of its own
+  std::uint32_t piece = 0;
+  std::uint32_t pieceCount = 0;
 };
 
 /// For every sequence that is made from now on in this process; null ends that. Copies what it is given. Not
 /// VRXEngineOk, with a line in the log and no change, for values that are not usable.
 using VRX_SetRenderOverridesFunction = std::int32_t (*)(const VRXRenderOverrides* overrides);
+
+/// Frames of the movie that are made in one way. Spans of the picture follow each other without a gap over
+/// all frames that are written. The sound, where there is one, is a single span.
+struct VRXRenderSpan {
+  VRXTrackKind track;
+  bool copied;         // as the source's packets hold it; else encoded
+  bool sourceIsCause;  // encoded since the source is not as the movie needs it; VRXSmartRequire refuses that
+  std::uint64_t firstFrame;  // of the whole movie
+  std::uint64_t frameCount;
+  std::uint32_t clip;  // on its track, counted from 1; 0 for none
+  const char* reason;  // UTF-8, why it is encoded, such as "overlay"; empty for a copied span
+  // Frames of a copied span at which another copy could begin, rising, the span's first among them.
+  const std::uint64_t* starts;
+  std::uint32_t startCount;
+};
+using VRXSpanFunction = void (*)(void* context, const VRXRenderSpan& span);
+/// Called for every span of a sequence, first picture and then sound, when the sequence is made and before
+/// anything is rendered. The span lives until the callback returns. A null `spans` ends that.
+using VRX_SetSpanCallbackFunction = void (*)(VRXSpanFunction spans, void* context);
+
+/// The pieces of one movie, which are copied together.
+struct VRXPieces {
+  std::uint32_t structSize = sizeof(VRXPieces);  // bytes, so that later fields are recognised
+  const char16_t* const* paths = nullptr;        // in any order, the sound among them
+  std::uint32_t count = 0;
+  const char16_t* output = nullptr;  // its ending decides what file it is
+};
+/// Makes a sequence that writes the movie. kUnusableSettings, with a line in the log, for a piece that is
+/// missing, is there twice, belongs to another movie, or was made with other settings.
+using VRX_CreateJoinFunction = std::int32_t (*)(VRXHandle engine, const VRXPieces* pieces,
+                                                IVRXSequence** sequence);
