@@ -88,7 +88,19 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   // Some players take no other name of HEVC in these files; its headers are beside the stream, as that says.
   const bool hevc = encoder.codec_id == AV_CODEC_ID_HEVC && m_container != Container::MpegTs;
   if (hevc) stream->codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
-  index = stream->index;
+  return AddedStream(*stream, index);
+}
+
+Result MovieWriter::AddStream(const AVCodecParameters& parameters, AVRational timeBase, int& index) {
+  AVStream* stream = avformat_new_stream(m_muxer, nullptr);
+  if (stream == nullptr || avcodec_parameters_copy(stream->codecpar, &parameters) < 0) return kOutOfMemory;
+  stream->time_base = timeBase;
+  return AddedStream(*stream, index);
+}
+
+Result MovieWriter::AddedStream(const AVStream& stream, int& index) {
+  if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) m_sampleRate = stream.codecpar->sample_rate;
+  index = stream.index;
   m_packets.push_back(0);
   return kOk;
 }
@@ -108,6 +120,7 @@ Result MovieWriter::Begin(std::uint64_t packets) {
   AVDictionary* options = nullptr;
   av_dict_set(&options, "movflags", "use_metadata_tags", 0);
   av_dict_set_int(&options, "moov_size", ReservedIndexBytes(packets), 0);
+  if (m_sampleRate != 0) av_dict_set_int(&options, "movie_timescale", m_sampleRate, 0);
   const int error = avformat_write_header(m_muxer, &options);
   av_dict_free(&options);
   return error < 0 ? Fail("the header cannot be written", error) : kOk;

@@ -28,6 +28,8 @@ class MovieWriter {
   static bool WantsGlobalHeader(Container container);
   /// Adds the stream of an opened encoder and gives its index.
   Result AddStream(const AVCodecContext& encoder, int& stream);
+  /// Adds a stream of packets that are copied, whose times are in `timeBase`.
+  Result AddStream(const AVCodecParameters& parameters, AVRational timeBase, int& stream);
   /// Writes the file's header; all streams must be there. An MP4 or QuickTime file keeps a place for its
   /// index before the pictures, so that it plays while it loads. `packets` are no fewer than those that
   /// follow.
@@ -44,6 +46,7 @@ class MovieWriter {
   void Abandon();
 
  private:
+  Result AddedStream(const AVStream& stream, int& index);
   std::int64_t ReservedIndexBytes(std::uint64_t packets) const;
   Result Fail(const char* action, int error);
   void FreeMuxer();
@@ -53,6 +56,7 @@ class MovieWriter {
   AVIOContext* m_io = nullptr;
   std::string m_path;
   Container m_container = Container::Mp4;
+  int m_sampleRate = 0;  // Hz; the unit of edit lists, so that they cut to the sample. 0 without sound
   std::size_t m_timeZoneBytes = 0;
   std::vector<std::uint64_t> m_packets;  // of each stream
   std::uint64_t m_bytes = 0;

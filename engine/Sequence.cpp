@@ -35,24 +35,19 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
 }
 
 Result Sequence::OpenTracks() {
-  const bool header = MovieWriter::WantsGlobalHeader(m_output.container);
-  VRX_TRY(m_videoEncoder.Open(m_output.video, header));
+  VRX_TRY(m_videoEncoder.Open(m_output.video, MovieWriter::WantsGlobalHeader(m_output.container)));
   if (!m_output.audio) return kOk;
-  const AudioPlan& audio = *m_output.audio;
-  VRX_TRY(m_audioEncoder.Open(audio, header));
-  return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels}, SamplesBefore(m_first),
-                          SamplesBefore(m_first + m_total), m_stop, m_audio);
+  m_sound = std::make_unique<SoundTrack>();
+  VRX_TRY(m_sound->Open(m_timeline.audio, m_output, m_first, m_total, m_stop));
+  m_sound->Report();
+  return kOk;
 }
 
 Result Sequence::OpenOutput() {
   VRX_TRY(m_writer.Create(m_output));
   VRX_TRY(m_writer.AddStream(m_videoEncoder.GetContext(), m_videoStream));
-  if (m_audio) {
-    VRX_TRY(m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream));
-  }
-  const std::int64_t sound =
-      m_audio ? m_audioEncoder.PacketsOf(SamplesBefore(m_first + m_total) - SamplesBefore(m_first)) : 0;
-  return m_writer.Begin(static_cast<std::uint64_t>(m_total + sound));
+  if (m_sound) VRX_TRY(m_sound->AddTo(m_writer));
+  return m_writer.Begin(static_cast<std::uint64_t>(m_total + (m_sound ? m_sound->GetPackets() : 0)));
 }
 
 void Sequence::GiveUp() {
@@ -89,27 +84,18 @@ Result Sequence::EncodeFrame(FramePtr& frame) {
   m_overlay->Apply(m_first + m_done, frame);
   VRX_TRY(m_videoEncoder.Encode(*frame, m_done, m_writer, m_videoStream));
   ++m_done;
-  if (!m_audio) return kOk;
-  const std::int64_t samples = SamplesBefore(m_first + m_done) - SamplesBefore(m_first);
-  return m_audioEncoder.EncodeUpTo(samples, *m_audio, m_writer, m_audioStream);
-}
-
-/// Of the whole movie's sound.
-std::int64_t Sequence::SamplesBefore(std::int64_t frame) const {
-  return SamplesOfFrames(frame, m_output.video.frameDuration, m_output.audio->sampleRate);
+  return m_sound ? m_sound->WriteUpTo(m_done, m_writer) : kOk;
 }
 
 Result Sequence::Finish() {
   m_pipeline.reset();
-  if (m_audio) {
-    VRX_TRY(m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream));
-  }
+  if (m_sound) VRX_TRY(m_sound->Finish(m_writer));
   VRX_TRY(m_videoEncoder.Drain(m_writer, m_videoStream, m_stop));
   if (m_stop.IsSet()) return kOk;
   VRX_TRY(m_writer.Finish());
   m_finished = true;
   KeepRenderSummary({m_writer.GetPacketCount(m_videoStream),
-                     static_cast<std::uint64_t>(m_audioEncoder.GetSamples()), m_writer.GetBytes()});
+                     static_cast<std::uint64_t>(m_sound ? m_sound->GetSamples() : 0), m_writer.GetBytes()});
   return kOk;
 }
 

@@ -6,8 +6,6 @@
 #include <memory>
 #include <vector>
 
-#include "engine/AudioEncoder.h"
-#include "engine/AudioTrack.h"
 #include "engine/BasebandVideoSource.h"
 #include "engine/EngineResult.h"
 #include "engine/FramePipeline.h"
@@ -15,6 +13,7 @@
 #include "engine/OutputPlan.h"
 #include "engine/OverlayStage.h"
 #include "engine/RenderSequence.h"
+#include "engine/SoundTrack.h"
 #include "engine/TimelinePlan.h"
 #include "engine/VideoEncoder.h"
 #include "vrx/VRXEngine.h"
@@ -39,7 +38,6 @@ class Sequence final : public RenderSequence {
   Result RenderNext() override;
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
-  std::int64_t SamplesBefore(std::int64_t frame) const;
   Result Finish() override;
   void GiveUp() override;
 
@@ -52,10 +50,8 @@ class Sequence final : public RenderSequence {
 
   MovieWriter m_writer;
   VideoEncoder m_videoEncoder;
-  AudioEncoder m_audioEncoder;
-  std::unique_ptr<AudioTrack> m_audio;  // null for a silent movie
+  std::unique_ptr<SoundTrack> m_sound;  // null for a silent movie
   int m_videoStream = 0;
-  int m_audioStream = 0;
   std::unique_ptr<OverlayStage> m_overlay;
   std::unique_ptr<BasebandVideoSource> m_baseband;
   std::unique_ptr<FramePipeline> m_pipeline;  // last, so that its thread ends before what it uses

@@ -1,0 +1,72 @@
+#include "engine/SoundTrack.h"
+
+#include <optional>
+#include <utility>
+
+#include "engine/SpanReport.h"
+
+namespace vrx::engine {
+
+Result SoundTrack::Open(std::vector<AudioClip> clips, const OutputPlan& plan, std::int64_t firstFrame,
+                        std::int64_t frameCount, const StopSignal& stop) {
+  m_plan = *plan.audio;
+  m_frameDuration = plan.video.frameDuration;
+  m_firstFrame = firstFrame;
+  m_frameCount = frameCount;
+  const std::int64_t first = SamplesBefore(firstFrame);
+  const std::int64_t end = SamplesBefore(firstFrame + frameCount);
+  VRX_TRY(
+      AudioTrack::Open(std::move(clips), {m_plan.sampleRate, m_plan.channels}, first, end, stop, m_track));
+  if (plan.smart == SmartRendering::Off) {
+    m_reason = "smart rendering is off";
+  } else if (const std::optional<SoundRun> run = m_track->FindSingleRun(m_reason)) {
+    m_clip = static_cast<std::uint32_t>(run->clip + 1);
+    VRX_TRY(AudioCopier::Open(*run, end - first, m_plan, plan.container, stop, m_copier, m_reason));
+  }
+  return m_copier ? kOk : m_encoder.Open(m_plan, MovieWriter::WantsGlobalHeader(plan.container));
+}
+
+/// The source is never the cause that pictures are encoded again, and so VRXSmartRequire does not refuse it:
+/// sound is encoded in a moment, and by its place to the sample.
+void SoundTrack::Report() const {
+  ReportSpan({.track = VRXAudioTrack,
+              .copied = m_copier != nullptr,
+              .sourceIsCause = false,
+              .firstFrame = static_cast<std::uint64_t>(m_firstFrame),
+              .frameCount = static_cast<std::uint64_t>(m_frameCount),
+              .clip = m_clip,
+              .reason = m_reason.c_str(),
+              .starts = nullptr,
+              .startCount = 0});
+}
+
+Result SoundTrack::AddTo(MovieWriter& writer) {
+  if (m_copier) return writer.AddStream(m_copier->GetParameters(), m_copier->GetTimeBase(), m_stream);
+  return writer.AddStream(m_encoder.GetContext(), m_stream);
+}
+
+std::int64_t SoundTrack::GetPackets() const {
+  if (m_copier) return m_copier->GetPackets();
+  return m_encoder.PacketsOf(SamplesBefore(m_firstFrame + m_frameCount) - SamplesBefore(m_firstFrame));
+}
+
+std::int64_t SoundTrack::GetSamples() const {
+  return m_copier ? m_copier->GetSamples() : m_encoder.GetSamples();
+}
+
+Result SoundTrack::WriteUpTo(std::int64_t frames, MovieWriter& writer) {
+  const std::int64_t samples = SamplesBefore(m_firstFrame + frames) - SamplesBefore(m_firstFrame);
+  return m_copier ? m_copier->CopyUpTo(samples, writer, m_stream)
+                  : m_encoder.EncodeUpTo(samples, *m_track, writer, m_stream);
+}
+
+Result SoundTrack::Finish(MovieWriter& writer) {
+  return m_copier ? WriteUpTo(m_frameCount, writer) : m_encoder.Drain(*m_track, writer, m_stream);
+}
+
+/// Of the whole movie's sound.
+std::int64_t SoundTrack::SamplesBefore(std::int64_t frame) const {
+  return SamplesOfFrames(frame, m_frameDuration, m_plan.sampleRate);
+}
+
+}  // namespace vrx::engine
