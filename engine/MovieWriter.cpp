@@ -91,18 +91,23 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   return AddedStream(*stream, index);
 }
 
-Result MovieWriter::AddStream(const AVCodecParameters& parameters, AVRational timeBase, int& index) {
-  AVStream* stream = avformat_new_stream(m_muxer, nullptr);
-  if (stream == nullptr || avcodec_parameters_copy(stream->codecpar, &parameters) < 0) return kOutOfMemory;
-  stream->time_base = timeBase;
-  return AddedStream(*stream, index);
-}
-
 Result MovieWriter::AddedStream(const AVStream& stream, int& index) {
   if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) m_sampleRate = stream.codecpar->sample_rate;
   index = stream.index;
   m_packets.push_back(0);
   return kOk;
+}
+
+Result MovieWriter::AddStream(const AVCodecParameters& parameters, AVRational timeBase, AVRational frameRate,
+                              int& index) {
+  AVStream* stream = avformat_new_stream(m_muxer, nullptr);
+  if (stream == nullptr) return kOutOfMemory;
+  stream->time_base = timeBase;
+  stream->avg_frame_rate = frameRate;
+  stream->sample_aspect_ratio = parameters.sample_aspect_ratio;
+  const int error = avcodec_parameters_copy(stream->codecpar, &parameters);
+  if (error < 0) return Fail("a stream cannot be added", error);
+  return AddedStream(*stream, index);
 }
 
 /// 0 where the index has to follow the pictures.

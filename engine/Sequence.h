@@ -12,10 +12,11 @@
 #include "engine/MovieWriter.h"
 #include "engine/OutputPlan.h"
 #include "engine/OverlayStage.h"
+#include "engine/PictureTrack.h"
 #include "engine/RenderSequence.h"
+#include "engine/SmartPlan.h"
 #include "engine/SoundTrack.h"
 #include "engine/TimelinePlan.h"
-#include "engine/VideoEncoder.h"
 #include "vrx/VRXEngine.h"
 
 namespace vrx::engine {
@@ -36,22 +37,24 @@ class Sequence final : public RenderSequence {
   Result OpenTracks();
   Result OpenOutput();
   Result RenderNext() override;
+  const PictureSpan& SpanOf(std::int64_t frame);
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
+  Result CountFrame();
   Result Finish() override;
   void GiveUp() override;
 
   OutputPlan m_output;
   TimelinePlan m_timeline;
-  std::vector<OverlaySpan> m_spans;
-  IVRXIntermediateRawOutputCallback* m_callback = nullptr;  // not owned
-  std::size_t m_clip = 0;                                   // of the next frame
+  SmartPlan m_plan;
+  std::size_t m_span = 0;          // of the next frame
+  std::vector<VideoClip> m_clips;  // what of the timeline is encoded
+  std::size_t m_clip = 0;          // of the next of their frames
   std::int64_t m_frameInClip = 0;
 
   MovieWriter m_writer;
-  VideoEncoder m_videoEncoder;
+  PictureTrack m_pictures;
   std::unique_ptr<SoundTrack> m_sound;  // null for a silent movie
-  int m_videoStream = 0;
   std::unique_ptr<OverlayStage> m_overlay;
   std::unique_ptr<BasebandVideoSource> m_baseband;
   std::unique_ptr<FramePipeline> m_pipeline;  // last, so that its thread ends before what it uses

@@ -41,7 +41,7 @@ void SoundTrack::Report() const {
 }
 
 Result SoundTrack::AddTo(MovieWriter& writer) {
-  if (m_copier) return writer.AddStream(m_copier->GetParameters(), m_copier->GetTimeBase(), m_stream);
+  if (m_copier) return writer.AddStream(m_copier->GetParameters(), m_copier->GetTimeBase(), {0, 1}, m_stream);
   return writer.AddStream(m_encoder.GetContext(), m_stream);
 }
 

@@ -81,6 +81,19 @@ std::int64_t SourceFile::OriginTicks() const {
   return picture - origin <= tolerance ? picture : origin;
 }
 
+std::int64_t SourceFile::TicksAt(const ExactTime& time, std::int64_t origin) const {
+  const AVRational base = m_stream->time_base;
+  const Int128 ticks = RoundDivide(time.numerator * base.den, time.denominator * base.num) + origin;
+  constexpr Int128 kLimit = Int128{1} << 61;
+  return static_cast<std::int64_t>(std::clamp<Int128>(ticks, -kLimit, kLimit));
+}
+
+Orientation SourceFile::GetOrientation() const {
+  const auto* matrix = reinterpret_cast<const std::int32_t*>(
+      av_stream_get_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr));
+  return matrix == nullptr ? Orientation{} : Orientation::OfDisplayMatrix(matrix);
+}
+
 std::int64_t SourceFile::FrameTicks() const {
   const AVRational average = m_stream->avg_frame_rate;
   const AVRational rate = average.num > 0 && average.den > 0 ? average : m_stream->r_frame_rate;
