@@ -50,7 +50,6 @@ class RunFinder {
     std::size_t at = start + 1;
     if (m_clip.startsAtOpenGroups) {
       while (at < m_pictures.size() && m_pictures[at].ticks < m_pictures[start].ticks) ++at;
-      m_run.startsOpen = at != start + 1;
     }
     end = at;
     for (;; ++at) {

@@ -41,7 +41,6 @@ struct CopyRun {
   std::vector<Picture> pictures;
   std::vector<std::int64_t> starts;  // frames at which another run could begin, the first among them
   std::int64_t delay = 0;            // the most places by which a picture is decoded after its frame's place
-  bool startsOpen = false;           // pictures after the first were left out
 };
 
 /// The frame that alone shows each picture and shows nothing else; kNoFrame for pictures that are shown by

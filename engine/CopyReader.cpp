@@ -10,7 +10,7 @@ constexpr int kMostLeftOut = 64;  // pictures that follow an open start and are 
 }  // namespace
 
 Result CopyReader::Next(const PictureSpan& span, const CopiedSource& source, AVPacket*& packet,
-                        std::int64_t& number, bool& opensGroup) {
+                        std::int64_t& number) {
   const ClipLogScope scope(VRXVideoTrack, span.clip);
   if (m_span != &span) VRX_TRY(GoTo(span, source));
   const bool isFirst = m_done == 0;
@@ -25,7 +25,6 @@ Result CopyReader::Next(const PictureSpan& span, const CopiedSource& source, AVP
   }
   ++m_done;
   number = span.firstFrame + wanted.frame - span.run.firstFrame;
-  opensGroup = isFirst && span.run.startsOpen;
   av_packet_free_side_data(packet);
   packet->flags &= AV_PKT_FLAG_KEY;
   packet->pos = -1;

@@ -18,11 +18,9 @@ class CopyReader {
   explicit CopyReader(const StopSignal& stop) : m_stop(stop) {}
 
   /// The next packet of `span`, without what a container says beside it; a call for another span begins that
-  /// one. `number` is the frame that the packet holds, and `opensGroup` says that pictures before it, which
-  /// it may refer to, were left out. The packet stays valid until the next call. kSourceUnreadable, with a
-  /// logged line, when the file is no longer what it was when the plan was made.
-  Result Next(const PictureSpan& span, const CopiedSource& source, AVPacket*& packet, std::int64_t& number,
-              bool& opensGroup);
+  /// one. `number` is the frame that the packet holds. The packet stays valid until the next call.
+  /// kSourceUnreadable, with a logged line, when the file is no longer what it was when the plan was made.
+  Result Next(const PictureSpan& span, const CopiedSource& source, AVPacket*& packet, std::int64_t& number);
 
  private:
   Result GoTo(const PictureSpan& span, const CopiedSource& source);

@@ -112,30 +112,22 @@ void JoinedStream::SetTag() {
     m_parameters->codec_tag = m_setsInside ? MKTAG('a', 'v', 'c', '3') : MKTAG('a', 'v', 'c', '1');
 }
 
-Result JoinedStream::Pack(AVPacket& packet, NalLength length, const ParameterSets& sets, bool opensGroup) {
+Result JoinedStream::Pack(AVPacket& packet, NalLength length, const ParameterSets& sets) {
   if (!HasUnits()) return kOk;
   const bool isKey = (packet.flags & AV_PKT_FLAG_KEY) != 0;
-  const bool isOpen = opensGroup && m_codec == AV_CODEC_ID_HEVC;
-  if (length == m_nalLength && !isOpen && !(isKey && m_setsInside)) return kOk;
+  const bool needsSets = isKey && m_setsInside;
+  if (length == m_nalLength && !needsSets) return kOk;
   m_units.clear();
   if (!SplitNalUnits({packet.data, static_cast<std::size_t>(packet.size)}, length, m_units)) {
     Log(VRXLogError, "a picture that is to be copied is damaged");
     return kSourceUnreadable;
   }
-  m_bytes.clear();
-  if (isOpen) {
-    // Says that the pictures before are not there, so that a decoder does not look for them
-    // (H.265 7.4.2.4.5).
-    constexpr std::array<std::uint8_t, 2> kEnd{hevc::kEndOfSequence << 1, 1};
-    AppendNalUnit(kEnd, m_nalLength, m_bytes);
-  }
   const bool bringsSets = std::any_of(m_units.begin(), m_units.end(), [&](Bytes unit) {
     return IsParameterSet(TypeOfNal(unit, m_codec), m_codec);
   });
-  if (isKey && m_setsInside && !bringsSets) {
-    const std::vector<std::uint8_t> joined = sets.Join(m_nalLength);
-    m_bytes.insert(m_bytes.end(), joined.begin(), joined.end());
-  }
+  if (length == m_nalLength && bringsSets) return kOk;
+  m_bytes.clear();
+  if (needsSets && !bringsSets) m_bytes = sets.Join(m_nalLength);
   for (const Bytes unit : m_units) AppendNalUnit(unit, m_nalLength, m_bytes);
   return Replace(packet);
 }

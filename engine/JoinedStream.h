@@ -30,9 +30,9 @@ class JoinedStream {
   const AVCodecParameters& GetParameters() const { return *m_parameters; }
   const ParameterSets& GetEncodedSets() const { return m_encodedSets; }
 
-  /// Brings a packet whose units have `length`, and whose parameter sets are `sets`, into the stream's form.
-  /// `opensGroup` as CopyReader gives it.
-  Result Pack(AVPacket& packet, NalLength length, const ParameterSets& sets, bool opensGroup);
+  /// Brings a packet whose units have `length`, and whose parameter sets are `sets`, into the stream's
+  /// form.
+  Result Pack(AVPacket& packet, NalLength length, const ParameterSets& sets);
 
  private:
   bool HasUnits() const;

@@ -27,13 +27,11 @@ inline constexpr int kSequenceSet = 7;
 inline constexpr int kPictureSet = 8;
 }  // namespace h264
 namespace hevc {
-inline constexpr int kFirstIntraSlice = 16;  // BLA, IDR and CRA: decoding can begin there
-inline constexpr int kLastIntraSlice = 21;
-inline constexpr int kCraSlice = 21;
+inline constexpr int kIdrWithLeading = 19;
+inline constexpr int kIdr = 20;
 inline constexpr int kVideoSet = 32;
 inline constexpr int kSequenceSet = 33;
 inline constexpr int kPictureSet = 34;
-inline constexpr int kEndOfSequence = 36;
 }  // namespace hevc
 
 /// Type of a unit, which is not empty.

@@ -27,8 +27,9 @@ bool HasSequenceHeader(Bytes packet) {
 
 bool IsStartUnit(Bytes unit, AVCodecID codec) {
   const int type = TypeOfNal(unit, codec);
-  if (codec == AV_CODEC_ID_HEVC) return type >= hevc::kFirstIntraSlice && type <= hevc::kLastIntraSlice;
-  // Another key frame of H.264 does not begin the numbering of pictures again, which decoders rely on.
+  // Other key frames do not begin the numbering of pictures again, which decoders rely on in the middle of a
+  // stream; and at a CRA picture of HEVC they would drop pictures of the span before.
+  if (codec == AV_CODEC_ID_HEVC) return type == hevc::kIdrWithLeading || type == hevc::kIdr;
   return type == h264::kIdrSlice;
 }
 

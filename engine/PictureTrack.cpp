@@ -84,11 +84,10 @@ Result PictureTrack::Encode(AVFrame& frame, std::int64_t number) {
 Result PictureTrack::Copy(const PictureSpan& span) {
   VRX_TRY(EndEncodedSpan());
   AVPacket* packet = nullptr;
-  bool opensGroup = false;
   std::int64_t number = 0;
   const CopiedSource& source = m_plan->sources[span.source];
-  VRX_TRY(m_reader->Next(span, source, packet, number, opensGroup));
-  VRX_TRY(m_joined.Pack(*packet, source.nalLength, source.sets, opensGroup));
+  VRX_TRY(m_reader->Next(span, source, packet, number));
+  VRX_TRY(m_joined.Pack(*packet, source.nalLength, source.sets));
   return WriteInOrder(*packet, number);
 }
 
@@ -108,7 +107,7 @@ Result PictureTrack::Drain() {
 }
 
 Result PictureTrack::WriteEncoded(AVPacket& packet, AVRational) {
-  VRX_TRY(m_joined.Pack(packet, kStartCodes, m_joined.GetEncodedSets(), false));
+  VRX_TRY(m_joined.Pack(packet, kStartCodes, m_joined.GetEncodedSets()));
   return WriteInOrder(packet, packet.pts);
 }
 

@@ -65,7 +65,7 @@ class SmartPlanner {
       return file.TicksAt(SourceTimeOfFrame(clip, frame, duration), origin);
     };
     m_clip.changed = ChangedFrames(clip.frameCount);
-    m_clip.startsAtOpenGroups = m_output.video.codec != VideoCodec::H264;
+    m_clip.startsAtOpenGroups = m_output.video.codec == VideoCodec::Mpeg2;
     m_clip.leastFrames = kLeastCopy;
     std::string cause =
         ReadPacketIndex(*m_packets, m_clip.tickOfFrame(0), m_clip.tickOfFrame(clip.frameCount - 1), index);
