@@ -17,6 +17,7 @@ extern "C" {
 #include "engine/RenderOverrides.h"
 #include "engine/RenderSummary.h"
 #include "engine/Sequence.h"
+#include "engine/SoundSequence.h"
 #include "engine/SourceProbe.h"
 #include "engine/SpanReport.h"
 #include "engine/StillFrame.h"
@@ -93,7 +94,9 @@ Result CreateSequence(VRXHandle handle, const VRXTimeline& timeline, const VRXSy
   const std::shared_ptr<Engine> engine = FindEngine(handle);
   if (engine == nullptr) return kInvalidArgument;
   const RenderOverrides overrides = CurrentRenderOverrides();
-  const auto create = overrides.overlaysAlone ? &OverlaySequence::Create : &Sequence::Create;
+  const auto create = overrides.overlaysAlone             ? &OverlaySequence::Create
+                      : overrides.tracks == Tracks::Sound ? &SoundSequence::Create
+                                                          : &Sequence::Create;
   std::unique_ptr<RenderSequence> made;
   VRX_TRY(create(timeline, output, overrides, made));
   const std::scoped_lock guard(engine->lock);

@@ -21,7 +21,6 @@ constexpr int kIoBufferSize = 1 << 20;  // bytes
 constexpr std::uint64_t kIndexBytesPerPacket = 44;
 constexpr std::uint64_t kIndexBytes = 16 << 10;
 constexpr std::uint64_t kLargestIndex = std::uint64_t{1} << 30;  // the muxer counts in 32 bits
-constexpr const char* kTimeZoneKey = "com.vrx.time-zone";
 
 int WritePacket(void* file, std::uint8_t* data, int size) {
   auto& output = *static_cast<OutputFile*>(file);
@@ -65,9 +64,14 @@ Result MovieWriter::Create(const OutputPlan& plan) {
   }
   m_muxer->pb = m_io;
   m_muxer->flags |= AVFMT_FLAG_CUSTOM_IO;
-  m_timeZoneBytes = plan.timeZone.size();
-  if (!plan.timeZone.empty()) av_dict_set(&m_muxer->metadata, kTimeZoneKey, plan.timeZone.c_str(), 0);
+  if (!plan.timeZone.empty()) AddMetadata(kTimeZoneKey, plan.timeZone);
+  if (plan.piece) AddMetadata(kPieceKey, TextOf(*plan.piece));
   return kOk;
+}
+
+void MovieWriter::AddMetadata(const char* key, const std::string& text) {
+  av_dict_set(&m_muxer->metadata, key, text.c_str(), 0);
+  m_metadataBytes += text.size();
 }
 
 bool MovieWriter::WantsGlobalHeader(Container container) {
@@ -112,7 +116,7 @@ Result MovieWriter::AddStream(const AVCodecParameters& parameters, AVRational ti
 
 /// 0 where the index has to follow the pictures.
 std::int64_t MovieWriter::ReservedIndexBytes(std::uint64_t packets) const {
-  std::uint64_t bytes = kIndexBytes + m_timeZoneBytes;
+  std::uint64_t bytes = kIndexBytes + m_metadataBytes;
   for (unsigned i = 0; i < m_muxer->nb_streams; ++i) {
     bytes += static_cast<std::uint64_t>(std::max(m_muxer->streams[i]->codecpar->extradata_size, 0));
   }

@@ -180,6 +180,11 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrid
     plan.audio = audio;
   }
   if (!plan.overlaysAlone) VRX_TRY(CheckCodec(plan));
+  if (plan.piece) {
+    if (plan.container == Container::MpegTs) return Unusable("a piece of a movie is no transport stream");
+    plan.piece->frameDuration = plan.video.frameDuration;
+    plan.piece->hasSound = setting.audio != nullptr;
+  }
   return setting.metaData == nullptr ? kOk : FindTimeZone(*setting.metaData, plan.timeZone);
 }
 

@@ -49,7 +49,7 @@ struct OutputPlan {
   bool overlaysAlone = false;
   SmartRendering smart = SmartRendering::Off;  // never by the record
   Tracks tracks = Tracks::All;
-  std::optional<PieceLabel> piece;  // without its frames
+  std::optional<PieceLabel> piece;  // its frames once they are known
 };
 
 /// kInvalidArgument for a record without its parts, kUnusableSettings with a logged line that names the

@@ -35,8 +35,10 @@ class CopiedSoundTest : public EngineRenderTest {
         std::to_string(span.firstFrame) + "+" + std::to_string(span.frameCount);
   }
 
-  static void Override(VRXSmartRendering smart, std::uint64_t first = 0, std::uint64_t count = 0) {
+  static void Override(VRXSmartRendering smart, std::uint64_t first = 0, std::uint64_t count = 0,
+                       VRXTrackChoice tracks = VRXAllTracks) {
     VRXRenderOverrides overrides;
+    overrides.tracks = tracks;
     overrides.smart = smart;
     overrides.firstFrame = first;
     overrides.frameCount = count;
@@ -90,6 +92,7 @@ TEST_F(CopiedSoundTest, PacketsAreThoseOfTheSourceAndSamplesLieWhereTheyAreEncod
     SCOPED_TRACE(testing::Message() << test.source << " " << test.sound.codec << " " << test.sound.rate
                                     << " to " << test.output << " from " << test.from);
     const bool isAc3 = test.sound.codec == "ac3";
+    const bool isStream = test.output == std::string("out.ts");
     const int frames = test.to == 0 ? 75 : test.to - test.from;
     const std::int64_t first = std::int64_t{test.from} * test.sound.rate / 25;
     const std::string source = Write(test.source, {.frames = 75, .hasSound = true, .sound = test.sound});
@@ -104,7 +107,11 @@ TEST_F(CopiedSoundTest, PacketsAreThoseOfTheSourceAndSamplesLieWhereTheyAreEncod
       EXPECT_EQ(said, expected + " 0+" + std::to_string(frames));
       VRXRenderSummary summary;
       EXPECT_EQ(VRX_GetRenderSummary(&summary), kOk);
-      EXPECT_EQ(summary.soundSamples, static_cast<std::uint64_t>(frames * test.sound.rate / 25));
+      const std::int64_t samples = std::int64_t{frames} * test.sound.rate / 25;
+      EXPECT_EQ(summary.soundSamples, static_cast<std::uint64_t>(samples));
+      if (!isStream) {
+        EXPECT_EQ(ReadSoundPackets(Path(test.output)).end, samples);
+      }
       return SoundFromPicture(Path(test.output));
     };
     const MovieSound encoded = render(VRXSmartOff, "smart rendering is off 0");
@@ -114,9 +121,8 @@ TEST_F(CopiedSoundTest, PacketsAreThoseOfTheSourceAndSamplesLieWhereTheyAreEncod
     const SoundPackets packets = ReadSoundPackets(Path(test.output));
     EXPECT_THAT(BytesOf(packets),
                 ElementsAreArray(BytesOf(ReadSoundPackets(source), test.packet, packets.packets.size())));
-    if (test.output == std::string("out.ts")) continue;
+    if (isStream) continue;
     EXPECT_EQ(copied.start, 0);
-    EXPECT_EQ(packets.end, std::int64_t{frames} * test.sound.rate / 25);
     const MovieSound whole = MovieReader(source).ReadSound();
     const double tolerance = isAc3 ? 0.001 : 0;  // its decoder makes noise
     for (std::size_t i = 0; i < static_cast<std::size_t>(packets.end); ++i) {
@@ -249,6 +255,55 @@ TEST_F(CopiedSoundTest, RangeIsCopiedFromTheClipsThatItNeeds) {
   ASSERT_EQ(again.Run(), kOk) << again.log;
   EXPECT_EQ(said, "copied 1 0+20");
   EXPECT_EQ(SoundFromPicture(Path("again.mp4")).samples, sound.samples);
+}
+
+TEST_F(CopiedSoundTest, SoundAloneHasThePacketsOfTheWholeMovie) {
+  const std::string source = Write("a.mp4", {.frames = 75, .hasSound = true});
+  const struct {
+    const char* output;
+    int codec;
+    std::uint32_t rate;
+    const char* said;
+  } cases[] = {
+      {"out.mp4", 1, 48000, "copied 1"},
+      {"out.mp4", 1, 44100, "the source's sound has 48000 Hz 1"},
+      {"out.mov", 3, 48000, "uncompressed sound is written anew 1"},
+      {"out.ts", 2, 48000, "the source's sound is aac 1"},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.said);
+    SoundPackets whole;
+    for (const VRXTrackChoice tracks : {VRXAllTracks, VRXSoundAlone}) {
+      Override(VRXSmartAuto, 11, 40, tracks);
+      RenderJob job(Path(test.output));
+      job.AddClip(source, 5, 70);
+      job.AddSoundClip(source, 5, 70);
+      job.AddSound(2, test.rate, test.codec);
+      ASSERT_EQ(job.Run(), kOk) << job.log;
+      EXPECT_EQ(said, test.said + std::string(" 11+40"));
+      EXPECT_EQ(job.progress.total, 40u);
+      VRXRenderSummary summary;
+      EXPECT_EQ(VRX_GetRenderSummary(&summary), kOk);
+      EXPECT_EQ(summary.soundSamples, test.rate * 40 / 25);
+      EXPECT_EQ(summary.frames, tracks == VRXAllTracks ? 40u : 0u);
+      const SoundPackets packets = ReadSoundPackets(Path(test.output));
+      if (tracks == VRXAllTracks) {
+        whole = packets;
+        continue;
+      }
+      EXPECT_THAT(BytesOf(packets), ElementsAreArray(BytesOf(whole)));
+      EXPECT_EQ(packets.end, whole.end);
+      ASSERT_EQ(packets.packets.size(), whole.packets.size());
+      for (std::size_t i = 0; i < packets.packets.size(); ++i)
+        EXPECT_EQ(packets.packets[i].time, whole.packets[i].time);
+    }
+  }
+  Override(VRXSmartAuto, 0, 0, VRXSoundAlone);
+  RenderJob silent(Path("silent.mp4"));
+  silent.AddClip(source, 5, 70);
+  EXPECT_EQ(silent.Create(), kUnusableSettings);
+  EXPECT_TRUE(silent.Logged("the sound alone is asked for, and the movie has none")) << silent.log;
+  EXPECT_FALSE(std::filesystem::exists(Path("silent.mp4")));
 }
 
 TEST_F(CopiedSoundTest, SourceThatLosesItsSoundDuringTheRenderFailsIt) {
