@@ -91,7 +91,7 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
   if (!m_codec) {
     VRX_TRY(Report(m_path, OpenDecoder()));
   }
-  const std::int64_t target = m_file->TicksAt(time, m_origin);
+  const std::int64_t target = TicksAt(time, m_file->GetStream().time_base, m_origin);
   m_target = target;
   if (NeedsSeek(target)) {
     VRX_TRY(SeekTo(target));

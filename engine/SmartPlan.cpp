@@ -61,15 +61,16 @@ class SmartPlanner {
     if (std::string cause = WhyNotCopied(file, m_output.video); !cause.empty()) return cause;
     const std::int64_t origin = file.OriginTicks();
     m_clip.frameCount = clip.frameCount;
-    m_clip.tickOfFrame = [&file, &clip, duration, origin](std::int64_t frame) {
-      return file.TicksAt(SourceTimeOfFrame(clip, frame, duration), origin);
+    const AVRational base = file.GetStream().time_base;
+    m_clip.tickOfFrame = [&clip, base, duration, origin](std::int64_t frame) {
+      return TicksAt(SourceTimeOfFrame(clip, frame, duration), base, origin);
     };
     m_clip.changed = ChangedFrames(clip.frameCount);
     m_clip.startsAtOpenGroups = m_output.video.codec == VideoCodec::Mpeg2;
     m_clip.leastFrames = kLeastCopy;
     std::string cause =
         ReadPacketIndex(*m_packets, m_clip.tickOfFrame(0), m_clip.tickOfFrame(clip.frameCount - 1), index);
-    return cause.empty() ? WhyTooLarge(index, file.GetStream().time_base, m_output.video) : cause;
+    return cause.empty() ? WhyTooLarge(index, base, m_output.video) : cause;
   }
 
   std::vector<FrameInterval> ChangedFrames(std::int64_t frameCount) const {
