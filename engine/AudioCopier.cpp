@@ -65,7 +65,7 @@ Result AudioCopier::Open(const SoundRun& run, std::int64_t samples, const AudioP
                          Container container, const StopSignal& stop, std::unique_ptr<AudioCopier>& copier,
                          std::string& reason) {
   copier.reset();
-  if (plan.codec != AudioCodec::Aac && plan.codec != AudioCodec::Ac3) {
+  if (IsPcm(plan.codec)) {
     reason = "uncompressed sound is written anew";
     return kOk;
   }

@@ -3,18 +3,39 @@
 #include <optional>
 #include <utility>
 
+#include "engine/EngineLog.h"
 #include "engine/SpanReport.h"
 
 namespace vrx::engine {
 
 Result SoundTrack::Open(std::vector<AudioClip> clips, const OutputPlan& plan, std::int64_t firstFrame,
                         std::int64_t frameCount, const StopSignal& stop) {
+  SetFrames(plan, firstFrame, frameCount);
+  const std::int64_t end = SamplesBefore(firstFrame + frameCount);
+  return OpenClips(std::move(clips), plan, SamplesBefore(firstFrame), end, stop);
+}
+
+Result SoundTrack::OpenPiece(const std::string& path, const OutputPlan& plan, std::int64_t firstFrame,
+                             std::int64_t frameCount, const StopSignal& stop) {
+  SetFrames(plan, firstFrame, frameCount);
+  const std::int64_t samples = SamplesBefore(firstFrame + frameCount) - SamplesBefore(firstFrame);
+  VRX_TRY(OpenClips({{.path = path, .start = 0, .end = 0, .scale = 1}}, plan, 0, samples, stop));
+  const bool isWhole = m_clip != 0;
+  if (m_copier || (isWhole && IsPcm(m_plan.codec))) return kOk;
+  Log(VRXLogError, path + " has not all of the movie's sound: " + m_reason);
+  return kUnusableSettings;
+}
+
+void SoundTrack::SetFrames(const OutputPlan& plan, std::int64_t firstFrame, std::int64_t frameCount) {
   m_plan = *plan.audio;
   m_frameDuration = plan.video.frameDuration;
   m_firstFrame = firstFrame;
   m_frameCount = frameCount;
-  const std::int64_t first = SamplesBefore(firstFrame);
-  const std::int64_t end = SamplesBefore(firstFrame + frameCount);
+}
+
+/// From sample `first` of the clips to before `end`.
+Result SoundTrack::OpenClips(std::vector<AudioClip> clips, const OutputPlan& plan, std::int64_t first,
+                             std::int64_t end, const StopSignal& stop) {
   VRX_TRY(
       AudioTrack::Open(std::move(clips), {m_plan.sampleRate, m_plan.channels}, first, end, stop, m_track));
   if (plan.smart == SmartRendering::Off) {
