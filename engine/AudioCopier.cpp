@@ -18,6 +18,9 @@ namespace {
 
 constexpr int kAacPacket = 1024;  // samples, ISO/IEC 14496-3
 constexpr int kAc3Packet = 1536;  // ETSI TS 102 366
+// Samples that the usual encoders begin with, and MP4 files leave out.
+constexpr int kAacPrimed = 1024;
+constexpr int kAc3Primed = 256;
 
 AVCodecID IdOf(AudioCodec codec) { return codec == AudioCodec::Aac ? AV_CODEC_ID_AAC : AV_CODEC_ID_AC3; }
 
@@ -127,7 +130,7 @@ std::string AudioCopier::FindPackets(std::int64_t first, std::int64_t end, Conta
     const AVPacket* packet = NextInGrid(fault);
     if (packet == nullptr) return fault;
     const std::int64_t number = m_read - 1;
-    if (number == 0) fault = ChooseFirst(first, *packet, container);
+    if (number == 0) fault = ChooseFirst(first, container);
     if (number == m_firstPacket) {
       format = FormatOf(codec, *packet);
       if (fault.empty() && wantsHeaders && m_parameters->extradata_size == 0) fault = ReadHeaders(*packet);
@@ -145,16 +148,16 @@ std::string AudioCopier::FindPackets(std::int64_t first, std::int64_t end, Conta
   return {};
 }
 
-/// Decoders need the packet before the first that is heard. `packet` is the source's first.
-std::string AudioCopier::ChooseFirst(std::int64_t first, const AVPacket& packet, Container container) {
+/// Decoders need the packet before the first that is heard.
+std::string AudioCopier::ChooseFirst(std::int64_t first, Container container) {
   if (first < m_grid) return "the sound begins after the picture";
   const std::int64_t heard = (first - m_grid) / m_packetSamples;
   m_firstPacket = std::max<std::int64_t>(heard - 1, 0);
   m_firstTime = PlaceOf(m_firstPacket) - first;
   if (container != Container::MpegTs) return {};
-  // All that is in the packets is heard there.
-  const bool isPrimed = heard == 1 && (packet.flags & AV_PKT_FLAG_DISCARD) != 0;
-  if ((heard == 0 || isPrimed) && PlaceOf(heard) == first) return {};
+  // All that is in the packets is heard there. What encoders begin with before the first sample is silent.
+  const int primed = m_parameters->codec_id == AV_CODEC_ID_AAC ? kAacPrimed : kAc3Primed;
+  if (first == m_grid || (first == m_grid + primed && first == m_source->GetFirstPlace())) return {};
   return "a transport stream cannot begin within the source's sound";
 }
 

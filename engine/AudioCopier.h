@@ -45,7 +45,7 @@ class AudioCopier {
   Result OpenSource(const std::string& path);
   std::string CheckFormat(const AudioPlan& plan) const;
   std::string FindPackets(std::int64_t first, std::int64_t end, Container container);
-  std::string ChooseFirst(std::int64_t first, const AVPacket& packet, Container container);
+  std::string ChooseFirst(std::int64_t first, Container container);
   std::string ReadHeaders(const AVPacket& packet);
   const AVPacket* NextInGrid(std::string& fault);
   bool Take(const AVPacket& packet);

@@ -20,10 +20,23 @@ Result SoundTrack::OpenPiece(const std::string& path, const OutputPlan& plan, st
   SetFrames(plan, firstFrame, frameCount);
   const std::int64_t samples = SamplesBefore(firstFrame + frameCount) - SamplesBefore(firstFrame);
   VRX_TRY(OpenClips({{.path = path, .start = 0, .end = 0, .scale = 1}}, plan, 0, samples, stop));
-  const bool isWhole = m_clip != 0;
-  if (m_copier || (isWhole && IsPcm(m_plan.codec))) return kOk;
+  bool isThere = m_copier != nullptr;
+  if (!isThere) VRX_TRY(FindInFile(samples, stop, isThere));
+  if (isThere) return kOk;
   Log(VRXLogError, path + " has not all of the movie's sound: " + m_reason);
   return kUnusableSettings;
+}
+
+/// Whether a file that can begin within a packet could have all of the sound.
+Result SoundTrack::FindInFile(std::int64_t samples, const StopSignal& stop, bool& isThere) const {
+  std::string reason;
+  const std::optional<SoundRun> run = m_track->FindSingleRun(reason);
+  isThere = run && IsPcm(m_plan.codec);
+  if (!run || isThere) return kOk;
+  std::unique_ptr<AudioCopier> copier;
+  VRX_TRY(AudioCopier::Open(*run, samples, m_plan, Container::Mp4, stop, copier, reason));
+  isThere = copier != nullptr;
+  return kOk;
 }
 
 void SoundTrack::SetFrames(const OutputPlan& plan, std::int64_t firstFrame, std::int64_t frameCount) {

@@ -22,8 +22,9 @@ class SoundTrack {
   /// Opens every clip, as AudioTrack::Open does. The plan has sound. `stop` must live as long as the track.
   Result Open(std::vector<AudioClip> clips, const OutputPlan& plan, std::int64_t firstFrame,
               std::int64_t frameCount, const StopSignal& stop);
-  /// The same for the sound of these frames, which is all that the file at `path` has. kUnusableSettings,
-  /// with a logged line that names the file, where it has not all of it.
+  /// The same for the sound of these frames, which is all that the file at `path` has. It is copied unless a
+  /// transport stream cannot begin as the file does. kUnusableSettings, with a logged line that names the
+  /// file, where it has not all of it.
   Result OpenPiece(const std::string& path, const OutputPlan& plan, std::int64_t firstFrame,
                    std::int64_t frameCount, const StopSignal& stop);
   /// Tells the host whether it is copied, or why not.
@@ -42,6 +43,7 @@ class SoundTrack {
  private:
   Result OpenClips(std::vector<AudioClip> clips, const OutputPlan& plan, std::int64_t first, std::int64_t end,
                    const StopSignal& stop);
+  Result FindInFile(std::int64_t samples, const StopSignal& stop, bool& isThere) const;
   void SetFrames(const OutputPlan& plan, std::int64_t firstFrame, std::int64_t frameCount);
   std::int64_t SamplesBefore(std::int64_t frame) const;
 

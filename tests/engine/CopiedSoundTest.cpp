@@ -1,6 +1,5 @@
 // Sound that the movie has from one file goes into it packet by packet, and every sample lies where it lies
 // when it is encoded.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,14 +9,13 @@
 #include <iterator>
 
 #include "tests/engine/RenderJob.h"
-#include "tests/engine/SoundPackets.h"
+#include "tests/engine/StreamPackets.h"
 #include "tests/support/MovieReader.h"
 
 namespace vrx::engine {
 namespace {
 
 using namespace test_support;
-using testing::ElementsAreArray;
 
 class CopiedSoundTest : public EngineRenderTest {
  protected:
@@ -56,14 +54,6 @@ MovieSound SoundFromPicture(const std::string& path) {
   MovieSound sound = movie.ReadSound();
   sound.start -= std::llround(frame.seconds * sound.rate);
   return sound;
-}
-
-std::vector<std::vector<std::uint8_t>> BytesOf(const SoundPackets& sound, std::size_t first = 0,
-                                               std::size_t count = SIZE_MAX) {
-  std::vector<std::vector<std::uint8_t>> bytes;
-  for (std::size_t i = first; i < sound.packets.size() && bytes.size() < count; ++i)
-    bytes.push_back(sound.packets[i].bytes);
-  return bytes;
 }
 
 TEST_F(CopiedSoundTest, PacketsAreThoseOfTheSourceAndSamplesLieWhereTheyAreEncoded) {
@@ -118,9 +108,9 @@ TEST_F(CopiedSoundTest, PacketsAreThoseOfTheSourceAndSamplesLieWhereTheyAreEncod
     const MovieSound copied = render(VRXSmartAuto, "copied 1");
     EXPECT_FALSE(encoded.Clicks().empty());
     EXPECT_EQ(copied.Clicks(), encoded.Clicks());
-    const SoundPackets packets = ReadSoundPackets(Path(test.output));
-    EXPECT_THAT(BytesOf(packets),
-                ElementsAreArray(BytesOf(ReadSoundPackets(source), test.packet, packets.packets.size())));
+    const StreamPackets packets = ReadSoundPackets(Path(test.output));
+    const StreamPackets reference = ReadSoundPackets(source);
+    EXPECT_TRUE(BytesOf(packets) == BytesOf(reference, test.packet, packets.packets.size()));
     if (isStream) continue;
     EXPECT_EQ(copied.start, 0);
     const MovieSound whole = MovieReader(source).ReadSound();
@@ -254,7 +244,7 @@ TEST_F(CopiedSoundTest, RangeIsCopiedFromTheClipsThatItNeeds) {
   again.AddSound(2, 48000, 1);
   ASSERT_EQ(again.Run(), kOk) << again.log;
   EXPECT_EQ(said, "copied 1 0+20");
-  EXPECT_EQ(SoundFromPicture(Path("again.mp4")).samples, sound.samples);
+  EXPECT_TRUE(SoundFromPicture(Path("again.mp4")).samples == sound.samples);
 }
 
 TEST_F(CopiedSoundTest, SoundAloneHasThePacketsOfTheWholeMovie) {
@@ -272,7 +262,7 @@ TEST_F(CopiedSoundTest, SoundAloneHasThePacketsOfTheWholeMovie) {
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.said);
-    SoundPackets whole;
+    StreamPackets whole;
     for (const VRXTrackChoice tracks : {VRXAllTracks, VRXSoundAlone}) {
       Override(VRXSmartAuto, 11, 40, tracks);
       RenderJob job(Path(test.output));
@@ -286,12 +276,12 @@ TEST_F(CopiedSoundTest, SoundAloneHasThePacketsOfTheWholeMovie) {
       EXPECT_EQ(VRX_GetRenderSummary(&summary), kOk);
       EXPECT_EQ(summary.soundSamples, test.rate * 40 / 25);
       EXPECT_EQ(summary.frames, tracks == VRXAllTracks ? 40u : 0u);
-      const SoundPackets packets = ReadSoundPackets(Path(test.output));
+      const StreamPackets packets = ReadSoundPackets(Path(test.output));
       if (tracks == VRXAllTracks) {
         whole = packets;
         continue;
       }
-      EXPECT_THAT(BytesOf(packets), ElementsAreArray(BytesOf(whole)));
+      EXPECT_TRUE(BytesOf(packets) == BytesOf(whole));
       EXPECT_EQ(packets.end, whole.end);
       ASSERT_EQ(packets.packets.size(), whole.packets.size());
       for (std::size_t i = 0; i < packets.packets.size(); ++i)
