@@ -194,5 +194,78 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
   }
 }
 
+void Shorten(const std::string& path, const std::string& whole, double share) {
+  std::filesystem::copy_file(whole, path, std::filesystem::copy_options::overwrite_existing);
+  const auto size = static_cast<double>(std::filesystem::file_size(path));
+  std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size * share));
+}
+
+TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
+  WriteSources();
+  const std::vector<std::string> good = RenderPieces({}, {0, 50});
+  const std::string &first = good[0], &second = good[1], &sound = good[2];
+  const std::string foreign = Render({}, "foreign", PieceOf("Movie2", 2, 2, 50, 60));
+  const std::string late = Render({}, "late", PieceOf("Movie1", 2, 2, 51, 59));
+  const std::string wide = Render({.width = 96}, "wide", PieceOf("Movie1", 2, 2, 50, 60));
+  const std::string fast = Render({.frameDuration = {1, 24}}, "fast", PieceOf("Movie1", 2, 2, 50, 60));
+  const std::string part = Render({}, "part", PieceOf("Movie1", 0, 2, 0, 100));
+  Shorten(Path("damaged.mp4"), second, 0.9);
+  Shorten(Path("silent.mp4"), sound, 0.9);
+  std::filesystem::create_hard_link(first, Path("joined.ts"));
+  std::filesystem::copy_file(second, Path("twin.mp4"));
+  const auto files = folder.Count();
+  const struct {
+    std::vector<std::string> pieces;
+    Result result;
+    const char* said;
+    const char* output = "joined.mp4";
+  } cases[] = {
+      {{first, sound}, kUnusableSettings, "piece 2 of 2 is missing"},
+      {{first, second}, kUnusableSettings, "piece 0 of 2, the sound, is missing"},
+      {{first, second, sound, Path("twin.mp4")}, kUnusableSettings, "piece 2 of 2 is there twice"},
+      {{first, foreign, sound}, kUnusableSettings, "foreign.mp4 is piece 2 of 2 of the movie Movie2"},
+      {{first, late, sound}, kUnusableSettings, "late.mp4 begins with frame 51, and frame 50 is next"},
+      {{first, wide, sound}, kUnusableSettings, "wide.mp4 has another size than"},
+      {{first, fast, sound}, kUnusableSettings, "fast.mp4 was made with other settings"},
+      {{first, second, part}, kUnusableSettings, "part.mp4 has the sound of 100 frames from 0 on"},
+      {{first, Path("a"), sound}, kUnusableSettings, "/a is no piece of a movie"},
+      {{first, Path("nowhere.mp4"), sound}, kSourceMissing, "nowhere.mp4 does not exist"},
+      {{first, Path("damaged.mp4"), sound}, kSourceUnreadable, "damaged.mp4 is damaged"},
+      {{first, second, Path("silent.mp4")}, kUnusableSettings, "silent.mp4 has not all of the movie's sound"},
+      {good, kUnusableSettings, "the movie would replace its piece", "joined.ts"},
+  };
+  for (const auto& test : cases) {
+    RenderJob job(Path("unused.mp4"));
+    EXPECT_EQ(Create(job, test.pieces, Path(test.output)), test.result) << test.said;
+    EXPECT_TRUE(job.Logged(test.said)) << test.said << "\n" << job.log;
+    EXPECT_EQ(std::ranges::count(job.log, '\n'), 1) << job.log;
+    EXPECT_EQ(folder.Count(), files);
+  }
+}
+
+TEST_F(JoinTest, MovieThatIsNotFinishedLeavesNothing) {
+  WriteSources();
+  const std::vector<std::string> pieces = RenderPieces({}, {0, 50});
+  const auto files = folder.Count();
+  {
+    RenderJob job(Path("unused.mp4"));
+    ASSERT_EQ(Create(job, pieces, Path("joined.mp4")), kOk) << job.log;
+    EXPECT_EQ(folder.Count(), files + 1);
+    Shorten(pieces[1], pieces[0], 0.9);
+    EXPECT_EQ(job.Execute(), kSourceUnreadable);
+    EXPECT_TRUE(job.Logged("piece2.mp4 was changed while it was copied from")) << job.log;
+    EXPECT_EQ(folder.Count(), files);
+  }
+  RenderPieces({}, {0, 50});
+  RenderJob job(Path("unused.mp4"));
+  ASSERT_EQ(Create(job, pieces, Path("joined.mp4")), kOk) << job.log;
+  ASSERT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  EXPECT_LT(job.progress.processed, 110u);
+  job.endFlag = true;
+  ASSERT_EQ(job.sequence->Execute(&job.progress, &job.endFlag), kOk);
+  EXPECT_EQ(VRX_ReleaseSequence(job.handle, &job.sequence), kOk);
+  EXPECT_EQ(folder.Count(), files);
+}
+
 }  // namespace
 }  // namespace vrx::engine
