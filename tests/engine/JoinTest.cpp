@@ -20,6 +20,8 @@ struct Movie {
   std::int32_t soundCodec = 1;  // -1: silent
   VRXSmartRendering smart = VRXSmartAuto;
   std::int32_t width = 64;
+  std::int32_t height = 48;
+  const char* preset = nullptr;
 };
 
 class JoinTest : public EngineRenderTest {
@@ -35,6 +37,7 @@ class JoinTest : public EngineRenderTest {
     job.output.video->codecType = movie.recordCodec;
     job.output.video->averageBitrate = 0;
     job.output.video->width = movie.width;
+    job.output.video->height = movie.height;
     if (movie.soundCodec < 0) return;
     job.AddSoundClip(Path("sound"), 7 * value, 117 * value, movie.frameDuration.scale);
     job.AddSound(2, 48000, movie.soundCodec);
@@ -44,6 +47,7 @@ class JoinTest : public EngineRenderTest {
   std::string Render(const Movie& movie, const std::string& name, VRXRenderOverrides overrides) const {
     overrides.codec = movie.codec;
     overrides.smart = movie.smart;
+    overrides.preset = movie.preset;
     EXPECT_EQ(VRX_SetRenderOverrides(&overrides), kOk);
     RenderJob job(Path(name + movie.ending));
     FillTimeline(movie, job);
@@ -96,8 +100,11 @@ class JoinTest : public EngineRenderTest {
   }
 
   void WriteSources(const std::string& codec = "h264") const {
-    Write("a", {.frames = 70, .codec = codec, .crf = 18, .firstNumber = 100}, ".mp4");
-    Write("b", {.frames = 70, .codec = codec, .gop = 6, .bFrames = 0, .crf = 30, .firstNumber = 200}, ".mp4");
+    Write("a", {.frames = 70, .codec = codec, .crf = 18, .bt601 = true, .firstNumber = 100}, ".mp4");
+    Write(
+        "b",
+        {.frames = 70, .codec = codec, .gop = 6, .bFrames = 0, .crf = 30, .bt601 = true, .firstNumber = 200},
+        ".mp4");
     Write("sound", {.frames = 120, .hasSound = true, .sound = {.style = ClipSoundStyle::kClickOverTone}},
           ".mp4");
   }
@@ -144,26 +151,38 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
     std::vector<std::uint64_t> starts;
     const char* output;
     const char* sources = "h264";
-    bool encodesSound = false;  // the movie of one render copies it
+    bool copiesPictures = false;  // of the sources
+    bool encodesSound = false;    // the movie of one render copies it
   } cases[] = {
-      {{}, {0, 1, 36, 70, 109}, "joined.mp4"},
-      {{}, {0, 45, 80}, "joined.ts", "h264", true},  // as it begins within a packet
+      {{}, {0, 1, 36, 70, 109}, "joined.mp4", "h264", true},
+      {{.soundCodec = -1},
+       {0},
+       "joined.mp4",
+       "h264",
+       true},                                              // with parameter sets that change within the piece
+      {{}, {0, 45, 80}, "joined.ts", "h264", true, true},  // as it begins within a packet
       {{.smart = VRXSmartOff}, {0, 45, 80}, "joined.ts"},
       {{.smart = VRXSmartOff}, {0, 50}, "joined.mov"},
-      {{.ending = ".mov", .soundCodec = 3}, {0, 26, 90}, "joined.mov"},
-      {{.ending = ".mov", .soundCodec = 3}, {0}, "joined.mp4"},
+      {{.ending = ".mov", .soundCodec = 3}, {0, 26, 90}, "joined.mov", "h264", true},
+      {{.ending = ".mov", .soundCodec = 3}, {0}, "joined.mp4", "h264", true},
       {{.frameDuration = {1001, 30000}, .soundCodec = 2}, {0, 13, 26, 39}, "joined.mp4"},
-      {{.recordCodec = 1, .soundCodec = 2}, {0, 40, 77}, "joined.ts", "mpeg2video"},
       {{.codec = VRXVideoCodecHevc}, {0, 40, 77}, "joined.mp4"},
       {{.codec = VRXVideoCodecHevc, .soundCodec = -1}, {0, 40, 77}, "joined.ts"},
-      {{.codec = VRXVideoCodecAv1, .soundCodec = -1}, {0, 100}, "joined.mp4"},
+      {{.codec = VRXVideoCodecAv1, .soundCodec = -1, .height = 64, .preset = "ultrafast"},
+       {0, 100},
+       "joined.mp4"},
+      {{.recordCodec = 1, .soundCodec = 2}, {0, 40, 77}, "joined.ts", "mpeg2video", true},
   };
+  std::string written;
   for (const auto& test : cases) {
     SCOPED_TRACE(testing::Message() << test.movie.ending << " " << test.movie.codec << " "
                                     << test.movie.soundCodec << " to " << test.output);
-    WriteSources(test.sources);
+    if (written != test.sources) WriteSources(written = test.sources);
     std::vector<std::string> paths = RenderPieces(test.movie, test.starts);
     const std::string whole = Render(test.movie, "whole", {});
+    VRXRenderSummary summary;
+    EXPECT_EQ(VRX_GetRenderSummary(&summary), kOk);
+    EXPECT_EQ(summary.copiedFrames > 0, test.copiesPictures);
     VRX_SetRenderOverrides(nullptr);
     std::ranges::reverse(paths);
     RenderJob job(Path("unused.mp4"));
@@ -189,6 +208,7 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
     if (isStream) continue;
     EXPECT_EQ(start, 0);
     EXPECT_EQ(pictures.end, 110);
+    EXPECT_EQ(pictures.tag, ReadPackets(whole, AVMEDIA_TYPE_VIDEO, frame).tag);
     EXPECT_EQ(MetadataOf(joined, "com.vrx.time-zone"), "cafe");
     EXPECT_EQ(MetadataOf(joined, "com.vrx.piece"), "");
   }
@@ -211,6 +231,8 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
   const std::string part = Render({}, "part", PieceOf("Movie1", 0, 2, 0, 100));
   Shorten(Path("damaged.mp4"), second, 0.9);
   Shorten(Path("silent.mp4"), sound, 0.9);
+  const Movie uncompressed{.ending = ".mov", .soundCodec = 3};
+  Shorten(Path("pcm.mov"), Render(uncompressed, "whole", PieceOf("Movie1", 0, 2, 0, 110)), 0.9);
   std::filesystem::create_hard_link(first, Path("joined.ts"));
   std::filesystem::copy_file(second, Path("twin.mp4"));
   const auto files = folder.Count();
@@ -232,6 +254,7 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
       {{first, Path("nowhere.mp4"), sound}, kSourceMissing, "nowhere.mp4 does not exist"},
       {{first, Path("damaged.mp4"), sound}, kSourceUnreadable, "damaged.mp4 is damaged"},
       {{first, second, Path("silent.mp4")}, kUnusableSettings, "silent.mp4 has not all of the movie's sound"},
+      {{first, second, Path("pcm.mov")}, kUnusableSettings, "pcm.mov has not all of the movie's sound"},
       {good, kUnusableSettings, "the movie would replace its piece", "joined.ts"},
   };
   for (const auto& test : cases) {

@@ -17,7 +17,8 @@ struct StreamPacket {
 
 struct StreamPackets {
   std::vector<StreamPacket> packets;
-  std::int64_t end = 0;  // of the stream; an MP4 file may end within a packet of sound
+  std::uint32_t tag = 0;  // the codec's name in the file
+  std::int64_t end = 0;   // of the stream; an MP4 file may end within a packet of sound
 };
 
 /// Times are in `unit`, or in samples of a stream of sound. Throws std::runtime_error as the clip maker does.
@@ -41,6 +42,7 @@ inline StreamPackets ReadPackets(const std::string& path, AVMediaType type, AVRa
                             av_rescale_q(packet->pts, stream.time_base, unit) - zero,
                             packet->pos});
   }
+  read.tag = stream.codecpar->codec_tag;
   read.end = av_rescale_q(stream.start_time + stream.duration, stream.time_base, unit) - zero;
   return read;
 }
