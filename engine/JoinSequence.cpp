@@ -10,32 +10,6 @@
 #include "engine/SourcePath.h"
 
 namespace vrx::engine {
-namespace {
-
-template <class Tag>
-void FillIn(Tag& tag, Tag other, Tag unknown) {
-  if (tag == unknown) tag = other;
-}
-
-/// The colours of a movie whose first piece may be copied from a source that does not name them.
-std::shared_ptr<const AVCodecParameters> WithColours(const std::vector<Piece>& pieces,
-                                                     const AVCodecParameters& first) {
-  std::shared_ptr<AVCodecParameters> stream = CopyParameters(first);
-  if (stream == nullptr) return stream;
-  for (const Piece& piece : pieces) {
-    if (piece.label.number == 0) continue;
-    const AVCodecParameters& other = *piece.source.parameters;
-    FillIn(stream->color_space, other.color_space, AVCOL_SPC_UNSPECIFIED);
-    FillIn(stream->color_primaries, other.color_primaries, AVCOL_PRI_UNSPECIFIED);
-    FillIn(stream->color_trc, other.color_trc, AVCOL_TRC_UNSPECIFIED);
-    FillIn(stream->color_range, other.color_range, AVCOL_RANGE_UNSPECIFIED);
-    FillIn(stream->chroma_location, other.chroma_location, AVCHROMA_LOC_UNSPECIFIED);
-    FillIn(stream->field_order, other.field_order, AV_FIELD_UNKNOWN);
-  }
-  return stream;
-}
-
-}  // namespace
 
 Result JoinSequence::Create(const VRXPieces& pieces, std::unique_ptr<RenderSequence>& sequence) {
   std::unique_ptr<JoinSequence> made(new JoinSequence);
@@ -96,8 +70,6 @@ Result JoinSequence::MakePlan(const std::vector<Piece>& pieces) {
   }
   VRX_TRY(CheckCodec(m_output));
   for (std::size_t i = hasSound ? 1 : 0; i < pieces.size(); ++i) AddSpan(pieces[i], i);
-  m_plan.sources.front().parameters = WithColours(pieces, *first.source.parameters);
-  if (m_plan.sources.front().parameters == nullptr) return kOutOfMemory;
   VRX_TRY(m_pictures.Open(m_output, m_plan, m_stop));
   return hasSound ? OpenSound(pieces.front()) : kOk;
 }

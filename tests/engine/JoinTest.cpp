@@ -171,6 +171,7 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
       {{.codec = VRXVideoCodecAv1, .soundCodec = -1, .height = 64, .preset = "ultrafast"},
        {0, 100},
        "joined.mp4"},
+      {{.codec = VRXVideoCodecHevc, .soundCodec = -1}, {0, 40, 77}, "joined.mp4", "hevc", true},
       {{.recordCodec = 1, .soundCodec = 2}, {0, 40, 77}, "joined.ts", "mpeg2video", true},
   };
   std::string written;
