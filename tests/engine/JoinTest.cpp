@@ -16,7 +16,8 @@ struct Movie {
   std::string ending = ".mp4";  // of pieces and movie
   VRXVideoCodec codec = VRXVideoCodecOfRecord;
   std::int32_t recordCodec = 0;
-  VRXTimeInfo frameDuration{1, 25};
+  std::uint64_t frameValue = 1;  // a frame lasts frameValue / frameScale seconds
+  std::uint64_t frameScale = 25;
   std::int32_t soundCodec = 1;  // -1: silent
   VRXSmartRendering smart = VRXSmartAuto;
   std::int32_t width = 64;
@@ -30,16 +31,16 @@ class JoinTest : public EngineRenderTest {
 
   /// 110 frames: cuts of two sources whose streams have other parameters, with sound of a third.
   void FillTimeline(const Movie& movie, RenderJob& job) const {
-    const auto value = static_cast<std::int64_t>(movie.frameDuration.value);
+    const auto value = static_cast<std::int64_t>(movie.frameValue);
     for (const auto& [name, from, to] : {std::tuple{"a", 12, 50}, {"b", 24, 60}, {"a", 30, 66}})
-      job.AddClip(Path(name), from * value, to * value, movie.frameDuration.scale);
-    job.output.video->frameDuration = movie.frameDuration;
+      job.AddClip(Path(name), from * value, to * value, movie.frameScale);
+    job.output.video->frameDuration = VRXTimeInfo(movie.frameValue, movie.frameScale);
     job.output.video->codecType = movie.recordCodec;
     job.output.video->averageBitrate = 0;
     job.output.video->width = movie.width;
     job.output.video->height = movie.height;
     if (movie.soundCodec < 0) return;
-    job.AddSoundClip(Path("sound"), 7 * value, 117 * value, movie.frameDuration.scale);
+    job.AddSoundClip(Path("sound"), 7 * value, 117 * value, movie.frameScale);
     job.AddSound(2, 48000, movie.soundCodec);
   }
 
@@ -165,7 +166,7 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
       {{.smart = VRXSmartOff}, {0, 50}, "joined.mov"},
       {{.ending = ".mov", .soundCodec = 3}, {0, 26, 90}, "joined.mov", "h264", true},
       {{.ending = ".mov", .soundCodec = 3}, {0}, "joined.mp4", "h264", true},
-      {{.frameDuration = {1001, 30000}, .soundCodec = 2}, {0, 13, 26, 39}, "joined.mp4"},
+      {{.frameValue = 1001, .frameScale = 30000, .soundCodec = 2}, {0, 13, 26, 39}, "joined.mp4"},
       {{.codec = VRXVideoCodecHevc}, {0, 40, 77}, "joined.mp4"},
       {{.codec = VRXVideoCodecHevc, .soundCodec = -1}, {0, 40, 77}, "joined.ts"},
       {{.codec = VRXVideoCodecAv1, .soundCodec = -1, .height = 64, .preset = "ultrafast"},
@@ -196,8 +197,7 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
     MovieReader reference(whole);
     EXPECT_EQ(movie.RemainingNumbers(), reference.RemainingNumbers());
     EXPECT_EQ(movie.Info().matrix, reference.Info().matrix);
-    const AVRational frame{static_cast<int>(test.movie.frameDuration.value),
-                           static_cast<int>(test.movie.frameDuration.scale)};
+    const AVRational frame{static_cast<int>(test.movie.frameValue), static_cast<int>(test.movie.frameScale)};
     const StreamPackets pictures = ReadPackets(joined, AVMEDIA_TYPE_VIDEO, frame);
     std::vector<std::int64_t> times;
     for (const StreamPacket& packet : pictures.packets) times.push_back(packet.time);
@@ -228,7 +228,8 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
   const std::string foreign = Render({}, "foreign", PieceOf("Movie2", 2, 2, 50, 60));
   const std::string late = Render({}, "late", PieceOf("Movie1", 2, 2, 51, 59));
   const std::string wide = Render({.width = 96}, "wide", PieceOf("Movie1", 2, 2, 50, 60));
-  const std::string fast = Render({.frameDuration = {1, 24}}, "fast", PieceOf("Movie1", 2, 2, 50, 60));
+  const std::string fast =
+      Render({.frameValue = 1, .frameScale = 24}, "fast", PieceOf("Movie1", 2, 2, 50, 60));
   const std::string part = Render({}, "part", PieceOf("Movie1", 0, 2, 0, 100));
   Shorten(Path("damaged.mp4"), second, 0.9);
   Shorten(Path("silent.mp4"), sound, 0.9);
@@ -265,6 +266,16 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
     EXPECT_EQ(std::ranges::count(job.log, '\n'), 1) << job.log;
     EXPECT_EQ(folder.Count(), files);
   }
+}
+
+TEST_F(JoinTest, PieceIsNoTransportStream) {
+  WriteSources();
+  const VRXRenderOverrides overrides = PieceOf("Movie1", 1, 2, 0, 50);
+  ASSERT_EQ(VRX_SetRenderOverrides(&overrides), kOk);
+  RenderJob job(Path("piece.ts"));
+  FillTimeline({}, job);
+  EXPECT_EQ(job.Create(), kUnusableSettings);
+  EXPECT_TRUE(job.Logged("a piece of a movie is no transport stream")) << job.log;
 }
 
 TEST_F(JoinTest, MovieThatIsNotFinishedLeavesNothing) {
