@@ -1,5 +1,6 @@
 #include "engine/AudioDecoder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -15,9 +16,10 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-constexpr int kMaxChannels = 64;      // libswresample's limit
-constexpr int kFinerSteps = 64;       // to a sample, for times that are subtracted before they are rounded
-constexpr int kMaxEmptyReads = 1000;  // reads in a row that give neither a packet nor the end
+constexpr int kMaxChannels = 64;       // libswresample's limit
+constexpr int kFinerSteps = 64;        // to a sample, for times that are subtracted before they are rounded
+constexpr int kJitterPerSecond = 200;  // smaller errors of timestamps, 1 / 200 s, are ignored
+constexpr int kMaxEmptyReads = 1000;   // reads in a row that give neither a packet nor the end
 
 bool IsUsable(const AVCodecParameters& parameters) {
   return parameters.sample_rate >= AudioDecoder::kMinRate &&
@@ -102,6 +104,8 @@ int AudioDecoder::GetTickSamples() const {
   const std::int64_t tick = av_rescale_q_rnd(1, m_stream->time_base, {1, m_rate}, AV_ROUND_UP);
   return tick < 1 || tick > m_rate ? 1 : static_cast<int>(tick);
 }
+
+int AudioDecoder::GetJitter() const { return std::max(m_rate / kJitterPerSecond, 2 * GetTickSamples()); }
 
 std::int64_t AudioDecoder::GetFirstPlace() const {
   return m_stream->start_time == AV_NOPTS_VALUE ? 0 : PlaceOf(m_stream->start_time);
@@ -207,6 +211,13 @@ const AVFrame* AudioDecoder::Next(std::int64_t& place) {
     m_isFed = true;
     if (avcodec_send_packet(m_codec, m_draining ? nullptr : m_packet) < 0) m_damaged = true;
   }
+}
+
+const AVPacket* AudioDecoder::NextPacket(std::int64_t& place) {
+  if (m_stream == nullptr || m_failed || !ReadPacket()) return nullptr;
+  if ((m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0) m_damaged = true;
+  place = PlaceOf(m_packet->pts);
+  return m_packet;
 }
 
 bool AudioDecoder::TakeDamage() {

@@ -1,5 +1,6 @@
 // The sound stream of one media file: opens it, seeks, and gives the decoded frames with their places on the
-// file's clock. Used by AudioSource, which makes a continuous stream of them.
+// file's clock. Used by AudioSource, which makes a continuous stream of them, and by AudioCopier, which takes
+// the packets as they are.
 #pragma once
 
 #include <cstdint>
@@ -33,6 +34,8 @@ class AudioDecoder {
 
   bool HasSound() const { return m_stream != nullptr; }
   int GetRate() const { return m_rate; }  // Hz; 0 without sound
+  /// Of the stream, as far as the file's beginning tells. There must be sound.
+  const AVCodecParameters& GetParameters() const { return *m_stream->codecpar; }
   const std::string& GetPath() const { return m_path; }
 
   /// The stated length of the whole file in microseconds; 0 when it is not known.
@@ -42,6 +45,8 @@ class AudioDecoder {
   bool HasExactTimes() const;
   /// Length of one unit of the stream's timestamps in samples, rounded up; 1 when it is finer.
   int GetTickSamples() const;
+  /// In samples: a timestamp that differs by no more from where the samples before it end means nothing.
+  int GetJitter() const;
   /// Place of the stream's first sample.
   std::int64_t GetFirstPlace() const;
 
@@ -57,6 +62,9 @@ class AudioDecoder {
   /// The next frame, valid until the next call; null at the end. `place` is kNoPlace when the frame has no
   /// usable timestamp.
   const AVFrame* Next(std::int64_t& place);
+  /// The next packet in place of the frames of it, and the place of its first sample, in the same way. Only
+  /// from the start of the file on, and where no frame was taken.
+  const AVPacket* NextPacket(std::int64_t& place);
 
   /// Whether anything was damaged since the last call.
   bool TakeDamage();

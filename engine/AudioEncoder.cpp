@@ -95,6 +95,8 @@ Result AudioEncoder::Open(const AudioPlan& plan, bool globalHeader) {
   }
   m_channels = plan.channels;
   m_blockSize = m_codec->frame_size > 0 ? m_codec->frame_size : kPcmBlockSize;
+  // Codecs that give nothing when they are drained would end with what they hold back.
+  if ((encoder->capabilities & AV_CODEC_CAP_DELAY) == 0) m_tail = m_codec->initial_padding;
   m_planes.assign(static_cast<std::size_t>(m_channels),
                   std::vector<float>(static_cast<std::size_t>(m_blockSize)));
   for (auto& plane : m_planes) m_planePointers.push_back(plane.data());
@@ -125,10 +127,15 @@ Result AudioEncoder::Drain(AudioTrack& track, MovieWriter& writer, int stream) {
 Result AudioEncoder::ReadBlock(AudioTrack& track, bool& ended) {
   int got = 0;
   VRX_TRY(track.Read(m_planePointers.data(), m_blockSize, got));
-  ended = got < m_blockSize;
-  if (got <= 0) return kOk;
-  VRX_TRY(StoreBlock(got));
+  const int silence = std::min(m_blockSize - got, m_tail);
+  for (auto& plane : m_planes) std::fill_n(plane.begin() + got, silence, 0.0F);
+  m_tail -= silence;
   m_samples += got;
+  const int count = got + silence;
+  ended = count < m_blockSize;
+  if (count == 0) return kOk;
+  VRX_TRY(StoreBlock(count));
+  m_sent += count;
   return Send(m_frame.get());
 }
 
@@ -138,7 +145,7 @@ Result AudioEncoder::StoreBlock(int count) {
   frame.nb_samples = count;
   frame.format = m_codec->sample_fmt;
   frame.sample_rate = m_codec->sample_rate;
-  frame.pts = m_samples;
+  frame.pts = m_sent;
   if (av_channel_layout_copy(&frame.ch_layout, &m_codec->ch_layout) < 0) return kOutOfMemory;
   if (av_frame_get_buffer(&frame, 0) < 0) return kOutOfMemory;
   switch (m_codec->sample_fmt) {
@@ -175,6 +182,7 @@ Result AudioEncoder::WritePackets(MovieWriter& writer, int stream) {
       Log(VRXLogError, "the sound encoder failed: " + AvErrorText(error));
       return kEncoderFailed;
     }
+    m_packet->duration = std::min(m_packet->duration, m_samples - m_packet->pts);
     VRX_TRY(writer.Write(*m_packet, stream, m_codec->time_base));
   }
 }

@@ -43,6 +43,8 @@ class AudioEncoder {
   std::vector<float*> m_planePointers;
   int m_channels = 0;
   int m_blockSize = 0;         // samples of each channel
+  int m_tail = 0;              // samples of silence to encode after the last, which the codec keeps to itself
+  std::int64_t m_sent = 0;     // samples encoded so far, with that silence
   std::int64_t m_samples = 0;  // taken so far
 };
 

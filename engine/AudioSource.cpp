@@ -17,7 +17,6 @@ namespace vrx::engine {
 namespace {
 
 constexpr int kMaxOutputs = 8;
-constexpr int kJitterPerSecond = 200;  // smaller errors of timestamps, 1 / 200 s, are ignored
 constexpr int kLeadPerSecond = 2;    // decoding starts half a second early: codecs need some frames to settle
 constexpr int kFarLeadSeconds = 10;  // and this much when the index led to a later place
 constexpr int kTailSeconds = 2;      // read at a file's end to find its last sample
@@ -149,7 +148,7 @@ bool AudioSource::FillBlock() {
 }
 
 void AudioSource::PlaceBlock(std::int64_t place) {
-  const std::int64_t jitter = std::max(GetRate() / kJitterPerSecond, 2 * m_decoder->GetTickSamples());
+  const std::int64_t jitter = m_decoder->GetJitter();
   if (!m_joined) {
     m_blockPlace = place == AudioDecoder::kNoPlace ? m_decoder->GetFirstPlace() : FirstPlaceInGrid(place);
   } else if (place == AudioDecoder::kNoPlace || std::abs(place - m_blockEnd) <= jitter) {

@@ -78,6 +78,7 @@ class ClipSequence : public AudioTrack {
 
   Result Prepare();
   Result Read(float* const* planes, int count, int& got) override;
+  std::optional<SoundRun> FindSingleRun(std::string& reason) const override;
 
  private:
   Result CheckArguments() const;
@@ -177,6 +178,24 @@ void ClipSequence::Jump() {
   }
   while (Continues(m_current)) --m_current;
   if (m_current != 0) m_position = m_ends[m_current - 1];
+}
+
+std::optional<SoundRun> ClipSequence::FindSingleRun(std::string& reason) const {
+  if (m_current == m_clips.size() || m_ends.back() < m_end) {
+    reason = m_clips.empty() ? "there is no sound" : "the sound ends before the picture";
+    return std::nullopt;
+  }
+  for (std::size_t last = m_current; m_ends[last] < m_end; ++last) {
+    if (Continues(last + 1)) continue;
+    reason = "the sound has cuts";
+    return std::nullopt;
+  }
+  const AudioClip& clip = m_clips[m_current];
+  return SoundRun{.path = clip.path,
+                  .start = clip.start,
+                  .scale = clip.scale,
+                  .skipped = m_first - m_position,
+                  .clip = m_current};
 }
 
 /// Plays what lies before the first sample, without keeping it.

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,15 @@ struct AudioFormat {
   int channels;    // 1, 2 or 6 in the order of libav's default layouts
 };
 
+/// A stretch of one file's sound that is played in one go.
+struct SoundRun {
+  std::string path;    // native bytes
+  std::int64_t start;  // on the source's clock, in units of 1 / `scale` seconds
+  std::uint64_t scale;
+  std::int64_t skipped;  // samples of the movie from `start` to the first that is heard
+  std::size_t clip;      // the first on the track that is a part of it, counted from 0
+};
+
 /// Belongs to one thread.
 class AudioTrack {
  public:
@@ -40,6 +50,10 @@ class AudioTrack {
   /// Writes the next `count` samples of each channel as planar floats; `got` is less than `count` only at the
   /// end of the track and 0 after it. Samples without a source are silence.
   virtual Result Read(float* const* planes, int count, int& got) = 0;
+
+  /// What the whole track plays where that is a single run, with no silence before or after it. Else `reason`
+  /// says for people why it is none. Before anything is read.
+  virtual std::optional<SoundRun> FindSingleRun(std::string& reason) const = 0;
 };
 
 }  // namespace vrx::engine

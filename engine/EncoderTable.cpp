@@ -186,9 +186,7 @@ Result CheckCodec(const OutputPlan& plan) {
   const bool fits = plan.container == Container::Mp4 ||
                     (plan.container == Container::QuickTime ? facts.inQuickTime : facts.inTransportStream);
   if (fits) return kOk;
-  const bool pcm =
-      plan.audio && (plan.audio->codec == AudioCodec::Pcm16 || plan.audio->codec == AudioCodec::Pcm24);
-  if (pcm)
+  if (plan.audio && IsPcm(plan.audio->codec))
     return Unusable("no file takes " + name +
                     " together with PCM; use AAC or AC-3 and a name that ends in .mp4");
   return Unusable(plan.path + " cannot hold " + name + ", which needs a name that ends in .mp4");

@@ -14,10 +14,12 @@ extern "C" {
 #include "engine/CopyConditions.h"
 #include "engine/EngineLog.h"
 #include "engine/EngineResult.h"
+#include "engine/JoinSequence.h"
 #include "engine/OverlaySequence.h"
 #include "engine/RenderOverrides.h"
 #include "engine/RenderSummary.h"
 #include "engine/Sequence.h"
+#include "engine/SoundSequence.h"
 #include "engine/SourceProbe.h"
 #include "engine/SpanReport.h"
 #include "engine/StillFrame.h"
@@ -89,17 +91,25 @@ Result ReleaseEngine(VRXHandle* handle) {
   return kOk;
 }
 
-Result CreateSequence(VRXHandle handle, const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
-                      IVRXSequence** sequence) {
+/// `create` gives the sequence in its argument.
+template <typename Create>
+Result AddSequence(VRXHandle handle, IVRXSequence** sequence, Create create) {
   const std::shared_ptr<Engine> engine = FindEngine(handle);
   if (engine == nullptr) return kInvalidArgument;
-  const RenderOverrides overrides = CurrentRenderOverrides();
-  const auto create = overrides.overlaysAlone ? &OverlaySequence::Create : &Sequence::Create;
   std::unique_ptr<RenderSequence> made;
-  VRX_TRY(create(timeline, output, overrides, made));
+  VRX_TRY(create(made));
   const std::scoped_lock guard(engine->lock);
   *sequence = engine->sequences.emplace_back(std::move(made)).get();
   return kOk;
+}
+
+Result MakeSequence(const VRXTimeline& timeline, const VRXSystemOutputSetting& output,
+                    std::unique_ptr<RenderSequence>& made) {
+  const RenderOverrides overrides = CurrentRenderOverrides();
+  const auto create = overrides.overlaysAlone             ? &OverlaySequence::Create
+                      : overrides.tracks == Tracks::Sound ? &SoundSequence::Create
+                                                          : &Sequence::Create;
+  return create(timeline, output, overrides, made);
 }
 
 Result ReleaseSequence(VRXHandle handle, IVRXSequence** sequence) {
@@ -140,8 +150,21 @@ std::int32_t VRX_CreateSequence(VRXHandle handle, VRXTimeline* timeline, VRXSyst
     return engine::kInvalidArgument;
   }
   *sequence = nullptr;
-  return engine::Guarded("VRX_CreateSequence",
-                         [&] { return engine::CreateSequence(handle, *timeline, *output, sequence); });
+  return engine::Guarded("VRX_CreateSequence", [&] {
+    return engine::AddSequence(handle, sequence, [&](std::unique_ptr<engine::RenderSequence>& made) {
+      return engine::MakeSequence(*timeline, *output, made);
+    });
+  });
+}
+
+std::int32_t VRX_CreateJoin(VRXHandle handle, const VRXPieces* pieces, IVRXSequence** sequence) {
+  if (handle == nullptr || pieces == nullptr || sequence == nullptr) return engine::kInvalidArgument;
+  *sequence = nullptr;
+  return engine::Guarded("VRX_CreateJoin", [&] {
+    return engine::AddSequence(handle, sequence, [&](std::unique_ptr<engine::RenderSequence>& made) {
+      return engine::JoinSequence::Create(*pieces, made);
+    });
+  });
 }
 
 std::int32_t VRX_ReleaseSequence(VRXHandle handle, IVRXSequence** sequence) {

@@ -85,7 +85,8 @@ Result JoinedStream::Arrange(const AVCodecContext* encoder) {
     if (!m_encodedSets.ReadHeader(*m_parameters, length)) m_encodedSets = {};
   }
   ParameterSets all;
-  m_setsInside = !MergeSources(all) || !all.Merge(m_encodedSets) || m_container == Container::MpegTs;
+  m_setsInside = !MergeSources(all) || !all.Merge(m_encodedSets) || m_container == Container::MpegTs ||
+                 std::ranges::any_of(m_plan->sources, &CopiedSource::setsChange);
   if (m_setsInside) all = MostDemanding();
   const bool isFile = m_container != Container::MpegTs;
   // The muxer makes HEVC's header and lengths itself, out of start codes.

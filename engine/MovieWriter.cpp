@@ -21,7 +21,6 @@ constexpr int kIoBufferSize = 1 << 20;  // bytes
 constexpr std::uint64_t kIndexBytesPerPacket = 44;
 constexpr std::uint64_t kIndexBytes = 16 << 10;
 constexpr std::uint64_t kLargestIndex = std::uint64_t{1} << 30;  // the muxer counts in 32 bits
-constexpr const char* kTimeZoneKey = "com.vrx.time-zone";
 
 int WritePacket(void* file, std::uint8_t* data, int size) {
   auto& output = *static_cast<OutputFile*>(file);
@@ -65,9 +64,14 @@ Result MovieWriter::Create(const OutputPlan& plan) {
   }
   m_muxer->pb = m_io;
   m_muxer->flags |= AVFMT_FLAG_CUSTOM_IO;
-  m_timeZoneBytes = plan.timeZone.size();
-  if (!plan.timeZone.empty()) av_dict_set(&m_muxer->metadata, kTimeZoneKey, plan.timeZone.c_str(), 0);
+  if (!plan.timeZone.empty()) AddMetadata(kTimeZoneKey, plan.timeZone);
+  if (plan.piece) AddMetadata(kPieceKey, TextOf(*plan.piece));
   return kOk;
+}
+
+void MovieWriter::AddMetadata(const char* key, const std::string& text) {
+  av_dict_set(&m_muxer->metadata, key, text.c_str(), 0);
+  m_metadataBytes += text.size();
 }
 
 bool MovieWriter::WantsGlobalHeader(Container container) {
@@ -88,7 +92,12 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   // Some players take no other name of HEVC in these files; its headers are beside the stream, as that says.
   const bool hevc = encoder.codec_id == AV_CODEC_ID_HEVC && m_container != Container::MpegTs;
   if (hevc) stream->codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
-  index = stream->index;
+  return AddedStream(*stream, index);
+}
+
+Result MovieWriter::AddedStream(const AVStream& stream, int& index) {
+  if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) m_sampleRate = stream.codecpar->sample_rate;
+  index = stream.index;
   m_packets.push_back(0);
   return kOk;
 }
@@ -102,14 +111,12 @@ Result MovieWriter::AddStream(const AVCodecParameters& parameters, AVRational ti
   stream->sample_aspect_ratio = parameters.sample_aspect_ratio;
   const int error = avcodec_parameters_copy(stream->codecpar, &parameters);
   if (error < 0) return Fail("a stream cannot be added", error);
-  index = stream->index;
-  m_packets.push_back(0);
-  return kOk;
+  return AddedStream(*stream, index);
 }
 
 /// 0 where the index has to follow the pictures.
 std::int64_t MovieWriter::ReservedIndexBytes(std::uint64_t packets) const {
-  std::uint64_t bytes = kIndexBytes + m_timeZoneBytes;
+  std::uint64_t bytes = kIndexBytes + m_metadataBytes;
   for (unsigned i = 0; i < m_muxer->nb_streams; ++i) {
     bytes += static_cast<std::uint64_t>(std::max(m_muxer->streams[i]->codecpar->extradata_size, 0));
   }
@@ -122,6 +129,7 @@ Result MovieWriter::Begin(std::uint64_t packets) {
   AVDictionary* options = nullptr;
   av_dict_set(&options, "movflags", "use_metadata_tags", 0);
   av_dict_set_int(&options, "moov_size", ReservedIndexBytes(packets), 0);
+  if (m_sampleRate != 0) av_dict_set_int(&options, "movie_timescale", m_sampleRate, 0);
   const int error = avformat_write_header(m_muxer, &options);
   av_dict_free(&options);
   return error < 0 ? Fail("the header cannot be written", error) : kOk;

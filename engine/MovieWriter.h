@@ -14,6 +14,9 @@
 
 namespace vrx::engine {
 
+/// Of the file's metadata: the bytes of the time-zone item as hexadecimal digits.
+inline constexpr const char* kTimeZoneKey = "com.vrx.time-zone";
+
 /// Belongs to one thread. Destruction without Finish leaves no file.
 class MovieWriter {
  public:
@@ -48,6 +51,8 @@ class MovieWriter {
   void Abandon();
 
  private:
+  void AddMetadata(const char* key, const std::string& text);
+  Result AddedStream(const AVStream& stream, int& index);
   std::int64_t ReservedIndexBytes(std::uint64_t packets) const;
   Result Fail(const char* action, int error);
   void FreeMuxer();
@@ -57,7 +62,8 @@ class MovieWriter {
   AVIOContext* m_io = nullptr;
   std::string m_path;
   Container m_container = Container::Mp4;
-  std::size_t m_timeZoneBytes = 0;
+  int m_sampleRate = 0;  // Hz; the unit of edit lists, so that they cut to the sample. 0 without sound
+  std::size_t m_metadataBytes = 0;
   std::vector<std::uint64_t> m_packets;  // of each stream
   std::uint64_t m_bytes = 0;
 };

@@ -86,9 +86,7 @@ Result ChooseContainer(std::int32_t systemType, const std::string& path, Contain
   if (systemType != VRXSystemByExtension) {
     return Unusable("systemType is " + std::to_string(systemType) + ", not 1 to 3");
   }
-  const std::string extension = LowerExtension(path);
-  if (extension == "ts" || extension == "m2ts" || extension == "mts") container = Container::MpegTs;
-  if (extension == "mov") container = Container::QuickTime;
+  container = ContainerOf(path);
   return kOk;
 }
 
@@ -119,7 +117,6 @@ Result ChooseAudioCodec(const VRXAudioOutputSetting& setting, Container containe
       codec = AudioCodec::Ac3;
       return kOk;
     case 3:
-      if (container == Container::MpegTs) return Unusable("an MPEG transport stream holds no PCM sound");
       return ChoosePcm(setting.bitsPerSample, codec);
     default:
       return Unusable("audio codecType is " + std::to_string(setting.codecType) + ", not 0 to 3");
@@ -174,13 +171,30 @@ Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrid
   if (setting.audio != nullptr && plan.tracks != Tracks::Picture) {
     AudioPlan audio{};
     VRX_TRY(MakeAudioPlan(*setting.audio, plan.container, audio));
-    // The MP4 muxer does not take PCM, and the QuickTime muxer does.
-    const bool pcm = audio.codec == AudioCodec::Pcm16 || audio.codec == AudioCodec::Pcm24;
-    if (pcm) plan.container = Container::QuickTime;
     plan.audio = audio;
+    VRX_TRY(FitSound(plan));
   }
   if (!plan.overlaysAlone) VRX_TRY(CheckCodec(plan));
+  if (plan.piece) {
+    if (plan.container == Container::MpegTs) return Unusable("a piece of a movie is no transport stream");
+    plan.piece->frameDuration = plan.video.frameDuration;
+    plan.piece->hasSound = setting.audio != nullptr;
+  }
   return setting.metaData == nullptr ? kOk : FindTimeZone(*setting.metaData, plan.timeZone);
+}
+
+Container ContainerOf(const std::string& path) {
+  const std::string extension = LowerExtension(path);
+  if (extension == "ts" || extension == "m2ts" || extension == "mts") return Container::MpegTs;
+  return extension == "mov" ? Container::QuickTime : Container::Mp4;
+}
+
+Result FitSound(OutputPlan& plan) {
+  if (!IsPcm(plan.audio->codec)) return kOk;
+  if (plan.container == Container::MpegTs) return Unusable("an MPEG transport stream holds no PCM sound");
+  // The MP4 muxer does not take PCM, and the QuickTime muxer does.
+  plan.container = Container::QuickTime;
+  return kOk;
 }
 
 std::int64_t SamplesOfFrames(std::int64_t frames, FrameDuration duration, int sampleRate) {

@@ -16,6 +16,8 @@ namespace vrx::engine {
 enum class AudioCodec { Aac, Ac3, Pcm16, Pcm24 };
 enum class Container { Mp4, QuickTime, MpegTs };
 
+inline bool IsPcm(AudioCodec codec) { return codec == AudioCodec::Pcm16 || codec == AudioCodec::Pcm24; }
+
 struct VideoPlan {
   VideoCodec codec;
   int width;   // pixels, even
@@ -49,13 +51,20 @@ struct OutputPlan {
   bool overlaysAlone = false;
   SmartRendering smart = SmartRendering::Off;  // never by the record
   Tracks tracks = Tracks::All;
-  std::optional<PieceLabel> piece;  // without its frames
+  std::optional<PieceLabel> piece;  // its frames once they are known
 };
 
 /// kInvalidArgument for a record without its parts, kUnusableSettings with a logged line that names the
 /// setting.
 Result MakeOutputPlan(const VRXSystemOutputSetting& setting, const RenderOverrides& overrides,
                       OutputPlan& plan);
+
+/// By the ending of the path.
+Container ContainerOf(const std::string& path);
+
+/// Changes the container where it does not take the plan's sound and another of its kind does. The plan has
+/// sound. kUnusableSettings, with a logged line, where none does.
+Result FitSound(OutputPlan& plan);
 
 /// Samples of a movie of `frames` frames, rounded to the nearest.
 std::int64_t SamplesOfFrames(std::int64_t frames, FrameDuration duration, int sampleRate);

@@ -68,6 +68,11 @@ Result FindOutputTarget(const std::string& path, OutputTarget& target) {
   return kOk;
 }
 
+bool IsSameFile(const std::string& one, const std::string& other) {
+  struct stat file {};
+  return stat(other.c_str(), &file) == 0 && HasSameFile(one, file);
+}
+
 Result RefuseSourceAsOutput(const TimelinePlan& plan, const std::string& output) {
   struct stat file {};
   if (stat(output.c_str(), &file) != 0) return kOk;  // nothing there yet

@@ -28,6 +28,9 @@ struct OutputTarget {
 /// for links that lead in a circle.
 Result FindOutputTarget(const std::string& path, OutputTarget& target);
 
+/// Whether both paths lead to one file, which is there.
+bool IsSameFile(const std::string& one, const std::string& other);
+
 /// kUnusableSettings, with a logged line that names the clip, when a clip of `plan` reads the very file that
 /// `output` leads to.
 Result RefuseSourceAsOutput(const TimelinePlan& plan, const std::string& output);

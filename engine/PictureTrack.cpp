@@ -6,6 +6,17 @@
 #include "engine/EngineLog.h"
 
 namespace vrx::engine {
+namespace {
+
+/// The most places by which a picture is encoded after its frame's place.
+std::int64_t DelayOf(const AVCodecContext& encoder) {
+  constexpr int kOfPyramid = 2;  // B-frames that refer to B-frames
+  // libav does not say it of x265.
+  return encoder.codec_id == AV_CODEC_ID_HEVC ? std::max(encoder.has_b_frames, kOfPyramid)
+                                              : encoder.has_b_frames;
+}
+
+}  // namespace
 
 /// Passes an encoder's packets on as they are.
 class PictureTrack::PlainSink final : public PacketSink {
@@ -48,7 +59,7 @@ Result PictureTrack::OpenForCopies(const OutputPlan& output) {
                                    [](const PictureSpan& span) { return !span.IsCopied(); });
   if (encodes) {
     VRX_TRY(OpenEncoder());
-    m_delay = std::max<std::int64_t>(m_delay, m_encoder->GetContext().has_b_frames);
+    m_delay = std::max(m_delay, DelayOf(m_encoder->GetContext()));
   }
   VRX_TRY(m_joined.Arrange(encodes ? &m_encoder->GetContext() : nullptr));
   m_reader = std::make_unique<CopyReader>(*m_stop);

@@ -70,14 +70,9 @@ Result ReadFrames(const VRXRenderOverrides& wanted, RenderOverrides& read) {
 
 Result ReadPiece(const VRXRenderOverrides& wanted, std::optional<PieceLabel>& piece) {
   if (wanted.pieceOf == nullptr) return kOk;
-  constexpr std::size_t kLongest = 64;
-  const std::string movie(wanted.pieceOf, strnlen(wanted.pieceOf, kLongest + 1));
-  const bool isName =
-      !movie.empty() && movie.size() <= kLongest && std::all_of(movie.begin(), movie.end(), [](char letter) {
-        return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-               (letter >= '0' && letter <= '9');
-      });
-  if (!isName) return Unusable("the name of the movie in pieces is not 1 to 64 letters and digits");
+  const std::string movie(wanted.pieceOf, strnlen(wanted.pieceOf, kLongestMovieName + 1));
+  if (!IsMovieName(movie))
+    return Unusable("the name of the movie in pieces is not 1 to 64 letters and digits");
   const bool isSound = wanted.tracks == VRXSoundAlone;
   if (wanted.pieceCount == 0 || wanted.piece > wanted.pieceCount || isSound != (wanted.piece == 0) ||
       wanted.tracks == VRXAllTracks)

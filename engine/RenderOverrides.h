@@ -4,9 +4,9 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "engine/EngineResult.h"
+#include "engine/PieceLabel.h"
 #include "vrx/VRXEngineExtras.h"
 
 namespace vrx::engine {
@@ -14,16 +14,6 @@ namespace vrx::engine {
 enum class VideoCodec { H264, Mpeg2, Hevc, Av1 };
 enum class SmartRendering { ByRecord, Off, Auto, Require };
 enum class Tracks { All, Picture, Sound };
-
-/// What a movie that is a piece of a larger one says of itself.
-struct PieceLabel {
-  std::string movie;            // letters and digits
-  std::uint32_t number = 0;     // from 1 on; 0 for the sound
-  std::uint32_t count = 0;      // pieces of pictures
-  std::int64_t firstFrame = 0;  // of the whole movie
-  std::int64_t frameCount = 0;
-  bool operator==(const PieceLabel&) const = default;
-};
 
 struct RenderOverrides {
   std::optional<VideoCodec> codec;
@@ -35,7 +25,7 @@ struct RenderOverrides {
   bool overlaysAlone = false;
   SmartRendering smart = SmartRendering::ByRecord;
   Tracks tracks = Tracks::All;
-  std::optional<PieceLabel> piece;  // its frames are those of the range
+  std::optional<PieceLabel> piece;  // its movie and number
 };
 
 /// kUnusableSettings, with a logged line and no change, for values that are not usable. Null: none any more.

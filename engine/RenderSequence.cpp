@@ -14,11 +14,17 @@ constexpr int kFramesPerSlice = 8;
 
 }  // namespace
 
-Result RenderSequence::CutToRange(const OutputPlan& plan) {
+Result RenderSequence::CutToRange(OutputPlan& plan) {
   const std::int64_t movie = m_total;
   m_first = plan.firstFrame;
   m_total = plan.frameCount == 0 ? movie - m_first : plan.frameCount;
-  if (m_total > 0 && m_total <= movie - m_first) return kOk;
+  if (m_total > 0 && m_total <= movie - m_first) {
+    if (plan.piece) {
+      plan.piece->firstFrame = m_first;
+      plan.piece->frameCount = m_total;
+    }
+    return kOk;
+  }
   Log(VRXLogError, "the frames from " + std::to_string(m_first) +
                        (plan.frameCount == 0 ? " on" : " to " + std::to_string(m_first + m_total - 1)) +
                        " are not in the movie, which has " + std::to_string(movie) + " frames, 0 to " +

@@ -29,8 +29,8 @@ class RenderSequence : public IVRXSequence {
   RenderSequence() = default;
 
   /// Goes on with the frames that `plan` asks for, m_total being those of the movie. kUnusableSettings, with
-  /// a logged line, for frames that the movie does not have.
-  Result CutToRange(const OutputPlan& plan);
+  /// a logged line, for frames that the movie does not have. A piece of a movie gets to know its frames.
+  Result CutToRange(OutputPlan& plan);
 
   /// Renders one frame and counts it in m_done; leaves m_done when none is ready yet.
   virtual Result RenderNext() = 0;

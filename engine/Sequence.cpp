@@ -32,6 +32,7 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
   m_clips = EncodedClips(m_plan, m_timeline.video);
   VRX_TRY(OpenTracks());
   ReportSpans(m_plan, m_first);
+  if (m_sound) m_sound->Report();
   m_overlay =
       std::make_unique<OverlayStage>(output.rawOutput, std::move(overlays), video.width, video.height);
   m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
@@ -41,21 +42,15 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
 Result Sequence::OpenTracks() {
   VRX_TRY(m_pictures.Open(m_output, m_plan, m_stop));
   if (!m_output.audio) return kOk;
-  const AudioPlan& audio = *m_output.audio;
-  VRX_TRY(m_audioEncoder.Open(audio, MovieWriter::WantsGlobalHeader(m_output.container)));
-  return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels}, SamplesBefore(m_first),
-                          SamplesBefore(m_first + m_total), m_stop, m_audio);
+  m_sound = std::make_unique<SoundTrack>();
+  return m_sound->Open(m_timeline.audio, m_output, m_first, m_total, m_stop);
 }
 
 Result Sequence::OpenOutput() {
   VRX_TRY(m_writer.Create(m_output));
   VRX_TRY(m_pictures.AddTo(m_writer));
-  if (m_audio) {
-    VRX_TRY(m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream));
-  }
-  const std::int64_t sound =
-      m_audio ? m_audioEncoder.PacketsOf(SamplesBefore(m_first + m_total) - SamplesBefore(m_first)) : 0;
-  return m_writer.Begin(static_cast<std::uint64_t>(m_total + sound));
+  if (m_sound) VRX_TRY(m_sound->AddTo(m_writer));
+  return m_writer.Begin(static_cast<std::uint64_t>(m_total + (m_sound ? m_sound->GetPackets() : 0)));
 }
 
 void Sequence::GiveUp() {
@@ -106,27 +101,19 @@ Result Sequence::EncodeFrame(FramePtr& frame) {
 /// Writes the sound that belongs to a frame, too.
 Result Sequence::CountFrame() {
   ++m_done;
-  if (!m_audio) return kOk;
-  const std::int64_t samples = SamplesBefore(m_first + m_done) - SamplesBefore(m_first);
-  return m_audioEncoder.EncodeUpTo(samples, *m_audio, m_writer, m_audioStream);
-}
-
-/// Of the whole movie's sound.
-std::int64_t Sequence::SamplesBefore(std::int64_t frame) const {
-  return SamplesOfFrames(frame, m_output.video.frameDuration, m_output.audio->sampleRate);
+  return m_sound ? m_sound->WriteUpTo(m_done, m_writer) : kOk;
 }
 
 Result Sequence::Finish() {
   m_pipeline.reset();
-  if (m_audio) {
-    VRX_TRY(m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream));
-  }
+  if (m_sound) VRX_TRY(m_sound->Finish(m_writer));
   VRX_TRY(m_pictures.Drain());
   if (m_stop.IsSet()) return kOk;
   VRX_TRY(m_writer.Finish());
   m_finished = true;
-  KeepRenderSummary({m_pictures.GetPacketCount(), static_cast<std::uint64_t>(m_audioEncoder.GetSamples()),
-                     m_writer.GetBytes(), static_cast<std::uint64_t>(m_plan.CountCopied())});
+  KeepRenderSummary({m_pictures.GetPacketCount(),
+                     static_cast<std::uint64_t>(m_sound ? m_sound->GetSamples() : 0), m_writer.GetBytes(),
+                     static_cast<std::uint64_t>(m_plan.CountCopied())});
   return kOk;
 }
 

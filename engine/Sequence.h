@@ -6,8 +6,6 @@
 #include <memory>
 #include <vector>
 
-#include "engine/AudioEncoder.h"
-#include "engine/AudioTrack.h"
 #include "engine/BasebandVideoSource.h"
 #include "engine/EngineResult.h"
 #include "engine/FramePipeline.h"
@@ -17,6 +15,7 @@
 #include "engine/PictureTrack.h"
 #include "engine/RenderSequence.h"
 #include "engine/SmartPlan.h"
+#include "engine/SoundTrack.h"
 #include "engine/TimelinePlan.h"
 #include "vrx/VRXEngine.h"
 
@@ -42,7 +41,6 @@ class Sequence final : public RenderSequence {
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
   Result CountFrame();
-  std::int64_t SamplesBefore(std::int64_t frame) const;
   Result Finish() override;
   void GiveUp() override;
 
@@ -56,9 +54,7 @@ class Sequence final : public RenderSequence {
 
   MovieWriter m_writer;
   PictureTrack m_pictures;
-  AudioEncoder m_audioEncoder;
-  std::unique_ptr<AudioTrack> m_audio;  // null for a silent movie
-  int m_audioStream = 0;
+  std::unique_ptr<SoundTrack> m_sound;  // null for a silent movie
   std::unique_ptr<OverlayStage> m_overlay;
   std::unique_ptr<BasebandVideoSource> m_baseband;
   std::unique_ptr<FramePipeline> m_pipeline;  // last, so that its thread ends before what it uses

@@ -23,13 +23,6 @@ constexpr const char* kOtherTimes = "the source's pictures do not follow each ot
 constexpr const char* kNoStart = "no key frame follows at which copying can begin";
 constexpr const char* kSeam = "between a cut or an overlay and the next key frame";
 
-std::shared_ptr<const AVCodecParameters> CopyParameters(const AVCodecParameters& stream) {
-  std::shared_ptr<AVCodecParameters> copy(avcodec_parameters_alloc(),
-                                          [](AVCodecParameters* one) { avcodec_parameters_free(&one); });
-  if (copy && avcodec_parameters_copy(copy.get(), &stream) < 0) copy.reset();
-  return copy;
-}
-
 class SmartPlanner {
  public:
   SmartPlanner(const OutputPlan& output, const std::vector<OverlaySpan>& overlays, std::int64_t first,
@@ -175,6 +168,13 @@ Result RefuseSourceSpans(const SmartPlan& plan, std::int64_t first) {
 }
 
 }  // namespace
+
+std::shared_ptr<AVCodecParameters> CopyParameters(const AVCodecParameters& stream) {
+  std::shared_ptr<AVCodecParameters> copy(avcodec_parameters_alloc(),
+                                          [](AVCodecParameters* one) { avcodec_parameters_free(&one); });
+  if (copy && avcodec_parameters_copy(copy.get(), &stream) < 0) copy.reset();
+  return copy;
+}
 
 std::int64_t SmartPlan::CountCopied() const {
   return std::accumulate(spans.begin(), spans.end(), std::int64_t{0},

@@ -21,6 +21,7 @@ struct CopiedSource {
   ParameterSets sets;  // of H.264 and HEVC
   NalLength nalLength = kStartCodes;
   std::shared_ptr<const AVCodecParameters> parameters;
+  bool setsChange = false;  // the key frames bring sets of their own, which contradict each other
 };
 
 /// Frames that are made in one way. Frames are counted from the first that is written.
@@ -45,6 +46,9 @@ struct SmartPlan {
   /// The most places by which a copied picture comes after its frame's place.
   std::int64_t GetDelay() const;
 };
+
+/// Null when there is no memory.
+std::shared_ptr<AVCodecParameters> CopyParameters(const AVCodecParameters& stream);
 
 /// `timeline` is cut to the frames that are written, of which the first is `first` of the movie, and
 /// `overlays` are in frames of the movie. Without smart rendering every span is encoded. kNotCapable, with a

@@ -147,7 +147,7 @@ void ClipPicture::Write(int index) {
   const std::uint8_t* rows[] = {picture.Row(0), nullptr, nullptr, nullptr};
   const int strides[] = {3 * picture.Width(), 0, 0, 0};
   sws_scale(m_scaler.get(), rows, strides, 0, m_clip.height, m_frame->data, m_frame->linesize);
-  m_frame->pts = FrameTime(index) - FrameTime(m_clip.hidden);
+  m_frame->pts = FrameTime(index) - (m_clip.hidden == 0 ? 0 : FrameTime(m_clip.hidden));
   m_frame->quality = m_encoder->global_quality;
   m_muxer.Encode(*m_encoder, *m_stream, m_frame.get(), m_frameLength);
 }

@@ -138,8 +138,10 @@ TEST_F(OverridesTest, RangesHaveTheirFramesAndSoundAndAreCountedAsSuch) {
     std::vector<int> wanted;
     for (int i = 0; i < c.frames; ++i) wanted.push_back(c.first + i);
     EXPECT_EQ(movie.RemainingNumbers(), wanted);
-    const MovieSound sound = movie.ReadSound();
-    EXPECT_LT(sound.samples.size() - static_cast<std::size_t>(c.frames) * 1920, 1024u);  // whole packets
+    MovieSound sound = movie.ReadSound();
+    const auto length = static_cast<std::size_t>(c.frames) * 1920;
+    EXPECT_LT(sound.samples.size() - length, 1024u);  // libav's players play the last packet whole
+    sound.samples.resize(length);
     std::vector<double> clicks;
     for (const std::int64_t click : sound.Clicks())
       clicks.push_back(std::round(static_cast<double>(click) / 480) / 100);
