@@ -104,7 +104,7 @@ CommandRun AddRender(CLI::App& command) {
       command.add_flag("--overlay-only", options->overlayOnly,
                        "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) "
                        "or -o NAME-%05d.png");
-  for (const char* option : {"--bitrate", "--crf", "--preset", "--codec", "--hardware"})
+  for (const char* option : {"--bitrate", "--crf", "--preset", "--codec", "--hardware", "--smart"})
     alone->excludes(command.get_option(option));
   AddProgressOptions(command, options->run);
   command.footer(
