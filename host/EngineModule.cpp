@@ -4,13 +4,21 @@
 
 namespace vrx::host {
 
-EngineModule::~EngineModule() { SetLogCallback(nullptr); }
+EngineModule::~EngineModule() {
+  SetSpanCallback(nullptr);
+  SetLogCallback(nullptr);
+}
 
 bool EngineModule::Load(std::string& cause) { return m_library.Bind(&cause); }
 
 void EngineModule::SetLogCallback(VRXLogFunction log) {
   const auto set = m_library.Find<VRX_SetLogCallbackFunction>("VRX_SetLogCallback");
   if (set != nullptr) set(log, this);
+}
+
+void EngineModule::SetSpanCallback(VRXSpanFunction spans) {
+  const auto set = m_library.Find<VRX_SetSpanCallbackFunction>("VRX_SetSpanCallback");
+  if (set != nullptr) set(spans, this);
 }
 
 void EngineModule::Listen(std::function<void(const EngineLine&)> listener) {
@@ -31,6 +39,19 @@ void EngineModule::OnLine(void* context, const VRXLogEntry& entry) {
 std::vector<EngineLine> EngineModule::TakeLines() {
   const std::scoped_lock lock(m_mutex);
   return std::exchange(m_lines, {});
+}
+
+void EngineModule::KeepSpans() { SetSpanCallback(&OnSpan); }
+
+void EngineModule::OnSpan(void* context, const VRXRenderSpan& span) {
+  auto& self = *static_cast<EngineModule*>(context);
+  const std::scoped_lock lock(self.m_mutex);
+  self.m_spans.Add(span);
+}
+
+EngineSpans EngineModule::TakeSpans() {
+  const std::scoped_lock lock(m_mutex);
+  return std::exchange(m_spans, {});
 }
 
 check::SourceFacts EngineModule::Probe(const XpString& path) const {

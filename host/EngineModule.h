@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "host/EngineSpans.h"
 #include "src/check/ProjectReport.h"
 #include "src/manager/EngineLibrary.h"
 #include "vrx/VRXEngineExtras.h"
@@ -37,6 +38,11 @@ class EngineModule {
   void Listen(std::function<void(const EngineLine&)> listener);
   std::vector<EngineLine> TakeLines();
 
+  /// From now on what the engine says of the spans of its sequences is kept here. Nothing happens with an
+  /// engine that says nothing of them.
+  void KeepSpans();
+  EngineSpans TakeSpans();
+
   check::SourceFacts Probe(const XpString& path) const;
 
   /// What the engine's next sequences do beyond their records. False, with the cause, when the module cannot
@@ -59,11 +65,14 @@ class EngineModule {
 
  private:
   void SetLogCallback(VRXLogFunction log);
+  void SetSpanCallback(VRXSpanFunction spans);
   static void OnLine(void* context, const VRXLogEntry& entry);
+  static void OnSpan(void* context, const VRXRenderSpan& span);
 
   render::EngineLibrary m_library;
-  mutable std::mutex m_mutex;  // guards the lines
+  mutable std::mutex m_mutex;  // guards the lines and the spans
   std::vector<EngineLine> m_lines;
+  EngineSpans m_spans;
   std::function<void(const EngineLine&)> m_listener;
 };
 

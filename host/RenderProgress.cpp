@@ -6,6 +6,7 @@
 #include "foundation/platform/Terminal.h"
 #include "host/Console.h"
 #include "host/ProblemText.h"
+#include "host/SpanReport.h"
 
 namespace vrx::host {
 namespace {
@@ -13,8 +14,12 @@ namespace {
 /// The last line of a render for people, on stdout.
 void PrintDone(const std::string& path, const RenderResult& result, double elapsed) {
   const double rate = elapsed > 0.0 ? static_cast<double>(result.frames) / elapsed : 0.0;
-  std::printf("%s: %lld frames, %.3f s of movie, rendered in %.1f s (%.1f fps)\n", Masked(path).c_str(),
-              static_cast<long long>(result.frames), result.seconds, elapsed, rate);
+  const std::string copied = result.copiedFrames == 0
+                                 ? std::string()
+                                 : ", " + std::to_string(result.copiedFrames) + " copied (" +
+                                       ShareText(result.copiedFrames, result.frames) + ")";
+  std::printf("%s: %lld frames, %.3f s of movie%s, rendered in %.1f s (%.1f fps)\n", Masked(path).c_str(),
+              static_cast<long long>(result.frames), result.seconds, copied.c_str(), elapsed, rate);
 }
 
 class SilentProgress : public RenderProgress {
@@ -24,6 +29,7 @@ class SilentProgress : public RenderProgress {
     m_plan = plan;
     m_pace.Start(plan.frames);
   }
+  void OnSpans(const EngineSpans&) override {}
   void OnPercent(std::uint32_t) override {}
   void OnMessage(const std::string& line) override { Say(line); }
   void OnEnd(const RenderResult& result) override {
@@ -99,6 +105,11 @@ class JsonProgress : public RenderProgress {
     m_output = plan.outputPath;
     Print({{"event", "start"}, {"output", m_output}, {"frames", plan.frames}, {"seconds", plan.seconds}});
   }
+  void OnSpans(const EngineSpans& spans) override {
+    Json line{{"event", "spans"}};
+    AddSpans(spans, line);
+    Print(line);
+  }
   void OnPercent(std::uint32_t percent) override {
     m_pace.Update(percent);
     Json line{{"event", "progress"}, {"percent", percent}, {"fps", m_pace.GetFramesPerSecond()}};
@@ -112,6 +123,7 @@ class JsonProgress : public RenderProgress {
               {"frames", result.frames},
               {"seconds", result.seconds},
               {"bytes", result.bytes == 0 ? Json() : Json(result.bytes)},
+              {"copiedFrames", result.copiedFrames},
               {"elapsed", m_pace.GetElapsed()},
               {"problems", Json::array()}};
     for (const check::Problem& problem : result.problems) line["problems"].push_back(ProblemJson(problem));

@@ -89,11 +89,13 @@ class RenderRun {
         [this](const baseband::PictureProblem& problem) { m_events.Add(check::PictureProblemOf(problem)); });
     const auto prepare = [this] {
       m_engine.Listen({});  // what it says of a source now it says again when the render opens it
+      m_engine.KeepSpans();
       // What a strict render refuses has to be found before it begins.
       m_report = m_options.strict ? InspectWhole(m_project, m_engine) : InspectQuickly(m_project, m_engine);
       if (m_options.allowMissing) m_report.AllowMissingPictures();
       m_wrapper->SetProjectFile(m_project.GetPath());
       m_engine.TakeLines();
+      m_engine.TakeSpans();
     };
     DoUnlessInterrupted(m_waiter, prepare, [this] { EndNow(); });
   }
@@ -184,6 +186,9 @@ class RenderRun {
       m_wrapper->Cancel();
     }
     if (!m_state.percent) return;
+    // All spans come before the first progress.
+    const EngineSpans spans = m_hasStarted ? EngineSpans() : m_engine.TakeSpans();
+    if (!spans.IsEmpty()) m_progress->OnSpans(spans);
     m_hasStarted = true;
     if (!m_state.ended && !m_state.error) m_progress->OnPercent(*m_state.percent);
   }
@@ -216,7 +221,7 @@ class RenderRun {
       m_progress->OnCancelled();
       return kCancelled;
     }
-    RenderResult result{m_frames, m_seconds, 0, {}};
+    RenderResult result{.frames = m_frames, .seconds = m_seconds};
     for (const Problem& problem : m_report.problems) AddToResult(problem, result);
     for (const Problem& problem : m_found) AddToResult(problem, result);
     const auto missing = std::ranges::count(result.problems, Severity::Error, &Problem::severity);
@@ -246,6 +251,7 @@ class RenderRun {
     if (!m_engine.GetSummary(written)) return true;
     result.frames = static_cast<std::int64_t>(written.frames);
     result.bytes = written.bytes;
+    result.copiedFrames = static_cast<std::int64_t>(written.copiedFrames);
     if (m_frames > 0)
       result.seconds = m_seconds * static_cast<double>(result.frames) / static_cast<double>(m_frames);
     // The length of a clip that is used whole is an estimate, right to a frame.
