@@ -13,6 +13,10 @@ namespace {
 
 /// The last line of a render for people, on stdout.
 void PrintDone(const std::string& path, const RenderResult& result, double elapsed) {
+  if (result.frames == 0) {
+    std::printf("%s: %.3f s of sound, rendered in %.1f s\n", Masked(path).c_str(), result.seconds, elapsed);
+    return;
+  }
   const double rate = elapsed > 0.0 ? static_cast<double>(result.frames) / elapsed : 0.0;
   const std::string copied = result.copiedFrames == 0
                                  ? std::string()

@@ -15,6 +15,7 @@
 #include "host/InterruptibleWork.h"
 #include "host/ProblemText.h"
 #include "host/RenderEvents.h"
+#include "host/pieces/PiecePlan.h"
 #include "src/baseband/PictureProblems.h"
 #include "src/check/BasebandCheck.h"
 #include "src/project/ProjectKeys.h"
@@ -56,6 +57,7 @@ class RenderRun {
     }
     Prepare();
     if (!ChooseFrames(cause)) return GiveUp(kWrongUse, cause);
+    if (!IsAsPlanned(cause)) return GiveUp(kFailed, cause);
     if (!SetOverrides(cause)) return GiveUp(kFailed, cause);
     const auto* input = FindOutputAmongInputs(m_report.outputPath, m_report.inputs);
     if (input != nullptr) {
@@ -125,13 +127,25 @@ class RenderRun {
     return true;
   }
 
+  /// False for a piece of a plan that was made of something else. What is wrong with a project that cannot be
+  /// rendered is said instead.
+  bool IsAsPlanned(std::string& cause) const {
+    if (!m_options.piece || m_report.FindError(false) != nullptr) return true;
+    const PieceName& piece = *m_options.piece;
+    if (IsPieceOf(piece.plan, m_report, m_options.pieceOptions, piece.count)) return true;
+    cause = "the project or its files have changed since the plan was made";
+    return false;
+  }
+
   /// Overrides hold for the process, so those of a project before are taken back.
   bool SetOverrides(std::string& cause) {
     VRXRenderOverrides overrides = m_options.overrides;
     if (m_frames != m_report.totalFrames) {
       overrides.firstFrame = static_cast<std::uint64_t>(m_firstFrame);
-      overrides.frameCount = static_cast<std::uint64_t>(m_frames);
+      // The number of all frames may be an estimate.
+      if (m_options.range.to) overrides.frameCount = static_cast<std::uint64_t>(m_frames);
     }
+    if (m_options.piece) SetPiece(*m_options.piece, overrides);
     // The endings of pictures and of movies with transparency are those of no project.
     if (overrides.overlays == VRXOverlayAlone) {
       std::erase_if(m_report.problems, [](const Problem& problem) {
@@ -139,6 +153,15 @@ class RenderRun {
       });
     }
     return !AsksForAnything(overrides) || m_engine.SetOverrides(overrides, cause);
+  }
+
+  /// The name has to live as long as the overrides.
+  void SetPiece(const PieceName& piece, VRXRenderOverrides& overrides) {
+    overrides.tracks = piece.piece == 0 ? VRXSoundAlone : VRXPictureAlone;
+    overrides.pieceOf = piece.plan.c_str();
+    overrides.piece = piece.piece;
+    overrides.pieceCount = piece.count;
+    if (piece.piece == 0) m_frames = 0;
   }
 
   void ListenToEngine() {
