@@ -62,9 +62,7 @@ Refusal FileVideoSource::OpenFile() {
   VRX_TRY(SourceFile::Open(m_path, SourceFile::Purpose::Decode, m_stop, m_file));
   m_origin = m_file->OriginTicks();
   m_frameTicks = m_file->FrameTicks();
-  const auto* matrix = reinterpret_cast<const std::int32_t*>(
-      av_stream_get_side_data(&m_file->GetStream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr));
-  m_orientation = matrix == nullptr ? Orientation{} : Orientation::OfDisplayMatrix(matrix);
+  m_orientation = m_file->GetOrientation();
   ForgetPictures();
   m_maySkip = CanSkip(*m_file->GetStream().codecpar);
   m_fresh = true;
@@ -93,7 +91,7 @@ Result FileVideoSource::FrameAt(const ExactTime& time, const AVFrame*& frame) {
   if (!m_codec) {
     VRX_TRY(Report(m_path, OpenDecoder()));
   }
-  const std::int64_t target = TargetTicks(time);
+  const std::int64_t target = TicksAt(time, m_file->GetStream().time_base, m_origin);
   m_target = target;
   if (NeedsSeek(target)) {
     VRX_TRY(SeekTo(target));
@@ -132,13 +130,6 @@ bool FileVideoSource::IsMissing(std::int64_t target) const {
   const std::int64_t shown = m_currentTicks + std::max<std::int64_t>(m_current->pkt_duration, 0);
   // Statements of a length are often a few frames off.
   return std::min(target, stream.start_time + stream.duration) - shown > TicksOfSeconds(1, stream.time_base);
-}
-
-std::int64_t FileVideoSource::TargetTicks(const ExactTime& time) const {
-  const AVRational base = m_file->GetStream().time_base;
-  const Int128 ticks = RoundDivide(time.numerator * base.den, time.denominator * base.num) + m_origin;
-  constexpr Int128 kLimit = Int128{1} << 61;
-  return static_cast<std::int64_t>(std::clamp<Int128>(ticks, -kLimit, kLimit));
 }
 
 /// Reading on is cheaper than a jump as long as no key frame lies between. Without an index that knows, a gap

@@ -42,7 +42,6 @@ class FileVideoSource {
   FileVideoSource(std::string path, const StopSignal& stop) : m_path(std::move(path)), m_stop(stop) {}
   Refusal OpenFile();
   Refusal OpenDecoder();
-  std::int64_t TargetTicks(const ExactTime& time) const;
   bool NeedsSeek(std::int64_t target) const;
   Result SeekTo(std::int64_t target);
   Result DecodeFirstPicture();

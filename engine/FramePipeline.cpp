@@ -74,9 +74,9 @@ void FramePipeline::Run() {
 }
 
 Result FramePipeline::DecodeClips() {
-  for (std::size_t i = 0; i < m_clips.size() && !m_stop.IsSet(); ++i) {
-    const ClipLogScope scope(VRXVideoTrack, i);
-    const VideoClip& clip = m_clips[i];
+  for (const VideoClip& clip : m_clips) {
+    if (m_stop.IsSet()) break;
+    const ClipLogScope scope(VRXVideoTrack, clip.number);
     if (clip.rawInput != nullptr || clip.frameCount == 0) continue;
     VRX_TRY(DecodeClip(clip));
   }

@@ -93,6 +93,20 @@ Result MovieWriter::AddStream(const AVCodecContext& encoder, int& index) {
   return kOk;
 }
 
+Result MovieWriter::AddStream(const AVCodecParameters& parameters, AVRational timeBase, AVRational frameRate,
+                              int& index) {
+  AVStream* stream = avformat_new_stream(m_muxer, nullptr);
+  if (stream == nullptr) return kOutOfMemory;
+  stream->time_base = timeBase;
+  stream->avg_frame_rate = frameRate;
+  stream->sample_aspect_ratio = parameters.sample_aspect_ratio;
+  const int error = avcodec_parameters_copy(stream->codecpar, &parameters);
+  if (error < 0) return Fail("a stream cannot be added", error);
+  index = stream->index;
+  m_packets.push_back(0);
+  return kOk;
+}
+
 /// 0 where the index has to follow the pictures.
 std::int64_t MovieWriter::ReservedIndexBytes(std::uint64_t packets) const {
   std::uint64_t bytes = kIndexBytes + m_timeZoneBytes;

@@ -28,6 +28,10 @@ class MovieWriter {
   static bool WantsGlobalHeader(Container container);
   /// Adds the stream of an opened encoder and gives its index.
   Result AddStream(const AVCodecContext& encoder, int& stream);
+  /// The same for packets that are copied, which have times in `timeBase`. `frameRate` is 0/1 for sound. A
+  /// codec tag of the container's own is kept, so it must be 0 or one that the container knows.
+  Result AddStream(const AVCodecParameters& parameters, AVRational timeBase, AVRational frameRate,
+                   int& stream);
   /// Writes the file's header; all streams must be there. An MP4 or QuickTime file keeps a place for its
   /// index before the pictures, so that it plays while it loads. `packets` are no fewer than those that
   /// follow.

@@ -26,6 +26,10 @@ struct VideoPlan {
   bool interlaced;
   const char* preset;  // as x264 names them
   bool hardware;       // by an encoder in hardware where one works
+  // Of H.264 that goes with copied pictures; 0 else.
+  int parameterSetId;        // number of its parameter sets
+  std::int64_t peakBitrate;  // bits per second
+  std::int64_t bufferBits;   // of the decoder that the bitrate may vary in
 };
 
 struct AudioPlan {

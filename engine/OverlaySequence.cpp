@@ -88,7 +88,7 @@ const std::uint32_t* OverlaySequence::DrawingOf(std::int64_t number) {
 Result OverlaySequence::Finish() {
   VRX_TRY(m_output->Finish());
   m_finished = true;
-  KeepRenderSummary({static_cast<std::uint64_t>(m_done), 0, m_output->GetBytes()});
+  KeepRenderSummary({static_cast<std::uint64_t>(m_done), 0, m_output->GetBytes(), 0});
   return kOk;
 }
 

@@ -23,30 +23,33 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
   const VideoPlan& video = m_output.video;
   VRX_TRY(MakeTimelinePlan(timeline, video.frameDuration, m_timeline));
   VRX_TRY(RefuseSourceAsOutput(m_timeline, m_output.path));
-  VRX_TRY(MakeOverlaySpans(output, video.frameDuration, m_spans));
+  std::vector<OverlaySpan> overlays;
+  VRX_TRY(MakeOverlaySpans(output, video.frameDuration, overlays));
   VRX_TRY(MeasureSources(video.frameDuration, m_timeline, m_total));
   VRX_TRY(CutToRange(m_output));
   CutToFrames(m_first, m_total, m_timeline.video);
+  VRX_TRY(MakeSmartPlan(m_output, m_timeline, overlays, m_first, m_stop, m_plan));
+  m_clips = EncodedClips(m_plan, m_timeline.video);
   VRX_TRY(OpenTracks());
-  m_callback = output.rawOutput;
-  m_overlay = std::make_unique<OverlayStage>(m_callback, std::move(m_spans), video.width, video.height);
+  ReportSpans(m_plan, m_first);
+  m_overlay =
+      std::make_unique<OverlayStage>(output.rawOutput, std::move(overlays), video.width, video.height);
   m_baseband = std::make_unique<BasebandVideoSource>(video.width, video.height);
   return OpenOutput();
 }
 
 Result Sequence::OpenTracks() {
-  const bool header = MovieWriter::WantsGlobalHeader(m_output.container);
-  VRX_TRY(m_videoEncoder.Open(m_output.video, header));
+  VRX_TRY(m_pictures.Open(m_output, m_plan, m_stop));
   if (!m_output.audio) return kOk;
   const AudioPlan& audio = *m_output.audio;
-  VRX_TRY(m_audioEncoder.Open(audio, header));
+  VRX_TRY(m_audioEncoder.Open(audio, MovieWriter::WantsGlobalHeader(m_output.container)));
   return AudioTrack::Open(m_timeline.audio, {audio.sampleRate, audio.channels}, SamplesBefore(m_first),
                           SamplesBefore(m_first + m_total), m_stop, m_audio);
 }
 
 Result Sequence::OpenOutput() {
   VRX_TRY(m_writer.Create(m_output));
-  VRX_TRY(m_writer.AddStream(m_videoEncoder.GetContext(), m_videoStream));
+  VRX_TRY(m_pictures.AddTo(m_writer));
   if (m_audio) {
     VRX_TRY(m_writer.AddStream(m_audioEncoder.GetContext(), m_audioStream));
   }
@@ -62,20 +65,29 @@ void Sequence::GiveUp() {
 
 Result Sequence::RenderNext() {
   if (m_done == 0) m_overlay->SkipTo(m_first);
+  if (const PictureSpan& span = SpanOf(m_done); span.IsCopied()) {
+    VRX_TRY(m_pictures.Copy(span));
+    return CountFrame();
+  }
   FramePtr frame;
   VRX_TRY(NextFrame(frame));
   return frame ? EncodeFrame(frame) : kOk;
 }
 
+const PictureSpan& Sequence::SpanOf(std::int64_t frame) {
+  while (frame >= m_plan.spans[m_span].EndFrame()) ++m_span;
+  return m_plan.spans[m_span];
+}
+
 /// Leaves `frame` null when the decoder has none ready yet.
 Result Sequence::NextFrame(FramePtr& frame) {
-  while (m_frameInClip >= m_timeline.video[m_clip].frameCount) {
+  while (m_frameInClip >= m_clips[m_clip].frameCount) {
     ++m_clip;
     m_frameInClip = 0;
   }
-  const ClipLogScope scope(VRXVideoTrack, m_clip);
-  const VideoClip& clip = m_timeline.video[m_clip];
-  if (!m_pipeline) m_pipeline = std::make_unique<FramePipeline>(m_timeline.video, m_output.video);
+  const VideoClip& clip = m_clips[m_clip];
+  const ClipLogScope scope(VRXVideoTrack, clip.number);
+  if (!m_pipeline) m_pipeline = std::make_unique<FramePipeline>(m_clips, m_output.video);
   const Result result =
       clip.rawInput == nullptr
           ? m_pipeline->Take(kSliceLength, frame)
@@ -87,7 +99,12 @@ Result Sequence::NextFrame(FramePtr& frame) {
 
 Result Sequence::EncodeFrame(FramePtr& frame) {
   m_overlay->Apply(m_first + m_done, frame);
-  VRX_TRY(m_videoEncoder.Encode(*frame, m_done, m_writer, m_videoStream));
+  VRX_TRY(m_pictures.Encode(*frame, m_done));
+  return CountFrame();
+}
+
+/// Writes the sound that belongs to a frame, too.
+Result Sequence::CountFrame() {
   ++m_done;
   if (!m_audio) return kOk;
   const std::int64_t samples = SamplesBefore(m_first + m_done) - SamplesBefore(m_first);
@@ -104,12 +121,12 @@ Result Sequence::Finish() {
   if (m_audio) {
     VRX_TRY(m_audioEncoder.Drain(*m_audio, m_writer, m_audioStream));
   }
-  VRX_TRY(m_videoEncoder.Drain(m_writer, m_videoStream, m_stop));
+  VRX_TRY(m_pictures.Drain());
   if (m_stop.IsSet()) return kOk;
   VRX_TRY(m_writer.Finish());
   m_finished = true;
-  KeepRenderSummary({m_writer.GetPacketCount(m_videoStream),
-                     static_cast<std::uint64_t>(m_audioEncoder.GetSamples()), m_writer.GetBytes()});
+  KeepRenderSummary({m_pictures.GetPacketCount(), static_cast<std::uint64_t>(m_audioEncoder.GetSamples()),
+                     m_writer.GetBytes(), static_cast<std::uint64_t>(m_plan.CountCopied())});
   return kOk;
 }
 

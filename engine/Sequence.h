@@ -14,9 +14,10 @@
 #include "engine/MovieWriter.h"
 #include "engine/OutputPlan.h"
 #include "engine/OverlayStage.h"
+#include "engine/PictureTrack.h"
 #include "engine/RenderSequence.h"
+#include "engine/SmartPlan.h"
 #include "engine/TimelinePlan.h"
-#include "engine/VideoEncoder.h"
 #include "vrx/VRXEngine.h"
 
 namespace vrx::engine {
@@ -37,24 +38,26 @@ class Sequence final : public RenderSequence {
   Result OpenTracks();
   Result OpenOutput();
   Result RenderNext() override;
+  const PictureSpan& SpanOf(std::int64_t frame);
   Result NextFrame(FramePtr& frame);
   Result EncodeFrame(FramePtr& frame);
+  Result CountFrame();
   std::int64_t SamplesBefore(std::int64_t frame) const;
   Result Finish() override;
   void GiveUp() override;
 
   OutputPlan m_output;
   TimelinePlan m_timeline;
-  std::vector<OverlaySpan> m_spans;
-  IVRXIntermediateRawOutputCallback* m_callback = nullptr;  // not owned
-  std::size_t m_clip = 0;                                   // of the next frame
+  SmartPlan m_plan;
+  std::size_t m_span = 0;          // of the next frame
+  std::vector<VideoClip> m_clips;  // what of the timeline is encoded
+  std::size_t m_clip = 0;          // of the next of their frames
   std::int64_t m_frameInClip = 0;
 
   MovieWriter m_writer;
-  VideoEncoder m_videoEncoder;
+  PictureTrack m_pictures;
   AudioEncoder m_audioEncoder;
   std::unique_ptr<AudioTrack> m_audio;  // null for a silent movie
-  int m_videoStream = 0;
   int m_audioStream = 0;
   std::unique_ptr<OverlayStage> m_overlay;
   std::unique_ptr<BasebandVideoSource> m_baseband;

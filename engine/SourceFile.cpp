@@ -35,6 +35,12 @@ bool KnowsPicture(const AVStream& stream) {
 
 }  // namespace
 
+std::int64_t TicksAt(const ExactTime& time, AVRational base, std::int64_t origin) {
+  const Int128 ticks = RoundDivide(time.numerator * base.den, time.denominator * base.num) + origin;
+  constexpr Int128 kLimit = Int128{1} << 61;
+  return static_cast<std::int64_t>(std::clamp<Int128>(ticks, -kLimit, kLimit));
+}
+
 Refusal SourceFile::Open(const std::string& path, Purpose purpose, const StopSignal& stop,
                          std::unique_ptr<SourceFile>& file) {
   std::unique_ptr<SourceFile> opened(new SourceFile(path, stop));
@@ -79,6 +85,12 @@ std::int64_t SourceFile::OriginTicks() const {
   const std::int64_t tolerance =
       std::min(FrameTicks(), av_rescale_q(kSimultaneous, kMicroseconds, m_stream->time_base));
   return picture - origin <= tolerance ? picture : origin;
+}
+
+Orientation SourceFile::GetOrientation() const {
+  const auto* matrix = reinterpret_cast<const std::int32_t*>(
+      av_stream_get_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr));
+  return matrix == nullptr ? Orientation{} : Orientation::OfDisplayMatrix(matrix);
 }
 
 std::int64_t SourceFile::FrameTicks() const {

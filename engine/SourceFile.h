@@ -7,9 +7,13 @@
 #include <string>
 
 #include "engine/ExactTime.h"
+#include "engine/FrameFitter.h"
 #include "engine/MediaInput.h"
 
 namespace vrx::engine {
+
+/// The tick of a clock in steps of `base` nearest to `time`, where the source begins at `origin`.
+std::int64_t TicksAt(const ExactTime& time, AVRational base, std::int64_t origin);
 
 /// Belongs to one thread.
 class SourceFile {
@@ -29,6 +33,8 @@ class SourceFile {
   /// sound streams. A picture that starts up to one frame (and 50 ms) after the sound counts as simultaneous:
   /// encoders start the sound a few samples early, and that must not show a frame twice.
   std::int64_t OriginTicks() const;
+  /// How its pictures are turned for display.
+  Orientation GetOrientation() const;
   /// Length of one frame at the stream's average rate, in ticks; at least 1.
   std::int64_t FrameTicks() const;
   /// The last key frame at or before `ticks` in the container's index; it may name the one before that near a

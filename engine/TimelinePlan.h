@@ -18,6 +18,7 @@ namespace vrx::engine {
 inline constexpr std::int64_t kMaxMovieFrames = limits::kMaxMovieFrames;
 
 struct VideoClip {
+  std::size_t number = 0;                    // on the timeline, also where only a part of it is left
   std::string path;                          // native bytes; empty for a baseband clip
   IVRXRawInputCallback* rawInput = nullptr;  // not owned; null for a file clip
   std::int64_t start = 0;                    // file clip: source time in 1 / scale seconds, not negative

@@ -85,7 +85,7 @@ void VideoEncoder::FeedBeforeClosing() {
   while (avcodec_receive_packet(m_codec.get(), m_packet.get()) >= 0) continue;
 }
 
-Result VideoEncoder::Encode(AVFrame& frame, std::int64_t index, MovieWriter& writer, int stream) {
+Result VideoEncoder::Encode(AVFrame& frame, std::int64_t index, PacketSink& sink) {
   frame.pts = index;
   frame.pict_type = AV_PICTURE_TYPE_NONE;
   frame.key_frame = 0;
@@ -99,12 +99,13 @@ Result VideoEncoder::Encode(AVFrame& frame, std::int64_t index, MovieWriter& wri
   }
   VRX_TRY(Send(input ? input.get() : &frame));
   m_needsFrame = false;
-  return WritePackets(writer, stream, StopSignal());
+  m_hasFrames = true;
+  return WritePackets(sink, StopSignal());
 }
 
-Result VideoEncoder::Drain(MovieWriter& writer, int stream, const StopSignal& stop) {
+Result VideoEncoder::Drain(PacketSink& sink, const StopSignal& stop) {
   VRX_TRY(Send(nullptr));
-  return WritePackets(writer, stream, stop);
+  return WritePackets(sink, stop);
 }
 
 Result VideoEncoder::Send(const AVFrame* frame) {
@@ -117,14 +118,14 @@ Result VideoEncoder::Fail(int error) const {
   return error == AVERROR(ENOMEM) ? kOutOfMemory : kEncoderFailed;
 }
 
-Result VideoEncoder::WritePackets(MovieWriter& writer, int stream, const StopSignal& stop) {
+Result VideoEncoder::WritePackets(PacketSink& sink, const StopSignal& stop) {
   while (!stop.IsSet()) {
     const int error = avcodec_receive_packet(m_codec.get(), m_packet.get());
     if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return kOk;
     if (error < 0) return Fail(error);
     // Some packets come without a length, and the movie ends with that of the last one.
     if (m_packet->duration == 0) m_packet->duration = 1;
-    VRX_TRY(writer.Write(*m_packet, stream, m_codec->time_base));
+    VRX_TRY(sink.Write(*m_packet, m_codec->time_base));
   }
   return kOk;
 }

@@ -180,6 +180,7 @@ TEST_F(EngineRenderTest, KeyFramesOfTheSourceAreNoKeyFramesOfTheMovie) {
        {std::tuple{"h264", 0, std::vector{0}}, {"mpeg2video", 1, std::vector{0, 15}}}) {
     RenderJob job(Path("out.mp4"));
     job.output.video->codecType = movieCodec;
+    job.output.video->forceRerendering = true;
     // With the movie's matrix, so that the frames reach the encoder as the decoder gave them.
     const PatternClip clip{.frames = 28, .codec = codec, .gop = 1, .bFrames = 0, .bt601 = true};
     job.AddClip(Write("source.mkv", clip), 0, 28);

@@ -1,0 +1,247 @@
+#include "engine/ParameterSets.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <tuple>
+#include <utility>
+
+namespace vrx::engine {
+namespace {
+
+constexpr int kMostSequenceSets = 31;        // an avcC record counts them in five bits
+constexpr int kMostPictureSets = 255;        // and these in eight
+constexpr int kSequenceIds = 32;             // of H.264
+constexpr std::size_t kLargestSet = 0xFFFF;  // bytes, since the record has 16 bits for it
+
+/// Reads bits of a unit, most significant first, without the bytes 3 that keep start codes out. Past the end
+/// there are ones, so that codes of variable length end.
+class BitReader {
+ public:
+  explicit BitReader(Bytes unit) {
+    int zeros = 0;
+    for (const std::uint8_t byte : unit.first(std::min(unit.size(), kMostBytes))) {
+      const bool isExtra = zeros >= 2 && byte == 3;
+      zeros = byte == 0 ? zeros + 1 : 0;
+      if (!isExtra) m_bytes.push_back(byte);
+    }
+  }
+
+  unsigned Read(int bits) {
+    unsigned value = 0;
+    for (; bits > 0; --bits, ++m_place) {
+      const std::size_t byte = m_place / 8;
+      value = value << 1 | (byte < m_bytes.size() ? m_bytes[byte] >> (7 - m_place % 8) & 1U : 1U);
+    }
+    return value;
+  }
+  void Skip(std::size_t bits) { m_place += bits; }
+  /// An Exp-Golomb code; those of more than 16 zeros count as 16.
+  unsigned ReadGolomb() {
+    int zeros = 0;
+    while (zeros < 16 && Read(1) == 0) ++zeros;
+    return (1U << zeros) - 1 + Read(zeros);
+  }
+
+ private:
+  static constexpr std::size_t kMostBytes = 256;  // numbers of sets lie far before
+  std::vector<std::uint8_t> m_bytes;
+  std::size_t m_place = 0;
+};
+
+int IdOfAvcSet(int type, Bytes unit) {
+  constexpr std::size_t kProfileAndLevel = 24;  // bits
+  BitReader bits(unit);
+  bits.Skip(8);
+  if (type == h264::kSequenceSet) bits.Skip(kProfileAndLevel);
+  return static_cast<int>(bits.ReadGolomb());
+}
+
+/// profile_tier_level of H.265 7.3.3.
+void SkipProfiles(unsigned subLayers, BitReader& bits) {
+  constexpr std::size_t kProfile = 88;  // bits
+  constexpr std::size_t kLevel = 8;
+  constexpr unsigned kMostSubLayers = 8;
+  bits.Skip(kProfile + kLevel);
+  std::size_t parts = 0;
+  for (unsigned i = 0; subLayers > 0 && i < kMostSubLayers; ++i) {
+    const bool hasProfile = bits.Read(1) == 1 && i < subLayers;
+    const bool hasLevel = bits.Read(1) == 1 && i < subLayers;
+    parts += (hasProfile ? kProfile : 0) + (hasLevel ? kLevel : 0);
+  }
+  bits.Skip(parts);
+}
+
+int IdOfHevcSet(int type, Bytes unit) {
+  BitReader bits(unit);
+  bits.Skip(16);
+  if (type == hevc::kVideoSet) return static_cast<int>(bits.Read(4));
+  if (type == hevc::kSequenceSet) {
+    bits.Skip(4);
+    const unsigned subLayers = bits.Read(3);
+    bits.Skip(1);
+    SkipProfiles(subLayers, bits);
+  }
+  return static_cast<int>(bits.ReadGolomb());
+}
+
+/// A number of `size` bytes at the front of `record`, which it takes off; none when it is shorter.
+std::optional<std::size_t> Take(Bytes& record, std::size_t size) {
+  if (record.size() < size) return std::nullopt;
+  std::size_t value = 0;
+  for (const std::uint8_t byte : record.first(size)) value = value << 8 | byte;
+  record = record.subspan(size);
+  return value;
+}
+
+/// A unit with a length of 16 bits before it; empty at the end of `record`.
+Bytes TakeUnit(Bytes& record) {
+  const std::size_t size = Take(record, 2).value_or(0);
+  const Bytes unit = record.first(std::min(size, record.size()));
+  record = record.subspan(unit.size());
+  return unit.size() == size ? unit : Bytes{};
+}
+
+}  // namespace
+
+bool ParameterSets::ReadHeader(const AVCodecParameters& stream, NalLength& length) {
+  m_codec = stream.codec_id;
+  length = kStartCodes;
+  const Bytes header(stream.extradata, static_cast<std::size_t>(std::max(stream.extradata_size, 0)));
+  if (header.empty()) return true;
+  constexpr std::uint8_t kRecordVersion = 1;
+  if (header[0] == kRecordVersion)
+    return m_codec == AV_CODEC_ID_HEVC ? ReadHevcRecord(header, length) : ReadAvcRecord(header, length);
+  std::vector<Bytes> units;
+  return SplitNalUnits(header, kStartCodes, units) && Add(units);
+}
+
+/// AVCDecoderConfigurationRecord, ISO/IEC 14496-15 5.3.3.1.
+bool ParameterSets::ReadAvcRecord(Bytes record, NalLength& length) {
+  if (!Take(record, 4)) return false;
+  const auto lengths = Take(record, 1);
+  if (!lengths) return false;
+  length = static_cast<NalLength>((*lengths & 3U) + 1);
+  for (const std::size_t mask : {0x1F, 0xFF}) {
+    const auto count = Take(record, 1);
+    if (!count) return false;
+    for (std::size_t i = 0; i < (*count & mask); ++i) {
+      if (!AddSet(TakeUnit(record))) return false;
+    }
+  }
+  return true;
+}
+
+/// HEVCDecoderConfigurationRecord, ISO/IEC 14496-15 8.3.3.1.
+bool ParameterSets::ReadHevcRecord(Bytes record, NalLength& length) {
+  constexpr std::size_t kBeforeLengths = 21;  // bytes
+  if (record.size() < kBeforeLengths) return false;
+  record = record.subspan(kBeforeLengths);
+  const auto lengths = Take(record, 1);
+  const auto arrays = Take(record, 1);
+  if (!arrays) return false;
+  length = static_cast<NalLength>((*lengths & 3U) + 1);
+  for (std::size_t array = 0; array < *arrays; ++array) {
+    const auto type = Take(record, 1);
+    const auto count = Take(record, 2);
+    if (!type || !count) return false;
+    for (std::size_t i = 0; i < *count; ++i) {
+      const Bytes unit = TakeUnit(record);
+      if (unit.empty()) return false;
+      if (IsParameterSet(TypeOfNal(unit, m_codec), m_codec) && !AddSet(unit)) return false;
+    }
+  }
+  return true;
+}
+
+bool ParameterSets::Add(const std::vector<Bytes>& units) {
+  return std::all_of(units.begin(), units.end(), [this](Bytes unit) {
+    return !IsParameterSet(TypeOfNal(unit, m_codec), m_codec) || AddSet(unit);
+  });
+}
+
+bool ParameterSets::AddSet(Bytes unit) {
+  if (unit.empty() || unit.size() > kLargestSet) return false;
+  const int type = TypeOfNal(unit, m_codec);
+  if (!IsParameterSet(type, m_codec)) return false;
+  const int id = m_codec == AV_CODEC_ID_HEVC ? IdOfHevcSet(type, unit) : IdOfAvcSet(type, unit);
+  if (const Set* known = Find(type, id)) return std::ranges::equal(known->bytes, unit);
+  const auto place =
+      std::find_if(m_sets.begin(), m_sets.end(), [&](const Set& set) { return set.type > type; });
+  m_sets.insert(place, {type, id, {unit.begin(), unit.end()}});
+  return true;
+}
+
+const ParameterSets::Set* ParameterSets::Find(int type, int id) const {
+  const auto found = std::find_if(m_sets.begin(), m_sets.end(),
+                                  [&](const Set& set) { return set.type == type && set.id == id; });
+  return found == m_sets.end() ? nullptr : &*found;
+}
+
+bool ParameterSets::Merge(const ParameterSets& other) {
+  ParameterSets merged = *this;
+  if (IsEmpty()) merged.m_codec = other.m_codec;
+  for (const Set& set : other.m_sets) {
+    if (!merged.AddSet(set.bytes)) return false;
+  }
+  *this = std::move(merged);
+  return true;
+}
+
+int ParameterSets::FindFreeId() const {
+  for (int id = 0; id < kSequenceIds; ++id) {
+    if (Find(h264::kSequenceSet, id) == nullptr && Find(h264::kPictureSet, id) == nullptr) return id;
+  }
+  return -1;
+}
+
+int ParameterSets::GetLevel() const {
+  constexpr std::size_t kLevelPlace = 3;  // byte of a sequence set
+  int level = 0;
+  for (const Set& set : m_sets) {
+    if (set.type == h264::kSequenceSet && set.bytes.size() > kLevelPlace)
+      level = std::max(level, int{set.bytes[kLevelPlace]});
+  }
+  return level;
+}
+
+std::vector<std::uint8_t> ParameterSets::Join(NalLength length) const {
+  std::vector<std::uint8_t> joined;
+  for (const Set& set : m_sets) AppendNalUnit(set.bytes, length, joined);
+  return joined;
+}
+
+std::vector<std::uint8_t> ParameterSets::MakeHeader() const {
+  if (m_codec == AV_CODEC_ID_HEVC) return Join(kStartCodes);
+  std::vector<std::uint8_t> record;
+  const Set* main = nullptr;  // the most demanding, which the record begins with
+  const auto demand = [](const Set& set) { return std::pair(set.bytes[1], set.bytes[3]); };
+  constexpr std::size_t kSmallestSet = 4;
+  for (const Set& set : m_sets) {
+    if (set.type != h264::kSequenceSet) continue;
+    if (set.bytes.size() < kSmallestSet) return {};
+    if (main == nullptr || demand(set) > demand(*main)) main = &set;
+  }
+  if (main == nullptr) return {};
+  record = {1, main->bytes[1], main->bytes[2], static_cast<std::uint8_t>(GetLevel()),
+            0xFC | (kLongLength - 1)};
+  for (const auto& [type, most, mark] : {std::tuple(h264::kSequenceSet, kMostSequenceSets, 0xE0),
+                                         std::tuple(h264::kPictureSet, kMostPictureSets, 0)}) {
+    const auto count =
+        std::count_if(m_sets.begin(), m_sets.end(), [&](const Set& set) { return set.type == type; });
+    if (count > most) return {};
+    record.push_back(static_cast<std::uint8_t>(mark | count));
+    for (const Set& set : m_sets) {
+      if (set.type != type) continue;
+      record.push_back(static_cast<std::uint8_t>(set.bytes.size() >> 8));
+      record.push_back(static_cast<std::uint8_t>(set.bytes.size()));
+      record.insert(record.end(), set.bytes.begin(), set.bytes.end());
+    }
+  }
+  constexpr std::uint8_t kHighProfile = 100;
+  // Pictures that are copied have eight bits and 4:2:0.
+  if (main->bytes[1] >= kHighProfile) record.insert(record.end(), {0xFC | 1, 0xF8, 0xF8, 0});
+  return record;
+}
+
+}  // namespace vrx::engine
