@@ -1,6 +1,9 @@
 #include "host/EngineModule.h"
 
+#include <atomic>
 #include <utility>
+
+#include "src/manager/ProgressFilter.h"
 
 namespace vrx::host {
 
@@ -104,6 +107,34 @@ std::int32_t EngineModule::Try(VRXTimeline& timeline, VRXSystemOutputSetting& ou
   IVRXSequence* sequence = nullptr;
   result = m_library.createSequence(engine, &timeline, &output, &sequence);
   if (result == VRXEngineOk) m_library.releaseSequence(engine, &sequence);
+  m_library.releaseVRX(&engine);
+  return result;
+}
+
+bool EngineModule::CanJoin(std::string& cause) const {
+  if (m_library.Find<VRX_CreateJoinFunction>("VRX_CreateJoin") != nullptr) return true;
+  cause = "the conversion engine beside this program joins no pieces (it lacks VRX_CreateJoin)";
+  return false;
+}
+
+std::int32_t EngineModule::Join(const VRXPieces& pieces, bool& endFlag,
+                                const std::function<void(std::uint32_t)>& onPercent) const {
+  const auto create = m_library.Find<VRX_CreateJoinFunction>("VRX_CreateJoin");
+  VRXHandle engine = nullptr;
+  std::int32_t result = m_library.createVRX(&engine);
+  if (result != VRXEngineOk) return result;
+  IVRXSequence* sequence = nullptr;
+  result = create(engine, &pieces, &sequence);
+  if (result == VRXEngineOk) {
+    VRXProgressInfo progress;
+    while (result == VRXEngineOk && !std::atomic_ref<bool>(endFlag).load(std::memory_order_acquire)) {
+      result = sequence->Execute(&progress, &endFlag);
+      if (result == VRXEngineOk) onPercent(render::ProgressFilter::Percentage(progress));
+    }
+    // The movie gets its name here.
+    const std::int32_t released = m_library.releaseSequence(engine, &sequence);
+    if (result == VRXEngineOk) result = released;
+  }
   m_library.releaseVRX(&engine);
   return result;
 }

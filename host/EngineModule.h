@@ -60,6 +60,14 @@ class EngineModule {
   bool RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& output, std::int64_t number,
                    std::span<std::uint32_t> pixels) const;
 
+  /// False, with the cause, for an engine that joins no pieces.
+  bool CanJoin(std::string& cause) const;
+  /// Writes the movie of the pieces, until another thread sets `endFlag` through std::atomic_ref. `onPercent`
+  /// is called with the hundredths that are done. Gives the engine's result; the lines tell why there is no
+  /// movie.
+  std::int32_t Join(const VRXPieces& pieces, bool& endFlag,
+                    const std::function<void(std::uint32_t)>& onPercent) const;
+
   /// What the last movie holds that was written. False when there is none, or the module cannot tell.
   bool GetSummary(VRXRenderSummary& summary) const;
 

@@ -19,6 +19,8 @@ struct RenderPlan {
   std::string outputPath;
   std::int64_t frames = 0;
   double seconds = 0.0;  // of movie
+  std::size_t pieces =
+      0;  // that are joined, of which frames and seconds are not known before; 0 for a render
 };
 
 /// What was written.

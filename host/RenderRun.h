@@ -31,6 +31,8 @@ struct RenderOptions {
   std::function<void()> beforeExit;       // called when an interrupt ends the program at once; may be empty
 };
 
+/// --progress alone.
+void AddProgressStyle(CLI::App& command, ProgressStyle& style);
 /// --progress, --quiet, --allow-missing and --strict. `options` must live as long as the command.
 void AddProgressOptions(CLI::App& command, RenderOptions& options);
 

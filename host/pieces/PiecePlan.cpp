@@ -67,7 +67,7 @@ PiecePlan MakePiecePlan(const ProjectSource& project, const check::ProjectReport
   plan.options = options;
   plan.ranges = PieceCuts(PictureSpans(report, spans)).Cut(count);
   if (!spans.IsEmpty()) plan.ranges.back().end = spans.GetCopiedFrames() + spans.GetEncodedFrames();
-  plan.hasSound = spans.IsEmpty() ? report.audioSettings != nullptr : spans.FindSound() != nullptr;
+  plan.hasSound = report.audioSettings != nullptr;
   plan.isSoundPcm = report.audioSettings && report.audioSettings->codecType == kPcmSound;
   const PlanState state{report.inputs, options, static_cast<std::uint32_t>(plan.ranges.size()), VRX_VERSION};
   plan.id = PlanId(state, plan.ranges);
