@@ -14,10 +14,13 @@
 #include "host/Console.h"
 #include "host/EncodingArguments.h"
 #include "host/RenderRun.h"
+#include "host/pieces/JobRun.h"
 #include "host/pieces/PiecePlan.h"
 
 namespace vrx::host {
 namespace {
+
+constexpr std::uint32_t kMostJobs = 64;
 
 struct RenderArguments {
   std::vector<std::string> projects;
@@ -25,6 +28,7 @@ struct RenderArguments {
   std::string range;
   std::string piece;
   bool overlayOnly = false;
+  std::uint32_t jobs = 0;  // 0: in one go
   EncodingArguments encoding;
   RenderOptions run;
 };
@@ -56,7 +60,9 @@ int RunRender(RenderArguments& arguments) {
   for (const std::string& argument : arguments.projects) {
     const ProjectSource project(argument, changes);
     PrintHeader(arguments, project);
-    status = std::max(status, RenderProject(options, project));
+    const int rendered = arguments.jobs == 0 ? RenderProject(options, project)
+                                             : RenderInPieces(options, arguments.jobs, project);
+    status = std::max(status, rendered);
     if (status == kCancelled) break;
   }
   return status;
@@ -120,6 +126,13 @@ CommandRun AddRender(CLI::App& command) {
                   "One piece of a movie, as vrx plan prints it: K of N of a plan, 0 for the sound")
       ->check(CheckPieceName)
       ->option_text("K/N:PLAN");
+  command
+      .add_option(
+          "--jobs", options->jobs,
+          "Render up to so many pieces at the same time and join them; long movies on many cores gain")
+      ->check(NumberWithin(1, kMostJobs))
+      ->option_text("N")
+      ->excludes(command.get_option("--piece"));
   AddEncodingOptions(command, options->encoding);
   CLI::Option* alone =
       command.add_flag("--overlay-only", options->overlayOnly,

@@ -219,10 +219,7 @@ class RenderRun {
   /// False when the inspection has reported it already.
   bool AddFound(Problem problem) {
     m_project.NameFile(problem);
-    const auto isKnown = [&](const Problem& known) {
-      return known.line == problem.line && known.file == problem.file && known.key == problem.key &&
-             (problem.line != 0 || known.message == problem.message);
-    };
+    const auto isKnown = [&](const Problem& known) { return IsSameProblem(known, problem); };
     if (std::ranges::any_of(m_report.problems, isKnown)) return false;
     if (m_options.allowMissing && problem.isMissingPicture) problem.severity = Severity::Warning;
     m_found.push_back(problem);
