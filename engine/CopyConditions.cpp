@@ -6,6 +6,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 
 #include "engine/EncoderTable.h"
@@ -69,6 +70,12 @@ AVCodecID CodecIdOf(VideoCodec codec) {
       return AV_CODEC_ID_AV1;
   }
   return AV_CODEC_ID_NONE;
+}
+
+bool CanCopyInto(std::uint32_t codecType, std::uint32_t specificationType) {
+  constexpr std::array<std::uint32_t, 8> kSpecifications{0, 1, 3, 4, 6, 7, 8, 9};
+  constexpr std::uint32_t kLastCodec = 1;  // H.264 and MPEG-2, which all files hold
+  return codecType <= kLastCodec && std::ranges::count(kSpecifications, specificationType) != 0;
 }
 
 std::string WhyNotCopied(const SourceFile& source, const VideoPlan& movie) {

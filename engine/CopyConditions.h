@@ -13,6 +13,9 @@ namespace vrx::engine {
 /// libav's name of the movie's codec.
 AVCodecID CodecIdOf(VideoCodec codec);
 
+/// Whether pictures can be copied into movies with these values of VRXVideoOutputSetting.
+bool CanCopyInto(std::uint32_t codecType, std::uint32_t specificationType);
+
 /// Why no picture of `source` can be copied into the movie, as the end of a sentence that begins with the
 /// source; empty when some can.
 std::string WhyNotCopied(const SourceFile& source, const VideoPlan& movie);

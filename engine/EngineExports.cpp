@@ -11,6 +11,7 @@ extern "C" {
 #include <string>
 #include <vector>
 
+#include "engine/CopyConditions.h"
 #include "engine/EngineLog.h"
 #include "engine/EngineResult.h"
 #include "engine/OverlaySequence.h"
@@ -148,9 +149,9 @@ std::int32_t VRX_ReleaseSequence(VRXHandle handle, IVRXSequence** sequence) {
   return engine::Guarded("VRX_ReleaseSequence", [&] { return engine::ReleaseSequence(handle, sequence); });
 }
 
-std::int32_t VRX_IsSmartRenderingCapable(VRXHandle handle, std::uint32_t, std::uint32_t) {
+std::int32_t VRX_IsSmartRenderingCapable(VRXHandle handle, std::uint32_t codec, std::uint32_t specification) {
   if (engine::FindEngine(handle) == nullptr) return engine::kInvalidArgument;
-  return engine::kNotCapable;
+  return engine::CanCopyInto(codec, specification) ? engine::kOk : engine::kNotCapable;
 }
 
 std::int32_t VRX_SetSTPVSetting(VRXHandle handle, const void* data, std::uint32_t size) {

@@ -13,8 +13,9 @@ VRX_ENGINE_EXPORT std::int32_t VRX_ReleaseVRX(VRXHandle* engine);
 VRX_ENGINE_EXPORT std::int32_t VRX_CreateSequence(VRXHandle engine, VRXTimeline* timeline,
                                                   VRXSystemOutputSetting* output, IVRXSequence** sequence);
 VRX_ENGINE_EXPORT std::int32_t VRX_ReleaseSequence(VRXHandle engine, IVRXSequence** sequence);
-VRX_ENGINE_EXPORT std::int32_t VRX_IsSmartRenderingCapable(VRXHandle engine, std::uint32_t first,
-                                                           std::uint32_t second);
+/// `codec` and `specification` are the values of VRXVideoOutputSetting.
+VRX_ENGINE_EXPORT std::int32_t VRX_IsSmartRenderingCapable(VRXHandle engine, std::uint32_t codec,
+                                                           std::uint32_t specification);
 VRX_ENGINE_EXPORT std::int32_t VRX_SetSTPVSetting(VRXHandle engine, const void* data, std::uint32_t size);
 VRX_ENGINE_EXPORT void VRX_SetLogCallback(VRXLogFunction log, void* context);
 /// VRXEngineOk with the facts in `probe`, or a result of EngineResult.h with the cause.

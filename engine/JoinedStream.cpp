@@ -62,9 +62,8 @@ void JoinedStream::Prepare(Container container, const SmartPlan& plan, VideoPlan
     ParameterSets sets;
     const int free = MergeSources(sets) ? sets.FindFreeId() : -1;
     video.parameterSetId = std::max(free, 0);
-    int level = 0;
-    for (const CopiedSource& source : plan.sources) level = std::max(level, source.sets.GetLevel());
-    LimitToLevel(level, video);
+    for (const CopiedSource& source : plan.sources) m_level = std::max(m_level, source.sets.GetLevel());
+    LimitToLevel(m_level, video);
   }
   m_video = video;
 }
@@ -86,11 +85,11 @@ Result JoinedStream::Arrange(const AVCodecContext* encoder) {
   }
   ParameterSets all;
   m_setsInside = !MergeSources(all) || !all.Merge(m_encodedSets) || m_container == Container::MpegTs;
-  if (m_setsInside && all.IsEmpty()) all = first.sets;
+  if (m_setsInside) all = MostDemanding();
   const bool isFile = m_container != Container::MpegTs;
   // The muxer makes HEVC's header and lengths itself, out of start codes.
   m_nalLength = isFile && m_codec == AV_CODEC_ID_H264 ? kLongLength : kStartCodes;
-  const std::vector<std::uint8_t> header = isFile ? all.MakeHeader() : all.Join(kStartCodes);
+  const std::vector<std::uint8_t> header = isFile ? all.MakeHeader(m_level) : all.Join(kStartCodes);
   if (header.empty()) {
     Log(VRXLogError, "the copied pictures have more parameter sets than a movie file can hold");
     return kUnusableSettings;
@@ -103,6 +102,15 @@ Result JoinedStream::Arrange(const AVCodecContext* encoder) {
   m_parameters->extradata_size = static_cast<int>(header.size());
   if (isFile) SetTag();
   return kOk;
+}
+
+/// A header beside sets that come with the pictures says what decoder they need.
+ParameterSets JoinedStream::MostDemanding() const {
+  ParameterSets most = m_encodedSets.IsEmpty() ? m_plan->sources.front().sets : m_encodedSets;
+  for (const CopiedSource& source : m_plan->sources) {
+    if (source.sets.GetDemand() > most.GetDemand()) most = source.sets;
+  }
+  return most;
 }
 
 void JoinedStream::SetTag() {

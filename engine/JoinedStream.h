@@ -37,6 +37,7 @@ class JoinedStream {
  private:
   bool HasUnits() const;
   bool MergeSources(ParameterSets& sets) const;
+  ParameterSets MostDemanding() const;
   void SetTag();
   Result Replace(AVPacket& packet) const;
 
@@ -44,6 +45,7 @@ class JoinedStream {
   Container m_container = Container::Mp4;
   VideoPlan m_video{};
   AVCodecID m_codec = AV_CODEC_ID_NONE;
+  int m_level = 0;  // of the sources, in H.264
   bool m_setsInside = false;
   NalLength m_nalLength = kStartCodes;  // of the stream
   ParameterSets m_encodedSets;

@@ -3,16 +3,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
-#include <tuple>
 #include <utility>
 
 namespace vrx::engine {
 namespace {
 
-constexpr int kMostSequenceSets = 31;        // an avcC record counts them in five bits
-constexpr int kMostPictureSets = 255;        // and these in eight
 constexpr int kSequenceIds = 32;             // of H.264
 constexpr std::size_t kLargestSet = 0xFFFF;  // bytes, since the record has 16 bits for it
+
+constexpr std::size_t kProfilePlace = 1;  // bytes of a sequence set of H.264
+constexpr std::size_t kLevelPlace = 3;
+
+int LevelOf(Bytes sequenceSet) { return sequenceSet[kLevelPlace]; }
+
+int DemandOf(Bytes sequenceSet) { return sequenceSet[kProfilePlace] << 8 | sequenceSet[kLevelPlace]; }
 
 /// Reads bits of a unit, most significant first, without the bytes 3 that keep start codes out. Past the end
 /// there are ones, so that codes of variable length end.
@@ -195,14 +199,31 @@ int ParameterSets::FindFreeId() const {
   return -1;
 }
 
+/// Of H.264, and long enough to say its profile and level.
+bool ParameterSets::IsSequenceSet(const Set& set) const {
+  return m_codec == AV_CODEC_ID_H264 && set.type == h264::kSequenceSet && set.bytes.size() > kLevelPlace;
+}
+
 int ParameterSets::GetLevel() const {
-  constexpr std::size_t kLevelPlace = 3;  // byte of a sequence set
   int level = 0;
   for (const Set& set : m_sets) {
-    if (set.type == h264::kSequenceSet && set.bytes.size() > kLevelPlace)
-      level = std::max(level, int{set.bytes[kLevelPlace]});
+    if (IsSequenceSet(set)) level = std::max(level, LevelOf(set.bytes));
   }
   return level;
+}
+
+/// The most demanding sequence set of H.264; null without one.
+const ParameterSets::Set* ParameterSets::FindMain() const {
+  const Set* main = nullptr;
+  for (const Set& set : m_sets) {
+    if (IsSequenceSet(set) && (main == nullptr || DemandOf(set.bytes) > DemandOf(main->bytes))) main = &set;
+  }
+  return main;
+}
+
+int ParameterSets::GetDemand() const {
+  const Set* main = FindMain();
+  return main == nullptr ? 0 : DemandOf(main->bytes);
 }
 
 std::vector<std::uint8_t> ParameterSets::Join(NalLength length) const {
@@ -211,28 +232,29 @@ std::vector<std::uint8_t> ParameterSets::Join(NalLength length) const {
   return joined;
 }
 
-std::vector<std::uint8_t> ParameterSets::MakeHeader() const {
-  if (m_codec == AV_CODEC_ID_HEVC) return Join(kStartCodes);
-  std::vector<std::uint8_t> record;
-  const Set* main = nullptr;  // the most demanding, which the record begins with
-  const auto demand = [](const Set& set) { return std::pair(set.bytes[1], set.bytes[3]); };
-  constexpr std::size_t kSmallestSet = 4;
-  for (const Set& set : m_sets) {
-    if (set.type != h264::kSequenceSet) continue;
-    if (set.bytes.size() < kSmallestSet) return {};
-    if (main == nullptr || demand(set) > demand(*main)) main = &set;
-  }
+std::vector<std::uint8_t> ParameterSets::MakeHeader(int level) const {
+  return m_codec == AV_CODEC_ID_HEVC ? Join(kStartCodes) : MakeAvcRecord(level);
+}
+
+/// AVCDecoderConfigurationRecord, ISO/IEC 14496-15 5.3.3.1.
+std::vector<std::uint8_t> ParameterSets::MakeAvcRecord(int level) const {
+  const Set* main = FindMain();
   if (main == nullptr) return {};
-  record = {1, main->bytes[1], main->bytes[2], static_cast<std::uint8_t>(GetLevel()),
-            0xFC | (kLongLength - 1)};
-  for (const auto& [type, most, mark] : {std::tuple(h264::kSequenceSet, kMostSequenceSets, 0xE0),
-                                         std::tuple(h264::kPictureSet, kMostPictureSets, 0)}) {
-    const auto count =
-        std::count_if(m_sets.begin(), m_sets.end(), [&](const Set& set) { return set.type == type; });
-    if (count > most) return {};
-    record.push_back(static_cast<std::uint8_t>(mark | count));
+  const auto profile = main->bytes[kProfilePlace];
+  std::vector<std::uint8_t> record{1, profile, main->bytes[kProfilePlace + 1],
+                                   static_cast<std::uint8_t>(std::max(GetLevel(), level)),
+                                   0xFC | (kLongLength - 1)};
+  struct Part {
+    int type;
+    std::ptrdiff_t most;
+    int mark;  // bits before the count
+  };
+  for (const Part& part : {Part{h264::kSequenceSet, 31, 0xE0}, Part{h264::kPictureSet, 255, 0}}) {
+    const auto count = std::ranges::count(m_sets, part.type, &Set::type);
+    if (count > part.most) return {};
+    record.push_back(static_cast<std::uint8_t>(part.mark | count));
     for (const Set& set : m_sets) {
-      if (set.type != type) continue;
+      if (set.type != part.type) continue;
       record.push_back(static_cast<std::uint8_t>(set.bytes.size() >> 8));
       record.push_back(static_cast<std::uint8_t>(set.bytes.size()));
       record.insert(record.end(), set.bytes.begin(), set.bytes.end());
@@ -240,7 +262,7 @@ std::vector<std::uint8_t> ParameterSets::MakeHeader() const {
   }
   constexpr std::uint8_t kHighProfile = 100;
   // Pictures that are copied have eight bits and 4:2:0.
-  if (main->bytes[1] >= kHighProfile) record.insert(record.end(), {0xFC | 1, 0xF8, 0xF8, 0});
+  if (profile >= kHighProfile) record.insert(record.end(), {0xFC | 1, 0xF8, 0xF8, 0});
   return record;
 }
 

@@ -28,12 +28,15 @@ class ParameterSets {
   int FindFreeId() const;
   /// The largest level of the H.264 sequence sets as `level_idc`; 0 without one.
   int GetLevel() const;
+  /// Larger for H.264 that needs a better decoder: by profile, then by level.
+  int GetDemand() const;
 
   /// All sets, one after the other.
   std::vector<std::uint8_t> Join(NalLength length) const;
   /// The header of an MP4 file for them (AVCDecoderConfigurationRecord for H.264; for HEVC start codes, of
-  /// which the muxer makes one). Empty when a file cannot hold so many.
-  std::vector<std::uint8_t> MakeHeader() const;
+  /// which the muxer makes one). It names `level` where that is above those of the sets. Empty when a file
+  /// cannot hold so many.
+  std::vector<std::uint8_t> MakeHeader(int level) const;
 
  private:
   struct Set {
@@ -46,7 +49,10 @@ class ParameterSets {
   bool ReadAvcRecord(Bytes record, NalLength& length);
   bool ReadHevcRecord(Bytes record, NalLength& length);
   bool AddSet(Bytes unit);
+  bool IsSequenceSet(const Set& set) const;
+  std::vector<std::uint8_t> MakeAvcRecord(int level) const;
   const Set* Find(int type, int id) const;
+  const Set* FindMain() const;
 
   AVCodecID m_codec = AV_CODEC_ID_H264;
   std::vector<Set> m_sets;  // video, sequence and picture sets in this order

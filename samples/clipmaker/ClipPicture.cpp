@@ -18,7 +18,9 @@ constexpr int kMatrixEntries = 9;
 
 bool IsQuarterTurn(int degrees) { return degrees == 90 || degrees == 270; }
 
-const char* EncoderName(const std::string& codec) { return codec == "h264" ? "libx264" : codec.c_str(); }
+const char* EncoderName(const std::string& codec) {
+  return codec == "h264" ? "libx264" : codec == "hevc" ? "libx265" : codec.c_str();
+}
 
 }  // namespace
 
@@ -79,6 +81,11 @@ void ClipPicture::OpenEncoder() {
     av_dict_set(&options, "preset", "veryfast", 0);
     av_dict_set_int(&options, "crf", m_clip.crf, 0);
     encoder.keyint_min = m_clip.gop;
+    if (!m_clip.x264.empty()) av_dict_set(&options, "x264-params", m_clip.x264.c_str(), 0);
+  } else if (m_clip.codec == "hevc") {
+    av_dict_set(&options, "preset", "ultrafast", 0);
+    av_dict_set_int(&options, "crf", m_clip.crf, 0);
+    av_dict_set(&options, "x265-params", "log-level=none:open-gop=0:info=0", 0);
   } else if (m_clip.codec != "ffv1") {
     encoder.flags |= AV_CODEC_FLAG_QSCALE;
     encoder.global_quality = FF_QP2LAMBDA * m_clip.quantizer;
@@ -140,7 +147,7 @@ void ClipPicture::Write(int index) {
   const std::uint8_t* rows[] = {picture.Row(0), nullptr, nullptr, nullptr};
   const int strides[] = {3 * picture.Width(), 0, 0, 0};
   sws_scale(m_scaler.get(), rows, strides, 0, m_clip.height, m_frame->data, m_frame->linesize);
-  m_frame->pts = FrameTime(index);
+  m_frame->pts = FrameTime(index) - FrameTime(m_clip.hidden);
   m_frame->quality = m_encoder->global_quality;
   m_muxer.Encode(*m_encoder, *m_stream, m_frame.get(), m_frameLength);
 }

@@ -40,11 +40,13 @@ struct PatternClip {
   int frames = 50;  // 0: no picture, sound only
   /// When not empty: the time of each frame in milliseconds, rising, for `frames`. The last lasts 40 ms.
   std::vector<std::int64_t> timesMs;
+  int hidden = 0;  // of the frames, the first, which an edit list takes away. .mp4 and .mov only
 
-  std::string codec = "h264";  // h264, mpeg2video, mpeg4 or ffv1
+  std::string codec = "h264";  // h264, hevc, mpeg2video, mpeg4 or ffv1
   int gop = 12;  // frames from one key frame to the next at most; a movie of 1 has key frames only
   int bFrames = 2;
   int crf = 18;            // quality of h264, as libx264 counts it
+  std::string x264;        // options of its own, such as "open-gop=1:ref=3"
   int quantizer = 3;       // quality of the other lossy codecs, 1 to 31, lower is better
   bool fullRange = false;  // luma 0 to 255 instead of 16 to 235
   bool bt601 = false;      // matrix of ITU-R BT.601 instead of BT.709

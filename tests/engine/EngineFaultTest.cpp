@@ -256,7 +256,10 @@ TEST(EngineHandlesTest, NullAndForeignOnesAreRefused) {
   EXPECT_EQ(VRX_SetSTPVSetting(handle, nullptr, 4), kInvalidArgument);
   EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 0), kInvalidArgument);
   EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 4), kOk);
-  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 0, 0), kNotCapable);
+  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 0, 0), kOk);
+  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 1, 9), kOk);
+  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 2, 0), kNotCapable);
+  EXPECT_EQ(VRX_IsSmartRenderingCapable(handle, 0, 5), kNotCapable);
   EXPECT_EQ(VRX_ReleaseVRX(&handle), kOk);
   EXPECT_EQ(handle, nullptr);
 }
