@@ -102,7 +102,7 @@ std::string PlanText(const EngineSpans& spans) {
   std::string text = std::to_string(copied) + " of " + std::to_string(all) + " frames (" +
                      ShareText(copied, all) + ") are copied";
   if (const EngineSpan* sound = spans.FindSound())
-    text += sound->copied ? ", the sound is copied" : ", the sound is encoded";
+    text += ", the sound is " + WayText(*sound);
   return text;
 }
 

@@ -13,7 +13,7 @@ namespace vrx::host {
 /// "99.2 %". Only all frames are 100 %, and only no frame is 0 %.
 std::string ShareText(std::int64_t frames, std::int64_t ofFrames);
 
-/// "17850 of 18000 frames (99.2 %) are copied, the sound is encoded".
+/// "17850 of 18000 frames (99.2 %) are copied, the sound is encoded: REASON".
 std::string PlanText(const EngineSpans& spans);
 
 /// A line for each span of the picture; for many of them one for each reason. `report` has the names of the

@@ -127,7 +127,6 @@ class JobRun {
   /// Until all processes have ended.
   void Follow() {
     constexpr std::int32_t kForever = -1;
-    std::uint32_t told = 0;
     do {
       if (m_waiter.Wait(kForever) == InterruptWaiter::Event::Interrupt) {
         if (m_isCancelled) EndNow();
@@ -137,10 +136,7 @@ class JobRun {
       for (const PieceProcess::State& state : m_state) {
         if (state.failure && !m_isCancelled) Fail(*state.failure);
       }
-      const std::uint32_t percent = PercentOfPieces();
-      if (m_isCancelled || percent == told) continue;
-      told = percent;
-      Tell(percent);
+      if (!m_isCancelled) Tell(PercentOfPieces());
     } while (!std::ranges::all_of(m_state, &PieceProcess::State::hasEnded));
   }
 
@@ -159,6 +155,8 @@ class JobRun {
 
   /// False when the reader of the progress has gone.
   bool Tell(std::uint32_t percent) {
+    if (percent == m_told) return true;
+    m_told = percent;
     m_progress->OnPercent(percent);
     if (FlushOutput()) return true;
     m_hasOutput = false;
@@ -257,6 +255,7 @@ class JobRun {
   std::vector<std::unique_ptr<PieceProcess>> m_processes;
   std::vector<PieceProcess::State> m_state;  // of each process
   std::optional<PieceProcess::Failure> m_failure;
+  std::uint32_t m_told = 0;  // hundredths
   bool m_isCancelled = false;
   bool m_hasOutput = true;  // stdout can still be written to
 };

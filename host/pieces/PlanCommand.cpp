@@ -60,8 +60,9 @@ int RunPlan(const PlanArguments& arguments) {
   const std::string text = PlanDocument(plan, arguments.format, cause);
   if (text.empty()) return Fail(cause);
   if (plan.ranges.size() < arguments.pieces) {
-    Say(std::to_string(plan.ranges.size()) + " pieces instead of " + std::to_string(arguments.pieces) +
-        ": the movie has no more places to cut");
+    const std::size_t count = plan.ranges.size();
+    Say(std::to_string(count) + (count == 1 ? " piece" : " pieces") + " instead of " +
+        std::to_string(arguments.pieces) + ": the movie has no more places to cut");
   }
   std::fputs(text.c_str(), stdout);
   return kDone;
