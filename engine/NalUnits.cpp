@@ -39,6 +39,8 @@ bool IsParameterSet(int type, AVCodecID codec) {
                                    : type == h264::kSequenceSet || type == h264::kPictureSet;
 }
 
+bool HasStartCode(Bytes data) { return FindStartCode(data, 0) < data.size(); }
+
 bool SplitNalUnits(Bytes data, NalLength length, std::vector<Bytes>& units) {
   if (length == kStartCodes) {
     SplitAtStartCodes(data, units);

@@ -40,6 +40,8 @@ int TypeOfNal(Bytes unit, AVCodecID codec);
 /// Whether units of this type say how pictures are coded.
 bool IsParameterSet(int type, AVCodecID codec);
 
+bool HasStartCode(Bytes data);
+
 /// The units of `data`, without start codes or lengths, in place. False when the lengths do not fit; what
 /// came before is in `units` then.
 bool SplitNalUnits(Bytes data, NalLength length, std::vector<Bytes>& units);

@@ -53,6 +53,12 @@ class BitReader {
   std::size_t m_place = 0;
 };
 
+/// Whether a unit can be told from what follows it with start codes: no unit of a stream has them inside, or
+/// ends with a zero byte.
+bool IsSound(Bytes unit) {
+  return !unit.empty() && unit.back() != 0 && !HasStartCode(unit);
+}
+
 int IdOfAvcSet(int type, Bytes unit) {
   constexpr std::size_t kProfileAndLevel = 24;  // bits
   BitReader bits(unit);
@@ -126,7 +132,7 @@ bool ParameterSets::ReadAvcRecord(Bytes record, NalLength& length) {
   const auto lengths = Take(record, 1);
   if (!lengths) return false;
   length = static_cast<NalLength>((*lengths & 3U) + 1);
-  for (const std::size_t mask : {0x1F, 0xFF}) {
+  for (const std::size_t mask : {std::size_t{0x1F}, std::size_t{0xFF}}) {
     const auto count = Take(record, 1);
     if (!count) return false;
     for (std::size_t i = 0; i < (*count & mask); ++i) {
@@ -165,7 +171,7 @@ bool ParameterSets::Add(const std::vector<Bytes>& units) {
 }
 
 bool ParameterSets::AddSet(Bytes unit) {
-  if (unit.empty() || unit.size() > kLargestSet) return false;
+  if (!IsSound(unit) || unit.size() > kLargestSet) return false;
   const int type = TypeOfNal(unit, m_codec);
   if (!IsParameterSet(type, m_codec)) return false;
   const int id = m_codec == AV_CODEC_ID_HEVC ? IdOfHevcSet(type, unit) : IdOfAvcSet(type, unit);

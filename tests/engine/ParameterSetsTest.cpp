@@ -87,6 +87,8 @@ TEST(ParameterSetsTest, SetsOfOneNumberMustBeTheSame) {
             (Data{5, 0x67, 77, 0, 30, 0x80, 5, 0x67, 100, 0, 31, 0x60, 2, 0x68, 0x80, 2, 0x68, 0x40}));
   EXPECT_TRUE(sets.Add({Data{0x65, 1}, kSps0})) << "what is no set does not count";
   EXPECT_FALSE(sets.Add({kOtherSps0}));
+  EXPECT_FALSE(sets.Add({Data{0x68, 0x20, 0}})) << "ends as none does";
+  EXPECT_FALSE(sets.Add({Data{0x68, 0x20, 0, 0, 1, 7}})) << "a start code inside";
   ParameterSets all;
   for (unsigned id = 0; id < 32; ++id) {
     const int zeros = static_cast<int>(std::bit_width(id + 1)) - 1;  // before the code
