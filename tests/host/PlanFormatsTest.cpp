@@ -46,8 +46,8 @@ class PlanFormatsTest : public testing::Test {
   /// The project and the movie lie in a folder of this name.
   void PlaceIn(const std::string& name) {
     fs::create_directory(folder.Path() / name);
-    plan.project = folder.Write(name + "/p " + name + ".vrx", "");
-    plan.movie = (folder.Path() / name / ("m " + name + ".mov")).string();
+    plan.project = folder.Write(name + "/p" + name + ".vrx", "");
+    plan.movie = (folder.Path() / name / ("m" + name + ".mov")).string();
   }
   /// The plan with the script in place of this program.
   std::string Document(PlanFormat format) const {

@@ -26,6 +26,8 @@ class PlanIdTest : public testing::Test {
               {Path("pictures.xml"), u"VideoTrack", 1, project::kSourceFile.name},
               {Path("a.jpg"), u"VideoTrack", 1, u"ImagePath", 3},
               {Path("a.mp4"), u"VideoTrack", 2, project::kSourceFile.name}};
+    folder.Write("b.mp4", "x");
+    fs::last_write_time(folder.Path() / "b.mp4", fs::last_write_time(folder.Path() / "a.mp4"));
   }
   XpString Path(const std::string& name) const {
     return platform::PathFromNative((folder.Path() / name).string());
@@ -52,9 +54,12 @@ TEST_F(PlanIdTest, ChangesWithEachPartOfTheMovie) {
       {"size of a picture", [&] { folder.Write("a.jpg", "xx"); }},
       {"time of a picture", [&] { Age("a.jpg"); }},
       {"time of a source", [&] { Age("a.mp4"); }},
-      {"missing source", [&] { fs::remove(folder.Path() / "a.mp4"); }},
+      {"time as before",
+       [&] { fs::last_write_time(folder.Path() / "a.mp4", fs::last_write_time(folder.Path() / "b.mp4")); }},
+      {"path", [&] { inputs[4].path = Path("b.mp4"); }},
+      {"time of the other source", [&] { Age("b.mp4"); }},
+      {"missing source", [&] { fs::remove(folder.Path() / "b.mp4"); }},
       {"missing project", [&] { fs::remove(folder.Path() / "p.vrx"); }},
-      {"path", [&] { inputs[4].path = Path("a.jpg"); }},
       {"another option", [&] { options[1] = "21"; }},
       {"options split elsewhere",
        [&] {
