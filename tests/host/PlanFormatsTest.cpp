@@ -123,7 +123,7 @@ TEST_F(PlanFormatsTest, MakeMakesOnlyWhatIsMissingAndKeepsNothingThatFailed) {
 TEST_F(PlanFormatsTest, SoundHasItsPlaceInThePlanOrNone) {
   PlaceIn("m");
   plan.isSoundPcm = true;
-  EXPECT_THAT(Document(PlanFormat::Shell), HasSubstr(".piece-0.mov'\n"));
+  EXPECT_THAT(Document(PlanFormat::Shell), HasSubstr(".piece-0.mov\n"));
   plan.hasSound = false;
   const std::string text = Document(PlanFormat::Shell);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3);
