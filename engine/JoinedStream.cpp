@@ -78,6 +78,7 @@ Result JoinedStream::Arrange(const AVCodecContext* encoder) {
   if (error < 0) return kOutOfMemory;
   m_parameters->bit_rate = 0;
   m_parameters->codec_tag = 0;
+  NameColour();
   if (!HasUnits()) return kOk;
   if (encoder != nullptr) {
     NalLength length = kStartCodes;
@@ -102,6 +103,16 @@ Result JoinedStream::Arrange(const AVCodecContext* encoder) {
   m_parameters->extradata_size = static_cast<int>(header.size());
   if (isFile) SetTag();
   return kOk;
+}
+
+/// A source without tags has the colours that the movie's height implies, or it would not be copied.
+void JoinedStream::NameColour() {
+  const PictureColour colour = OutputColour(m_video.height);
+  m_parameters->color_space = colour.matrix;
+  m_parameters->color_primaries = colour.primaries;
+  m_parameters->color_trc = colour.transfer;
+  m_parameters->color_range = AVCOL_RANGE_MPEG;
+  m_parameters->chroma_location = AVCHROMA_LOC_LEFT;
 }
 
 /// A header beside sets that come with the pictures says what decoder they need.

@@ -37,6 +37,7 @@ class JoinedStream {
  private:
   bool HasUnits() const;
   bool MergeSources(ParameterSets& sets) const;
+  void NameColour();
   ParameterSets MostDemanding() const;
   void SetTag();
   Result Replace(AVPacket& packet) const;
