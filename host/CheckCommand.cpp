@@ -14,6 +14,7 @@
 #include "host/Inspection.h"
 #include "host/ProblemText.h"
 #include "host/ReportJson.h"
+#include "host/SpanReport.h"
 #include "src/check/ProjectReport.h"
 
 namespace vrx::host {
@@ -26,10 +27,16 @@ struct CheckOptions {
   bool allowMissing = false;  // still pictures that are missing are warnings
 };
 
-check::ProjectReport Inspect(const ProjectSource& project) {
+/// `spans` stays empty for a project that the engine does not open.
+check::ProjectReport Inspect(const ProjectSource& project, EngineSpans& spans) {
   EngineModule engine;
   std::string cause;
-  if (engine.Load(cause)) return InspectWhole(project, engine);
+  if (engine.Load(cause)) {
+    engine.KeepSpans();
+    check::ProjectReport report = InspectWhole(project, engine);
+    spans = engine.TakeSpans();
+    return report;
+  }
   check::ProjectReport report = check::CheckProject(project.GetInput(), {});
   project.NameFiles(report);
   report.problems.push_back({.severity = check::Severity::Error,
@@ -39,7 +46,7 @@ check::ProjectReport Inspect(const ProjectSource& project) {
   return report;
 }
 
-void PrintOutput(const check::ProjectReport& report) {
+void PrintOutput(const check::ProjectReport& report, const EngineSpans& spans) {
   if (report.videoSettings) {
     const VRXVideoOutputSetting& video = *report.videoSettings;
     const auto value = static_cast<double>(video.frameDuration.value);
@@ -57,6 +64,7 @@ void PrintOutput(const check::ProjectReport& report) {
   }
   std::printf("Movie    %lld frames, %.3f s, to %s\n", static_cast<long long>(report.totalFrames),
               report.totalSeconds, Plain(report.outputPath).c_str());
+  if (!spans.IsEmpty()) std::printf("Plan     %s\n", PlanText(spans).c_str());
 }
 
 void PrintTimeline(const check::ProjectReport& report) {
@@ -130,9 +138,10 @@ void PrintHeader(const XpString& project, bool isFirst) {
   std::printf("%sProject  %s\n", isFirst ? "" : "\n", Plain(project).c_str());
 }
 
-void PrintText(const check::ProjectReport& report) {
-  if (report.videoSettings) PrintOutput(report);
+void PrintText(const check::ProjectReport& report, const EngineSpans& spans) {
+  if (report.videoSettings) PrintOutput(report, spans);
   if (!report.clips.empty()) PrintTimeline(report);
+  if (!spans.IsEmpty()) std::printf("\nPictures\n%s", SpanLines(spans, report).c_str());
   if (!report.stillImages.empty()) PrintStillImages(report);
   if (!report.painterPath.IsEmpty()) PrintOverlays(report);
   if (!report.gpsClips.empty()) PrintGpsClips(report);
@@ -150,15 +159,16 @@ int RunCheck(const CheckOptions& options) {
   int status = kDone;
   for (const std::string& argument : options.projects) {
     const ProjectSource project(argument);
-    check::ProjectReport report = Inspect(project);
+    EngineSpans spans;
+    check::ProjectReport report = Inspect(project, spans);
     if (options.allowMissing) report.AllowMissingPictures();
     if (report.HasErrors() || (options.strict && report.HasWarnings())) status = kFailed;
     if (options.json) {
-      documents.push_back(ReportJson(argument, report));
+      documents.push_back(ReportJson(argument, report, spans));
       continue;
     }
     if (areSeveral) PrintHeader(project.GetName(), &argument == &options.projects.front());
-    PrintText(report);
+    PrintText(report, spans);
   }
   if (options.json) PrintJson(areSeveral ? documents : documents.front(), 2);
   return status;

@@ -18,6 +18,8 @@ std::vector<CommandRow> AllCommands() {
       {"new", "Write a project document of clips or of an editor's timeline", AddNew},
       {"render", "Render a project document to its movie", AddRender},
       {"check", "Show a project's timeline and everything wrong with it", AddCheck},
+      {"plan", "Print commands that render a movie in pieces", AddPlan},
+      {"join", "Join rendered pieces to their movie", AddJoin},
       {"frame", "Write one frame of the movie as a picture", AddFrame},
   };
   rows.insert(rows.end(), LightCommands().begin(), LightCommands().end());

@@ -17,6 +17,12 @@ CommandRun AddNew(CLI::App& command);
 /// The timeline of a project, its output and everything that is wrong with it, without rendering.
 CommandRun AddCheck(CLI::App& command);
 
+/// Commands that render a movie in pieces, for any program that runs jobs.
+CommandRun AddPlan(CLI::App& command);
+
+/// The movie of rendered pieces.
+CommandRun AddJoin(CLI::App& command);
+
 /// What one frame of the movie will look like, without rendering the others.
 CommandRun AddFrame(CLI::App& command);
 

@@ -1,6 +1,8 @@
 #include "host/EncodingArguments.h"
 
 #include <algorithm>
+#include <charconv>
+#include <map>
 #include <vector>
 
 #include "host/ArgumentChecks.h"
@@ -12,6 +14,32 @@ namespace {
 std::string CheckPreset(const std::string& text) {
   const std::vector<std::string> names(limits::kPresets.begin(), limits::kPresets.end());
   return std::ranges::find(names, text) == names.end() ? NoneOf(text, names) : std::string();
+}
+
+const std::map<std::string, VRXVideoCodec>& Codecs() {
+  static const std::map<std::string, VRXVideoCodec> codecs{{"h264", VRXVideoCodecH264},
+                                                           {"hevc", VRXVideoCodecHevc},
+                                                           {"h265", VRXVideoCodecHevc},
+                                                           {"av1", VRXVideoCodecAv1}};
+  return codecs;
+}
+
+const std::map<std::string, VRXSmartRendering>& SmartWays() {
+  static const std::map<std::string, VRXSmartRendering> ways{
+      {"off", VRXSmartOff}, {"auto", VRXSmartAuto}, {"require", VRXSmartRequire}};
+  return ways;
+}
+
+template <class Value>
+std::string NameOf(const std::map<std::string, Value>& names, Value value) {
+  const auto found = std::ranges::find_if(names, [=](const auto& entry) { return entry.second == value; });
+  return found == names.end() ? std::string() : found->first;
+}
+
+/// The shortest text that is read as the same number.
+std::string NumberText(double number) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof(text), number).ptr};
 }
 
 }  // namespace
@@ -28,7 +56,24 @@ VRXRenderOverrides EncodingArguments::GetOverrides() const {
   overrides.hardware = hardware;
   overrides.preset = preset.empty() ? nullptr : preset.c_str();
   overrides.crf = quality;
+  overrides.smart = smart;
   return overrides;
+}
+
+std::vector<std::string> EncodingArguments::GetWords() const {
+  std::vector<std::string> words;
+  const auto add = [&](const char* option, const std::string& value) {
+    if (!value.empty()) words.insert(words.end(), {option, value});
+  };
+  add("--size", size);
+  add("--rate", rate);
+  add("--bitrate", bitrate);
+  if (quality >= 0.0) add("--crf", NumberText(quality));
+  add("--preset", preset);
+  add("--codec", NameOf(Codecs(), codec));
+  if (hardware) words.emplace_back("--hardware");
+  add("--smart", NameOf(SmartWays(), smart));
+  return words;
 }
 
 void AddFormatOptions(CLI::App& command, EncodingArguments& arguments) {
@@ -55,14 +100,17 @@ void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
       ->check(CheckPreset)
       ->option_text("NAME");
   command.add_option("--codec", arguments.codec, "h264 (plays everywhere), hevc or av1 (smaller, slower)")
-      ->transform(NamedValues(std::map<std::string, VRXVideoCodec>{{"h264", VRXVideoCodecH264},
-                                                                   {"hevc", VRXVideoCodecHevc},
-                                                                   {"h265", VRXVideoCodecHevc},
-                                                                   {"av1", VRXVideoCodecAv1}}))
+      ->transform(NamedValues(Codecs()))
       ->type_name("CODEC")
       ->option_text("CODEC");
   command.add_flag("--hardware", arguments.hardware,
                    "Encode in hardware where that works; a line says why when it does not");
+  command
+      .add_option("--smart", arguments.smart,
+                  "Copy what the movie shows unchanged: off, auto, or require (fail where a clip cannot be)")
+      ->transform(NamedValues(SmartWays()))
+      ->type_name("WAY")
+      ->option_text("WAY");
 }
 
 void CheckEncoding(const EncodingArguments& arguments) {
@@ -73,7 +121,8 @@ void CheckEncoding(const EncodingArguments& arguments) {
 bool AsksForAnything(const VRXRenderOverrides& overrides) {
   return overrides.codec != VRXVideoCodecOfRecord || overrides.hardware || overrides.preset != nullptr ||
          overrides.crf >= 0.0 || overrides.firstFrame != 0 || overrides.frameCount != 0 ||
-         overrides.overlays != VRXOverlayInMovie;
+         overrides.overlays != VRXOverlayInMovie || overrides.smart != VRXSmartByRecord ||
+         overrides.tracks != VRXAllTracks || overrides.pieceOf != nullptr;
 }
 
 }  // namespace vrx::host

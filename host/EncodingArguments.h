@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -18,11 +19,14 @@ struct EncodingArguments {
   std::string preset;
   VRXVideoCodec codec = VRXVideoCodecOfRecord;
   bool hardware = false;
+  VRXSmartRendering smart = VRXSmartByRecord;
 
   /// What of it the documents say.
   void AddTo(ProjectChanges& changes) const;
   /// What of it the engine has to be asked for; its preset refers to this object.
   VRXRenderOverrides GetOverrides() const;
+  /// The options again as words of a command line, in a fixed order.
+  std::vector<std::string> GetWords() const;
 };
 
 /// Size, rate and bitrate, which a project has as well. `arguments` must live as long as the command.

@@ -1,16 +1,27 @@
 #include "host/EngineModule.h"
 
+#include <atomic>
 #include <utility>
+
+#include "src/manager/ProgressFilter.h"
 
 namespace vrx::host {
 
-EngineModule::~EngineModule() { SetLogCallback(nullptr); }
+EngineModule::~EngineModule() {
+  SetSpanCallback(nullptr);
+  SetLogCallback(nullptr);
+}
 
 bool EngineModule::Load(std::string& cause) { return m_library.Bind(&cause); }
 
 void EngineModule::SetLogCallback(VRXLogFunction log) {
   const auto set = m_library.Find<VRX_SetLogCallbackFunction>("VRX_SetLogCallback");
   if (set != nullptr) set(log, this);
+}
+
+void EngineModule::SetSpanCallback(VRXSpanFunction spans) {
+  const auto set = m_library.Find<VRX_SetSpanCallbackFunction>("VRX_SetSpanCallback");
+  if (set != nullptr) set(spans, this);
 }
 
 void EngineModule::Listen(std::function<void(const EngineLine&)> listener) {
@@ -31,6 +42,19 @@ void EngineModule::OnLine(void* context, const VRXLogEntry& entry) {
 std::vector<EngineLine> EngineModule::TakeLines() {
   const std::scoped_lock lock(m_mutex);
   return std::exchange(m_lines, {});
+}
+
+void EngineModule::KeepSpans() { SetSpanCallback(&OnSpan); }
+
+void EngineModule::OnSpan(void* context, const VRXRenderSpan& span) {
+  auto& self = *static_cast<EngineModule*>(context);
+  const std::scoped_lock lock(self.m_mutex);
+  self.m_spans.Add(span);
+}
+
+EngineSpans EngineModule::TakeSpans() {
+  const std::scoped_lock lock(m_mutex);
+  return std::exchange(m_spans, {});
 }
 
 check::SourceFacts EngineModule::Probe(const XpString& path) const {
@@ -83,6 +107,34 @@ std::int32_t EngineModule::Try(VRXTimeline& timeline, VRXSystemOutputSetting& ou
   IVRXSequence* sequence = nullptr;
   result = m_library.createSequence(engine, &timeline, &output, &sequence);
   if (result == VRXEngineOk) m_library.releaseSequence(engine, &sequence);
+  m_library.releaseVRX(&engine);
+  return result;
+}
+
+bool EngineModule::CanJoin(std::string& cause) const {
+  if (m_library.Find<VRX_CreateJoinFunction>("VRX_CreateJoin") != nullptr) return true;
+  cause = "the conversion engine beside this program joins no pieces (it lacks VRX_CreateJoin)";
+  return false;
+}
+
+std::int32_t EngineModule::Join(const VRXPieces& pieces, bool& endFlag,
+                                const std::function<void(std::uint32_t)>& onPercent) const {
+  const auto create = m_library.Find<VRX_CreateJoinFunction>("VRX_CreateJoin");
+  VRXHandle engine = nullptr;
+  std::int32_t result = m_library.createVRX(&engine);
+  if (result != VRXEngineOk) return result;
+  IVRXSequence* sequence = nullptr;
+  result = create(engine, &pieces, &sequence);
+  if (result == VRXEngineOk) {
+    VRXProgressInfo progress;
+    while (result == VRXEngineOk && !std::atomic_ref<bool>(endFlag).load(std::memory_order_acquire)) {
+      result = sequence->Execute(&progress, &endFlag);
+      if (result == VRXEngineOk) onPercent(render::ProgressFilter::Percentage(progress));
+    }
+    // The movie gets its name here.
+    const std::int32_t released = m_library.releaseSequence(engine, &sequence);
+    if (result == VRXEngineOk) result = released;
+  }
   m_library.releaseVRX(&engine);
   return result;
 }

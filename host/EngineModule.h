@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "host/EngineSpans.h"
 #include "src/check/ProjectReport.h"
 #include "src/manager/EngineLibrary.h"
 #include "vrx/VRXEngineExtras.h"
@@ -37,6 +38,11 @@ class EngineModule {
   void Listen(std::function<void(const EngineLine&)> listener);
   std::vector<EngineLine> TakeLines();
 
+  /// From now on what the engine says of the spans of its sequences is kept here. Nothing happens with an
+  /// engine that says nothing of them.
+  void KeepSpans();
+  EngineSpans TakeSpans();
+
   check::SourceFacts Probe(const XpString& path) const;
 
   /// What the engine's next sequences do beyond their records. False, with the cause, when the module cannot
@@ -54,16 +60,27 @@ class EngineModule {
   bool RenderFrame(VRXTimeline& timeline, VRXSystemOutputSetting& output, std::int64_t number,
                    std::span<std::uint32_t> pixels) const;
 
+  /// False, with the cause, for an engine that joins no pieces.
+  bool CanJoin(std::string& cause) const;
+  /// Writes the movie of the pieces, until another thread sets `endFlag` through std::atomic_ref. `onPercent`
+  /// is called with the hundredths that are done. Gives the engine's result; the lines tell why there is no
+  /// movie.
+  std::int32_t Join(const VRXPieces& pieces, bool& endFlag,
+                    const std::function<void(std::uint32_t)>& onPercent) const;
+
   /// What the last movie holds that was written. False when there is none, or the module cannot tell.
   bool GetSummary(VRXRenderSummary& summary) const;
 
  private:
   void SetLogCallback(VRXLogFunction log);
+  void SetSpanCallback(VRXSpanFunction spans);
   static void OnLine(void* context, const VRXLogEntry& entry);
+  static void OnSpan(void* context, const VRXRenderSpan& span);
 
   render::EngineLibrary m_library;
-  mutable std::mutex m_mutex;  // guards the lines
+  mutable std::mutex m_mutex;  // guards the lines and the spans
   std::vector<EngineLine> m_lines;
+  EngineSpans m_spans;
   std::function<void(const EngineLine&)> m_listener;
 };
 

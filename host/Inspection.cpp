@@ -76,6 +76,17 @@ check::ProjectReport InspectWhole(const ProjectSource& project, EngineModule& en
   return report;
 }
 
+check::ProjectReport InspectSpans(const ProjectSource& project, EngineModule& engine, EngineSpans& spans) {
+  engine.Listen({});  // what it says of single sources is in the report already
+  check::ProjectReport report = InspectQuickly(project, engine);
+  if (report.FindError(false) != nullptr) return report;
+  engine.KeepSpans();
+  TryJob(project, engine, report);
+  spans = engine.TakeSpans();
+  report.SortProblems();
+  return report;
+}
+
 check::Problem ProblemOf(const ProjectSource& project, const check::ProjectReport& report,
                          const EngineLine& line) {
   check::Problem problem{.severity = SeverityOf(line.severity),

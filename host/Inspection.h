@@ -14,6 +14,10 @@ check::ProjectReport InspectQuickly(const ProjectSource& project, const EngineMo
 /// For `vrx check`: sources and still pictures are decoded, and the engine opens the whole job.
 check::ProjectReport InspectWhole(const ProjectSource& project, EngineModule& engine);
 
+/// As InspectQuickly, and how the movie would be made: the engine opens the whole job. `spans` stays empty
+/// for a project that cannot be rendered.
+check::ProjectReport InspectSpans(const ProjectSource& project, EngineModule& engine, EngineSpans& spans);
+
 /// A line of the engine about the project, whose clips are in the report.
 check::Problem ProblemOf(const ProjectSource& project, const check::ProjectReport& report,
                          const EngineLine& line);

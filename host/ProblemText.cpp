@@ -39,4 +39,31 @@ Json ProblemJson(const check::Problem& problem) {
   return entry;
 }
 
+check::Problem ProblemOfJson(const Json& entry) {
+  const auto text = [&](const char* name) {
+    const auto found = entry.find(name);
+    return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
+  };
+  const auto number = [&](const char* name) {
+    const auto found = entry.find(name);
+    return found != entry.end() && found->is_number_unsigned() ? found->get<std::uint64_t>() : 0;
+  };
+  const auto wide = [&](const char* name) { return XpString(textcodec::ToUtf16(text(name))); };
+  const std::string severity = text("severity");
+  check::Problem problem{.severity = severity == "note"      ? check::Severity::Note
+                                     : severity == "warning" ? check::Severity::Warning
+                                                             : check::Severity::Error};
+  problem.file = wide("file");
+  problem.line = number("line");
+  problem.track = wide("track");
+  problem.clip = static_cast<std::uint32_t>(number("clip"));
+  problem.key = wide("key");
+  problem.message = wide("message");
+  return problem;
+}
+
+bool IsSameProblem(const check::Problem& a, const check::Problem& b) {
+  return a.line == b.line && a.file == b.file && a.key == b.key && (a.line != 0 || a.message == b.message);
+}
+
 }  // namespace vrx::host

@@ -15,6 +15,10 @@ std::string ProblemText(const check::Problem& problem);
 std::string ProblemLine(const check::Problem& problem);
 /// One with what is known: severity, file, line, track, clip, key and message.
 Json ProblemJson(const check::Problem& problem);
+/// What ProblemJson gave; what is missing or of another type stays empty.
+check::Problem ProblemOfJson(const Json& entry);
+/// Whether both are of the same place, or without a place say the same.
+bool IsSameProblem(const check::Problem& a, const check::Problem& b);
 std::string_view SeverityName(check::Severity severity);
 
 }  // namespace vrx::host

@@ -19,13 +19,15 @@ class ProjectSource {
 
   /// What an inspection reads. A project from standard input has its relative paths from the working folder.
   check::ProjectInput GetInput() const { return {m_path, m_copy ? &m_bytes : nullptr}; }
+  bool IsStandardInput() const { return m_isInput; }
   /// What problems of the document name: its native path, or "standard input".
   const XpString& GetName() const { return m_name; }
   /// A path for code that opens the document itself. A project from standard input, or with changes, lies
   /// there with absolute paths, for as long as this object lives; empty when that cannot be done.
   const XpString& GetPath() const { return m_copy ? m_copy->GetPath() : m_path; }
 
-  /// For documents that are removed after the render: problems of those in the project's folder name `name` instead.
+  /// For documents that are removed after the render: problems of those in the project's folder name `name`
+  /// instead.
   void HideDocuments(const XpString& name);
 
   /// Gives what the report says of the documents their names. Lines of a changed one are dropped, since they

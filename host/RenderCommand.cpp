@@ -14,15 +14,21 @@
 #include "host/Console.h"
 #include "host/EncodingArguments.h"
 #include "host/RenderRun.h"
+#include "host/pieces/JobRun.h"
+#include "host/pieces/PiecePlan.h"
 
 namespace vrx::host {
 namespace {
+
+constexpr std::uint32_t kMostJobs = 64;
 
 struct RenderArguments {
   std::vector<std::string> projects;
   std::string output;
   std::string range;
+  std::string piece;
   bool overlayOnly = false;
+  std::uint32_t jobs = 0;  // 0: in one go
   EncodingArguments encoding;
   RenderOptions run;
 };
@@ -47,12 +53,16 @@ int RunRender(RenderArguments& arguments) {
   RenderOptions& options = arguments.run;
   options.overrides = arguments.encoding.GetOverrides();
   if (arguments.overlayOnly) options.overrides.overlays = VRXOverlayAlone;
+  if (!arguments.piece.empty()) options.piece = ParsePieceName(arguments.piece);
+  options.pieceOptions = PieceOptions(arguments.encoding, options.allowMissing);
   if (!arguments.range.empty()) options.range = *ParseTimeRange(arguments.range);
   int status = kDone;
   for (const std::string& argument : arguments.projects) {
     const ProjectSource project(argument, changes);
     PrintHeader(arguments, project);
-    status = std::max(status, RenderProject(options, project));
+    const int rendered = arguments.jobs == 0 ? RenderProject(options, project)
+                                             : RenderInPieces(options, arguments.jobs, project);
+    status = std::max(status, rendered);
     if (status == kCancelled) break;
   }
   return status;
@@ -68,11 +78,23 @@ bool HasOneNumber(std::string_view path) {
          (rest.size() > 2 && rest[0] == '0' && rest[1] >= '1' && rest[1] <= '9' && rest[2] == 'd');
 }
 
+/// Throws CLI::ValidationError for what no plan prints.
+void CheckPiece(const RenderArguments& arguments) {
+  const auto refuse = [](const char* cause) { throw CLI::ValidationError("--piece", cause); };
+  if (arguments.projects.size() > 1) refuse("is part of one movie, but there are several projects");
+  if (arguments.projects.front() == "-") refuse("needs a project in a file");
+  if (arguments.output.empty()) refuse("needs -o FILE, so that the piece does not take the movie's name");
+  const bool isSound = ParsePieceName(arguments.piece)->piece == 0;
+  if (isSound && !arguments.range.empty()) refuse("0 is the sound, which has no range");
+  if (!isSound && arguments.range.empty()) refuse("of the picture needs its --range");
+}
+
 /// Throws CLI::ValidationError for options that do not go together.
 void CheckRender(const RenderArguments& arguments) {
   CheckEncoding(arguments.encoding);
   if (!arguments.output.empty() && arguments.projects.size() > 1)
     throw CLI::ValidationError("--output", "names one movie, but there are several projects");
+  if (!arguments.piece.empty()) CheckPiece(arguments);
   if (!arguments.overlayOnly) return;
   const XpString ending = XpPathExtension(platform::PathFromNative(arguments.output));
   const bool isPicture = XpCompareNoCase(ending, u".png") == 0;
@@ -99,12 +121,24 @@ CommandRun AddRender(CLI::App& command) {
           "Only a part, as 0:10-0:20.5 or 300f-600f: from the first time or frame to before the second")
       ->check(CheckTimeRange)
       ->option_text("FROM-TO");
+  command
+      .add_option("--piece", options->piece,
+                  "One piece of a movie, as vrx plan prints it: K of N of a plan, 0 for the sound")
+      ->check(CheckPieceName)
+      ->option_text("K/N:PLAN");
+  command
+      .add_option(
+          "--jobs", options->jobs,
+          "Render up to so many pieces at the same time and join them; long movies on many cores gain")
+      ->check(NumberWithin(1, kMostJobs))
+      ->option_text("N")
+      ->excludes(command.get_option("--piece"));
   AddEncodingOptions(command, options->encoding);
   CLI::Option* alone =
       command.add_flag("--overlay-only", options->overlayOnly,
                        "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) "
                        "or -o NAME-%05d.png");
-  for (const char* option : {"--bitrate", "--crf", "--preset", "--codec", "--hardware"})
+  for (const char* option : {"--bitrate", "--crf", "--preset", "--codec", "--hardware", "--smart", "--piece"})
     alone->excludes(command.get_option(option));
   AddProgressOptions(command, options->run);
   command.footer(

@@ -6,15 +6,30 @@
 #include "foundation/platform/Terminal.h"
 #include "host/Console.h"
 #include "host/ProblemText.h"
+#include "host/SpanReport.h"
 
 namespace vrx::host {
 namespace {
 
 /// The last line of a render for people, on stdout.
-void PrintDone(const std::string& path, const RenderResult& result, double elapsed) {
+void PrintDone(const RenderPlan& plan, const RenderResult& result, double elapsed) {
+  const std::string path = Masked(plan.outputPath);
+  if (plan.pieces > 0) {
+    std::printf("%s: %lld frames of %zu pieces, joined in %.1f s\n", path.c_str(),
+                static_cast<long long>(result.frames), plan.pieces, elapsed);
+    return;
+  }
+  if (result.frames == 0) {
+    std::printf("%s: %.3f s of sound, rendered in %.1f s\n", path.c_str(), result.seconds, elapsed);
+    return;
+  }
   const double rate = elapsed > 0.0 ? static_cast<double>(result.frames) / elapsed : 0.0;
-  std::printf("%s: %lld frames, %.3f s of movie, rendered in %.1f s (%.1f fps)\n", Masked(path).c_str(),
-              static_cast<long long>(result.frames), result.seconds, elapsed, rate);
+  const std::string copied = result.copiedFrames == 0
+                                 ? std::string()
+                                 : ", " + std::to_string(result.copiedFrames) + " copied (" +
+                                       ShareText(result.copiedFrames, result.frames) + ")";
+  std::printf("%s: %lld frames, %.3f s of movie%s, rendered in %.1f s (%.1f fps)\n", path.c_str(),
+              static_cast<long long>(result.frames), result.seconds, copied.c_str(), elapsed, rate);
 }
 
 class SilentProgress : public RenderProgress {
@@ -24,17 +39,19 @@ class SilentProgress : public RenderProgress {
     m_plan = plan;
     m_pace.Start(plan.frames);
   }
+  void OnSpans(const EngineSpans&) override {}
   void OnPercent(std::uint32_t) override {}
   void OnMessage(const std::string& line) override { Say(line); }
   void OnEnd(const RenderResult& result) override {
-    if (!m_quiet) PrintDone(m_plan.outputPath, result, m_pace.GetElapsed());
+    if (!m_quiet) PrintDone(m_plan, result, m_pace.GetElapsed());
   }
   void OnCancelled() override {
     if (m_quiet) return;
     Say(m_plan.outputPath.empty() ? "cancelled" : "cancelled; " + m_plan.outputPath + " was not written");
   }
   void OnError(std::uint32_t code, const check::Problem& cause) override {
-    Say("render failed (" + CodeText(code) + "): " + ProblemText(cause));
+    Say(std::string(m_plan.pieces > 0 ? "join" : "render") + " failed (" + CodeText(code) +
+        "): " + ProblemText(cause));
   }
 
  protected:
@@ -73,10 +90,11 @@ class BarProgress : public SilentProgress {
 
  private:
   void Draw(std::uint32_t percent) {
-    char numbers[64];
+    char numbers[64], rate[32] = "";
     const double left = m_pace.GetSecondsLeft();
-    std::snprintf(numbers, sizeof(numbers), " %3u %%  %6.1f fps  %s left", percent,
-                  m_pace.GetFramesPerSecond(), left < 0.0 ? "--:--" : ClockText(left).c_str());
+    if (m_plan.frames > 0) std::snprintf(rate, sizeof(rate), "  %6.1f fps", m_pace.GetFramesPerSecond());
+    std::snprintf(numbers, sizeof(numbers), " %3u %%%s  %s left", percent, rate,
+                  left < 0.0 ? "--:--" : ClockText(left).c_str());
     const int room = platform::TerminalWidth(platform::Stream::Error) - static_cast<int>(sizeof("[]")) - 36;
     const int width = std::clamp(room, 0, 60);
     const int filled = static_cast<int>(percent) * width / 100;
@@ -97,23 +115,36 @@ class JsonProgress : public RenderProgress {
   void OnStart(const RenderPlan& plan) override {
     m_pace.Start(plan.frames);
     m_output = plan.outputPath;
-    Print({{"event", "start"}, {"output", m_output}, {"frames", plan.frames}, {"seconds", plan.seconds}});
+    m_isJoin = plan.pieces > 0;
+    Json line{{"event", "start"}, {"output", m_output}};
+    if (m_isJoin) {
+      line["pieces"] = plan.pieces;
+    } else {
+      line["frames"] = plan.frames;
+      line["seconds"] = plan.seconds;
+    }
+    Print(line);
+  }
+  void OnSpans(const EngineSpans& spans) override {
+    Json line{{"event", "spans"}};
+    AddSpans(spans, line);
+    Print(line);
   }
   void OnPercent(std::uint32_t percent) override {
     m_pace.Update(percent);
-    Json line{{"event", "progress"}, {"percent", percent}, {"fps", m_pace.GetFramesPerSecond()}};
+    Json line{{"event", "progress"}, {"percent", percent}};
+    if (!m_isJoin) line["fps"] = m_pace.GetFramesPerSecond();
     if (const double left = m_pace.GetSecondsLeft(); left >= 0.0) line["secondsLeft"] = left;
     Print(line);
   }
   void OnMessage(const std::string& line) override { Say(line); }
   void OnEnd(const RenderResult& result) override {
-    Json line{{"event", "end"},
-              {"output", m_output},
-              {"frames", result.frames},
-              {"seconds", result.seconds},
-              {"bytes", result.bytes == 0 ? Json() : Json(result.bytes)},
-              {"elapsed", m_pace.GetElapsed()},
-              {"problems", Json::array()}};
+    Json line{{"event", "end"}, {"output", m_output}, {"frames", result.frames}};
+    if (!m_isJoin) line["seconds"] = result.seconds;
+    line["bytes"] = result.bytes == 0 ? Json() : Json(result.bytes);
+    line["copiedFrames"] = result.copiedFrames;
+    line["elapsed"] = m_pace.GetElapsed();
+    line["problems"] = Json::array();
     for (const check::Problem& problem : result.problems) line["problems"].push_back(ProblemJson(problem));
     Print(line);
   }
@@ -135,6 +166,7 @@ class JsonProgress : public RenderProgress {
 
   RenderPace m_pace;
   std::string m_output;
+  bool m_isJoin = false;
 };
 
 }  // namespace

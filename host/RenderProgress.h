@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/EngineSpans.h"
 #include "src/check/ProjectReport.h"
 
 namespace vrx::host {
@@ -18,6 +19,8 @@ struct RenderPlan {
   std::string outputPath;
   std::int64_t frames = 0;
   double seconds = 0.0;  // of movie
+  std::size_t pieces =
+      0;  // that are joined, of which frames and seconds are not known before; 0 for a render
 };
 
 /// What was written.
@@ -25,6 +28,7 @@ struct RenderResult {
   std::int64_t frames = 0;
   double seconds = 0.0;     // of movie
   std::uint64_t bytes = 0;  // 0 when unknown
+  std::int64_t copiedFrames = 0;
   /// Warnings, and the errors because of which the movie is not what it should be.
   std::vector<check::Problem> problems;
 };
@@ -34,6 +38,8 @@ class RenderProgress {
  public:
   virtual ~RenderProgress() = default;
   virtual void OnStart(const RenderPlan& plan) = 0;
+  /// At most once, before the first percentage.
+  virtual void OnSpans(const EngineSpans& spans) = 0;
   virtual void OnPercent(std::uint32_t percent) = 0;
   /// A line for people; it goes to stderr.
   virtual void OnMessage(const std::string& line) = 0;

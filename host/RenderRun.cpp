@@ -15,6 +15,7 @@
 #include "host/InterruptibleWork.h"
 #include "host/ProblemText.h"
 #include "host/RenderEvents.h"
+#include "host/pieces/PiecePlan.h"
 #include "src/baseband/PictureProblems.h"
 #include "src/check/BasebandCheck.h"
 #include "src/project/ProjectKeys.h"
@@ -56,6 +57,7 @@ class RenderRun {
     }
     Prepare();
     if (!ChooseFrames(cause)) return GiveUp(kWrongUse, cause);
+    if (!IsAsPlanned(cause)) return GiveUp(kFailed, cause);
     if (!SetOverrides(cause)) return GiveUp(kFailed, cause);
     const auto* input = FindOutputAmongInputs(m_report.outputPath, m_report.inputs);
     if (input != nullptr) {
@@ -89,11 +91,13 @@ class RenderRun {
         [this](const baseband::PictureProblem& problem) { m_events.Add(check::PictureProblemOf(problem)); });
     const auto prepare = [this] {
       m_engine.Listen({});  // what it says of a source now it says again when the render opens it
+      m_engine.KeepSpans();
       // What a strict render refuses has to be found before it begins.
       m_report = m_options.strict ? InspectWhole(m_project, m_engine) : InspectQuickly(m_project, m_engine);
       if (m_options.allowMissing) m_report.AllowMissingPictures();
       m_wrapper->SetProjectFile(m_project.GetPath());
       m_engine.TakeLines();
+      m_engine.TakeSpans();
     };
     DoUnlessInterrupted(m_waiter, prepare, [this] { EndNow(); });
   }
@@ -123,13 +127,25 @@ class RenderRun {
     return true;
   }
 
+  /// False for a piece of a plan that was made of something else. What is wrong with a project that cannot be
+  /// rendered is said instead.
+  bool IsAsPlanned(std::string& cause) const {
+    if (!m_options.piece || m_report.FindError(false) != nullptr) return true;
+    const PieceName& piece = *m_options.piece;
+    if (IsPieceOf(piece.plan, m_report, m_options.pieceOptions, piece.count)) return true;
+    cause = "the project or its files have changed since the plan was made";
+    return false;
+  }
+
   /// Overrides hold for the process, so those of a project before are taken back.
   bool SetOverrides(std::string& cause) {
     VRXRenderOverrides overrides = m_options.overrides;
     if (m_frames != m_report.totalFrames) {
       overrides.firstFrame = static_cast<std::uint64_t>(m_firstFrame);
-      overrides.frameCount = static_cast<std::uint64_t>(m_frames);
+      // The number of all frames may be an estimate.
+      if (m_options.range.to) overrides.frameCount = static_cast<std::uint64_t>(m_frames);
     }
+    if (m_options.piece) SetPiece(*m_options.piece, overrides);
     // The endings of pictures and of movies with transparency are those of no project.
     if (overrides.overlays == VRXOverlayAlone) {
       std::erase_if(m_report.problems, [](const Problem& problem) {
@@ -137,6 +153,15 @@ class RenderRun {
       });
     }
     return !AsksForAnything(overrides) || m_engine.SetOverrides(overrides, cause);
+  }
+
+  /// The name has to live as long as the overrides.
+  void SetPiece(const PieceName& piece, VRXRenderOverrides& overrides) {
+    overrides.tracks = piece.piece == 0 ? VRXSoundAlone : VRXPictureAlone;
+    overrides.pieceOf = piece.plan.c_str();
+    overrides.piece = piece.piece;
+    overrides.pieceCount = piece.count;
+    if (piece.piece == 0) m_frames = 0;
   }
 
   void ListenToEngine() {
@@ -184,6 +209,9 @@ class RenderRun {
       m_wrapper->Cancel();
     }
     if (!m_state.percent) return;
+    // All spans come before the first progress.
+    const EngineSpans spans = m_hasStarted ? EngineSpans() : m_engine.TakeSpans();
+    if (!spans.IsEmpty()) m_progress->OnSpans(spans);
     m_hasStarted = true;
     if (!m_state.ended && !m_state.error) m_progress->OnPercent(*m_state.percent);
   }
@@ -191,10 +219,7 @@ class RenderRun {
   /// False when the inspection has reported it already.
   bool AddFound(Problem problem) {
     m_project.NameFile(problem);
-    const auto isKnown = [&](const Problem& known) {
-      return known.line == problem.line && known.file == problem.file && known.key == problem.key &&
-             (problem.line != 0 || known.message == problem.message);
-    };
+    const auto isKnown = [&](const Problem& known) { return IsSameProblem(known, problem); };
     if (std::ranges::any_of(m_report.problems, isKnown)) return false;
     if (m_options.allowMissing && problem.isMissingPicture) problem.severity = Severity::Warning;
     m_found.push_back(problem);
@@ -216,7 +241,7 @@ class RenderRun {
       m_progress->OnCancelled();
       return kCancelled;
     }
-    RenderResult result{m_frames, m_seconds, 0, {}};
+    RenderResult result{.frames = m_frames, .seconds = m_seconds};
     for (const Problem& problem : m_report.problems) AddToResult(problem, result);
     for (const Problem& problem : m_found) AddToResult(problem, result);
     const auto missing = std::ranges::count(result.problems, Severity::Error, &Problem::severity);
@@ -246,6 +271,7 @@ class RenderRun {
     if (!m_engine.GetSummary(written)) return true;
     result.frames = static_cast<std::int64_t>(written.frames);
     result.bytes = written.bytes;
+    result.copiedFrames = static_cast<std::int64_t>(written.copiedFrames);
     if (m_frames > 0)
       result.seconds = m_seconds * static_cast<double>(result.frames) / static_cast<double>(m_frames);
     // The length of a clip that is used whole is an estimate, right to a frame.

@@ -1,5 +1,7 @@
 #include "host/ReportJson.h"
 
+#include "host/SpanReport.h"
+
 namespace vrx::host {
 namespace {
 
@@ -87,7 +89,7 @@ Json StillImagesJson(const check::ProjectReport& report) {
 
 }  // namespace
 
-Json ReportJson(const std::string& project, const check::ProjectReport& report) {
+Json ReportJson(const std::string& project, const check::ProjectReport& report, const EngineSpans& spans) {
   Json document{{"project", project}, {"renderable", !report.HasErrors()}, {"output", OutputJson(report)}};
   document["timeline"] = Json::array();
   for (const check::ClipRow& clip : report.clips) {
@@ -102,6 +104,7 @@ Json ReportJson(const std::string& project, const check::ProjectReport& report) 
                                     {"seconds", hasLength ? Json(clip.seconds) : Json()},
                                     {"sourceStart", clip.sourceStart}});
   }
+  if (!spans.IsEmpty()) AddSpans(spans, document);
   if (!report.stillImages.empty()) document["stillImages"] = StillImagesJson(report);
   if (!report.painterPath.IsEmpty()) document["overlays"] = OverlaysJson(report);
   document["problems"] = Json::array();

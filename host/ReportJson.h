@@ -3,11 +3,13 @@
 
 #include <string>
 
+#include "host/EngineSpans.h"
 #include "host/ProblemText.h"
 
 namespace vrx::host {
 
 /// `project` is the path as the user gave it. What the document does not set, and what is unknown, is null.
-Json ReportJson(const std::string& project, const check::ProjectReport& report);
+/// `spans` may be empty: then nothing is said of them.
+Json ReportJson(const std::string& project, const check::ProjectReport& report, const EngineSpans& spans);
 
 }  // namespace vrx::host

@@ -14,6 +14,8 @@ bool MakePrivateFolder(const XpString& path);
 
 /// Makes a folder with a new name for this user alone in the temporary folder, and gives its path.
 std::error_code MakeTemporaryFolder(XpString& path);
+/// The same in a folder of the caller's, hidden.
+std::error_code MakeTemporaryFolderIn(const XpString& folder, XpString& path);
 
 /// True when the last `levels` parts of the path are folders, no links, and belong to this user or the
 /// system. Other users may not write to the last one, and to those above it only if they are sticky.

@@ -4,9 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "foundation/file/XpFileOperations.h"
-#include "foundation/platform/FileSystem.h"
 #include "foundation/platform/Paths.h"
-#include "foundation/platform/PrivateFolder.h"
 #include "foundation/platform/Signals.h"
 #include "foundation/text/XpPath.h"
 #include "host/Commands.h"
@@ -14,6 +12,7 @@
 #include "host/EncodingArguments.h"
 #include "host/InterruptibleWork.h"
 #include "host/RenderRun.h"
+#include "host/TemporaryFolder.h"
 #include "host/make/MakeArguments.h"
 #include "host/make/NewProject.h"
 #include "host/make/PlanProject.h"
@@ -28,25 +27,6 @@ struct MakeOptions {
   std::string project;  // to keep; empty for none
   bool replaces = false;
   RenderOptions run;
-};
-
-/// A folder for documents that are not kept.
-class TemporaryFolder {
- public:
-  TemporaryFolder() : m_error(platform::MakeTemporaryFolder(m_path)) {}
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() { Remove(); }
-  void Remove() const {
-    if (!m_error) platform::RemoveEntry(XpPathParent(m_path), XpPathStem(m_path) + XpPathExtension(m_path));
-  }
-
-  const std::error_code& GetError() const { return m_error; }
-  const XpString& GetPath() const { return m_path; }
-
- private:
-  XpString m_path;
-  std::error_code m_error;
 };
 
 /// A clip on a slow disk can take long, and an interrupt ends that wait too. The movie is not begun yet, so

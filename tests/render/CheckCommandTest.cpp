@@ -58,12 +58,18 @@ TEST_F(CheckCommandTest, TablesShowTheWholeProjectAndErrorsComeFirst) {
   EXPECT_EQ(Check({}), R"(Picture  320 x 192, 25.000 fps, H.264
 Sound    48000 Hz, 2 channels
 Movie    160 frames, 6.400 s, to FOLDER/out.mp4
+Plan     0 of 160 frames (0.0 %) are copied
 
 Track       Clip      Frame    Frames    Movie s   Source s  Source
 VideoTrack     1          0        50      0.000      1.000  FOLDER/a.mp4
 VideoTrack     2         50        10      2.000      0.000  FOLDER/photos.xml
 VideoTrack     3         60       100      2.400      0.000  FOLDER/a.mp4 (whole)
 AudioTrack     1          0        50      0.000      0.000  FOLDER/a.mp4
+
+Pictures
+  frames 0 to 49, 0.000 s to 2.000 s: encoded: the source has 160x96 pixels, and the movie 320x192 (a.mp4)
+  frames 50 to 59, 2.000 s to 2.400 s: encoded: still picture (photos.xml)
+  frames 60 to 159, 2.400 s to 6.400 s: encoded: the source has 160x96 pixels, and the movie 320x192 (a.mp4)
 
 Clip          In        Out        Size  Turned          Still image
 2              0          9           ?  left, mirrored  FOLDER/none.png
@@ -99,6 +105,12 @@ TEST_F(CheckCommandTest, JsonHoldsTheWholeProjectAndNullForWhatIsNotSet) {
       R"("firstFrame": 60,"frames": 100,"movieStart": 2.4,"seconds": 4.0,"sourceStart": 0.0},)"
       R"({"track": "AudioTrack","clip": 1,"source": "FOLDER/a.mp4","wholeSource": false,)"
       R"("firstFrame": 0,"frames": 50,"movieStart": 0.0,"seconds": 2.0,"sourceStart": 0.0}],)"
+      R"("copiedFrames": 0,"encodedFrames": 160,)"
+      R"("spans": [{"track": "video","copied": false,"firstFrame": 0,"frames": 50,"clip": 1,)"
+      R"("reason": "the source has 160x96 pixels, and the movie 320x192"},)"
+      R"({"track": "video","copied": false,"firstFrame": 50,"frames": 10,"clip": 2,"reason": "still picture"},)"
+      R"({"track": "video","copied": false,"firstFrame": 60,"frames": 100,"clip": 3,)"
+      R"("reason": "the source has 160x96 pixels, and the movie 320x192"}],)"
       R"("stillImages": [{"clip": 2,"line": 2,"imageId": 7,"picture": "FOLDER/none.png","width": null,)"
       R"("height": null,"inFrame": 0,"outFrame": 9,"rotation": 1,"mirror": true}],)"
       R"("overlays": {"document": "FOLDER/painter.vrx",)"

@@ -26,6 +26,15 @@ bool IsPrivate(const std::string& bytes, bool isLast) {
   return !isLast && (state.st_mode & S_ISVTX) != 0;
 }
 
+std::error_code MakeNewFolder(const XpString& parent, const char* nameStart, XpString& path) {
+  std::string bytes;
+  if (const auto error = posix::PathBytes(parent, bytes)) return error;
+  bytes += nameStart + std::string("XXXXXX");
+  if (mkdtemp(bytes.data()) == nullptr) return {errno, std::generic_category()};
+  path = PathFromNative(bytes);
+  return {};
+}
+
 }  // namespace
 
 bool MakePrivateFolder(const XpString& path) {
@@ -36,12 +45,11 @@ bool MakePrivateFolder(const XpString& path) {
 }
 
 std::error_code MakeTemporaryFolder(XpString& path) {
-  std::string bytes;
-  if (const auto error = posix::PathBytes(TemporaryFolder(), bytes)) return error;
-  bytes += "/vrx-XXXXXX";
-  if (mkdtemp(bytes.data()) == nullptr) return {errno, std::generic_category()};
-  path = PathFromNative(bytes);
-  return {};
+  return MakeNewFolder(TemporaryFolder(), "/vrx-", path);
+}
+
+std::error_code MakeTemporaryFolderIn(const XpString& folder, XpString& path) {
+  return MakeNewFolder(folder, "/.vrx-", path);
 }
 
 bool IsPrivateFolder(const XpString& path, int levels) {
