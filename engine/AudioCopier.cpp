@@ -69,7 +69,7 @@ Result AudioCopier::Open(const SoundRun& run, std::int64_t samples, const AudioP
                          std::string& reason) {
   copier.reset();
   if (IsPcm(plan.codec)) {
-    reason = "uncompressed sound is written anew";
+    reason = "uncompressed sound is always written new";
     return kOk;
   }
   std::unique_ptr<AudioCopier> opened(new AudioCopier(stop));
@@ -89,7 +89,7 @@ Result AudioCopier::Open(const SoundRun& run, std::int64_t samples, const AudioP
   return kOk;
 }
 
-/// Opened anew for each pass: not every format finds back to its first packet.
+/// Opened again for each pass: not every format finds its first packet again.
 Result AudioCopier::OpenSource(const std::string& path) {
   m_read = 0;
   m_source.reset();

@@ -15,7 +15,7 @@ namespace vrx::host {
 struct JoinRequest {
   std::vector<XpString> pieces;  // native paths, in any order
   XpString output;
-  /// Called on this thread with the hundredths that are done; false when nobody wants the movie any more.
+  /// Called on this thread with the hundredths that are done; false when the movie is no longer wanted.
   std::function<bool(std::uint32_t percent)> onPercent;
   /// Called when an interrupt has to end the program at once; it ends it.
   std::function<void()> endNow;
