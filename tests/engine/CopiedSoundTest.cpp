@@ -180,7 +180,7 @@ TEST_F(CopiedSoundTest, WhatCannotStayIsEncodedAndTheReasonIsSaid) {
   } cases[] = {
       {"aac.mp4", {{10, 30}, {30, 50}}, "out.mp4", 1, "copied 1"},
       {"aac.mp4", {{60, 65}, {10, 30}, {30, 50}}, "out.mp4", 1, "the sound has cuts 0"},
-      {"aac.mp4", {{10, 50}}, "out.mov", 3, "uncompressed sound is written anew 1"},
+      {"aac.mp4", {{10, 50}}, "out.mov", 3, "uncompressed sound is always written new 1"},
       {"aac.mp4", {{10, 50}}, "out.mp4", 2, "the source's sound is aac 1"},
       {"aac.mp4", {{10, 50}}, "out.ts", 1, "a transport stream cannot begin within the source's sound 1"},
       {"aac.mp4", {{0, 96000}}, "out.ts", 1, "copied 1", 48000},
@@ -257,7 +257,7 @@ TEST_F(CopiedSoundTest, SoundAloneHasThePacketsOfTheWholeMovie) {
   } cases[] = {
       {"out.mp4", 1, 48000, "copied 1"},
       {"out.mp4", 1, 44100, "the source's sound has 48000 Hz 1"},
-      {"out.mov", 3, 48000, "uncompressed sound is written anew 1"},
+      {"out.mov", 3, 48000, "uncompressed sound is always written new 1"},
       {"out.ts", 2, 48000, "the source's sound is aac 1"},
   };
   for (const auto& test : cases) {
