@@ -128,6 +128,7 @@ std::string AudioCopier::FindPackets(std::int64_t first, std::int64_t end, Conta
   std::string fault;
   do {
     const AVPacket* packet = NextInGrid(fault);
+    if (packet == nullptr && IsNearEnough(first, end)) break;
     if (packet == nullptr) return fault;
     const std::int64_t number = m_read - 1;
     if (number == 0) fault = ChooseFirst(first, container);
@@ -145,7 +146,14 @@ std::string AudioCopier::FindPackets(std::int64_t first, std::int64_t end, Conta
       return "the source's file leaves out some of its sound";
   } while (PlaceOf(m_read) < end);
   m_packets = m_read - m_firstPacket;
+  m_samples = std::min(m_samples, PlaceOf(m_read) - first);
   return {};
+}
+
+/// Whether the source has ended, and close to where the movie does.
+bool AudioCopier::IsNearEnough(std::int64_t first, std::int64_t end) const {
+  const std::int64_t place = PlaceOf(m_read);
+  return m_ended && m_read > 0 && place > first && place >= end - LargestShortfall(m_parameters->sample_rate);
 }
 
 /// Decoders need the packet before the first that is heard.
@@ -189,7 +197,8 @@ const AVPacket* AudioCopier::NextInGrid(std::string& fault) {
     fault = "the source's sound is damaged";
     return nullptr;
   }
-  if (packet == nullptr) {
+  m_ended = packet == nullptr;
+  if (m_ended) {
     fault = "the sound ends before the picture";
     return nullptr;
   }

@@ -21,8 +21,8 @@ namespace vrx::engine {
 class AudioCopier {
  public:
   /// Leaves `copier` null where the sound has to be encoded, with a `reason` for people. The movie has
-  /// `samples` of each channel, all from the run. Reads the source's packets up to there. Fails as
-  /// AudioDecoder::Open does. `stop` must live as long as the copier.
+  /// `samples` of each channel, all from the run but LargestShortfall. Reads the source's packets up to
+  /// there. Fails as AudioDecoder::Open does. `stop` must live as long as the copier.
   static Result Open(const SoundRun& run, std::int64_t samples, const AudioPlan& plan, Container container,
                      const StopSignal& stop, std::unique_ptr<AudioCopier>& copier, std::string& reason);
   AudioCopier(const AudioCopier&) = delete;
@@ -48,6 +48,7 @@ class AudioCopier {
   std::string ChooseFirst(std::int64_t first, Container container);
   std::string ReadHeaders(const AVPacket& packet);
   const AVPacket* NextInGrid(std::string& fault);
+  bool IsNearEnough(std::int64_t first, std::int64_t end) const;
   bool Take(const AVPacket& packet);
   std::int64_t PlaceOf(std::int64_t packet) const { return m_grid + packet * m_packetSamples; }
 
@@ -57,6 +58,7 @@ class AudioCopier {
   BitstreamFilterPtr m_filter;  // null where packets are written as they are
   PacketPtr m_packet;
   int m_packetSamples = 0;         // of each channel
+  bool m_ended = false;            // no packet is left
   std::int64_t m_grid = 0;         // place of the source's first packet
   std::int64_t m_read = 0;         // packets of the source so far
   std::int64_t m_firstPacket = 0;  // of the source, that is written

@@ -181,11 +181,11 @@ void ClipSequence::Jump() {
 }
 
 std::optional<SoundRun> ClipSequence::FindSingleRun(std::string& reason) const {
-  if (m_current == m_clips.size() || m_ends.back() < m_end) {
+  if (m_current == m_clips.size() || m_ends.back() < m_end - LargestShortfall(m_format.sampleRate)) {
     reason = m_clips.empty() ? "there is no sound" : "the sound ends before the picture";
     return std::nullopt;
   }
-  for (std::size_t last = m_current; m_ends[last] < m_end; ++last) {
+  for (std::size_t last = m_current; m_ends[last] < m_end && last + 1 < m_clips.size(); ++last) {
     if (Continues(last + 1)) continue;
     reason = "the sound has cuts";
     return std::nullopt;

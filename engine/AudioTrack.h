@@ -27,6 +27,10 @@ struct AudioFormat {
   int channels;    // 1, 2 or 6 in the order of libav's default layouts
 };
 
+/// Copied sound may end this much before the picture, in samples at `rate`: cameras stop it up to some
+/// packets early, and what is missing would be silent.
+constexpr std::int64_t LargestShortfall(int rate) { return rate / 10; }
+
 /// A stretch of one file's sound that is played in one go.
 struct SoundRun {
   std::string path;    // native bytes
@@ -51,7 +55,8 @@ class AudioTrack {
   /// end of the track and 0 after it. Samples without a source are silence.
   virtual Result Read(float* const* planes, int count, int& got) = 0;
 
-  /// What the whole track plays where that is a single run, with no silence before or after it. Else `reason`
+  /// What the whole track plays where that is a single run, with no silence before it, and none after it but
+  /// LargestShortfall. Else `reason`
   /// says for people why it is none. Before anything is read.
   virtual std::optional<SoundRun> FindSingleRun(std::string& reason) const = 0;
 };

@@ -197,6 +197,7 @@ TEST_F(CopiedSoundTest, WhatCannotStayIsEncodedAndTheReasonIsSaid) {
       {"mp2.ts", {{10, 50}}, "out.mp4", 1, "the source's sound is mp2 1"},
       {"short.mp4", {{0, 0}}, "out.mp4", 1, "the sound ends before the picture 0"},
       {"short.mp4", {{10, 50}}, "out.mp4", 1, "copied 1"},
+      {"aac.mp4", {{40, 77}}, "out.mp4", 1, "copied 1"},
       {"late.mkv", {{0, 50}}, "out.mp4", 1, "the sound begins after the picture 1"},
       {"late.mkv", {{5, 50}}, "out.mp4", 1, "copied 1"},
       {"silent.mp4", {{10, 50}}, "out.mp4", 1, "the source has no sound 1"},
