@@ -58,7 +58,7 @@ TEST_F(CheckCommandTest, TablesShowTheWholeProjectAndErrorsComeFirst) {
   EXPECT_EQ(Check({}), R"(Picture  320 x 192, 25.000 fps, H.264
 Sound    48000 Hz, 2 channels
 Movie    160 frames, 6.400 s, to FOLDER/out.mp4
-Plan     0 of 160 frames (0.0 %) are copied
+Plan     0 of 160 frames (0.0 %) are copied, the sound is encoded: the sound ends before the picture
 
 Track       Clip      Frame    Frames    Movie s   Source s  Source
 VideoTrack     1          0        50      0.000      1.000  FOLDER/a.mp4
@@ -110,7 +110,9 @@ TEST_F(CheckCommandTest, JsonHoldsTheWholeProjectAndNullForWhatIsNotSet) {
       R"("reason": "the source has 160x96 pixels, and the movie 320x192"},)"
       R"({"track": "video","copied": false,"firstFrame": 50,"frames": 10,"clip": 2,"reason": "still picture"},)"
       R"({"track": "video","copied": false,"firstFrame": 60,"frames": 100,"clip": 3,)"
-      R"("reason": "the source has 160x96 pixels, and the movie 320x192"}],)"
+      R"("reason": "the source has 160x96 pixels, and the movie 320x192"},)"
+      R"({"track": "audio","copied": false,"firstFrame": 0,"frames": 160,)"
+      R"("reason": "the sound ends before the picture"}],)"
       R"("stillImages": [{"clip": 2,"line": 2,"imageId": 7,"picture": "FOLDER/none.png","width": null,)"
       R"("height": null,"inFrame": 0,"outFrame": 9,"rotation": 1,"mirror": true}],)"
       R"("overlays": {"document": "FOLDER/painter.vrx",)"

@@ -69,7 +69,7 @@ TEST_F(PiecesTest, CommandsOfAPlanMakeTheMovieInAnyOrder) {
   ASSERT_EQ(Run("render", {"-o", Path("whole.mp4"), "--smart", "off"}).status, 0);
   std::vector<Words> commands = Plan({"--pieces", "3", "--smart", "off"});
   ASSERT_EQ(commands.size(), 5u);
-  for (const std::size_t piece : {2, 0, 3, 1}) {
+  for (const std::size_t piece : {2u, 0u, 3u, 1u}) {
     const VrxResult result = RunVrx({commands[piece]});
     ASSERT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr(piece == 0 ? "24.000 s of sound" : "200 frames, 8.000 s of movie"));
@@ -160,9 +160,25 @@ TEST_F(PiecesTest, JobsMakeTheMovieOfOneRenderAndLeaveNothingElse) {
   EXPECT_EQ(events.back()["bytes"], fs::file_size(Path("jobs.mp4")));
 }
 
+TEST_F(PiecesTest, JobsCountWhatTheirPiecesCopy) {
+  WriteClip("small.mp4", {.width = 80, .height = 48, .frames = kFrames, .hasSound = true});
+  project.videoTrack += ClipText("small.mp4", "0", "24000");
+  project.audioTrack += ClipText("small.mp4", "0", "24000");
+  WriteProject();
+  const VrxResult result = Run("render", {"--jobs", "4", "--progress", "json"});
+  ASSERT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.errors, "");  // in two pieces
+  const std::vector<nlohmann::json> events = EventsOf(result.output);
+  EXPECT_EQ(events.back()["copiedFrames"], kFrames);
+  EXPECT_EQ(events.back()["frames"], 2 * kFrames);
+}
+
 TEST_F(PiecesTest, JobsThatEndEarlyLeaveNothing) {
   const Words arguments{"render", Path("p.vrx"), "--smart", "off", "--jobs", "2", "--progress", "json"};
-  VrxCall call{.arguments = arguments};
+  // The pieces would take minutes.
+  Words slow = arguments;
+  slow.insert(slow.end(), {"--size", "1920x1152", "--preset", "veryslow"});
+  VrxCall call{.arguments = slow};
   call.onLine = [](const std::string& line, pid_t process) {
     if (line.find("\"percent\":1") != line.npos) kill(process, SIGINT);
   };
@@ -209,8 +225,10 @@ TEST_F(PiecesTest, CopiedFramesAreCountedAndWhatIsEncodedHasAReason) {
   EXPECT_THAT(copied.output, HasSubstr("24.000 s of movie, 600 copied (100 %), rendered in"));
   const VrxResult encoded = Run("render", {"--smart", "off"});
   EXPECT_THAT(encoded.output, HasSubstr("24.000 s of movie, rendered in"));
-  const std::vector<nlohmann::json> events = EventsOf(Run("render", {"--progress", "json"}).output);
+  const std::vector<nlohmann::json> events =
+      EventsOf(Run("render", {"--strict", "--progress", "json"}).output);
   EXPECT_EQ(events[1]["event"], "spans");
+  EXPECT_EQ(events[1]["copiedFrames"], kFrames);
   EXPECT_EQ(events[1]["spans"][0].dump(),
             R"({"clip":1,"copied":true,"firstFrame":0,"frames":600,"track":"video"})");
   EXPECT_EQ(events.back()["copiedFrames"], kFrames);
