@@ -6,6 +6,7 @@
 
 #include "foundation/platform/Paths.h"
 #include "host/pieces/PieceName.h"
+#include "host/pieces/PiecePlan.h"
 #include "host/pieces/PlanId.h"
 #include "src/project/ProjectKeys.h"
 #include "tests/support/TempFolder.h"
@@ -89,6 +90,18 @@ TEST_F(PlanIdTest, DocumentsThatAreWrittenAgainAreTheSameAndCutsNeedNotBeKnown) 
   EXPECT_FALSE(IsPlanOf(plan.substr(0, 32), state));
   Age("a.mp4");
   EXPECT_FALSE(IsPlanOf(plan, state));
+}
+
+TEST(PieceOptionsTest, PiecesAreMadeWithAllThatIsAskedFor) {
+  EncodingArguments encoding;
+  EXPECT_EQ(PieceOptions(encoding, false), std::vector<std::string>());
+  encoding.size = "1280x720", encoding.rate = "30", encoding.bitrate = "5M", encoding.preset = "fast";
+  encoding.quality = 20.1, encoding.codec = VRXVideoCodecHevc, encoding.hardware = true;
+  encoding.smart = VRXSmartRequire;
+  EXPECT_EQ(PieceOptions(encoding, true),
+            (std::vector<std::string>{"--size", "1280x720", "--rate", "30", "--bitrate", "5M", "--crf",
+                                      "20.1", "--preset", "fast", "--codec", "h265", "--hardware", "--smart",
+                                      "require", "--allow-missing"}));
 }
 
 TEST(PieceNameTest, NamesAreReadAsTheyAreWritten) {
