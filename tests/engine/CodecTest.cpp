@@ -135,9 +135,16 @@ TEST_F(CodecTest, OverridesThatCannotBeAreRefusedAndKeepThoseBefore) {
       {kUnusableSettings, [](auto& o) { o.crf = std::numeric_limits<double>::quiet_NaN(); }},
       {kUnusableSettings, [](auto& o) { o.firstFrame = std::uint64_t{1} << 63; }},
       {kUnusableSettings, [](auto& o) { o.frameCount = std::uint64_t{1} << 63; }},
+      {kUnusableSettings, [](auto& o) { o.smart = static_cast<VRXSmartRendering>(4); }},
+      {kUnusableSettings, [](auto& o) { o.tracks = static_cast<VRXTrackChoice>(3); }},
+      {kUnusableSettings, [](auto& o) { o.pieceOf = "a b", o.tracks = VRXPictureAlone; }},
+      {kUnusableSettings, [](auto& o) { o.pieceOf = "a"; }},
+      {kUnusableSettings, [](auto& o) { o.pieceOf = "a", o.piece = 3, o.tracks = VRXPictureAlone; }},
+      {kUnusableSettings, [](auto& o) { o.pieceOf = "a", o.piece = 0, o.tracks = VRXPictureAlone; }},
   };
   for (const auto& [result, change] : refused) {
     VRXRenderOverrides overrides = Of(VRXVideoCodecHevc);
+    overrides.piece = overrides.pieceCount = 2;
     change(overrides);
     EXPECT_EQ(VRX_SetRenderOverrides(&overrides), result);
     EXPECT_EQ(CurrentRenderOverrides().codec, VideoCodec::Av1);

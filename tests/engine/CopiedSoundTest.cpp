@@ -74,6 +74,7 @@ TEST_F(CopiedSoundTest, PacketsAreThoseOfTheSourceAndSamplesLieWhereTheyAreEncod
       {"a.ts", {}, "out.mp4", 0, 70, 0},
       {"a.ts", {.rate = 44100}, "out.mp4", 30, 70, 50},
       {"a.ts", {}, "out.ts", 0, 60, 0},
+      {"a.mp4", {.codec = "ac3"}, "out.ts", 0, 60, 0},
       {"a.ts", {.codec = "ac3"}, "out.mp4", 30, 70, 36},
       {"a.ts", {.channels = 6, .codec = "ac3"}, "out.ts", 0, 0, 0},
       {"a.mp4", {.codec = "ac3"}, "out.mov", 13, 51, 15},
@@ -168,8 +169,11 @@ TEST_F(CopiedSoundTest, WhatCannotStayIsEncodedAndTheReasonIsSaid) {
   Rewrite(Path("main.ts"), [](std::string& bytes) { ChangeProfile(bytes, 0); });
   Rewrite(Path("mixed.ts"), [](std::string& bytes) { ChangeProfile(bytes, 0.5); });
   Write("ac3.mp4", {.frames = 75, .hasSound = true, .sound = {.codec = "ac3"}});
-  const auto middle = static_cast<std::size_t>(ReadSoundPackets(Path("ac3.mp4")).packets[40].position);
-  Rewrite(Path("ac3.mp4"), [&](std::string& bytes) { bytes[middle + 6] ^= '\x60'; });  // mono from stereo
+  const auto ac3 = ReadSoundPackets(Path("ac3.mp4")).packets;
+  Rewrite(Path("ac3.mp4"), [&](std::string& bytes) {
+    bytes[static_cast<std::size_t>(ac3[20].position) + 6] ^= '\x04';  // a channel of low frequencies
+    bytes[static_cast<std::size_t>(ac3[60].position) + 6] ^= '\x60';  // mono from stereo
+  });
   const struct {
     const char* source;
     std::vector<std::pair<int, int>> clips;
@@ -205,7 +209,14 @@ TEST_F(CopiedSoundTest, WhatCannotStayIsEncodedAndTheReasonIsSaid) {
       {"gap.ts", {{10, 30}}, "out.mp4", 1, "copied 1"},
       {"main.ts", {{10, 60}}, "out.mp4", 1, "the source's sound is aac (Main) 1"},
       {"mixed.ts", {{10, 60}}, "out.mp4", 1, "the source's sound changes its format 1"},
-      {"ac3.mp4", {{10, 60}}, "out.mp4", 2, "the source's sound changes its format 1"},
+      {"gap.ts",
+       {{1024, 49024}},
+       "out.ts",
+       1,
+       "a transport stream cannot begin within the source's sound 1",
+       48000},
+      {"ac3.mp4", {{10, 40}}, "out.mp4", 2, "the source's sound changes its format 1"},
+      {"ac3.mp4", {{20, 60}}, "out.mp4", 2, "the source's sound changes its format 1"},
   };
   for (const auto& test : cases) {
     Override(VRXSmartAuto);
@@ -290,6 +301,12 @@ TEST_F(CopiedSoundTest, SoundAloneHasThePacketsOfTheWholeMovie) {
     }
   }
   Override(VRXSmartAuto, 0, 0, VRXSoundAlone);
+  RenderJob itself(source);
+  itself.AddClip(Path("out.mp4"), 0, 40);
+  itself.AddSoundClip(source, 0, 40);
+  itself.AddSound(2, 48000, 1);
+  EXPECT_EQ(itself.Create(), kUnusableSettings);
+  EXPECT_TRUE(itself.Logged("the movie would replace the source of this clip")) << itself.log;
   RenderJob silent(Path("silent.mp4"));
   silent.AddClip(source, 5, 70);
   EXPECT_EQ(silent.Create(), kUnusableSettings);

@@ -105,7 +105,9 @@ TEST(CopyPlanTest, RunsBeginAtStartsAndEndWhereAllPicturesBeforeAreThere) {
       {"a picture that the container hides", "|0 ?1 2 |3 4", Clip(5), {{0, 1}, {3, 5}}},
       {"runs that are too short", "|0 1 2 |3 4 5 6", AtLeast(Changed(Clip(7), {{2, 3}}), 3), {{3, 7}}},
       {"a short run that is the whole clip", "|0 1 2", AtLeast(Clip(2), 12), {{0, 2}}},
-      {"two pictures of one time", "|0 1 1 2 |3 4", Clip(5), {{0, 1}, {3, 5}}},
+      {"two pictures of one time", "|0 1 |1 2 |3 4", Clip(5), {{0, 1}, {3, 5}}},
+      {"the deepest reordering", "|0 17 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", Clip(18), {{0, 18}}},
+      {"one that is deeper", "|0 18 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17", Clip(19), {{0, 1}}},
       {"a source that ends early", "|0 1 2", Clip(6), {{0, 2}}},
   };
   for (const Case& one : cases)
@@ -131,6 +133,8 @@ TEST(CopyPlanTest, RunsKnowTheirDelayAndWhereOthersCouldBegin) {
   ASSERT_EQ(runs.size(), 1u);
   EXPECT_EQ(runs[0].delay, 2);
   EXPECT_THAT(runs[0].starts, ElementsAre(0, 5)) << "11 needs what is shown before it";
+  EXPECT_THAT(Runs(Index("|0 3 |2 1"), Clip(4)).at(0).starts, ElementsAre(0)) << "3 needs what is before 2";
+  EXPECT_EQ(Runs(Index("|0 4 2 1 3"), Changed(Clip(5), {{3, 4}})).at(0).delay, 0) << "1 is not copied";
   std::vector<std::int64_t> frames;
   for (const CopyRun::Picture& picture : runs[0].pictures) {
     frames.push_back(picture.frame);

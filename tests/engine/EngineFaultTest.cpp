@@ -253,6 +253,13 @@ TEST(EngineHandlesTest, NullAndForeignOnesAreRefused) {
   EXPECT_EQ(VRX_CreateSequence(handle, &timeline, &output, &sequence), kInvalidArgument) << "without parts";
   EXPECT_EQ(VRX_CreateSequence(handle, nullptr, &output, &sequence), kInvalidArgument);
   EXPECT_EQ(VRX_ReleaseSequence(handle, &sequence), kInvalidArgument);
+  const char16_t* paths[] = {u"/piece.mp4", nullptr};
+  VRXPieces pieces;
+  EXPECT_EQ(VRX_CreateJoin(handle, &pieces, &sequence), kInvalidArgument) << "without parts";
+  pieces.paths = paths, pieces.count = 2, pieces.output = u"/movie.mp4";
+  EXPECT_EQ(VRX_CreateJoin(handle, &pieces, &sequence), kInvalidArgument) << "without a path";
+  pieces.structSize = 4, pieces.count = 1;
+  EXPECT_EQ(VRX_CreateJoin(handle, &pieces, &sequence), kInvalidArgument) << "of no version";
   EXPECT_EQ(VRX_SetSTPVSetting(handle, nullptr, 4), kInvalidArgument);
   EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 0), kInvalidArgument);
   EXPECT_EQ(VRX_SetSTPVSetting(handle, &foreign, 4), kOk);

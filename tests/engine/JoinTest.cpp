@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "tests/engine/RenderJob.h"
 #include "tests/engine/StreamPackets.h"
@@ -221,6 +223,16 @@ void Shorten(const std::string& path, const std::string& whole, double share) {
   std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size * share));
 }
 
+/// A copy of a piece in which another text of the same length stands.
+std::string Forge(const std::string& path, const std::string& piece, const std::string& text,
+                  const std::string& other) {
+  std::ifstream in(piece, std::ios::binary);
+  std::string bytes{std::istreambuf_iterator<char>(in), {}};
+  EXPECT_NE(bytes.rfind(text), std::string::npos) << text;
+  std::ofstream(path, std::ios::binary) << bytes.replace(bytes.rfind(text), text.size(), other);
+  return path;
+}
+
 TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
   WriteSources();
   const std::vector<std::string> good = RenderPieces({}, {0, 50});
@@ -230,6 +242,13 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
   const std::string wide = Render({.width = 96}, "wide", PieceOf("Movie1", 2, 2, 50, 60));
   const std::string fast =
       Render({.frameValue = 1, .frameScale = 24}, "fast", PieceOf("Movie1", 2, 2, 50, 60));
+  const std::string mute = Render({.soundCodec = -1}, "mute", PieceOf("Movie1", 2, 2, 50, 60));
+  const std::string hevc = Render({.codec = VRXVideoCodecHevc}, "hevc", PieceOf("Movie1", 2, 2, 50, 60));
+  const std::string third = Forge(Path("third.mp4"), second, "Movie1 2/2", "Movie1 2/3");
+  const std::string more = Forge(Path("more.mp4"), second, "50+60", "50+61");
+  const std::string rate = Forge(Path("rate.mp4"), second, "+60 1/25", "+60 1/24");
+  const std::string zone = Forge(Path("zone.mp4"), second, "cafe", "caf\n");
+  const std::string moved = Forge(Path("moved.mp4"), sound, " 0+110", " 1+110");
   const std::string part = Render({}, "part", PieceOf("Movie1", 0, 2, 0, 100));
   Shorten(Path("damaged.mp4"), second, 0.9);
   Shorten(Path("silent.mp4"), sound, 0.9);
@@ -251,6 +270,13 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
       {{first, late, sound}, kUnusableSettings, "late.mp4 begins with frame 51, and frame 50 is next"},
       {{first, wide, sound}, kUnusableSettings, "wide.mp4 has another size than"},
       {{first, fast, sound}, kUnusableSettings, "fast.mp4 was made with other settings"},
+      {{first, mute, sound}, kUnusableSettings, "mute.mp4 was made with other settings"},
+      {{first, hevc, sound}, kUnusableSettings, "hevc.mp4 has another codec than"},
+      {{first, third, sound}, kUnusableSettings, "third.mp4 is piece 2 of 3 of the movie Movie1"},
+      {{first, more, sound}, kSourceUnreadable, "more.mp4 is damaged: it has 60 frames of its 61"},
+      {{first, rate, sound}, kSourceUnreadable, "rate.mp4 is damaged: picture 2 is not as it was written"},
+      {{first, zone, sound}, kUnusableSettings, "zone.mp4 has a time-zone item that is none"},
+      {{first, second, moved}, kUnusableSettings, "moved.mp4 has the sound of 110 frames from 1 on"},
       {{first, second, part}, kUnusableSettings, "part.mp4 has the sound of 100 frames from 0 on"},
       {{first, Path("a"), sound}, kUnusableSettings, "/a is no piece of a movie"},
       {{first, Path("nowhere.mp4"), sound}, kSourceMissing, "nowhere.mp4 does not exist"},

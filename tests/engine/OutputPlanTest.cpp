@@ -171,6 +171,9 @@ TEST_F(OutputPlanTest, CodecThatDoesNotFitTheFileOrTheSettingsIsRefused) {
     overrides.overlaysAlone = true;
     EXPECT_EQ(PlanAfter(c.change, overrides), kOk);
   }
+  RenderOverrides piece;
+  piece.piece = PieceLabel{.movie = "a", .number = 1, .count = 2};
+  EXPECT_EQ(PlanAfter(file(u"/a.ts"), piece), kUnusableSettings);
 }
 
 TEST_F(OutputPlanTest, LimitsThemselvesAreUsable) {

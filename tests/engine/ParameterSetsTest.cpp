@@ -4,7 +4,9 @@
 
 #include <bit>
 
+#include "engine/JoinedStream.h"
 #include "engine/ParameterSets.h"
+#include "engine/PictureColour.h"
 
 namespace vrx::engine {
 namespace {
@@ -89,6 +91,7 @@ TEST(ParameterSetsTest, SetsOfOneNumberMustBeTheSame) {
   EXPECT_FALSE(sets.Add({kOtherSps0}));
   EXPECT_FALSE(sets.Add({Data{0x68, 0x20, 0}})) << "ends as none does";
   EXPECT_FALSE(sets.Add({Data{0x68, 0x20, 0, 0, 1, 7}})) << "a start code inside";
+  EXPECT_FALSE(sets.Add({Data(0x10000, 0x68)})) << "its size has 16 bits in a header";
   ParameterSets all;
   for (unsigned id = 0; id < 32; ++id) {
     const int zeros = static_cast<int>(std::bit_width(id + 1)) - 1;  // before the code
@@ -96,6 +99,7 @@ TEST(ParameterSetsTest, SetsOfOneNumberMustBeTheSame) {
     ASSERT_TRUE(all.Add(
         {Data{0x67, 77, 0, 30, static_cast<std::uint8_t>(bits >> 8), static_cast<std::uint8_t>(bits)}}));
     EXPECT_EQ(all.FindFreeId(), id == 31 ? -1 : static_cast<int>(id) + 1);
+    EXPECT_EQ(all.MakeHeader(0).empty(), id == 31) << "a header counts to 31";
   }
 }
 
@@ -108,7 +112,9 @@ TEST(ParameterSetsTest, HeaderOfAnMp4FileIsWrittenAndReadBack) {
   EXPECT_EQ(sets.MakeHeader(40)[3], 40);
   EXPECT_EQ(sets.GetLevel(), 31);
   EXPECT_GT(sets.GetDemand(), H264({kOtherSps0}).GetDemand());
+  EXPECT_EQ(H264({kSps2, Data{0x67, 77, 0, 40, 0x80}}).MakeHeader(0)[3], 40) << "not the main set's";
   EXPECT_TRUE(H264({kPps0}).MakeHeader(0).empty()) << "no sequence set";
+  EXPECT_TRUE(H264({Data{0x67, 77}}).MakeHeader(0).empty()) << "ends before its level";
   ParameterSets read;
   NalLength length = 0;
   ASSERT_TRUE(read.ReadHeader(Stream(AV_CODEC_ID_H264, header).parameters, length));
@@ -141,6 +147,30 @@ TEST(ParameterSetsTest, HevcSetsAreToldApartByTheirNumbers) {
   for (std::size_t size = 1; size < record.size(); ++size) {
     const Data part(record.begin(), record.begin() + static_cast<std::ptrdiff_t>(size));
     EXPECT_FALSE(ParameterSets().ReadHeader(Stream(AV_CODEC_ID_HEVC, part).parameters, length)) << size;
+  }
+}
+
+TEST(JoinedStreamTest, EncodedSpansAndHeaderGoWithWhatIsCopied) {
+  const auto source = [](const Data& set) {
+    std::shared_ptr<AVCodecParameters> parameters = CopyParameters(Stream(AV_CODEC_ID_H264, {}).parameters);
+    parameters->bit_rate = 7;
+    return CopiedSource{"", {1, 25}, H264({set, kPps0}), kStartCodes, parameters};
+  };
+  SmartPlan plan;
+  plan.sources = {source(kSps0), source(kSps2), source(kOtherSps0)};
+  VideoPlan video{.codec = VideoCodec::H264, .width = 64, .height = 48};
+  for (const std::int64_t bitrate : {0, 20'000'000}) {
+    video.bitrate = bitrate;
+    JoinedStream stream;
+    stream.Prepare(Container::Mp4, plan, video);
+    // Of level 3.1, which two of them have.
+    EXPECT_EQ(video.peakBitrate, std::max<std::int64_t>(bitrate, 14'000'000));
+    EXPECT_EQ(video.bufferBits, 7'000'000);
+    ASSERT_EQ(stream.Arrange(nullptr), kOk);
+    const AVCodecParameters& made = stream.GetParameters();
+    EXPECT_EQ(made.color_space, OutputColour(48).matrix) << "no source says it";
+    EXPECT_EQ(made.bit_rate, 0) << "it is one source's";
+    EXPECT_EQ(Data(made.extradata, made.extradata + made.extradata_size), plan.sources[1].sets.MakeHeader(0));
   }
 }
 

@@ -33,7 +33,7 @@ inline StreamPackets ReadPackets(const std::string& path, AVMediaType type, AVRa
   if (type == AVMEDIA_TYPE_AUDIO) unit = {1, stream.codecpar->sample_rate};
   const std::int64_t zero = av_rescale_q(opened->start_time, {1, AV_TIME_BASE}, unit);
   StreamPackets read;
-  for (const PacketPtr packet = NewPacket(); av_read_frame(opened, packet.get()) >= 0;
+  for (const test_support::PacketPtr packet = NewPacket(); av_read_frame(opened, packet.get()) >= 0;
        av_packet_unref(packet.get())) {
     if (packet->stream_index != index) continue;
     const bool hasHeader = stream.codecpar->codec_id == AV_CODEC_ID_AAC && packet->data[0] == 0xFF &&

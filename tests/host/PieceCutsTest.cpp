@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "host/pieces/JobRun.h"
 #include "host/pieces/PieceCuts.h"
 
 namespace {
@@ -58,6 +59,14 @@ TEST(PieceCutsTest, PlacesToCutDecideHowManyPiecesThereAre) {
                         {{Encoded(0, 500), sound}, 2, {0, 250}}}) {
     EXPECT_EQ(CutsOf(c.spans, c.count), c.cuts);
   }
+}
+
+TEST(PieceCutsTest, JobsHaveTenSecondsToEncodeEach) {
+  EXPECT_EQ(UsefulPieces(8, 749, {1, 25}), 2u);
+  EXPECT_EQ(UsefulPieces(8, 750, {1, 25}), 3u);
+  EXPECT_EQ(UsefulPieces(2, 750, {1, 25}), 2u);
+  EXPECT_EQ(UsefulPieces(8, 0, {1, 25}), 1u);
+  EXPECT_EQ(UsefulPieces(8, 750, {1, 0}), 1u);
 }
 
 TEST(PieceCutsTest, AnyMovieIsCoveredWithCutsWhereTheyCostNothing) {

@@ -6,6 +6,7 @@
 
 #include "foundation/platform/Paths.h"
 #include "host/pieces/PieceName.h"
+#include "host/pieces/PiecePlan.h"
 #include "host/pieces/PlanId.h"
 #include "src/project/ProjectKeys.h"
 #include "tests/support/TempFolder.h"
@@ -19,11 +20,12 @@ namespace fs = std::filesystem;
 class PlanIdTest : public testing::Test {
  protected:
   PlanIdTest() {
-    for (const char* name : {"p.vrx", "painter.vrx", "pictures.xml", "a.jpg", "a.mp4"})
+    for (const char* name : {"p.vrx", "painter.vrx", "pictures.xml", "a.jpg", "a.mp4", "a.wav"})
       folder.Write(name, "x");
     inputs = {{.path = Path("p.vrx")},
               {.path = Path("painter.vrx"), .key = project::kPainterEffect.name},
               {Path("pictures.xml"), u"VideoTrack", 1, project::kSourceFile.name},
+              {Path("a.wav"), u"AudioTrack", 1, project::kSourceFile.name},
               {Path("a.jpg"), u"VideoTrack", 1, u"ImagePath", 3},
               {Path("a.mp4"), u"VideoTrack", 2, project::kSourceFile.name}};
     folder.Write("b.mp4", "x");
@@ -54,9 +56,10 @@ TEST_F(PlanIdTest, ChangesWithEachPartOfTheMovie) {
       {"size of a picture", [&] { folder.Write("a.jpg", "xx"); }},
       {"time of a picture", [&] { Age("a.jpg"); }},
       {"time of a source", [&] { Age("a.mp4"); }},
+      {"time of a sound beside a document of pictures", [&] { Age("a.wav"); }},
       {"time as before",
        [&] { fs::last_write_time(folder.Path() / "a.mp4", fs::last_write_time(folder.Path() / "b.mp4")); }},
-      {"path", [&] { inputs[4].path = Path("b.mp4"); }},
+      {"path", [&] { inputs.back().path = Path("b.mp4"); }},
       {"time of the other source", [&] { Age("b.mp4"); }},
       {"missing source", [&] { fs::remove(folder.Path() / "b.mp4"); }},
       {"missing project", [&] { fs::remove(folder.Path() / "p.vrx"); }},
@@ -87,6 +90,18 @@ TEST_F(PlanIdTest, DocumentsThatAreWrittenAgainAreTheSameAndCutsNeedNotBeKnown) 
   EXPECT_FALSE(IsPlanOf(plan.substr(0, 32), state));
   Age("a.mp4");
   EXPECT_FALSE(IsPlanOf(plan, state));
+}
+
+TEST(PieceOptionsTest, PiecesAreMadeWithAllThatIsAskedFor) {
+  EncodingArguments encoding;
+  EXPECT_EQ(PieceOptions(encoding, false), std::vector<std::string>());
+  encoding.size = "1280x720", encoding.rate = "30", encoding.bitrate = "5M", encoding.preset = "fast";
+  encoding.quality = 20.1, encoding.codec = VRXVideoCodecHevc, encoding.hardware = true;
+  encoding.smart = VRXSmartRequire;
+  EXPECT_EQ(PieceOptions(encoding, true),
+            (std::vector<std::string>{"--size", "1280x720", "--rate", "30", "--bitrate", "5M", "--crf",
+                                      "20.1", "--preset", "fast", "--codec", "h265", "--hardware", "--smart",
+                                      "require", "--allow-missing"}));
 }
 
 TEST(PieceNameTest, NamesAreReadAsTheyAreWritten) {

@@ -15,6 +15,8 @@ VRXRenderSpan Span(bool copied, std::uint64_t first, std::uint64_t frames, const
 
 check::ProjectReport Report() {
   check::ProjectReport report;
+  report.clips.push_back({.track = u"VideoTrack", .clip = 2, .source = u"/a/walk.mp4"});
+  report.clips.push_back({.track = u"AudioTrack", .clip = 1, .source = u"/a/music.mp4"});
   report.clips.push_back({.track = u"VideoTrack", .clip = 1, .source = u"/a/ride.mp4"});
   report.videoSettings = std::make_unique<VRXVideoOutputSetting>();
   report.videoSettings->frameDuration = {1, 25};
@@ -46,10 +48,10 @@ TEST(SpanReportTest, FewSpansAreListedAndManyAreSummedUpByReason) {
   EXPECT_EQ(PlanText(spans), "50 of 75 frames (66.7 %) are copied");
   spans.Add({VRXAudioTrack, true, false, 0, 75, 0, nullptr, nullptr, 0});
   EXPECT_EQ(PlanText(spans), "50 of 75 frames (66.7 %) are copied, the sound is copied");
-  for (std::uint64_t first = 75; first < 95; ++first) spans.Add(Span(false, first, 1, "seam"));
+  for (std::uint64_t first = 75; first < 115; first += 2) spans.Add(Span(false, first, 2, "seam"));
   EXPECT_EQ(SpanLines(spans, Report()),
-            "  1 span, 50 frames: copied\n  1 span, 25 frames: encoded: overlay?\n"
-            "  20 spans, 20 frames: encoded: seam\n");
+            "  1 span, 50 frames: copied\n  20 spans, 40 frames: encoded: seam\n"
+            "  1 span, 25 frames: encoded: overlay?\n");
 }
 
 TEST(SpanReportTest, MoreSpansThanAreKeptAreCounted) {

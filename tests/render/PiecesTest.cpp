@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/render/RenderFixture.h"
+#include "tests/src/BasebandText.h"
 #include "tests/support/MovieReader.h"
 
 namespace {
@@ -216,8 +217,33 @@ TEST_F(PiecesTest, JobsRenderInOneGoWherePiecesBringNothing) {
     arguments.emplace_back("--quiet");
     EXPECT_EQ(Run("render", arguments).errors, "");
   }
+  const Words overlays{"--overlay-only", "--jobs", "4", "-o", Path("o.mov")};
+  EXPECT_THAT(Run("render", overlays).errors, HasSubstr("one go: overlays alone are not joined\n"));
+  const Words input{"render", "-", "--smart", "off", "--jobs", "4", "-o", Path("m.mp4")};
+  EXPECT_THAT(RunVrx({.arguments = input, .input = project.Text()}).errors,
+              HasSubstr("one go: the project comes from standard input\n"));
+  const auto size = fs::file_size(Path("a.mp4"));
+  const VrxResult onSource = Run("render", {"-o", Path("a.mp4"), "--smart", "off", "--jobs", "2"});
+  EXPECT_THAT(onSource.errors, HasSubstr("would be overwritten"));
+  EXPECT_EQ(fs::file_size(Path("a.mp4")), size);
   fs::remove(Path("a.mp4"));
   EXPECT_THAT(Run("render", {"--jobs", "4"}).errors, StartsWith("vrx: render failed (0x"));
+}
+
+TEST_F(PiecesTest, JobsFailForAMissingPictureUnlessThatIsAllowed) {
+  folder.Write("photos.xml", BasebandText(ImageText(7, "none.png", 0, 9)));
+  project.videoTrack += ClipText("photos.xml", "0", "400", "<key>SourceType</key><integer>4</integer>");
+  WriteProject();
+  Words arguments{"--smart", "off", "--jobs", "2"};
+  const std::string line = ": " + Path("photos.xml") + ":2: VideoTrack clip 2: ImagePath ";
+  const VrxResult failed = Run("render", arguments);
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.errors, AllOf(StartsWith("vrx: error" + line), HasSubstr(": 1 error in it ")));
+  arguments.emplace_back("--allow-missing");
+  const VrxResult allowed = Run("render", arguments);
+  EXPECT_EQ(allowed.status, 0);
+  EXPECT_THAT(allowed.errors, StartsWith("vrx: warning" + line));
+  EXPECT_EQ(std::ranges::count(allowed.errors, '\n'), 2) << allowed.errors;  // of the picture and of the clip
 }
 
 TEST_F(PiecesTest, CopiedFramesAreCountedAndWhatIsEncodedHasAReason) {
