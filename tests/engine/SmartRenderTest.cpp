@@ -425,6 +425,26 @@ TEST_F(SmartRenderTest, NothingIsCopiedWhereTheHostWantsItEncoded) {
   EXPECT_THAT(render(false, {}, 1000).at(0).reason, HasSubstr("Mbit/s, and the movie 0.0 Mbit/s"));
 }
 
+TEST_F(SmartRenderTest, DamagedPicturesAreEncodedUpToTheNextKeyFrame) {
+  const std::string source = WriteSource("source.mp4", {.frames = 120, .gop = 20, .bFrames = 0});
+  const Packet damaged = ReadStream(source).packets.at(45);
+  std::string bytes = folder.Read("source.mp4");
+  const std::size_t unit = bytes.find(damaged.units.at(0));
+  ASSERT_NE(unit, std::string::npos);
+  bytes.replace(unit - 4, 4, "\x7f\xff\xff\xff");  // its length
+  folder.Write("source.mp4", bytes);
+  for (const char* output : {"out.mp4", "out.ts"}) {
+    SCOPED_TRACE(output);
+    RenderJob job(Path(output));
+    job.output.video->averageBitrate = 0;
+    job.AddClip(source, 0, 120);
+    spans.clear();
+    ASSERT_EQ(Render(job), kOk) << job.log;
+    EXPECT_THAT(spans, ElementsAre(Copied(0, 45), Encoded(45, 15, kOtherTimes), Copied(60, 60)));
+    EXPECT_EQ(MovieReader(Path(output)).RemainingNumbers().size(), 120u);
+  }
+}
+
 TEST_F(SmartRenderTest, SourceThatChangedSincePlanFails) {
   const std::string source = WriteSource("source.mp4", {.frames = 60, .gop = 20});
   RenderJob job(Path("out.mp4"));
