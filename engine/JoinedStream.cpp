@@ -45,27 +45,33 @@ void LimitToLevel(int level, VideoPlan& video) {
   video.bufferBits = limit->buffer / 2;
 }
 
+bool MergeSources(const SmartPlan& plan, ParameterSets& sets) {
+  return std::all_of(plan.sources.begin(), plan.sources.end(),
+                     [&](const CopiedSource& source) { return sets.Merge(source.sets); });
+}
+
 }  // namespace
 
 bool JoinedStream::HasUnits() const { return m_codec == AV_CODEC_ID_H264 || m_codec == AV_CODEC_ID_HEVC; }
 
-bool JoinedStream::MergeSources(ParameterSets& sets) const {
-  return std::all_of(m_plan->sources.begin(), m_plan->sources.end(),
-                     [&](const CopiedSource& source) { return sets.Merge(source.sets); });
+int JoinedStream::FitEncoder(const SmartPlan& plan, VideoPlan& video) {
+  if (CodecIdOf(video.codec) != AV_CODEC_ID_H264) return 0;
+  if (plan.sources.empty() && plan.movieSets.empty()) return 0;
+  std::vector<ParameterSets> all = plan.movieSets;
+  for (const CopiedSource& source : plan.sources) all.push_back(source.sets);
+  video.parameterSetId = std::max(ParameterSets::FindFreeId(all), 0);
+  int level = 0;
+  for (const ParameterSets& sets : all) level = std::max(level, sets.GetLevel());
+  LimitToLevel(level, video);
+  return level;
 }
 
-void JoinedStream::Prepare(Container container, const SmartPlan& plan, VideoPlan& video) {
+void JoinedStream::Prepare(Container container, const SmartPlan& plan, const VideoPlan& video, int level) {
   m_plan = &plan;
   m_container = container;
   m_codec = CodecIdOf(video.codec);
-  if (m_codec == AV_CODEC_ID_H264) {
-    ParameterSets sets;
-    const int free = MergeSources(sets) ? sets.FindFreeId() : -1;
-    video.parameterSetId = std::max(free, 0);
-    for (const CopiedSource& source : plan.sources) m_level = std::max(m_level, source.sets.GetLevel());
-    LimitToLevel(m_level, video);
-  }
   m_video = video;
+  m_level = level;
 }
 
 Result JoinedStream::Arrange(const AVCodecContext* encoder) {
@@ -85,7 +91,8 @@ Result JoinedStream::Arrange(const AVCodecContext* encoder) {
     if (!m_encodedSets.ReadHeader(*m_parameters, length)) m_encodedSets = {};
   }
   ParameterSets all;
-  m_setsInside = !MergeSources(all) || !all.Merge(m_encodedSets) || m_container == Container::MpegTs ||
+  m_setsInside = !MergeSources(*m_plan, all) || !all.Merge(m_encodedSets) ||
+                 m_container == Container::MpegTs ||
                  std::ranges::any_of(m_plan->sources, &CopiedSource::setsChange);
   if (m_setsInside) all = MostDemanding();
   const bool isFile = m_container != Container::MpegTs;

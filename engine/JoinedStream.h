@@ -19,10 +19,12 @@ namespace vrx::engine {
 /// come with each key frame ("avc3" and "hev1" of ISO/IEC 14496-15).
 class JoinedStream {
  public:
-  /// Gives `video` what its encoder needs so that encoded spans go with those that `plan` copies: a number
-  /// for its parameter sets that no source has, and the limits of the sources' level. `plan` must outlive
-  /// the stream.
-  void Prepare(Container container, const SmartPlan& plan, VideoPlan& video);
+  /// Gives `video` what its encoder needs so that encoded spans go with those that `plan`, or another piece
+  /// of its movie, copies: a number for its parameter sets that no source has, and the limits of the sources'
+  /// level, which it returns (0 without H.264 to copy).
+  static int FitEncoder(const SmartPlan& plan, VideoPlan& video);
+  /// For a stream with the spans of `plan`, which must outlive it. `level` is that of the sources in H.264.
+  void Prepare(Container container, const SmartPlan& plan, const VideoPlan& video, int level);
   /// `encoder` is null when nothing is encoded. kUnusableSettings, with a logged line, for a stream that its
   /// file cannot hold.
   Result Arrange(const AVCodecContext* encoder);
@@ -36,7 +38,6 @@ class JoinedStream {
 
  private:
   bool HasUnits() const;
-  bool MergeSources(ParameterSets& sets) const;
   void NameColour();
   ParameterSets MostDemanding() const;
   void SetTag();

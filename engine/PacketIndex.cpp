@@ -61,18 +61,26 @@ class IndexReader {
     if (packet.pts == AV_NOPTS_VALUE) return "has pictures without a time, or coded as single fields";
     if (m_index.pictures.size() >= kMostPictures) return "has too many pictures";
     bool isStart = (packet.flags & AV_PKT_FLAG_KEY) != 0;
+    const Bytes data(packet.data, static_cast<std::size_t>(packet.size));
     if (isStart) {
-      const Bytes data(packet.data, static_cast<std::size_t>(packet.size));
       if (HasUnits()) {
         if (const char* cause = LookInside(data, isStart)) return cause;
       } else {
         isStart = HasSequenceHeader(data);
       }
     }
-    const bool isWhole = (packet.flags & (AV_PKT_FLAG_DISCARD | AV_PKT_FLAG_CORRUPT)) == 0;
+    const bool isWhole =
+        (packet.flags & (AV_PKT_FLAG_DISCARD | AV_PKT_FLAG_CORRUPT)) == 0 && HasItsUnits(data);
     m_index.pictures.push_back({packet.pts, isStart, isWhole});
     m_index.bytes += packet.size;
     return nullptr;
+  }
+
+  /// False for a picture whose lengths of units do not fit, as damage leaves them.
+  bool HasItsUnits(Bytes data) {
+    if (!HasUnits() || m_index.nalLength == kStartCodes) return true;
+    m_units.clear();
+    return SplitNalUnits(data, m_index.nalLength, m_units);
   }
 
   const char* LookInside(Bytes data, bool& isStart) {

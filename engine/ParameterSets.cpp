@@ -55,9 +55,7 @@ class BitReader {
 
 /// Whether a unit can be told from what follows it with start codes: no unit of a stream has them inside, or
 /// ends with a zero byte.
-bool IsSound(Bytes unit) {
-  return !unit.empty() && unit.back() != 0 && !HasStartCode(unit);
-}
+bool IsSound(Bytes unit) { return !unit.empty() && unit.back() != 0 && !HasStartCode(unit); }
 
 int IdOfAvcSet(int type, Bytes unit) {
   constexpr std::size_t kProfileAndLevel = 24;  // bits
@@ -198,11 +196,16 @@ bool ParameterSets::Merge(const ParameterSets& other) {
   return true;
 }
 
-int ParameterSets::FindFreeId() const {
+int ParameterSets::FindFreeId(std::span<const ParameterSets> all) {
   for (int id = 0; id < kSequenceIds; ++id) {
-    if (Find(h264::kSequenceSet, id) == nullptr && Find(h264::kPictureSet, id) == nullptr) return id;
+    if (std::ranges::none_of(all, [id](const ParameterSets& sets) { return sets.UsesId(id); })) return id;
   }
   return -1;
+}
+
+/// As a sequence or picture set of H.264.
+bool ParameterSets::UsesId(int id) const {
+  return Find(h264::kSequenceSet, id) != nullptr || Find(h264::kPictureSet, id) != nullptr;
 }
 
 /// Of H.264, and long enough to say its profile and level.

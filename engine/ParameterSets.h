@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,8 @@ class ParameterSets {
   bool Merge(const ParameterSets& other);
 
   bool IsEmpty() const { return m_sets.empty(); }
-  /// The smallest number that no H.264 set has; -1 when all are used.
-  int FindFreeId() const;
+  /// The smallest number that no H.264 set of `all` has; -1 when all are used.
+  static int FindFreeId(std::span<const ParameterSets> all);
   /// The largest level of the H.264 sequence sets as `level_idc`; 0 without one.
   int GetLevel() const;
   /// Larger for H.264 that needs a better decoder: by profile, then by level.
@@ -52,6 +53,7 @@ class ParameterSets {
   bool IsSequenceSet(const Set& set) const;
   std::vector<std::uint8_t> MakeAvcRecord(int level) const;
   const Set* Find(int type, int id) const;
+  bool UsesId(int id) const;
   const Set* FindMain() const;
 
   AVCodecID m_codec = AV_CODEC_ID_H264;

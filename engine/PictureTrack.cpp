@@ -48,13 +48,14 @@ Result PictureTrack::Open(const OutputPlan& output, const SmartPlan& plan, const
   m_video = output.video;
   m_wantsHeader = MovieWriter::WantsGlobalHeader(output.container);
   m_hasCopies = plan.CountCopied() > 0;
-  return m_hasCopies ? OpenForCopies(output) : OpenEncoder();
+  const int level = JoinedStream::FitEncoder(plan, m_video);
+  return m_hasCopies ? OpenForCopies(output, level) : OpenEncoder();
 }
 
-Result PictureTrack::OpenForCopies(const OutputPlan& output) {
+Result PictureTrack::OpenForCopies(const OutputPlan& output, int level) {
   m_wantsHeader = true;  // the joined stream puts headers where they belong
   m_delay = m_plan->GetDelay();
-  m_joined.Prepare(output.container, *m_plan, m_video);
+  m_joined.Prepare(output.container, *m_plan, m_video, level);
   const bool encodes = std::any_of(m_plan->spans.begin(), m_plan->spans.end(),
                                    [](const PictureSpan& span) { return !span.IsCopied(); });
   if (encodes) {

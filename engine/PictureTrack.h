@@ -41,7 +41,7 @@ class PictureTrack {
   class PlainSink;
   class SeamSink;
 
-  Result OpenForCopies(const OutputPlan& output);
+  Result OpenForCopies(const OutputPlan& output, int level);
   Result OpenEncoder();
   Result EndEncodedSpan();
   Result WriteEncoded(AVPacket& packet, AVRational timeBase);

@@ -27,8 +27,10 @@ Result Sequence::Prepare(const VRXTimeline& timeline, const VRXSystemOutputSetti
   VRX_TRY(MakeOverlaySpans(output, video.frameDuration, overlays));
   VRX_TRY(MeasureSources(video.frameDuration, m_timeline, m_total));
   VRX_TRY(CutToRange(m_output));
+  const std::vector<VideoClip> whole = m_timeline.video;
   CutToFrames(m_first, m_total, m_timeline.video);
   VRX_TRY(MakeSmartPlan(m_output, m_timeline, overlays, m_first, m_stop, m_plan));
+  if (m_output.piece) AddMovieSets(m_output, whole, m_stop, m_plan);
   m_clips = EncodedClips(m_plan, m_timeline.video);
   VRX_TRY(OpenTracks());
   ReportSpans(m_plan, m_first);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <utility>
 
 #include "engine/CopyConditions.h"
@@ -196,6 +197,22 @@ Result MakeSmartPlan(const OutputPlan& output, const TimelinePlan& timeline,
   SmartPlanner planner(output, overlays, first, stop, plan);
   for (std::size_t i = 0; i < timeline.video.size(); ++i) planner.AddClip(timeline.video[i], i);
   return output.smart == SmartRendering::Require ? RefuseSourceSpans(plan, first) : kOk;
+}
+
+void AddMovieSets(const OutputPlan& output, const std::vector<VideoClip>& clips, const StopSignal& stop,
+                  SmartPlan& plan) {
+  if (output.smart == SmartRendering::Off || output.video.codec != VideoCodec::H264) return;
+  std::set<std::string> seen;
+  for (const VideoClip& clip : clips) {
+    if (clip.rawInput != nullptr || !seen.insert(clip.path).second) continue;
+    std::unique_ptr<SourceFile> file;
+    // The piece that shows a source reports what is wrong with it.
+    if (!IsOk(SourceFile::Open(clip.path, SourceFile::Purpose::Decode, stop, file))) continue;
+    if (!WhyNotCopied(*file, output.video).empty()) continue;
+    ParameterSets sets;
+    NalLength length = kStartCodes;
+    if (sets.ReadHeader(*file->GetStream().codecpar, length)) plan.movieSets.push_back(std::move(sets));
+  }
 }
 
 void ReportSpans(const SmartPlan& plan, std::int64_t first) {

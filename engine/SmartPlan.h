@@ -41,6 +41,9 @@ struct PictureSpan {
 struct SmartPlan {
   std::vector<PictureSpan> spans;  // one after the other, over all frames
   std::vector<CopiedSource> sources;
+  // Of a piece in H.264: the sets of all sources that pieces of its movie may copy. What the pieces encode
+  // goes with these, so that it goes together.
+  std::vector<ParameterSets> movieSets;
 
   std::int64_t CountCopied() const;
   /// The most places by which a copied picture comes after its frame's place.
@@ -56,6 +59,10 @@ std::shared_ptr<AVCodecParameters> CopyParameters(const AVCodecParameters& strea
 Result MakeSmartPlan(const OutputPlan& output, const TimelinePlan& timeline,
                      const std::vector<OverlaySpan>& overlays, std::int64_t first, const StopSignal& stop,
                      SmartPlan& plan);
+
+/// Finds the sets of the movie whose clips, before they are cut to a piece, are `clips`.
+void AddMovieSets(const OutputPlan& output, const std::vector<VideoClip>& clips, const StopSignal& stop,
+                  SmartPlan& plan);
 
 /// Tells the host of the spans, in frames of the movie.
 void ReportSpans(const SmartPlan& plan, std::int64_t first);

@@ -217,6 +217,29 @@ TEST_F(JoinTest, JoinedPiecesAreTheMovieOfOneRender) {
   }
 }
 
+/// A piece without copied pictures knows those of the others.
+TEST_F(JoinTest, EncodedAndCopiedPiecesHaveTheirParameterSetsInOneHeader) {
+  Write("a", {.frames = 70, .crf = 18, .bt601 = true}, ".mp4");
+  const auto render = [&](const std::string& name, const VRXRenderOverrides& overrides) {
+    EXPECT_EQ(VRX_SetRenderOverrides(&overrides), kOk);
+    RenderJob job(Path(name));
+    job.AddClip(Path("a"), 0, 40);
+    job.AddClip(Path("a"), 13, 23);  // without a key frame at which copying can begin
+    job.output.video->averageBitrate = 0;
+    EXPECT_EQ(job.Run(), kOk) << job.log;
+    return Path(name);
+  };
+  const std::vector<std::string> pieces{render("1.mp4", PieceOf("Movie1", 1, 2, 0, 40)),
+                                        render("2.mp4", PieceOf("Movie1", 2, 2, 40, 10))};
+  const std::uint32_t tag = ReadPackets(render("whole.mp4", {}), AVMEDIA_TYPE_VIDEO, {1, 25}).tag;
+  VRX_SetRenderOverrides(nullptr);
+  RenderJob job(Path("unused.mp4"));
+  ASSERT_EQ(Create(job, pieces, Path("joined.mp4")), kOk) << job.log;
+  ASSERT_EQ(job.Execute(), kOk) << job.log;
+  EXPECT_EQ(tag, MKTAG('a', 'v', 'c', '1'));
+  EXPECT_EQ(ReadPackets(Path("joined.mp4"), AVMEDIA_TYPE_VIDEO, {1, 25}).tag, tag);
+}
+
 void Shorten(const std::string& path, const std::string& whole, double share) {
   std::filesystem::copy_file(whole, path, std::filesystem::copy_options::overwrite_existing);
   const auto size = static_cast<double>(std::filesystem::file_size(path));

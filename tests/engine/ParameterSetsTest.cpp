@@ -83,7 +83,8 @@ TEST(ParameterSetsTest, SetsOfOneNumberMustBeTheSame) {
   ParameterSets sets = H264({kPps0, kSps0, kPps1});
   EXPECT_EQ(sets.Join(kStartCodes), AnnexB({kSps0, kPps0, kPps1})) << "sequence sets come first";
   EXPECT_TRUE(sets.Merge(H264({kSps2, kPps0})));
-  EXPECT_EQ(sets.FindFreeId(), 3) << "0 to 2 are numbers of sets of one kind or the other";
+  EXPECT_EQ(ParameterSets::FindFreeId({&sets, 1}), 3)
+      << "0 to 2 are numbers of sets of one kind or the other";
   EXPECT_FALSE(sets.Merge(H264({kPps1, kOtherSps0})));
   EXPECT_EQ(sets.Join(1),
             (Data{5, 0x67, 77, 0, 30, 0x80, 5, 0x67, 100, 0, 31, 0x60, 2, 0x68, 0x80, 2, 0x68, 0x40}));
@@ -98,7 +99,7 @@ TEST(ParameterSetsTest, SetsOfOneNumberMustBeTheSame) {
     const unsigned bits = (id + 1) << (15 - 2 * zeros) | 1U;
     ASSERT_TRUE(all.Add(
         {Data{0x67, 77, 0, 30, static_cast<std::uint8_t>(bits >> 8), static_cast<std::uint8_t>(bits)}}));
-    EXPECT_EQ(all.FindFreeId(), id == 31 ? -1 : static_cast<int>(id) + 1);
+    EXPECT_EQ(ParameterSets::FindFreeId({&all, 1}), id == 31 ? -1 : static_cast<int>(id) + 1);
     EXPECT_EQ(all.MakeHeader(0).empty(), id == 31) << "a header counts to 31";
   }
 }

@@ -54,6 +54,20 @@ TEST_F(EngineRenderTest, EverySourceGivesExactlyTheFramesOfEachCut) {
   }
 }
 
+TEST_F(EngineRenderTest, WholeSourceWhosePictureStartsLateHasAllItsPictures) {
+  PatternClip clip{.frames = 20, .bFrames = 0, .hasSound = true, .sound = {.samples = 48000}};
+  for (int i = 0; i < clip.frames; ++i) clip.timesMs.push_back(200 + 40 * i);
+  std::vector<int> expected(5, 0);
+  Count(expected, 0, 20);
+  for (const char* name : {"late.mp4", "late.mkv"}) {
+    SCOPED_TRACE(name);
+    RenderJob job(Path("out.mp4"));
+    job.AddClip(Write(name, clip), 0, 0);
+    ASSERT_EQ(job.Run(), kOk) << job.log;
+    EXPECT_EQ(MovieReader(Path("out.mp4")).RemainingNumbers(), expected);
+  }
+}
+
 TEST_F(EngineRenderTest, ClipsAlternatingBetweenSourcesShowTheirOwnFrames) {
   std::vector<std::string> sources;
   for (std::uint32_t i = 0; i < 5; ++i) {

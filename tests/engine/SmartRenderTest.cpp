@@ -447,6 +447,26 @@ TEST_F(SmartRenderTest, NothingIsCopiedWhereTheHostWantsItEncoded) {
   EXPECT_THAT(render(false, {}, rate * 10 / 14).at(0).reason, HasSubstr("Mbit/s, and the movie 0."));
 }
 
+TEST_F(SmartRenderTest, DamagedPicturesAreEncodedUpToTheNextKeyFrame) {
+  const std::string source = WriteSource("source.mp4", {.frames = 120, .gop = 20, .bFrames = 0});
+  const Packet damaged = ReadStream(source).packets.at(45);
+  std::string bytes = folder.Read("source.mp4");
+  const std::size_t unit = bytes.find(damaged.units.at(0));
+  ASSERT_NE(unit, std::string::npos);
+  bytes.replace(unit - 4, 4, "\x7f\xff\xff\xff");  // its length
+  folder.Write("source.mp4", bytes);
+  for (const char* output : {"out.mp4", "out.ts"}) {
+    SCOPED_TRACE(output);
+    RenderJob job(Path(output));
+    job.output.video->averageBitrate = 0;
+    job.AddClip(source, 0, 120);
+    spans.clear();
+    ASSERT_EQ(Render(job), kOk) << job.log;
+    EXPECT_THAT(spans, ElementsAre(Copied(0, 45), Encoded(45, 15, kOtherTimes), Copied(60, 60)));
+    EXPECT_EQ(MovieReader(Path(output)).RemainingNumbers().size(), 120u);
+  }
+}
+
 TEST_F(SmartRenderTest, SourceThatChangedSincePlanFails) {
   for (const auto& [frames, gop] : {std::pair(10, 20), {60, 60}}) {
     const std::string source = WriteSource("source.mp4", {.frames = 60, .gop = 20, .bFrames = 0});
