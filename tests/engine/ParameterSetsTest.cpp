@@ -163,7 +163,8 @@ TEST(JoinedStreamTest, EncodedSpansAndHeaderGoWithWhatIsCopied) {
   for (const std::int64_t bitrate : {0, 20'000'000}) {
     video.bitrate = bitrate;
     JoinedStream stream;
-    stream.Prepare(Container::Mp4, plan, video);
+    const int level = JoinedStream::FitEncoder(plan, video);
+    stream.Prepare(Container::Mp4, plan, video, level);
     // Of level 3.1, which two of them have.
     EXPECT_EQ(video.peakBitrate, std::max<std::int64_t>(bitrate, 14'000'000));
     EXPECT_EQ(video.bufferBits, 7'000'000);
