@@ -269,7 +269,7 @@ TEST_F(JoinTest, PiecesThatMakeNoMovieAreRefusedByName) {
   const std::string hevc = Render({.codec = VRXVideoCodecHevc}, "hevc", PieceOf("Movie1", 2, 2, 50, 60));
   const std::string third = Forge(Path("third.mp4"), second, "Movie1 2/2", "Movie1 2/3");
   const std::string more = Forge(Path("more.mp4"), second, "50+60", "50+61");
-  const std::string rate = Forge(Path("rate.mp4"), second, "+60 1/25", "+60 1/24");
+  const std::string rate = Forge(Path("rate.mp4"), second, "+60 1/25", "+60 1/26");
   const std::string zone = Forge(Path("zone.mp4"), second, "cafe", "caf\n");
   const std::string moved = Forge(Path("moved.mp4"), sound, " 0+110", " 1+110");
   const std::string part = Render({}, "part", PieceOf("Movie1", 0, 2, 0, 100));

@@ -321,6 +321,14 @@ TEST_F(SmartRenderTest, SourcesWithOtherParameterSetsPlayInOneMovie) {
   EXPECT_EQ(spans.back(), Copied(70, 40));
   EXPECT_EQ(ReadStream(Path("out.mp4")).tag, static_cast<std::uint32_t>(MKTAG('a', 'v', 'c', '1')))
       << "sets of other numbers lie beside each other";
+  RenderJob encoded(Path("out.mp4"));
+  encoded.AddClip(two, 1, 19);
+  encoded.AddClip(one, 0, 55);
+  SetOverlay(encoded, 36, 40);  // as far into the clip as the one before is long
+  ASSERT_EQ(Render(encoded), kOk) << encoded.log;
+  numbers = Count(501, 18);
+  numbers.insert(numbers.end(), second.begin(), second.end());
+  EXPECT_EQ(MovieReader(Path("out.mp4")).RemainingNumbers(), numbers);
 }
 
 TEST_F(SmartRenderTest, HevcIsCopiedWhereTheMovieIsHevc) {
