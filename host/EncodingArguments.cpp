@@ -30,6 +30,15 @@ const std::map<std::string, VRXSmartRendering>& SmartWays() {
   return ways;
 }
 
+constexpr const char* kSoundCodec = "--sound-codec";
+constexpr const char* kAc3 = "ac3";
+
+/// As documents count them.
+const std::map<std::string, std::int32_t>& SoundCodecs() {
+  static const std::map<std::string, std::int32_t> codecs{{"aac", 1}, {kAc3, 2}, {"pcm", 3}};
+  return codecs;
+}
+
 template <class Value>
 std::string NameOf(const std::map<std::string, Value>& names, Value value) {
   const auto found = std::ranges::find_if(names, [=](const auto& entry) { return entry.second == value; });
@@ -48,6 +57,7 @@ void EncodingArguments::AddTo(ProjectChanges& changes) const {
   if (!size.empty()) changes.size = ParsePictureSize(size);
   if (!rate.empty()) changes.frameDuration = ParseFrameRate(rate);
   if (!bitrate.empty()) changes.bitrate = ParseBitrate(bitrate);
+  changes.soundCodec = soundCodec;
 }
 
 VRXRenderOverrides EncodingArguments::GetOverrides() const {
@@ -65,6 +75,7 @@ std::vector<std::string> EncodingArguments::GetWords() const {
   const auto add = [&](const char* option, const std::string& value) {
     if (!value.empty()) words.insert(words.end(), {option, value});
   };
+  add(kSoundCodec, NameOf(SoundCodecs(), soundCodec));
   add("--size", size);
   add("--rate", rate);
   add("--bitrate", bitrate);
@@ -112,6 +123,17 @@ void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments) {
       ->type_name("WAY")
       ->option_text("WAY");
 }
+
+void AddSoundCodecOption(CLI::App& command, EncodingArguments& arguments) {
+  command
+      .add_option(kSoundCodec, arguments.soundCodec,
+                  "The sound as aac, ac3 or pcm, whatever the document says")
+      ->transform(NamedValues(SoundCodecs()))
+      ->type_name("CODEC")
+      ->option_text("CODEC");
+}
+
+std::vector<std::string> Ac3Words() { return {kSoundCodec, kAc3}; }
 
 void CheckEncoding(const EncodingArguments& arguments) {
   if (arguments.quality > limits::kMaxQuality && arguments.codec != VRXVideoCodecAv1)

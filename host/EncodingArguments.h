@@ -19,6 +19,7 @@ struct EncodingArguments {
   std::string preset;
   VRXVideoCodec codec = VRXVideoCodecOfRecord;
   bool hardware = false;
+  std::int32_t soundCodec = 0;  // as documents count codecs; 0: theirs
   VRXSmartRendering smart = VRXSmartByRecord;
 
   /// What of it the documents say.
@@ -33,6 +34,12 @@ struct EncodingArguments {
 void AddFormatOptions(CLI::App& command, EncodingArguments& arguments);
 /// Those and what a project has no place for.
 void AddEncodingOptions(CLI::App& command, EncodingArguments& arguments);
+
+/// The codec of the sound, for commands that have a project. `make` takes what suits the file.
+void AddSoundCodecOption(CLI::App& command, EncodingArguments& arguments);
+
+/// The words of the option for AC-3, which transport streams have by themselves.
+std::vector<std::string> Ac3Words();
 
 /// Throws CLI::ValidationError for options that do not go together.
 void CheckEncoding(const EncodingArguments& arguments);

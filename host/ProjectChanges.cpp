@@ -54,6 +54,8 @@ void ChangeOutput(XpIniElement& output, const ProjectChanges& changes) {
   if (!changes.output.IsEmpty())
     Replace(output, project::kOutputFilePath.name, XpIniType::String, changes.output);
   if (XpIniElement* video = Writable(&output, project::kVideoOutputSettings)) ChangeVideo(*video, changes);
+  XpIniElement* audio = changes.soundCodec == 0 ? nullptr : Writable(&output, project::kAudioOutputSettings);
+  if (audio != nullptr) ReplaceNumber(*audio, project::kAudioCodecType.name, changes.soundCodec);
 }
 
 }  // namespace

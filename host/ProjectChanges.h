@@ -16,8 +16,9 @@ struct ProjectChanges {
   std::optional<PictureSize> size;
   std::optional<VRXTimeInfo> frameDuration;
   std::optional<std::int32_t> bitrate;  // bits a second; 0: constant quality
+  std::int32_t soundCodec = 0;          // as documents count codecs; 0: as the document says
 
-  bool IsEmpty() const { return output.IsEmpty() && !size && !frameDuration && !bitrate; }
+  bool IsEmpty() const { return output.IsEmpty() && !size && !frameDuration && !bitrate && soundCodec == 0; }
 };
 
 /// The project document `bytes`, which lies at `path`, with the changes and with absolute paths. One that

@@ -134,11 +134,13 @@ CommandRun AddRender(CLI::App& command) {
       ->option_text("N")
       ->excludes(command.get_option("--piece"));
   AddEncodingOptions(command, options->encoding);
+  AddSoundCodecOption(command, options->encoding);
   CLI::Option* alone =
       command.add_flag("--overlay-only", options->overlayOnly,
                        "The overlays alone with transparency, for another editor: -o FILE.mov (ProRes 4444) "
                        "or -o NAME-%05d.png");
-  for (const char* option : {"--bitrate", "--crf", "--preset", "--codec", "--hardware", "--smart", "--piece"})
+  for (const char* option :
+       {"--bitrate", "--crf", "--preset", "--codec", "--hardware", "--sound-codec", "--smart", "--piece"})
     alone->excludes(command.get_option(option));
   AddProgressOptions(command, options->run);
   command.footer(

@@ -4,6 +4,7 @@
 
 #include "foundation/platform/Module.h"
 #include "foundation/platform/Paths.h"
+#include "foundation/text/XpPath.h"
 #include "host/pieces/PieceCuts.h"
 #include "host/pieces/PieceName.h"
 #include "host/pieces/PlanId.h"
@@ -12,6 +13,14 @@ namespace vrx::host {
 namespace {
 
 constexpr std::int32_t kPcmSound = 3;  // as documents count codecs
+
+/// Whether the sound's codec is that of transport streams because the movie is one, which its pieces are not.
+bool HasSoundOfTransportStreams(const check::ProjectReport& report) {
+  const XpString ending = XpPathExtension(report.outputPath);
+  const auto isEnding = [&](const char16_t* one) { return XpCompareNoCase(ending, one) == 0; };
+  return report.audioSettings && report.audioSettings->codecType == 0 &&
+         (isEnding(u".ts") || isEnding(u".m2ts") || isEnding(u".mts"));
+}
 
 /// The last piece goes on to the end, which is an estimate for sources that are used whole.
 std::string RangeText(const PiecePlan& plan, const FrameRange& range) {
@@ -65,11 +74,16 @@ PiecePlan MakePiecePlan(const ProjectSource& project, const check::ProjectReport
   plan.project = platform::NativePath(project.GetName());
   plan.movie = platform::NativePath(report.outputPath);
   plan.options = options;
+  if (HasSoundOfTransportStreams(report)) {
+    const std::vector<std::string> words = Ac3Words();
+    plan.options.insert(plan.options.begin(), words.begin(), words.end());
+  }
   plan.ranges = PieceCuts(PictureSpans(report, spans)).Cut(count);
   if (!spans.IsEmpty()) plan.ranges.back().end = spans.GetCopiedFrames() + spans.GetEncodedFrames();
   plan.hasSound = report.audioSettings != nullptr;
   plan.isSoundPcm = report.audioSettings && report.audioSettings->codecType == kPcmSound;
-  const PlanState state{report.inputs, options, static_cast<std::uint32_t>(plan.ranges.size()), VRX_VERSION};
+  const PlanState state{report.inputs, plan.options, static_cast<std::uint32_t>(plan.ranges.size()),
+                        VRX_VERSION};
   plan.id = PlanId(state, plan.ranges);
   return plan;
 }

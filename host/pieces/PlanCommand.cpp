@@ -97,6 +97,7 @@ CommandRun AddPlan(CLI::App& command) {
       ->check(CheckMovieEnding)
       ->option_text("FILE");
   AddEncodingOptions(command, arguments->encoding);
+  AddSoundCodecOption(command, arguments->encoding);
   command.add_flag("--allow-missing", arguments->allowMissing,
                    "For the pieces: succeed although still pictures are missing");
   command.footer(

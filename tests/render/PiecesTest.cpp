@@ -88,6 +88,16 @@ TEST_F(PiecesTest, CommandsOfAPlanMakeTheMovieInAnyOrder) {
   EXPECT_EQ(events.back()["bytes"], fs::file_size(Path("out.mp4")));
 }
 
+TEST_F(PiecesTest, TransportStreamHasTheSameSoundFromPieces) {
+  ASSERT_EQ(Run("render", {"-o", Path("whole.ts")}).status, 0);
+  for (const Words& command : Plan({"--pieces", "2", "-o", Path("out.ts")})) {
+    const VrxResult result = RunVrx({command});
+    ASSERT_EQ(result.status, 0) << result.errors;
+  }
+  ExpectSameMovie("out.ts", "whole.ts");
+  EXPECT_EQ(MovieReader(Path("out.ts")).Info().audioCodec, "ac3");
+}
+
 TEST_F(PiecesTest, PiecesOfAnotherStateAreRefused) {
   const std::vector<Words> commands = Plan({"--pieces", "2", "--crf", "40"});
   const auto expectRefused = [&](const Words& command) {
