@@ -53,9 +53,9 @@ Refusal SourceFile::Open(const std::string& path, Purpose purpose, const StopSig
 Refusal SourceFile::FindVideo(Purpose purpose) {
   AVFormatContext& demuxer = GetDemuxer();
   int index = av_find_best_stream(&demuxer, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-  // The analysis finds how far frames are reordered, which a decoder needs and a check does not. It also finds
-  // where the streams begin in files whose header does not say it, as in fragmented MP4: the length depends on
-  // it.
+  // The analysis finds how far frames are reordered, which a decoder needs and a check does not. It also
+  // finds where the streams begin in files whose header does not say it, as in fragmented MP4: the length
+  // depends on it.
   const bool known = index >= 0 && KnowsPicture(*demuxer.streams[index]) &&
                      demuxer.streams[index]->start_time != AV_NOPTS_VALUE;
   if (purpose == Purpose::Decode || !known) {

@@ -101,8 +101,7 @@ std::string PlanText(const EngineSpans& spans) {
   const std::int64_t all = copied + spans.GetEncodedFrames();
   std::string text = std::to_string(copied) + " of " + std::to_string(all) + " frames (" +
                      ShareText(copied, all) + ") are copied";
-  if (const EngineSpan* sound = spans.FindSound())
-    text += ", the sound is " + WayText(*sound);
+  if (const EngineSpan* sound = spans.FindSound()) text += ", the sound is " + WayText(*sound);
   return text;
 }
 

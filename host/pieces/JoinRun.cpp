@@ -5,6 +5,7 @@
 #include <chrono>
 #include <future>
 
+#include "src/manager/RenderLoop.h"
 #include "vrx/XpResult.h"
 
 namespace vrx::host {
@@ -15,17 +16,6 @@ using platform::InterruptWaiter;
 constexpr std::uint32_t kAll = 100;
 constexpr std::int32_t kForever = -1;
 constexpr std::int32_t kPatienceMs = 900;
-
-std::uint32_t CodeOf(std::int32_t engineResult) {
-  switch (static_cast<std::uint32_t>(engineResult)) {
-    case VRXEngineDiskFull:
-      return XpErrDiskFull;
-    case VRXEngineSourceMissing:
-      return XpErrNoSuchFile;
-    default:
-      return XpErrNoObject;
-  }
-}
 
 /// One join: the engine works on a thread of its own, and this one waits.
 class Join {
@@ -90,7 +80,7 @@ class Join {
   JoinOutcome OutcomeOf(std::int32_t result) {
     if (result == VRXEngineOk && m_percent == kAll) return {.end = JoinOutcome::End::Done};
     if (m_isCancelled) return {.end = JoinOutcome::End::Cancelled};
-    JoinOutcome outcome{.code = CodeOf(result), .cause = "the conversion engine gives no cause"};
+    JoinOutcome outcome{.code = render::HostCode(result), .cause = "the conversion engine gives no cause"};
     for (const EngineLine& line : m_engine.TakeLines()) {
       if (line.severity == VRXLogError) outcome.cause = line.text;
     }

@@ -13,18 +13,6 @@ using renderlog::LogLine;
 
 constexpr char16_t kRender[] = u"renderToFile";
 
-/// The code that the host gets for a result of the engine.
-std::uint32_t HostCode(std::int32_t engineResult) {
-  switch (static_cast<std::uint32_t>(engineResult)) {
-    case VRXEngineDiskFull:
-      return XpErrDiskFull;
-    case VRXEngineSourceMissing:
-      return XpErrNoSuchFile;
-    default:
-      return XpErrNoObject;
-  }
-}
-
 /// One render, step by step; `Run` gives XpOk or the code for the host.
 class Render {
  public:
@@ -85,6 +73,17 @@ class Render {
 };
 
 }  // namespace
+
+std::uint32_t HostCode(std::int32_t engineResult) {
+  switch (static_cast<std::uint32_t>(engineResult)) {
+    case VRXEngineDiskFull:
+      return XpErrDiskFull;
+    case VRXEngineSourceMissing:
+      return XpErrNoSuchFile;
+    default:
+      return XpErrNoObject;
+  }
+}
 
 std::uint32_t RenderToFile(EngineSession& engine, job::RenderJob& job, HostReporter& host, bool& endFlag) {
   LogLine(kRender, u"VRXWrapperManager::renderToFile start");

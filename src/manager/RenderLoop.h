@@ -9,6 +9,9 @@
 
 namespace vrx::render {
 
+/// The code that the host gets for a result of the engine.
+std::uint32_t HostCode(std::int32_t engineResult);
+
 /// Reports the start, the progress and either the end or the error; a host that throws gets an error.
 /// `endFlag` is only ever set, by the host or by the engine, through std::atomic_ref. The result is the
 /// thread's exit code: XpOk, or XpErrFailed when an error was reported.
