@@ -54,14 +54,13 @@ class RunFinder {
     end = at;
     for (;; ++at) {
       if (m_last - m_run.firstFrame + 1 == Count()) {
-        m_clean = {m_run.pictures.size(), m_run.starts.size(), m_run.delay};
+        m_clean = {m_run.pictures.size(), m_run.delay};
         end = at;
       }
       if (at >= m_pictures.size() || !CanTake(at) || IsTooDeep(at)) break;
       Take(at);
     }
     m_run.pictures.resize(m_clean.pictures);
-    m_run.starts.resize(m_clean.starts);
     m_run.delay = m_clean.delay;
     if (m_run.pictures.empty()) return std::nullopt;
     return std::move(m_run);
@@ -70,7 +69,6 @@ class RunFinder {
  private:
   struct Clean {
     std::size_t pictures = 0;
-    std::size_t starts = 0;
     std::int64_t delay = 0;
   };
 

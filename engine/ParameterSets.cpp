@@ -53,8 +53,8 @@ class BitReader {
   std::size_t m_place = 0;
 };
 
-/// Whether a unit can be told from what follows it with start codes: no unit of a stream has them inside, or
-/// ends with a zero byte.
+/// Whether the end of a unit can be found where start codes separate units: none has a start code inside or a
+/// zero byte at its end.
 bool IsSound(Bytes unit) { return !unit.empty() && unit.back() != 0 && !HasStartCode(unit); }
 
 int IdOfAvcSet(int type, Bytes unit) {

@@ -256,8 +256,7 @@ std::vector<VideoClip> EncodedClips(const SmartPlan& plan, const std::vector<Vid
     }
     VideoClip& part = encoded.emplace_back(clip);
     part.number = span.clip;
-    part.firstFrame += skipped;
-    part.firstRawFrame += static_cast<std::uint64_t>(skipped);
+    part.firstFrame += skipped;  // 0 for still pictures, whose clip is one span
     part.frameCount = span.frameCount;
   }
   return encoded;

@@ -198,7 +198,7 @@ TEST_F(PiecesTest, JobsThatEndEarlyLeaveNothing) {
   EXPECT_EQ(EventsOf(cancelled.output).back()["event"], "cancelled");
   EXPECT_EQ(folder.Count(), 2);
 
-  EXPECT_EQ(RunVrx({.arguments = arguments, .linesRead = 3}).status, 1);  // nobody reads on
+  EXPECT_EQ(RunVrx({.arguments = arguments, .linesRead = 3}).status, 1);  // its output is closed
   EXPECT_EQ(folder.Count(), 2);
 
   // Room for the plan, but not for a piece.
