@@ -251,7 +251,7 @@ TEST_F(PiecesTest, JobsFailForAMissingPictureUnlessThatIsAllowed) {
   EXPECT_THAT(failed.errors, AllOf(StartsWith("vrx: error" + line), HasSubstr(": 1 error in it ")));
   arguments.emplace_back("--allow-missing");
   const VrxResult allowed = Run("render", arguments);
-  EXPECT_EQ(allowed.status, 0);
+  EXPECT_EQ(allowed.status, 0) << allowed.errors;
   EXPECT_THAT(allowed.errors, StartsWith("vrx: warning" + line));
   EXPECT_EQ(std::ranges::count(allowed.errors, '\n'), 2) << allowed.errors;  // of the picture and of the clip
 }
