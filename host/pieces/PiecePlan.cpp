@@ -4,10 +4,10 @@
 
 #include "foundation/platform/Module.h"
 #include "foundation/platform/Paths.h"
-#include "foundation/text/XpPath.h"
 #include "host/pieces/PieceCuts.h"
 #include "host/pieces/PieceName.h"
 #include "host/pieces/PlanId.h"
+#include "src/check/OutputNames.h"
 
 namespace vrx::host {
 namespace {
@@ -16,10 +16,8 @@ constexpr std::int32_t kPcmSound = 3;  // as documents count codecs
 
 /// Whether the sound's codec is that of transport streams because the movie is one, which its pieces are not.
 bool HasSoundOfTransportStreams(const check::ProjectReport& report) {
-  const XpString ending = XpPathExtension(report.outputPath);
-  const auto isEnding = [&](const char16_t* one) { return XpCompareNoCase(ending, one) == 0; };
   return report.audioSettings && report.audioSettings->codecType == 0 &&
-         (isEnding(u".ts") || isEnding(u".m2ts") || isEnding(u".mts"));
+         check::IsTransportStreamName(report.outputPath);
 }
 
 /// The last piece goes on to the end, which is an estimate for sources that are used whole.

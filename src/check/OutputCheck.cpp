@@ -8,6 +8,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/text/XpFormat.h"
 #include "foundation/text/XpPath.h"
+#include "src/check/OutputNames.h"
 #include "src/project/ProjectKeys.h"
 #include "vrx/VRXLimits.h"
 
@@ -20,6 +21,10 @@ constexpr std::int32_t kNotSet = -1;
 /// A QuickTime file is an MP4 file in all that matters here.
 constexpr std::array kMp4Endings{u".mp4", u".m4v", u".mov"};
 constexpr std::array kTransportEndings{u".ts", u".m2ts", u".mts"};
+
+bool IsOneOf(const XpString& ending, const std::array<const char16_t*, 3>& endings) {
+  return std::ranges::any_of(endings, [&](const char16_t* one) { return XpCompareNoCase(ending, one) == 0; });
+}
 
 /// A number that the document does not set is read as -1, cut to the width of its field.
 template <class Number>
@@ -101,9 +106,8 @@ class OutputChecker {
     if (path.IsEmpty() || m_isFolder) return;
     const bool isMp4 = specificationType == 1 || specificationType == 3 || specificationType == 4;
     const XpString ending = XpPathExtension(path);
-    const auto isEnding = [&](const char16_t* other) { return XpCompareNoCase(ending, other) == 0; };
-    if (std::ranges::any_of(kMp4Endings, isEnding)) return;
-    const bool isTransportStream = std::ranges::any_of(kTransportEndings, isEnding);
+    if (IsOneOf(ending, kMp4Endings)) return;
+    const bool isTransportStream = IsTransportStreamName(path);
     m_isTransportStream = isTransportStream && !isMp4;
     const XpString name = ending.IsEmpty() ? XpString(u"without an ending") : u"that ends in " + ending;
     if (isMp4) {
@@ -185,6 +189,8 @@ class OutputChecker {
 };
 
 }  // namespace
+
+bool IsTransportStreamName(const XpString& path) { return IsOneOf(XpPathExtension(path), kTransportEndings); }
 
 void CheckOutput(const XpString& file, ProjectReport& report) { OutputChecker(file, report).Run(); }
 
