@@ -86,22 +86,13 @@ struct Stream {
 };
 
 Stream ReadStream(const std::string& path) {
-  AVFormatContext* opened = nullptr;
-  Check(avformat_open_input(&opened, path.c_str(), nullptr, nullptr), path);
-  const DemuxerPtr demuxer(opened);
-  Check(avformat_find_stream_info(opened, nullptr), path);
-  const int index = av_find_best_stream(opened, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-  const AVStream& stream = *opened->streams[index];
   Stream read;
-  read.tag = stream.codecpar->codec_tag;
-  const test_support::PacketPtr packet = NewPacket();
-  while (av_read_frame(opened, packet.get()) >= 0) {
-    if (packet->stream_index == index) {
-      read.packets.push_back({packet->pts, packet->dts, (packet->flags & AV_PKT_FLAG_KEY) != 0,
-                              UnitsOf(*packet, *stream.codecpar)});
-    }
-    av_packet_unref(packet.get());
-  }
+  const auto take = [&](const AVFormatContext&, const AVStream& stream, const AVPacket& packet) {
+    read.tag = stream.codecpar->codec_tag;
+    read.packets.push_back(
+        {packet.pts, packet.dts, (packet.flags & AV_PKT_FLAG_KEY) != 0, UnitsOf(packet, *stream.codecpar)});
+  };
+  ForEachPacket(path, AVMEDIA_TYPE_VIDEO, take);
   return read;
 }
 

@@ -21,29 +21,36 @@ struct StreamPackets {
   std::int64_t end = 0;   // of the stream; an MP4 file may end within a packet of sound
 };
 
-/// Times are in `unit`, or in samples of a stream of sound. Throws std::runtime_error as the clip maker does.
-inline StreamPackets ReadPackets(const std::string& path, AVMediaType type, AVRational unit = {0, 1}) {
+/// Calls `take(file, stream, packet)` for each packet of the best stream of this type, in the order of the
+/// file. Throws std::runtime_error as the clip maker does.
+template <class Take>
+void ForEachPacket(const std::string& path, AVMediaType type, Take take) {
   using namespace test_support;
   AVFormatContext* opened = nullptr;
   Check(avformat_open_input(&opened, ("file:" + path).c_str(), nullptr, nullptr), path);
   const DemuxerPtr demuxer(opened);
   Check(avformat_find_stream_info(opened, nullptr), path);
   const int index = Check(av_find_best_stream(opened, type, -1, -1, nullptr, 0), path);
-  const AVStream& stream = *opened->streams[index];
-  if (type == AVMEDIA_TYPE_AUDIO) unit = {1, stream.codecpar->sample_rate};
-  const std::int64_t zero = av_rescale_q(opened->start_time, {1, AV_TIME_BASE}, unit);
-  StreamPackets read;
   for (const test_support::PacketPtr packet = NewPacket(); av_read_frame(opened, packet.get()) >= 0;
        av_packet_unref(packet.get())) {
-    if (packet->stream_index != index) continue;
-    const bool hasHeader = stream.codecpar->codec_id == AV_CODEC_ID_AAC && packet->data[0] == 0xFF &&
-                           stream.codecpar->extradata_size == 0;
-    read.packets.push_back({{packet->data + (hasHeader ? 7 : 0), packet->data + packet->size},
-                            av_rescale_q(packet->pts, stream.time_base, unit) - zero,
-                            packet->pos});
+    if (packet->stream_index == index) take(*opened, *opened->streams[index], *packet);
   }
-  read.tag = stream.codecpar->codec_tag;
-  read.end = av_rescale_q(stream.start_time + stream.duration, stream.time_base, unit) - zero;
+}
+
+/// Times are in `unit`, or in samples of a stream of sound.
+inline StreamPackets ReadPackets(const std::string& path, AVMediaType type, AVRational unit = {0, 1}) {
+  StreamPackets read;
+  ForEachPacket(path, type, [&](const AVFormatContext& file, const AVStream& stream, const AVPacket& packet) {
+    if (type == AVMEDIA_TYPE_AUDIO) unit = {1, stream.codecpar->sample_rate};
+    const std::int64_t zero = av_rescale_q(file.start_time, {1, AV_TIME_BASE}, unit);
+    const bool hasHeader = stream.codecpar->codec_id == AV_CODEC_ID_AAC && packet.data[0] == 0xFF &&
+                           stream.codecpar->extradata_size == 0;
+    read.packets.push_back({{packet.data + (hasHeader ? 7 : 0), packet.data + packet.size},
+                            av_rescale_q(packet.pts, stream.time_base, unit) - zero,
+                            packet.pos});
+    read.tag = stream.codecpar->codec_tag;
+    read.end = av_rescale_q(stream.start_time + stream.duration, stream.time_base, unit) - zero;
+  });
   return read;
 }
 
