@@ -10,7 +10,10 @@ find_package(PkgConfig REQUIRED)
 
 find_program(VRX_CCACHE ccache)
 if(VRX_CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${VRX_CCACHE})
+  # Checkouts in several folders share what was compiled: debug information names files from the top of the tree,
+  # where debuggers are to be started.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} ${VRX_CCACHE})
+  add_compile_options(-fdebug-prefix-map=${PROJECT_SOURCE_DIR}=.)
 endif()
 
 # Apart from the rest for programs that only the build runs, which need no sanitizers.
@@ -36,12 +39,18 @@ if(VRX_SANITIZE)
 endif()
 
 # vrx_room(NAME SOURCES file... LINKS target...): one folder's static library vrx_NAME. Headers are included by
-# their path from the top of the tree.
+# their path from the top of the tree. With VRX_UNITY a dozen of its files are compiled as one, so what they name
+# in unnamed namespaces must differ.
 function(vrx_room name)
   cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS" ${ARGN})
   add_library(vrx_${name} STATIC ${ROOM_SOURCES})
   target_include_directories(vrx_${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(vrx_${name} PUBLIC ${ROOM_LINKS} PRIVATE vrx_options)
+  if(VRX_UNITY)
+    set_target_properties(vrx_${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
+    # Unnamed namespaces of the files are not those of a header, as this warning takes them to be.
+    target_compile_options(vrx_${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+  endif()
 endfunction()
 
 # vrx_module(NAME ROOM): a library that is loaded by name, with the functions that NAME.map lists. The functions

@@ -5,7 +5,7 @@
 namespace vrx::engine {
 namespace {
 
-constexpr std::uint32_t kColours = 0x00FFFFFF;
+constexpr std::uint32_t kColourBits = 0x00FFFFFF;
 constexpr int kTopByte = 24;  // bits below it
 // Fainter pixels have too few levels before they are divided by their alpha: their colours are not spread.
 constexpr std::uint32_t kFirmAlpha = 16;
@@ -13,10 +13,10 @@ constexpr std::uint32_t kReach = 16;  // pixels, the side of a macroblock
 constexpr std::uint32_t kNothingNear = kReach << kTopByte;
 constexpr std::uint32_t kOneFurther = 1u << kTopByte;
 
-constexpr int kShift = kFraction - 2;  // ten bits: four levels for each of eight bits
-constexpr int kHalf = 1 << (kShift - 1);
-constexpr int kLumaBias10 = (kLumaFloor << kFraction) + kHalf;
-constexpr int kChromaBias10 = (kNeutral << kFraction) + kHalf;
+constexpr int kShiftTo10 = kFraction - 2;  // ten bits: four levels for each of eight bits
+constexpr int kHalfOf10 = 1 << (kShiftTo10 - 1);
+constexpr int kLumaBias10 = (kLumaFloor << kFraction) + kHalfOf10;
+constexpr int kChromaBias10 = (kNeutral << kFraction) + kHalfOf10;
 
 void TakeNearer(std::uint32_t& at, std::uint32_t neighbour) {
   neighbour += kOneFurther;
@@ -50,7 +50,7 @@ void AlphaConversion::SpreadColours(const std::uint32_t* drawing) {
   std::uint32_t* spread = m_spread.data();
   for (std::ptrdiff_t i = 0; i < end; ++i) {
     const bool isFirm = drawing[i] >> kTopByte >= kFirmAlpha;
-    spread[i] = isFirm ? drawing[i] & kColours : kNothingNear;
+    spread[i] = isFirm ? drawing[i] & kColourBits : kNothingNear;
     if (i % width != 0) TakeNearer(spread[i], spread[i - 1]);
     if (i >= width) TakeNearer(spread[i], spread[i - width]);
   }
@@ -71,9 +71,12 @@ void AlphaConversion::ConvertRow(const std::uint32_t* drawn, const std::uint32_t
     const int blue = static_cast<int>(colour & 0xFF);
     const int green = static_cast<int>(colour >> 8 & 0xFF);
     const int red = static_cast<int>(colour >> 16 & 0xFF);
-    luma[x] = static_cast<std::uint16_t>((c.yr * red + c.yg * green + c.yb * blue + kLumaBias10) >> kShift);
-    u[x] = static_cast<std::uint16_t>((c.ur * red + c.ug * green + c.ub * blue + kChromaBias10) >> kShift);
-    v[x] = static_cast<std::uint16_t>((c.vr * red + c.vg * green + c.vb * blue + kChromaBias10) >> kShift);
+    luma[x] =
+        static_cast<std::uint16_t>((c.yr * red + c.yg * green + c.yb * blue + kLumaBias10) >> kShiftTo10);
+    u[x] =
+        static_cast<std::uint16_t>((c.ur * red + c.ug * green + c.ub * blue + kChromaBias10) >> kShiftTo10);
+    v[x] =
+        static_cast<std::uint16_t>((c.vr * red + c.vg * green + c.vb * blue + kChromaBias10) >> kShiftTo10);
     alpha[x] = static_cast<std::uint16_t>(a << 2 | a >> 6);
   }
 }

@@ -17,7 +17,6 @@ namespace {
 
 constexpr int kBlock = 1024;    // samples given to the resampler at a time
 constexpr int kMinLeadIn = 64;  // input before a clip's start; longer than the resampler's filter looks back
-constexpr int kMaxChannels = 8;
 
 std::vector<float*> MakePlanes(std::vector<std::vector<float>>& memory, int channels) {
   memory.assign(static_cast<std::size_t>(channels), std::vector<float>(kBlock));

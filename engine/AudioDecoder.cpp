@@ -16,15 +16,15 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-constexpr int kMaxChannels = 64;       // libswresample's limit
-constexpr int kFinerSteps = 64;        // to a sample, for times that are subtracted before they are rounded
-constexpr int kJitterPerSecond = 200;  // smaller errors of timestamps, 1 / 200 s, are ignored
-constexpr int kMaxEmptyReads = 1000;   // reads in a row that give neither a packet nor the end
+constexpr int kMaxSourceChannels = 64;  // libswresample's limit
+constexpr int kFinerSteps = 64;         // to a sample, for times that are subtracted before they are rounded
+constexpr int kJitterPerSecond = 200;   // smaller errors of timestamps, 1 / 200 s, are ignored
+constexpr int kMaxEmptyReads = 1000;    // reads in a row that give neither a packet nor the end
 
 bool IsUsable(const AVCodecParameters& parameters) {
   return parameters.sample_rate >= AudioDecoder::kMinRate &&
          parameters.sample_rate <= AudioDecoder::kMaxRate && parameters.ch_layout.nb_channels > 0 &&
-         parameters.ch_layout.nb_channels <= kMaxChannels;
+         parameters.ch_layout.nb_channels <= kMaxSourceChannels;
 }
 
 }  // namespace

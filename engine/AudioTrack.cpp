@@ -18,7 +18,6 @@ extern "C" {
 namespace vrx::engine {
 namespace {
 
-constexpr int kMaxChannels = 8;
 constexpr int kPassedBlock = 1024;  // samples
 constexpr std::int64_t kMicroseconds = 1'000'000;
 

@@ -22,6 +22,9 @@ struct AudioClip {
   std::uint64_t scale;
 };
 
+/// Room for the channels of any AudioFormat.
+inline constexpr int kMaxChannels = 8;
+
 struct AudioFormat {
   int sampleRate;  // Hz
   int channels;    // 1, 2 or 6 in the order of libav's default layouts

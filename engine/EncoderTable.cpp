@@ -129,7 +129,7 @@ constexpr CodecFacts kAv1{.name = "AV1",
                           .inQuickTime = false,
                           .inTransportStream = false};
 
-Result Unusable(const std::string& what) {
+Result UnusableEncoder(const std::string& what) {
   Log(VRXLogError, "output setting not usable: " + what);
   return kUnusableSettings;
 }
@@ -178,18 +178,18 @@ Result CheckCodec(const OutputPlan& plan) {
   const CodecFacts& facts = FactsOf(video.codec);
   const std::string name = facts.name;
   if (video.quality && !facts.takesQuality) {
-    return Unusable(name + " has no constant rate factor; give a bitrate, or another codec");
+    return UnusableEncoder(name + " has no constant rate factor; give a bitrate, or another codec");
   }
   if (video.interlaced && !facts.takesInterlaced) {
-    return Unusable(name + " codes no interlaced pictures here; H.264 and MPEG-2 do");
+    return UnusableEncoder(name + " codes no interlaced pictures here; H.264 and MPEG-2 do");
   }
   const bool fits = plan.container == Container::Mp4 ||
                     (plan.container == Container::QuickTime ? facts.inQuickTime : facts.inTransportStream);
   if (fits) return kOk;
   if (plan.audio && IsPcm(plan.audio->codec))
-    return Unusable("no file takes " + name +
-                    " together with PCM; use AAC or AC-3 and a name that ends in .mp4");
-  return Unusable(plan.path + " cannot hold " + name + ", which needs a name that ends in .mp4");
+    return UnusableEncoder("no file takes " + name +
+                           " together with PCM; use AAC or AC-3 and a name that ends in .mp4");
+  return UnusableEncoder(plan.path + " cannot hold " + name + ", which needs a name that ends in .mp4");
 }
 
 }  // namespace vrx::engine

@@ -7,6 +7,7 @@ extern "C" {
 #include <array>
 #include <cstdio>
 #include <mutex>
+#include <system_error>
 
 namespace vrx::engine {
 namespace {
@@ -73,6 +74,8 @@ void Log(VRXLogSeverity severity, std::string_view line) {
     std::fprintf(stderr, "VRXEngine %s: %s\n", SeverityName(severity), text.c_str());
   }
 }
+
+std::string SystemErrorText(int code) { return std::generic_category().message(code); }
 
 std::string AvErrorText(int code) {
   std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};

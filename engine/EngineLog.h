@@ -32,5 +32,7 @@ class ClipLogScope {
 
 /// The text that libav gives for an error code of its own.
 std::string AvErrorText(int code);
+/// The text of an errno.
+std::string SystemErrorText(int code);
 
 }  // namespace vrx::engine

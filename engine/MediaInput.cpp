@@ -30,11 +30,9 @@ constexpr const char* kFormats =
 constexpr const char* kStills = "image2";
 constexpr const char* kPlaylists = "hls,concat,dash,imf,sdp,rtsp,webm_dash_manifest";
 
-std::string ErrorText(int systemError) { return std::generic_category().message(systemError); }
-
 Refusal RefuseSystemError(int systemError) {
   if (systemError == ENOENT || systemError == ENOTDIR) return {kSourceMissing, "does not exist"};
-  return {kSourceUnreadable, "cannot be read (" + ErrorText(systemError) + ")"};
+  return {kSourceUnreadable, "cannot be read (" + SystemErrorText(systemError) + ")"};
 }
 
 Refusal RefuseKind(const struct stat& status) {

@@ -23,8 +23,6 @@ Result Refuse(const std::string& path, const std::string& cause) {
   return kOutputFailed;
 }
 
-std::string ErrorText(int systemError) { return std::generic_category().message(systemError); }
-
 /// The folder of `path` with its slash; "" for a bare name.
 std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -52,14 +50,14 @@ Result FindOutputTarget(const std::string& path, OutputTarget& target) {
   target = {path, std::nullopt};
   int links = 0;
   for (std::string next; ReadLink(target.path, next); target.path = next) {
-    if (++links > kMaxLinks) return Refuse(path, ErrorText(ELOOP));
+    if (++links > kMaxLinks) return Refuse(path, SystemErrorText(ELOOP));
   }
   struct stat status {};
-  if (target.path.empty() || target.path.back() == '/') return Refuse(path, ErrorText(EISDIR));
+  if (target.path.empty() || target.path.back() == '/') return Refuse(path, SystemErrorText(EISDIR));
   if (lstat(target.path.c_str(), &status) != 0) {
-    return errno == ENOENT ? kOk : Refuse(path, ErrorText(errno));
+    return errno == ENOENT ? kOk : Refuse(path, SystemErrorText(errno));
   }
-  if (S_ISDIR(status.st_mode)) return Refuse(path, ErrorText(EISDIR));
+  if (S_ISDIR(status.st_mode)) return Refuse(path, SystemErrorText(EISDIR));
   if (!S_ISREG(status.st_mode)) return Refuse(path, "it is a device, a pipe or a socket");
   if (faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) != 0) {
     return Refuse(path, "the file there is write-protected");

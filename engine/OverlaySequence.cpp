@@ -14,7 +14,7 @@
 namespace vrx::engine {
 namespace {
 
-Result Unusable(const std::string& what) {
+Result UnusableAlone(const std::string& what) {
   Log(VRXLogError, "overlays cannot be written alone: " + what);
   return kUnusableSettings;
 }
@@ -29,7 +29,7 @@ Result OverlaySequence::Create(const VRXTimeline& timeline, const VRXSystemOutpu
   OutputPlan plan;
   VRX_TRY(MakeOutputPlan(output, overrides, plan));
   if (!IsMovie(plan) && !IsPictures(plan)) {
-    return Unusable(
+    return UnusableAlone(
         "the output ends neither in .mov, for a movie, nor in .png, for pictures such as "
         "overlay-%05d.png: " +
         plan.path);
@@ -40,7 +40,7 @@ Result OverlaySequence::Create(const VRXTimeline& timeline, const VRXSystemOutpu
   std::vector<OverlaySpan> ranges;
   VRX_TRY(MakeOverlaySpans(output, duration, ranges));
   OverlaySpans spans(output.rawOutput, std::move(ranges));
-  if (spans.IsEmpty()) return Unusable("the project has no overlays");
+  if (spans.IsEmpty()) return UnusableAlone("the project has no overlays");
   std::unique_ptr<OverlaySequence> made(new OverlaySequence(plan, std::move(spans)));
   VRX_TRY(MeasureSources(duration, clips, made->m_total));
   VRX_TRY(made->CutToRange(plan));

@@ -12,17 +12,17 @@
 namespace vrx::engine {
 namespace {
 
-struct Kept {
+struct KeptOverrides {
   std::mutex lock;
   RenderOverrides overrides;  // guarded
 };
 
-Kept& TheKept() {
-  static Kept kept;
+KeptOverrides& TheKeptOverrides() {
+  static KeptOverrides kept;
   return kept;
 }
 
-Result Unusable(const std::string& what) {
+Result UnusableOverride(const std::string& what) {
   Log(VRXLogError, "override not usable: " + what);
   return kUnusableSettings;
 }
@@ -41,13 +41,13 @@ Result ReadCodec(VRXVideoCodec wanted, std::optional<VideoCodec>& codec) {
       codec = VideoCodec::Av1;
       return kOk;
   }
-  return Unusable("codec is " + std::to_string(static_cast<std::int32_t>(wanted)) + ", not 0 to 3");
+  return UnusableOverride("codec is " + std::to_string(static_cast<std::int32_t>(wanted)) + ", not 0 to 3");
 }
 
 Result ReadPreset(const char* wanted, const char*& preset) {
   if (wanted == nullptr) return kOk;
   const auto found = std::find(limits::kPresets.begin(), limits::kPresets.end(), std::string_view(wanted));
-  if (found == limits::kPresets.end()) return Unusable(std::string("preset is ") + wanted);
+  if (found == limits::kPresets.end()) return UnusableOverride(std::string("preset is ") + wanted);
   preset = *found;
   return kOk;
 }
@@ -55,14 +55,14 @@ Result ReadPreset(const char* wanted, const char*& preset) {
 Result ReadQuality(const VRXRenderOverrides& wanted, std::optional<double>& quality) {
   if (wanted.crf < 0.0) return kOk;
   const double most = wanted.codec == VRXVideoCodecAv1 ? limits::kMaxAv1Quality : limits::kMaxQuality;
-  if (!(wanted.crf <= most)) return Unusable("crf is " + std::to_string(wanted.crf));
+  if (!(wanted.crf <= most)) return UnusableOverride("crf is " + std::to_string(wanted.crf));
   quality = wanted.crf;
   return kOk;
 }
 
 Result ReadFrames(const VRXRenderOverrides& wanted, RenderOverrides& read) {
   constexpr std::uint64_t kMost = limits::kMaxMovieFrames;
-  if (wanted.firstFrame > kMost || wanted.frameCount > kMost) return Unusable("the range of frames");
+  if (wanted.firstFrame > kMost || wanted.frameCount > kMost) return UnusableOverride("the range of frames");
   read.firstFrame = static_cast<std::int64_t>(wanted.firstFrame);
   read.frameCount = static_cast<std::int64_t>(wanted.frameCount);
   return kOk;
@@ -72,12 +72,12 @@ Result ReadPiece(const VRXRenderOverrides& wanted, std::optional<PieceLabel>& pi
   if (wanted.pieceOf == nullptr) return kOk;
   const std::string movie(wanted.pieceOf, strnlen(wanted.pieceOf, kLongestMovieName + 1));
   if (!IsMovieName(movie))
-    return Unusable("the name of the movie in pieces is not 1 to 64 letters and digits");
+    return UnusableOverride("the name of the movie in pieces is not 1 to 64 letters and digits");
   const bool isSound = wanted.tracks == VRXSoundAlone;
   if (wanted.pieceCount == 0 || wanted.piece > wanted.pieceCount || isSound != (wanted.piece == 0) ||
       wanted.tracks == VRXAllTracks)
-    return Unusable("piece " + std::to_string(wanted.piece) + " of " + std::to_string(wanted.pieceCount) +
-                    (isSound ? " with sound" : " without sound"));
+    return UnusableOverride("piece " + std::to_string(wanted.piece) + " of " +
+                            std::to_string(wanted.pieceCount) + (isSound ? " with sound" : " without sound"));
   piece = PieceLabel{.movie = movie, .number = wanted.piece, .count = wanted.pieceCount};
   return kOk;
 }
@@ -87,7 +87,7 @@ template <class Enumeration, class Wanted>
 Result ReadChoice(Wanted wanted, Enumeration last, const char* name, Enumeration& read) {
   const auto number = static_cast<std::int32_t>(wanted);
   if (number < 0 || number > static_cast<std::int32_t>(last))
-    return Unusable(std::string(name) + " is " + std::to_string(number));
+    return UnusableOverride(std::string(name) + " is " + std::to_string(number));
   read = static_cast<Enumeration>(number);
   return kOk;
 }
@@ -99,7 +99,7 @@ Result SetRenderOverrides(const VRXRenderOverrides* overrides) {
   if (overrides != nullptr) {
     if (overrides->structSize < sizeof(VRXRenderOverrides)) return kInvalidArgument;
     if (overrides->overlays != VRXOverlayInMovie && overrides->overlays != VRXOverlayAlone)
-      return Unusable("overlays is neither in the movie nor alone");
+      return UnusableOverride("overlays is neither in the movie nor alone");
     VRX_TRY(ReadCodec(overrides->codec, read.codec));
     VRX_TRY(ReadPreset(overrides->preset, read.preset));
     VRX_TRY(ReadQuality(*overrides, read.quality));
@@ -110,14 +110,14 @@ Result SetRenderOverrides(const VRXRenderOverrides* overrides) {
     read.hardware = overrides->hardware;
     read.overlaysAlone = overrides->overlays == VRXOverlayAlone;
   }
-  Kept& kept = TheKept();
+  KeptOverrides& kept = TheKeptOverrides();
   const std::scoped_lock lock(kept.lock);
   kept.overrides = read;
   return kOk;
 }
 
 RenderOverrides CurrentRenderOverrides() {
-  Kept& kept = TheKept();
+  KeptOverrides& kept = TheKeptOverrides();
   const std::scoped_lock lock(kept.lock);
   return kept.overrides;
 }

@@ -6,26 +6,26 @@
 namespace vrx::engine {
 namespace {
 
-struct Kept {
+struct KeptSummary {
   std::mutex lock;
   std::optional<VRXRenderSummary> summary;  // guarded
 };
 
-Kept& TheKept() {
-  static Kept kept;
+KeptSummary& TheKeptSummary() {
+  static KeptSummary kept;
   return kept;
 }
 
 }  // namespace
 
 void KeepRenderSummary(const VRXRenderSummary& summary) {
-  Kept& kept = TheKept();
+  KeptSummary& kept = TheKeptSummary();
   const std::scoped_lock lock(kept.lock);
   kept.summary = summary;
 }
 
 Result LastRenderSummary(VRXRenderSummary& summary) {
-  Kept& kept = TheKept();
+  KeptSummary& kept = TheKeptSummary();
   const std::scoped_lock lock(kept.lock);
   if (!kept.summary) return kFailed;
   summary = *kept.summary;

@@ -23,7 +23,7 @@ constexpr std::array<Rate, 9> kUsualRates{
     {{24000, 1001}, {24, 1}, {25, 1}, {30000, 1001}, {30, 1}, {48, 1}, {50, 1}, {60000, 1001}, {60, 1}}};
 
 template <class Number>
-bool ReadAll(std::string_view text, Number& number) {
+bool ReadNumber(std::string_view text, Number& number) {
   const char* const end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, number);
   return result.ec == std::errc() && result.ptr == end;
@@ -37,8 +37,8 @@ double PerSecond(const VRXTimeInfo& duration) {
 std::optional<PictureSize> ReadSize(const std::string& text) {
   const std::size_t cross = text.find_first_of("xX");
   PictureSize size;
-  if (cross == text.npos || !ReadAll(std::string_view(text).substr(0, cross), size.width) ||
-      !ReadAll(std::string_view(text).substr(cross + 1), size.height))
+  if (cross == text.npos || !ReadNumber(std::string_view(text).substr(0, cross), size.width) ||
+      !ReadNumber(std::string_view(text).substr(cross + 1), size.height))
     return {};
   return size;
 }
@@ -74,13 +74,13 @@ std::optional<VRXTimeInfo> ParseFrameRate(const std::string& text) {
   double decimal = 0.0;
   std::uint32_t scale = 0, value = 1;
   if (slash != text.npos) {
-    if (!ReadAll(std::string_view(text).substr(0, slash), scale) ||
-        !ReadAll(std::string_view(text).substr(slash + 1), value))
+    if (!ReadNumber(std::string_view(text).substr(0, slash), scale) ||
+        !ReadNumber(std::string_view(text).substr(slash + 1), value))
       return {};
     duration = {value, scale};
-  } else if (ReadAll(std::string_view(text), scale)) {
+  } else if (ReadNumber(std::string_view(text), scale)) {
     duration = {1, scale};
-  } else if (ReadAll(std::string_view(text), decimal) && std::isfinite(decimal) && decimal > 0.0) {
+  } else if (ReadNumber(std::string_view(text), decimal) && std::isfinite(decimal) && decimal > 0.0) {
     constexpr double kMostPerSecond = 1e6, kDecimals = 1000.0;
     if (decimal > kMostPerSecond) return {};
     duration = BroadcastRate(decimal).value_or(
@@ -100,7 +100,7 @@ std::optional<std::int32_t> ParseBitrate(const std::string& text) {
   if (digits.ends_with('k') || digits.ends_with('K')) factor = 1e3;
   if (digits.ends_with('M')) factor = 1e6;
   if (factor != 1.0) digits.remove_suffix(1);
-  if (!ReadAll(digits, number) || !(number * factor >= 1.0) ||
+  if (!ReadNumber(digits, number) || !(number * factor >= 1.0) ||
       number * factor > std::numeric_limits<std::int32_t>::max())
     return {};
   return static_cast<std::int32_t>(std::llround(number * factor));

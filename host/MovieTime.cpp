@@ -15,7 +15,7 @@ constexpr double kMinute = 60.0;  // seconds; and minutes of an hour
 constexpr int kMostParts = 3;
 
 template <class Number>
-bool ReadAll(std::string_view text, Number& number) {
+bool ReadPlainNumber(std::string_view text, Number& number) {
   const char* const end = text.data() + text.size();
   std::from_chars_result result{};
   if constexpr (std::is_floating_point_v<Number>) {
@@ -33,7 +33,8 @@ std::optional<double> SecondsOf(std::string_view text) {
     const std::size_t colon = text.find(':');
     const bool isLast = colon == text.npos;
     double part = 0.0;
-    if (!ReadAll(text.substr(0, colon), part) || !std::isfinite(part) || std::signbit(part)) return {};
+    if (!ReadPlainNumber(text.substr(0, colon), part) || !std::isfinite(part) || std::signbit(part))
+      return {};
     if ((parts > 1 && part >= kMinute) || (!isLast && part != std::floor(part))) return {};
     seconds = seconds * kMinute + part;
     if (isLast) return seconds;
@@ -62,7 +63,7 @@ std::optional<double> SecondsMeant(std::string text) {
 std::optional<MovieTime> ParseMovieTime(const std::string& text) {
   if (text.ends_with('f')) {
     std::uint32_t frame = 0;
-    if (!ReadAll(std::string_view(text).substr(0, text.size() - 1), frame)) return {};
+    if (!ReadPlainNumber(std::string_view(text).substr(0, text.size() - 1), frame)) return {};
     return MovieTime{.frame = frame};
   }
   const auto seconds = SecondsOf(text);

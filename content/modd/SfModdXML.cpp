@@ -14,8 +14,6 @@ constexpr char16_t kTypeName[] = u"ModdXML";
 constexpr char16_t kListKey[] = u"MetaDataList";
 constexpr char16_t kTimeZoneKey[] = u"FileTimeZoneOffset";
 
-constexpr char16_t kExtension[] = u".modd";
-
 constexpr std::uint32_t kSearchMs = 1;  // a share that does not answer holds no sidecar
 
 /// True for the name of a sidecar that stands for a stem: what it is appended to is no media file.
@@ -47,7 +45,7 @@ XpResult SfModdXML::GetFileTimeZoneOffset(std::int32_t& minutes) const {
 XpResult SfModdXML::SaveSidecar() {
   if (m_mode == SfModdRead) return XpErrNoSuchFile;
   if (m_mode != SfModdReadWrite) return XpErrInvalidFileOperation;
-  if (m_sharedByStem) m_moddPath = XpPath(m_contentPath.GetText() + kExtension);
+  if (m_sharedByStem) m_moddPath = XpPath(m_contentPath.GetText() + kXpSidecarExtension);
   const XpString& path = m_moddPath.GetText();
   if (XpPathIsReadOnly(path)) XpPathClearReadOnly(path);
   if (const XpResult result = Save(path)) return result;
@@ -88,7 +86,7 @@ XpResult SfModdXML::OpenDocument() {
 
 void SfModdXML::Find() {
   XpFileAvailableChecker checker;
-  const XpString own = m_contentPath.GetText() + kExtension;
+  const XpString own = m_contentPath.GetText() + kXpSidecarExtension;
   const XpString shared = XpSharedSidecarPath(m_contentPath.GetText());
   m_fileExists = checker.FileExists(own, kSearchMs);
   if (!m_fileExists) m_fileExists = m_sharedByStem = checker.FileExists(shared, kSearchMs);

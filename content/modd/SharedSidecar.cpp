@@ -13,7 +13,6 @@ namespace formats = vrx::formats;
 
 namespace {
 
-constexpr char16_t kExtension[] = u".modd";
 constexpr char16_t kRawExtension[] = u".rodd";
 
 bool IsRaw(const XpString& path) {
@@ -44,13 +43,13 @@ std::vector<XpPath> FindMainFiles(std::vector<XpPath> list) {
   return std::ranges::any_of(list, IsMedia) ? std::vector<XpPath>() : mains;
 }
 
-bool HasOwnSidecar(const XpPath& main) { return XpPathIsFile(main.GetText() + kExtension); }
+bool HasOwnSidecar(const XpPath& main) { return XpPathIsFile(main.GetText() + kXpSidecarExtension); }
 
 }  // namespace
 
 XpString XpSharedSidecarPath(const XpString& contentPath) {
   const XpString base = XpPathDirectory(contentPath) + XpPathStem(contentPath);
-  return base + (IsRaw(contentPath) ? kRawExtension : kExtension);
+  return base + (IsRaw(contentPath) ? kRawExtension : kXpSidecarExtension);
 }
 
 void XpRemoveUnneededSharedSidecar(const XpString& contentPath) {

@@ -4,6 +4,8 @@
 
 #include "vrx/XpString.h"
 
+inline constexpr char16_t kXpSidecarExtension[] = u".modd";
+
 /// The path of the shared sidecar of this media file.
 XpString XpSharedSidecarPath(const XpString& contentPath);
 

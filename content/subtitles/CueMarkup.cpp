@@ -7,6 +7,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include "content/subtitles/CueTimes.h"
 #include "content/subtitles/SubtitleLines.h"
 
 namespace vrx::subtitles {
@@ -44,8 +45,6 @@ constexpr Reference kReferences[] = {
 };
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
 Tag FindTag(std::string_view name) {
   std::string small(name);
   for (char& c : small) {

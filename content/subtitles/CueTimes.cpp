@@ -15,8 +15,6 @@ constexpr std::int64_t kMinute = 60;
 constexpr std::int64_t kMsPerSecond = 1000;
 constexpr double kRows = 18;  // of text in a frame, since a row of WebVTT takes 5.33 % of the height
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
 void SkipBlanks(std::string_view& text) {
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
 }

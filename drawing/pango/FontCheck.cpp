@@ -29,7 +29,6 @@ constexpr std::array kGeneralNames{"Sans",      "Sans-serif", "Serif",   "Mono",
                                    "System-ui", "Cursive",    "Fantasy", "Ui-serif", "Ui-sans-serif"};
 /// No font has this name.
 constexpr char kUnheardOf[] = "vrx unheard-of face";
-constexpr std::size_t kMaxFaceUnits = 256;  // as in PangoFonts
 
 std::string Utf8(const XpString& text) { return textcodec::ToUtf8(CutText(text.AsView(), kMaxFaceUnits)); }
 XpString Wide(const char* text) { return XpString(textcodec::ToUtf16(text)); }

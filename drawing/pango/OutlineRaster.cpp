@@ -9,8 +9,8 @@
 namespace vrx::drawing {
 namespace {
 
-constexpr double kUnitsPerPixel = 64;  // of FreeType's coordinates
-constexpr double kFarthest = 1 << 20;  // pixels; FreeType counts with less than 32 bits inside
+constexpr double kUnitsPerPixel = 64;       // of FreeType's coordinates
+constexpr double kFarthestPixel = 1 << 20;  // pixels; FreeType counts with less than 32 bits inside
 constexpr std::size_t kMostPoints = std::numeric_limits<short>::max();
 
 struct PathRelease {
@@ -46,7 +46,7 @@ void FillSpans(int y, int count, const FT_Span* spans, void* user) {
 }
 
 FT_Pos UnitsOf(double pixels) {
-  if (!(std::abs(pixels) <= kFarthest)) return pixels > 0 ? FT_Pos{1} << 26 : -(FT_Pos{1} << 26);
+  if (!(std::abs(pixels) <= kFarthestPixel)) return pixels > 0 ? FT_Pos{1} << 26 : -(FT_Pos{1} << 26);
   return std::lround(pixels * kUnitsPerPixel);
 }
 

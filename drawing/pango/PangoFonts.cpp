@@ -9,7 +9,6 @@ namespace vrx::drawing {
 namespace {
 
 constexpr std::size_t kMaxFonts = 32;
-constexpr std::size_t kMaxFaceUnits = 256;
 constexpr int kProbePixels = 1000;
 constexpr char kAnyFace[] = "Sans";
 

@@ -9,6 +9,9 @@
 
 namespace vrx::drawing {
 
+/// UTF-16 units of a face that are looked at.
+inline constexpr std::size_t kMaxFaceUnits = 256;
+
 class PangoFonts {
  public:
   PangoFonts();

@@ -15,7 +15,7 @@ namespace platform = vrx::platform;
 namespace {
 
 constexpr std::int32_t kUsualCluster = 4096;
-constexpr std::int64_t kMostBytes = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMostFolderBytes = std::numeric_limits<std::int64_t>::max();
 
 std::uint32_t AttributesOf(const platform::FileStatus& status) {
   std::uint32_t attributes = 0;
@@ -61,7 +61,7 @@ std::int64_t XpDir::GetSize() const {
   for (const XpString& name : names) {
     platform::FileStatus status;
     if (platform::StatEntry(m_path, name, status)) continue;  // gone since the listing
-    sum += std::min(status.size, kMostBytes - sum);
+    sum += std::min(status.size, kMostFolderBytes - sum);
   }
   return sum;
 }
@@ -238,7 +238,7 @@ std::int64_t XpDir::RoundToCluster(std::int64_t size) {
   const std::int64_t over = size % m_clusterSize;
   if (over == 0) return size;
   const std::int64_t missing = m_clusterSize - over;
-  return size > kMostBytes - missing ? -1 : size + missing;
+  return size > kMostFolderBytes - missing ? -1 : size + missing;
 }
 
 std::int32_t XpDir::GetFileSystem() const {

@@ -10,10 +10,10 @@
 namespace {
 
 constexpr std::int64_t kGranule = 65536;
-constexpr std::int64_t kMostBytes = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMostFileBytes = std::numeric_limits<std::int64_t>::max();
 
 bool IsUsable(const void* buffer, std::uint64_t count) {
-  return buffer != nullptr && count != 0 && count <= static_cast<std::uint64_t>(kMostBytes);
+  return buffer != nullptr && count != 0 && count <= static_cast<std::uint64_t>(kMostFileBytes);
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ XpResult XpMemoryFile::Write(const void* buffer, std::uint64_t count, std::uint6
   if (written != nullptr) *written = 0;
   if (!IsUsable(buffer, count) || m_position < 0) return XpErrInvalidFileOperation;
   const auto length = static_cast<std::int64_t>(count);
-  if (length > kMostBytes - m_position) return XpErrDiskFull;
+  if (length > kMostFileBytes - m_position) return XpErrDiskFull;
   const std::int64_t end = m_position + length;
   if (const XpResult result = Reserve(end)) return result;
   if (m_position > m_size) std::memset(m_data + m_size, 0, static_cast<std::size_t>(m_position - m_size));
@@ -151,6 +151,6 @@ void XpMemoryFile::Reset() {
 }
 
 std::int64_t XpMemoryFile::RoundCapacity(std::int64_t size) const {
-  if (size < 0 || size > kMostBytes - kGranule) return -1;
+  if (size < 0 || size > kMostFileBytes - kGranule) return -1;
   return (size / kGranule + 1) * kGranule;
 }

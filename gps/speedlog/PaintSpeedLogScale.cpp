@@ -9,7 +9,7 @@ namespace {
 using namespace drawing;
 
 constexpr std::int32_t kMajorSeconds = 30, kMinorSeconds = 6;
-constexpr std::int32_t kBelowGraph = 4;  // pixels of a 1920 by 1080 frame
+constexpr std::int32_t kGapBelowGraph = 4;  // pixels of a 1920 by 1080 frame
 constexpr unsigned char kBandGrey = 0x80;
 
 class ScalePainting {
@@ -22,7 +22,7 @@ class ScalePainting {
         m_hasLabels(hasLabels),
         m_fade(fade),
         m_surface(surface) {
-    m_major = SizeOf(look.scale1, scene.graphHeight + kBelowGraph);
+    m_major = SizeOf(look.scale1, scene.graphHeight + kGapBelowGraph);
     m_minor = SizeOf(look.scale2, look.scale2 ? look.scale2->height : 0);
   }
 

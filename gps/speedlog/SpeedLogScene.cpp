@@ -10,7 +10,7 @@ namespace {
 
 using drawing::Point;
 
-constexpr double kMsPerSecond = 1000;
+constexpr double kMsOfSecond = 1000;
 constexpr double kLongestMs = 1e12;  // 31 years: times stay exact to a fraction of a pixel
 
 /// Where the strip stands, in pixels of a 1920 by 1080 frame.
@@ -30,15 +30,15 @@ void PlaceTicks(double sinceFirstMs, double anchorMs, double firstMs, std::int64
                 SpeedLogScene& scene) {
   if (lead > 0) {
     scene.tickOffset = drawing::Saturated(lead);
-    scene.firstSecond = Saturate<std::int64_t>(firstMs / kMsPerSecond);
+    scene.firstSecond = Saturate<std::int64_t>(firstMs / kMsOfSecond);
     return;
   }
   const double passedMs = sinceFirstMs - anchorMs;
-  const auto wholeSeconds = static_cast<double>(Saturate<std::int64_t>(passedMs / kMsPerSecond));
+  const auto wholeSeconds = static_cast<double>(Saturate<std::int64_t>(passedMs / kMsOfSecond));
   const auto atSecond = Saturate<std::int64_t>(wholeSeconds * scene.pixelsPerSecond);
-  const auto now = Saturate<std::int64_t>(passedMs * scene.pixelsPerSecond / kMsPerSecond);
+  const auto now = Saturate<std::int64_t>(passedMs * scene.pixelsPerSecond / kMsOfSecond);
   scene.tickOffset = drawing::Saturated(SaturatedSubtract(atSecond, now));
-  scene.firstSecond = Saturate<std::int64_t>((firstMs + sinceFirstMs - anchorMs) / kMsPerSecond);
+  scene.firstSecond = Saturate<std::int64_t>((firstMs + sinceFirstMs - anchorMs) / kMsOfSecond);
 }
 
 /// Takes the points of the curve that reach the canvas into a scene.
@@ -152,8 +152,8 @@ bool MakeSpeedLogScene(const SpeedLogRecord& record, drawing::Size size, std::in
   const double viewSeconds =
       record.pixelsPerSecond > 0 ? size.width / record.pixelsPerSecond : static_cast<double>(size.width);
   const Scroll scroll =
-      ScrollAt(sinceFirstMs / kMsPerSecond, position * viewSeconds / 100, record.pixelsPerSecond);
-  PlaceTicks(sinceFirstMs, position * viewSeconds * kMsPerSecond / 100, record.firstMs, scroll.lead, scene);
+      ScrollAt(sinceFirstMs / kMsOfSecond, position * viewSeconds / 100, record.pixelsPerSecond);
+  PlaceTicks(sinceFirstMs, position * viewSeconds * kMsOfSecond / 100, record.firstMs, scroll.lead, scene);
 
   scene.cursorX = drawing::Saturated((std::int64_t{scene.canvas.width} - 1) * position / 100);
   scene.curve.clear();
@@ -164,7 +164,7 @@ bool MakeSpeedLogScene(const SpeedLogRecord& record, drawing::Size size, std::in
   CurveWalk walk(record, scroll, std::max(size.width, scene.canvas.width), scene);
   walk.Run();
 
-  const SpeedSample* sample = record.FindSample(Saturate<std::int64_t>(timeMs / kMsPerSecond));
+  const SpeedSample* sample = record.FindSample(Saturate<std::int64_t>(timeMs / kMsOfSecond));
   if (sample != nullptr && sample->valid && walk.MeetsCursor()) {
     const std::int64_t x = std::int64_t{position} * size.width / 100;
     scene.position = Point{Saturate<std::int32_t>(static_cast<double>(x) * scene.scale), walk.GetCursorY()};

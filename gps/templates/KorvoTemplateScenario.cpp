@@ -12,8 +12,6 @@ using vrx::drawing::Saturated;
 
 namespace {
 
-constexpr std::int32_t kTemplateWidth = 1920;
-constexpr std::int32_t kTemplateHeight = 1080;
 constexpr std::int32_t kTrackLines = 7;
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "gps/templates/KorvoTemplateStructure.h"
 
+#include "gps/templates/TemplateScenarioValues.h"
 #include "overlay/painter/VideoLayouts.h"
 
 using namespace vrx::gps;
@@ -7,8 +8,6 @@ using vrx::drawing::Saturated;
 
 namespace {
 
-constexpr std::int32_t kTemplateWidth = 1920;
-constexpr std::int32_t kTemplateHeight = 1080;
 constexpr std::int32_t kStackedVideos = 7;  // the video layout of two, one over the other
 
 constexpr TemplateStructureValues kNormal{

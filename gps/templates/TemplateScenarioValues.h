@@ -9,6 +9,10 @@
 
 namespace vrx::gps {
 
+/// The frame that the numbers of looks and structures are made for.
+inline constexpr std::int32_t kTemplateWidth = 1920;
+inline constexpr std::int32_t kTemplateHeight = 1080;
+
 /// As project documents number them.
 enum : std::int32_t {
   kScenarioDriveSmall = 1,

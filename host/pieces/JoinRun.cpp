@@ -13,7 +13,7 @@ namespace {
 
 using platform::InterruptWaiter;
 
-constexpr std::uint32_t kAll = 100;
+constexpr std::uint32_t kWholePercent = 100;
 constexpr std::int32_t kForever = -1;
 constexpr std::int32_t kPatienceMs = 900;
 
@@ -78,7 +78,7 @@ class Join {
   }
 
   JoinOutcome OutcomeOf(std::int32_t result) {
-    if (result == VRXEngineOk && m_percent == kAll) return {.end = JoinOutcome::End::Done};
+    if (result == VRXEngineOk && m_percent == kWholePercent) return {.end = JoinOutcome::End::Done};
     if (m_isCancelled) return {.end = JoinOutcome::End::Cancelled};
     JoinOutcome outcome{.code = render::HostCode(result), .cause = "the conversion engine gives no cause"};
     for (const EngineLine& line : m_engine.TakeLines()) {

@@ -16,7 +16,7 @@ namespace {
 // scales it cuts off frequencies, and fine detail differs by far more than rounding.
 constexpr unsigned kScales[] = {8, 4, 2};
 constexpr int kInkChannels = 4;
-constexpr int kMaxSample = 255;
+constexpr int kMaxJpegSample = 255;
 
 /// The coarsest scale at which the picture covers what is enough.
 unsigned ChooseScale(const ImageReading& reading) {
@@ -35,12 +35,12 @@ unsigned ChooseScale(const ImageReading& reading) {
 }
 
 unsigned char Multiply(int a, int b) {
-  return static_cast<unsigned char>((a * b + kMaxSample / 2) / kMaxSample);
+  return static_cast<unsigned char>((a * b + kMaxJpegSample / 2) / kMaxJpegSample);
 }
 
 /// Files with an Adobe marker store ink inverted: 255 is none.
 void InkToBgr(const unsigned char* ink, bool isInverted, std::int32_t width, unsigned char* bgr) {
-  const int flip = isInverted ? 0 : kMaxSample;
+  const int flip = isInverted ? 0 : kMaxJpegSample;
   for (std::int32_t x = 0; x < width; ++x, ink += kInkChannels, bgr += 3) {
     const int black = ink[3] ^ flip;
     bgr[0] = Multiply(ink[2] ^ flip, black);

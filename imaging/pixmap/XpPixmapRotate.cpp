@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::ptrdiff_t kBytesPerPixel = 3;
+constexpr std::ptrdiff_t kPixelStep = 3;
 // A tile of both pictures stays in the first-level cache while columns are read as rows.
 constexpr std::int32_t kTile = 32;
 
@@ -21,9 +21,9 @@ void CopyTile(const XpPlaneBase& from, unsigned char* result, const Walk& walk, 
   const std::int32_t right = std::min(left + kTile, from.width);
   const std::int32_t bottom = std::min(top + kTile, from.height);
   for (std::int32_t y = top; y < bottom; ++y) {
-    const unsigned char* in = from.Row(y) + left * kBytesPerPixel;
+    const unsigned char* in = from.Row(y) + left * kPixelStep;
     unsigned char* out = result + walk.start + y * walk.perRow + left * walk.perColumn;
-    for (std::int32_t x = left; x < right; ++x, in += kBytesPerPixel, out += walk.perColumn) {
+    for (std::int32_t x = left; x < right; ++x, in += kPixelStep, out += walk.perColumn) {
       out[0] = in[0];
       out[1] = in[1];
       out[2] = in[2];
@@ -34,22 +34,22 @@ void CopyTile(const XpPlaneBase& from, unsigned char* result, const Walk& walk, 
 enum class Turn { Clockwise, Half, CounterClockwise, Mirror };
 
 Walk WalkFor(Turn turn, std::ptrdiff_t width, std::ptrdiff_t height, std::ptrdiff_t rowBytes) {
-  const std::ptrdiff_t lastColumn = (width - 1) * kBytesPerPixel;
+  const std::ptrdiff_t lastColumn = (width - 1) * kPixelStep;
   switch (turn) {
     case Turn::Clockwise:
-      return {(height - 1) * kBytesPerPixel, rowBytes, -kBytesPerPixel};
+      return {(height - 1) * kPixelStep, rowBytes, -kPixelStep};
     case Turn::Half:
-      return {(height - 1) * rowBytes + lastColumn, -kBytesPerPixel, -rowBytes};
+      return {(height - 1) * rowBytes + lastColumn, -kPixelStep, -rowBytes};
     case Turn::CounterClockwise:
-      return {(width - 1) * rowBytes, -rowBytes, kBytesPerPixel};
+      return {(width - 1) * rowBytes, -rowBytes, kPixelStep};
     case Turn::Mirror:
       break;
   }
-  return {lastColumn, -kBytesPerPixel, rowBytes};
+  return {lastColumn, -kPixelStep, rowBytes};
 }
 
 std::unique_ptr<XpPixmap24NoHandle> Turned(const XpPixmapBase& pixmap, Turn turn) {
-  if (pixmap.GetPlaneBytesPerPixel(0) != kBytesPerPixel) return nullptr;
+  if (pixmap.GetPlaneBytesPerPixel(0) != kPixelStep) return nullptr;
   const XpPlaneBase& from = *pixmap.GetPlane(0);
   const bool swapsSides = turn == Turn::Clockwise || turn == Turn::CounterClockwise;
   auto result = std::make_unique<XpPixmap24NoHandle>();

@@ -8,7 +8,7 @@
 namespace vrx::overlay {
 namespace {
 
-constexpr std::int32_t kBlock = 16;  // pixels looked at together
+constexpr std::int32_t kStride = 16;  // pixels looked at together
 constexpr std::uint32_t kAnyByte = 0xFFFFFFFFu;
 constexpr std::size_t kPixelBytes = 4;
 
@@ -20,8 +20,8 @@ bool IsClear(const unsigned char* row, std::int32_t first, std::int32_t last) {
 DrawnArea::Span FindSpan(const unsigned char* row, std::int32_t width) {
   if (IsClear(row, 0, width)) return {};
   DrawnArea::Span span{0, width};
-  while (IsClear(row, span.first, std::min(span.first + kBlock, width))) span.first += kBlock;
-  while (IsClear(row, std::max(span.last - kBlock, span.first), span.last)) span.last -= kBlock;
+  while (IsClear(row, span.first, std::min(span.first + kStride, width))) span.first += kStride;
+  while (IsClear(row, std::max(span.last - kStride, span.first), span.last)) span.last -= kStride;
   return span;
 }
 

@@ -17,7 +17,7 @@ using namespace drawing;
 constexpr ColorRef kShadowColor = 0x020000;
 constexpr ColorRef kBoxColor = MakeColor(11, 14, 18);  // the dark ground of all overlays
 constexpr std::uint8_t kFaintShadowAlpha = 0x80;
-constexpr std::uint8_t kOpaque = 255;
+constexpr std::uint8_t kOpaqueAlpha = 255;
 
 void FillBox(const XpBitmap& bitmap, const Rect& box, std::uint8_t alpha) {
   const Rect visible = Intersect(box, {0, 0, bitmap.width, bitmap.height});
@@ -50,7 +50,7 @@ XpRowRange RowsOnFrame(XpRowRange rows, const CaptionCanvas& canvas) {
 }  // namespace
 
 CaptionLook LookOf(const CaptionItem& caption, bool saveMovieMode) {
-  const double box = std::clamp(caption.boxOpacity, 0.0, kWholeCaptionBox) * kOpaque / kWholeCaptionBox;
+  const double box = std::clamp(caption.boxOpacity, 0.0, kWholeCaptionBox) * kOpaqueAlpha / kWholeCaptionBox;
   return {.textColor = caption.fontColor,
           .outlineColor = caption.outlineColor,
           .outline = caption.outline > 0.0 ? std::min(caption.outline, kWidestOutline) : 0.0,
@@ -80,7 +80,7 @@ XpRowRange DrawSharpCaption(std::u16string_view text, const CaptionLayout& layou
   };
   draw({.color = kShadowColor,
         .outline = look.outline,
-        .alpha = look.hasFaintShadow ? kFaintShadowAlpha : kOpaque,
+        .alpha = look.hasFaintShadow ? kFaintShadowAlpha : kOpaqueAlpha,
         .offset = {PixelsOf(kCaptionShadowOffset, scale.xFactor),
                    PixelsOf(kCaptionShadowOffset, scale.yFactor)},
         .isSilhouette = true});

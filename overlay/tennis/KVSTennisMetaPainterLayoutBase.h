@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <numbers>
 
 #include "drawing/Color.h"
 #include "drawing/Geometry.h"
@@ -13,6 +14,9 @@
 #include "overlay/tennis/TennisZones.h"
 
 namespace vrx::overlay {
+
+inline constexpr double kSineOf45Degrees = std::numbers::sqrt2 / 2;  // and its cosine
+inline constexpr double kEighthTurn = std::numbers::pi / 4;
 
 /// Everything that one layout states, in pixels of a frame of 1920 by 1080.
 struct TennisLayoutValues {

@@ -1,13 +1,8 @@
 #include "overlay/tennis/KVSTennisMetaPainterLayoutLight.h"
 
-#include <numbers>
-
 namespace {
 
-constexpr double kSine = std::numbers::sqrt2 / 2;  // of 45 degrees, and its cosine
-constexpr double kEighth = std::numbers::pi / 4;
-
-constexpr vrx::overlay::TennisLayoutValues kValues{
+constexpr vrx::overlay::TennisLayoutValues kLightValues{
     .kind = KVSTennisMetaPainterLayoutLight::kLayoutType,
     .hasTimeLine = false,
     .hasSeparator = true,
@@ -27,8 +22,10 @@ constexpr vrx::overlay::TennisLayoutValues kValues{
     .nameColor = 0xAFAFAF,
     .dateColor = 0xC8C8C8,
     .grid = {110, 205, 20},
-    .foreTurn = {-kEighth, 1 - kSine, 1 + kSine, true},
-    .backTurn = {5 * kEighth, 1 + kSine, 1 + kSine, true},
+    .foreTurn = {-vrx::overlay::kEighthTurn, 1 - vrx::overlay::kSineOf45Degrees,
+                 1 + vrx::overlay::kSineOf45Degrees, true},
+    .backTurn = {5 * vrx::overlay::kEighthTurn, 1 + vrx::overlay::kSineOf45Degrees,
+                 1 + vrx::overlay::kSineOf45Degrees, true},
 };
 
 }  // namespace
@@ -36,4 +33,4 @@ constexpr vrx::overlay::TennisLayoutValues kValues{
 KVSTennisMetaPainterLayoutLight::KVSTennisMetaPainterLayoutLight(
     std::shared_ptr<const TennisMetaResource> resources, std::int32_t width, std::int32_t height,
     const XpString& fontName)
-    : KVSTennisMetaPainterLayoutBase(kValues, std::move(resources), width, height, fontName) {}
+    : KVSTennisMetaPainterLayoutBase(kLightValues, std::move(resources), width, height, fontName) {}

@@ -1,13 +1,8 @@
 #include "overlay/tennis/KVSTennisMetaPainterLayoutNormal.h"
 
-#include <numbers>
-
 namespace {
 
-constexpr double kSine = std::numbers::sqrt2 / 2;  // of 45 degrees, and its cosine
-constexpr double kEighth = std::numbers::pi / 4;
-
-constexpr vrx::overlay::TennisLayoutValues kValues{
+constexpr vrx::overlay::TennisLayoutValues kNormalValues{
     .kind = KVSTennisMetaPainterLayoutNormal::kLayoutType,
     .hasTimeLine = true,
     .hasSeparator = false,
@@ -27,8 +22,10 @@ constexpr vrx::overlay::TennisLayoutValues kValues{
     .nameColor = 0xAFAFAF,
     .dateColor = 0xC8C8C8,
     .grid = {99, 245, 25},
-    .foreTurn = {-kEighth, 1 - kSine, 1 + kSine, false},
-    .backTurn = {kEighth, 1 - kSine, 1 - kSine, false},
+    .foreTurn = {-vrx::overlay::kEighthTurn, 1 - vrx::overlay::kSineOf45Degrees,
+                 1 + vrx::overlay::kSineOf45Degrees, false},
+    .backTurn = {vrx::overlay::kEighthTurn, 1 - vrx::overlay::kSineOf45Degrees,
+                 1 - vrx::overlay::kSineOf45Degrees, false},
 };
 
 }  // namespace
@@ -36,4 +33,4 @@ constexpr vrx::overlay::TennisLayoutValues kValues{
 KVSTennisMetaPainterLayoutNormal::KVSTennisMetaPainterLayoutNormal(
     std::shared_ptr<const TennisMetaResource> resources, std::int32_t width, std::int32_t height,
     const XpString& fontName)
-    : KVSTennisMetaPainterLayoutBase(kValues, std::move(resources), width, height, fontName) {}
+    : KVSTennisMetaPainterLayoutBase(kNormalValues, std::move(resources), width, height, fontName) {}

@@ -13,7 +13,7 @@ namespace {
 using namespace overlay;
 using View = std::u16string_view;
 
-constexpr std::array<View, kSlowInfoFields> kFieldNames{
+constexpr std::array<View, kSlowInfoFields> kSlowFieldNames{
     u"the VideoID", u"the speed",           u"the start",
     u"the end",     u"the time of the log", u"the time with trimmed parts"};
 
@@ -22,7 +22,7 @@ XpString JudgeRecord(std::string_view text) {
   SlowInfoRecord record;
   const std::size_t fields = ReadSlowInfoRecord(text, record);
   if (fields < kSlowInfoFields) {
-    return XpString(kFieldNames[fields]) +
+    return XpString(kSlowFieldNames[fields]) +
            u" cannot be read: it and the fields after it keep the values of the record before";
   }
   if (!text.empty()) return u"more than six fields: the others are not read";

@@ -15,7 +15,7 @@ namespace {
 
 using namespace overlay;
 
-constexpr std::array<std::u16string_view, kTennisFields> kFieldNames{
+constexpr std::array<std::u16string_view, kTennisFields> kTennisFieldNames{
     u"the time",           u"the swing type",    u"the impact zone",  u"the third counter",
     u"the second counter", u"the first counter", u"the clip's start", u"the clip's anchor",
     u"the clip's end",     u"the left child",    u"the right child",  u"the swap of sides"};
@@ -56,7 +56,7 @@ class ShotsChecker {
     const std::size_t fields = ReadTennisRecord(text, shot);
     if (fields < kTennisFields) {
       m_report.Add(u"record", number,
-                   XpString(kFieldNames[fields]) + u" cannot be read: the record is left out", m_line);
+                   XpString(kTennisFieldNames[fields]) + u" cannot be read: the record is left out", m_line);
       return;
     }
     if (!text.empty())

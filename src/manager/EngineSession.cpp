@@ -9,8 +9,6 @@ namespace {
 
 using renderlog::LogLine;
 
-constexpr char16_t kRender[] = u"renderToFile";
-
 void LogResult(const char16_t* caller, const char16_t* format, std::int32_t result,
                const char* sourceFile = __builtin_FILE(), std::int32_t sourceLine = __builtin_LINE()) {
   XpString line;
@@ -50,20 +48,20 @@ bool EngineSession::IsSmartRenderingCapable(std::uint32_t first, std::uint32_t s
 }
 
 void EngineSession::SendGpuSetting(const void* data, std::uint32_t size) {
-  LogResult(kRender, u"FUNC_VRX_SetSTPVSetting(%08x)", m_library.setSTPVSetting(m_engine, data, size));
+  LogResult(kRenderToFile, u"FUNC_VRX_SetSTPVSetting(%08x)", m_library.setSTPVSetting(m_engine, data, size));
 }
 
 std::int32_t EngineSession::CreateSequence(VRXTimeline& timeline, VRXSystemOutputSetting& output) {
   const std::int32_t result = m_library.createSequence(m_engine, &timeline, &output, &m_sequence);
   XpString line;
   XpFormat(line, u"FUNC_VRX_CreateSequence(%08x) - GetLastError=%08x", result, platform::LastError());
-  LogLine(kRender, line);
+  LogLine(kRenderToFile, line);
   return result;
 }
 
 std::int32_t EngineSession::Execute(VRXProgressInfo& progress, bool& endFlag) {
   const std::int32_t result = m_sequence->Execute(&progress, &endFlag);
-  if (result != VRXEngineOk) LogResult(kRender, u"IVRXSequence::Execute(%08x)", result);
+  if (result != VRXEngineOk) LogResult(kRenderToFile, u"IVRXSequence::Execute(%08x)", result);
   return result;
 }
 
@@ -71,7 +69,7 @@ std::int32_t EngineSession::ReleaseSequence() {
   if (m_sequence == nullptr) return VRXEngineOk;
   const std::int32_t result = m_library.releaseSequence(m_engine, &m_sequence);
   m_sequence = nullptr;
-  LogResult(kRender, u"FUNC_VRX_ReleaseSequence(%08x)", result);
+  LogResult(kRenderToFile, u"FUNC_VRX_ReleaseSequence(%08x)", result);
   return result;
 }
 

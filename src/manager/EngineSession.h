@@ -11,6 +11,9 @@
 
 namespace vrx::render {
 
+/// The function that log entries of a render name.
+inline constexpr char16_t kRenderToFile[] = u"renderToFile";
+
 /// Results are those of the engine. `caller` is the function that log entries name.
 class EngineSession {
  public:

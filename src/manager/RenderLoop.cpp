@@ -11,8 +11,6 @@ namespace {
 
 using renderlog::LogLine;
 
-constexpr char16_t kRender[] = u"renderToFile";
-
 /// One render, step by step; `Run` gives XpOk or the code for the host.
 class Render {
  public:
@@ -21,7 +19,7 @@ class Render {
 
   std::uint32_t Run() {
     if (!m_job.IsUsable()) return XpErrNoObject;
-    if (const std::int32_t result = m_engine.EnsureEngine(kRender); result != VRXEngineOk) {
+    if (const std::int32_t result = m_engine.EnsureEngine(kRenderToFile); result != VRXEngineOk) {
       return HostCode(result);
     }
     if (m_job.WantsGpuSetting()) SendGpuSetting();
@@ -34,7 +32,7 @@ class Render {
     // Without a callback there is no one to report to, and the render counts as ended.
     if (failure != VRXEngineOk && m_host.HasCallback()) return HostCode(failure);
     if (m_hostThrew) return XpErrNoObject;
-    m_engine.Release(kRender);
+    m_engine.Release(kRenderToFile);
     return XpOk;
   }
 
@@ -86,7 +84,7 @@ std::uint32_t HostCode(std::int32_t engineResult) {
 }
 
 std::uint32_t RenderToFile(EngineSession& engine, job::RenderJob& job, HostReporter& host, bool& endFlag) {
-  LogLine(kRender, u"VRXWrapperManager::renderToFile start");
+  LogLine(kRenderToFile, u"VRXWrapperManager::renderToFile start");
   std::uint32_t hostError = host.ReportStart() ? XpOk : XpErrNoObject;
   std::uint32_t exitCode = XpErrFailed;
   try {
@@ -101,7 +99,7 @@ std::uint32_t RenderToFile(EngineSession& engine, job::RenderJob& job, HostRepor
     host.ReportError(hostError);
     return exitCode;
   }
-  LogLine(kRender, u"VRXWrapperManager::renderToFile end.");
+  LogLine(kRenderToFile, u"VRXWrapperManager::renderToFile end.");
   host.ReportEnd();
   return XpOk;
 }

@@ -19,7 +19,7 @@ static_assert(sizeof(off_t) == sizeof(std::int64_t), "files above 2 GiB need 64-
 constexpr mode_t kNewFileMode = 0666;                 // less the user's mask
 constexpr std::uint64_t kLargestTransfer = 1u << 30;  // the kernel takes no more than 2 GiB in a call
 
-int DescriptorOf(FileHandle handle) { return static_cast<int>(handle); }
+using posix::DescriptorOf;
 
 int AccessFlag(FileAccess access) {
   switch (access) {

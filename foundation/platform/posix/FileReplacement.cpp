@@ -17,6 +17,7 @@
 namespace vrx::platform {
 namespace {
 
+using posix::DescriptorOf;
 using posix::ErrnoCode;
 using posix::FolderOf;
 using posix::LastCode;
@@ -26,8 +27,6 @@ constexpr mode_t kUsualMode = 0666;    // less the user's mask
 constexpr mode_t kPrivateMode = 0600;  // until the old file's permissions are carried over
 constexpr mode_t kModeBits = 0777;
 constexpr std::size_t kLargestAttribute = 65536;  // the kernel takes no more
-
-int DescriptorOf(FileHandle handle) { return static_cast<int>(handle); }
 
 /// True for a link of another user in a shared sticky folder, which could lead to any file of this user. The
 /// kernel refuses to follow such links, too.

@@ -15,6 +15,8 @@ namespace vrx::platform::posix {
 
 inline constexpr char kHiddenMark[] = "user.vrx.hidden";
 
+inline int DescriptorOf(FileHandle handle) { return static_cast<int>(handle); }
+
 inline std::error_code ErrnoCode(int error) { return {error, std::system_category()}; }
 inline std::error_code LastCode() { return ErrnoCode(errno); }
 
