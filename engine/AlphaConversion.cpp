@@ -5,7 +5,7 @@
 namespace vrx::engine {
 namespace {
 
-constexpr std::uint32_t kColourBits = 0x00FFFFFF;
+constexpr std::uint32_t kColourMask = 0x00FFFFFF;
 constexpr int kTopByte = 24;  // bits below it
 // Fainter pixels have too few levels before they are divided by their alpha: their colours are not spread.
 constexpr std::uint32_t kFirmAlpha = 16;
@@ -50,7 +50,7 @@ void AlphaConversion::SpreadColours(const std::uint32_t* drawing) {
   std::uint32_t* spread = m_spread.data();
   for (std::ptrdiff_t i = 0; i < end; ++i) {
     const bool isFirm = drawing[i] >> kTopByte >= kFirmAlpha;
-    spread[i] = isFirm ? drawing[i] & kColourBits : kNothingNear;
+    spread[i] = isFirm ? drawing[i] & kColourMask : kNothingNear;
     if (i % width != 0) TakeNearer(spread[i], spread[i - 1]);
     if (i >= width) TakeNearer(spread[i], spread[i - width]);
   }

@@ -12,7 +12,7 @@ namespace {
 
 using namespace vrx::pixels;
 
-constexpr std::size_t kBytesPerPixel = 4;
+constexpr std::size_t kBytesPerPixel32 = 4;
 
 /// The source's own alpha. d + (((s - d) * a) >> 8) equals (d * (256 - a) + s * a) >> 8, whose terms fit
 /// into 16 bits; a factor of 256 in place of 255 makes the opaque case a plain copy.
@@ -46,7 +46,7 @@ struct OverlaySmoothRule {
   void operator()(unsigned char* dest, const unsigned char* source, std::size_t count) const {
     std::size_t i = 0;
     for (; i + kVectorPixels <= count; i += kVectorPixels) {
-      const Vector32 s = Load(source + i * kBytesPerPixel), d = Load(dest + i * kBytesPerPixel);
+      const Vector32 s = Load(source + i * kBytesPerPixel32), d = Load(dest + i * kBytesPerPixel32);
       const Vector32 alpha = s & kAlphaMask;
       if (!AnyBits(alpha)) continue;
       const Vector32 isDrawn = reinterpret_cast<Vector32>(alpha != 0u);
@@ -54,7 +54,7 @@ struct OverlaySmoothRule {
       if (AnyBits(isDrawn & ~isTaken)) {
         ComposeEach(dest, source, i, i + kVectorPixels);  // rare: edges on something drawn
       } else {
-        Store(dest + i * kBytesPerPixel, (s & isDrawn) | (d & ~isDrawn));
+        Store(dest + i * kBytesPerPixel32, (s & isDrawn) | (d & ~isDrawn));
       }
     }
     ComposeEach(dest, source, i, count);
@@ -63,8 +63,8 @@ struct OverlaySmoothRule {
   static void ComposeEach(unsigned char* dest, const unsigned char* source, std::size_t first,
                           std::size_t last) {
     for (std::size_t i = first; i < last; ++i) {
-      const unsigned char* from = source + i * kBytesPerPixel;
-      if (from[3] != 0) ComposeOver(dest + i * kBytesPerPixel, from, from[3]);
+      const unsigned char* from = source + i * kBytesPerPixel32;
+      if (from[3] != 0) ComposeOver(dest + i * kBytesPerPixel32, from, from[3]);
     }
   }
 };
@@ -153,7 +153,7 @@ class GatheredRun {
                     const Rule& rule) const {
     std::uint32_t pixels[kGroup];
     for (std::int64_t k = 0; k < count; ++k) {
-      std::memcpy(&pixels[k], sourceRow + Column(i + k) * 4, kBytesPerPixel);
+      std::memcpy(&pixels[k], sourceRow + Column(i + k) * 4, kBytesPerPixel32);
     }
     rule(dest + i * 4, reinterpret_cast<const unsigned char*>(pixels), static_cast<std::size_t>(count));
   }
