@@ -5,7 +5,6 @@
 namespace vrx::engine {
 namespace {
 
-constexpr std::uint32_t kColourMask = 0x00FFFFFF;
 constexpr int kTopByte = 24;  // bits below it
 // Fainter pixels have too few levels before they are divided by their alpha: their colours are not spread.
 constexpr std::uint32_t kFirmAlpha = 16;

@@ -7,7 +7,6 @@
 namespace vrx::engine {
 namespace {
 
-constexpr std::uint32_t kColours = 0x00FFFFFF;  // the fourth byte carries no colour
 constexpr std::uint32_t kOpaque = 0xFF000000;
 
 std::uint8_t Luma(std::uint32_t pixel, const Coefficients& c) {
@@ -40,7 +39,7 @@ void PlainToPlanar(const BgrRowPair& pixels, const BgrRowPair* before, const Coe
   const auto isChanged = [&](int x, bool second) {
     if (before == nullptr) return true;
     const std::uint32_t bits = second ? pixels.row1[x] ^ before->row1[x] : pixels.row0[x] ^ before->row0[x];
-    return (bits & kColours) != 0;
+    return (bits & kColourMask) != 0;
   };
   for (int x = first; x < width; x += 2) {
     const int next = x + 1 < width ? x + 1 : x;

@@ -17,6 +17,7 @@ inline constexpr int kFraction = 15;  // bits after the point; all coefficients 
 inline constexpr int kQuad = 2;       // bits: a chroma sample sums four pixels
 inline constexpr int kLumaFloor = 16;
 inline constexpr int kNeutral = 128;
+inline constexpr std::uint32_t kColourMask = 0x00FFFFFF;  // of a pixel, whose fourth byte carries no colour
 /// What is added before the fraction is cut off: the sample of black, and a half to round.
 inline constexpr int kLumaBias = (kLumaFloor << kFraction) + (1 << (kFraction - 1));
 inline constexpr int kChromaBias = (kNeutral << (kFraction + kQuad)) + (1 << (kFraction + kQuad - 1));

@@ -1,12 +1,12 @@
 #include "host/MovieFormat.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
 #include <string_view>
 
+#include "host/ReadNumber.h"
 #include "vrx/VRXLimits.h"
 
 namespace vrx::host {
@@ -21,13 +21,6 @@ struct Rate {
 
 constexpr std::array<Rate, 9> kUsualRates{
     {{24000, 1001}, {24, 1}, {25, 1}, {30000, 1001}, {30, 1}, {48, 1}, {50, 1}, {60000, 1001}, {60, 1}}};
-
-template <class Number>
-bool ReadNumber(std::string_view text, Number& number) {
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, number);
-  return result.ec == std::errc() && result.ptr == end;
-}
 
 double PerSecond(const VRXTimeInfo& duration) {
   return duration.value == 0 ? 0.0

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "host/ReadNumber.h"
 #include "src/timeline/FrameClock.h"
 
 namespace vrx::host {
@@ -14,18 +15,6 @@ namespace {
 constexpr double kMinute = 60.0;  // seconds; and minutes of an hour
 constexpr int kMostParts = 3;
 
-template <class Number>
-bool ReadPlainNumber(std::string_view text, Number& number) {
-  const char* const end = text.data() + text.size();
-  std::from_chars_result result{};
-  if constexpr (std::is_floating_point_v<Number>) {
-    result = std::from_chars(text.data(), end, number, std::chars_format::fixed);
-  } else {
-    result = std::from_chars(text.data(), end, number);
-  }
-  return result.ec == std::errc() && result.ptr == end;
-}
-
 /// Hours and minutes are whole; what follows a colon is below 60.
 std::optional<double> SecondsOf(std::string_view text) {
   double seconds = 0.0;
@@ -33,8 +22,8 @@ std::optional<double> SecondsOf(std::string_view text) {
     const std::size_t colon = text.find(':');
     const bool isLast = colon == text.npos;
     double part = 0.0;
-    if (!ReadPlainNumber(text.substr(0, colon), part) || !std::isfinite(part) || std::signbit(part))
-      return {};
+    const bool isRead = ReadNumber(text.substr(0, colon), part, std::chars_format::fixed);
+    if (!isRead || !std::isfinite(part) || std::signbit(part)) return {};
     if ((parts > 1 && part >= kMinute) || (!isLast && part != std::floor(part))) return {};
     seconds = seconds * kMinute + part;
     if (isLast) return seconds;
@@ -63,7 +52,7 @@ std::optional<double> SecondsMeant(std::string text) {
 std::optional<MovieTime> ParseMovieTime(const std::string& text) {
   if (text.ends_with('f')) {
     std::uint32_t frame = 0;
-    if (!ReadPlainNumber(std::string_view(text).substr(0, text.size() - 1), frame)) return {};
+    if (!ReadNumber(std::string_view(text).substr(0, text.size() - 1), frame)) return {};
     return MovieTime{.frame = frame};
   }
   const auto seconds = SecondsOf(text);

@@ -7,7 +7,6 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
-#include "content/subtitles/CueTimes.h"
 #include "content/subtitles/SubtitleLines.h"
 
 namespace vrx::subtitles {
@@ -45,6 +44,7 @@ constexpr Reference kReferences[] = {
 };
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
 Tag FindTag(std::string_view name) {
   std::string small(name);
   for (char& c : small) {

@@ -9,8 +9,6 @@
 
 namespace vrx::subtitles {
 
-inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
 struct CueTimes {
   std::int64_t startMs = 0;
   std::int64_t endMs = 0;

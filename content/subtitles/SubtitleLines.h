@@ -39,6 +39,8 @@ class SubtitleLines {
   bool m_isAtEnd = false;
 };
 
+inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
 /// `text` without spaces and tabs around it.
 std::string_view WithoutBlanks(std::string_view text);
 

@@ -1,18 +1,14 @@
 #include "host/pieces/PieceName.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
+
+#include "host/ReadNumber.h"
 
 namespace vrx::host {
 namespace {
 
 constexpr std::size_t kMostLetters = 64;
-
-bool ReadNumber(std::string_view text, std::uint32_t& number) {
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-  return result.ec == std::errc() && result.ptr == text.data() + text.size();
-}
 
 bool IsLetterOrDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
